@@ -1,0 +1,23 @@
+# OSTREL_SANITIZE instruments the whole tree: "address" finds memory faults, undefined behaviour and leaks, "thread"
+# finds data races. OSTREL_FUZZ adds libFuzzer's coverage counters, for clang.
+set(OSTREL_SANITIZE "" CACHE STRING "Sanitizers of the whole build: empty, address or thread")
+set_property(CACHE OSTREL_SANITIZE PROPERTY STRINGS "" address thread)
+
+set(sanitizer_flags)
+if(OSTREL_SANITIZE STREQUAL "address")
+    list(APPEND sanitizer_flags -fsanitize=address,undefined -fno-sanitize-recover=undefined)
+elseif(OSTREL_SANITIZE STREQUAL "thread")
+    list(APPEND sanitizer_flags -fsanitize=thread)
+elseif(NOT OSTREL_SANITIZE STREQUAL "")
+    message(FATAL_ERROR "OSTREL_SANITIZE is \"${OSTREL_SANITIZE}\"; it takes address, thread or nothing.")
+endif()
+if(OSTREL_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        message(FATAL_ERROR "OSTREL_FUZZ needs clang. Use the preset \"fuzz\".")
+    endif()
+    list(APPEND sanitizer_flags -fsanitize=fuzzer-no-link)
+endif()
+if(sanitizer_flags)
+    add_compile_options(${sanitizer_flags} -fno-omit-frame-pointer)
+    add_link_options(${sanitizer_flags})
+endif()
