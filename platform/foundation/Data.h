@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace ostrel {
+
+/// Immutable shared bytes. Copies share the storage, which may be memory or a mapped file; any thread.
+class Data final {
+public:
+    Data() = default;
+    static Data copy(std::span<const std::byte> bytes);
+    static Data copy(std::string_view bytes);
+    /// Takes the string's storage without copying.
+    static Data take(std::string bytes);
+    /// Maps a file read-only. A null result (isNull) with a sentence in `error` when it cannot be opened. The
+    /// file must not shrink while the data lives.
+    static Data mapFile(const std::string& path, std::string* error = nullptr);
+
+    /// Null means "no data", which differs from empty data.
+    bool isNull() const { return storage_ == nullptr; }
+    explicit operator bool() const { return !isNull(); }
+    std::size_t size() const { return size_; }
+    bool isEmpty() const { return size_ == 0; }
+    const std::byte* bytes() const { return bytes_; }
+    std::span<const std::byte> span() const { return {bytes_, size_}; }
+    std::string_view view() const { return {reinterpret_cast<const char*>(bytes_), size_}; }
+    /// The path of the mapped file; empty for memory.
+    const std::string& filePath() const;
+
+private:
+    struct Storage;
+    std::shared_ptr<const Storage> storage_;
+    const std::byte* bytes_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+}  // namespace ostrel

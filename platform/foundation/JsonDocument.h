@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace ostrel {
+
+class Value;
+
+/// The parsed form of one JSON text: a tape of 64-bit words and a buffer of unescaped strings, both of
+/// exactly the size they need. Immutable after parsing, shared by all values that point into it.
+class JsonDocument final {
+public:
+    /// Nesting deeper than this is refused.
+    static constexpr std::size_t maximumDepth = 512;
+    /// Texts longer than this are refused, in bytes.
+    static constexpr std::size_t maximumBytes = std::size_t{256} * 1024 * 1024;
+
+    /// Parses `json` (UTF-8). Null and a sentence in `error` when it is not valid. Numbers that no 64-bit
+    /// integer or double can hold keep their decimal text as a string. Any thread.
+    static std::shared_ptr<const JsonDocument> parse(std::string_view json, std::string* error);
+
+    std::size_t bytes() const { return tapeLength_ * sizeof(std::uint64_t) + stringsLength_ + sizeof(*this); }
+    const std::uint64_t* tape() const { return tape_.get(); }
+    std::size_t tapeLength() const { return tapeLength_; }
+    const char* strings() const { return strings_.get(); }
+    std::size_t stringsLength() const { return stringsLength_; }
+
+    /// From malloc, so that a buffer that was too large can be cut to size where it stands.
+    struct Free {
+        void operator()(char* bytes) const { std::free(bytes); }
+    };
+    using Strings = std::unique_ptr<char[], Free>;
+
+    JsonDocument(std::unique_ptr<std::uint64_t[]> tape, std::size_t tapeLength, Strings strings,
+                 std::size_t stringsLength);
+
+private:
+    std::unique_ptr<std::uint64_t[]> tape_;
+    std::size_t tapeLength_;
+    Strings strings_;
+    std::size_t stringsLength_;
+};
+
+}  // namespace ostrel
