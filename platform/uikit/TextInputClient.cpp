@@ -1,0 +1,20 @@
+#include "platform/uikit/TextInputClient.h"
+
+namespace ostrel {
+
+std::string_view prefixOfUtf16Length(std::string_view text, std::size_t units) {
+    std::size_t end = 0;
+    while (end < text.size()) {
+        const auto lead = static_cast<unsigned char>(text[end]);
+        std::size_t next = end + 1;
+        while (next < text.size() && (static_cast<unsigned char>(text[next]) & 0xC0) == 0x80) ++next;
+        // Four bytes of UTF-8 are a surrogate pair (RFC 3629, section 3).
+        const std::size_t length = lead >= 0xF0 ? 2 : 1;
+        if (length > units) break;
+        units -= length;
+        end = next;
+    }
+    return text.substr(0, end);
+}
+
+}  // namespace ostrel

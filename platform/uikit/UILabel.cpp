@@ -1,0 +1,71 @@
+#include "platform/uikit/UILabel.h"
+
+namespace ostrel {
+
+UILabel::UILabel(CGRect frame) : UIView(frame) { setUserInteractionEnabled(false); }
+
+void UILabel::contentDidChange() {
+    setNeedsDisplay();
+    // Whoever lays the label out by the size of its text has to do it again.
+    if (superview()) superview()->setNeedsLayout();
+}
+
+void UILabel::setText(std::string text) {
+    if (text == content_.text) return;
+    content_.text = std::move(text);
+    setDefaultAccessibility(AccessibilityRole::text, content_.text);
+    contentDidChange();
+}
+
+void UILabel::setFont(UIFont font) {
+    if (font == content_.font) return;
+    content_.font = std::move(font);
+    contentDidChange();
+}
+
+void UILabel::setTextColor(UIColor color) {
+    if (color == content_.color) return;
+    content_.color = color;
+    setNeedsDisplay();
+}
+
+void UILabel::setTextAlignment(NSTextAlignment alignment) {
+    if (alignment == content_.alignment) return;
+    content_.alignment = alignment;
+    setNeedsDisplay();
+}
+
+void UILabel::setNumberOfLines(int lines) {
+    lines = std::max(0, lines);
+    if (lines == content_.numberOfLines) return;
+    content_.numberOfLines = lines;
+    contentDidChange();
+}
+
+void UILabel::setLineBreakMode(NSLineBreakMode mode) {
+    if (mode == content_.lineBreakMode) return;
+    content_.lineBreakMode = mode;
+    setNeedsDisplay();
+}
+
+void UILabel::setAdjustsFontSizeToFitWidth(bool adjusts, CGFloat minimumScale) {
+    const CGFloat scale = adjusts ? std::clamp(minimumScale, 0.1, 1.0) : 1;
+    if (scale == content_.minimumScale) return;
+    content_.minimumScale = scale;
+    setNeedsDisplay();
+}
+
+CGSize UILabel::sizeThatFits(CGSize size) const {
+    if (content_.text.empty()) return {};
+    const CGFloat width = size.width > 0 && content_.numberOfLines != 1 ? size.width : CGFLOAT_MAX_TEXT;
+    const CGSize text =
+        TextMeasurer::shared().measure(content_.text, content_.font, width, content_.numberOfLines).size;
+    return {std::ceil(text.width), std::ceil(text.height)};
+}
+
+ViewContent UILabel::makeContent() const {
+    if (content_.text.empty()) return {};
+    return content_;
+}
+
+}  // namespace ostrel

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/uikit/UIView.h"
+
+namespace ostrel {
+
+/// Read-only text of one or more lines.
+class UILabel : public UIView {
+public:
+    /// Takes no touches unless it is told so.
+    explicit UILabel(CGRect frame = {});
+
+    const std::string& text() const { return content_.text; }
+    void setText(std::string text);
+    const UIFont& font() const { return content_.font; }
+    void setFont(UIFont font);
+    UIColor textColor() const { return content_.color; }
+    void setTextColor(UIColor color);
+    NSTextAlignment textAlignment() const { return content_.alignment; }
+    void setTextAlignment(NSTextAlignment alignment);
+    int numberOfLines() const { return content_.numberOfLines; }
+    /// 0: as many as fit.
+    void setNumberOfLines(int lines);
+    void setLineBreakMode(NSLineBreakMode mode);
+    /// Shrinks the font, down to `minimumScale` of its size, until the text fits the width on one line.
+    void setAdjustsFontSizeToFitWidth(bool adjusts, CGFloat minimumScale = 0.5);
+    CGSize sizeThatFits(CGSize size) const override;
+
+protected:
+    ViewContent makeContent() const override;
+
+private:
+    void contentDidChange();
+    TextContent content_{.color = UIColor::label()};
+};
+
+}  // namespace ostrel

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "platform/uikit/TextInputClient.h"
+#include "platform/uikit/UIView.h"
+
+#include <functional>
+#include <memory>
+
+namespace ostrel {
+
+class UITextView;
+
+class UITextViewDelegate {
+public:
+    virtual ~UITextViewDelegate() = default;
+    virtual void textViewDidBeginEditing(UITextView&) {}
+    virtual void textViewDidChange(UITextView&) {}
+    virtual void textViewDidEndEditing(UITextView&) {}
+};
+
+/// Posted, without an object, whenever the user changed the text of any text view.
+inline constexpr const char* UITextViewTextDidChangeNotification = "UITextViewTextDidChangeNotification";
+
+/// Text of many lines. While it is editable and takes touches, the backend's editor edits (and scrolls) it; else it is
+/// text at rest: as wide as the view less `textContainerInset`, lines that do not fit the height are not drawn.
+class UITextView : public UIView, public TextInputClient {
+public:
+    explicit UITextView(CGRect frame = {});
+
+    const std::string& text() const { return content_.text; }
+    /// By the program: tells neither delegate nor observers.
+    void setText(std::string text);
+    void setTextViewDelegate(std::weak_ptr<UITextViewDelegate> delegate) { delegate_ = std::move(delegate); }
+    /// Shown while an editable view is empty.
+    void setPlaceholder(std::string placeholder);
+    /// UTF-16 units; 0: no limit.
+    void setMaximumLength(std::size_t length);
+    const UIFont& font() const { return content_.font; }
+    void setFont(UIFont font);
+    void setTextColor(UIColor color);
+    void setTextAlignment(NSTextAlignment alignment);
+    bool isEditable() const { return editable_; }
+    void setEditable(bool editable);
+    bool isSelectable() const { return selectable_; }
+    void setSelectable(bool selectable) { selectable_ = selectable; }
+    bool isScrollEnabled() const { return scrollEnabled_; }
+    void setScrollEnabled(bool enabled) { scrollEnabled_ = enabled; }
+    void setShowsVerticalScrollIndicator(bool shows) { showsIndicator_ = shows; }
+    void setLineBreakMode(NSLineBreakMode mode);
+    UIEdgeInsets textContainerInset() const { return content_.insets; }
+    void setTextContainerInset(UIEdgeInsets insets);
+    /// Moves the text without changing the width it is laid out in.
+    void setContentInset(UIEdgeInsets insets);
+    UIEdgeInsets contentInset() const { return contentInset_; }
+    CGSize sizeThatFits(CGSize size) const override;
+
+    bool canBecomeFirstResponder() const override { return editable_ && isUserInteractionEnabled(); }
+    bool canBecomeFocused() const override { return canBecomeFirstResponder(); }
+    void firstResponderDidChange(bool isFirst) override;
+    void focusDidChange(bool focused, bool byKeyboard) override;
+    void touchesBegan(const UITouch& touch) override;
+    void touchesMoved(const UITouch& touch) override;
+    void touchesEnded(const UITouch& touch) override;
+    void touchesCancelled(const UITouch& touch) override;
+    void editorTextChanged(const std::string& text) override;
+    void editorFocusChanged(bool focused) override;
+    void editorReturn() override {}
+
+protected:
+    ViewContent makeContent() const override;
+
+private:
+    void contentDidChange();
+    UIEdgeInsets textInsets() const;
+    std::weak_ptr<UITextViewDelegate> delegate_;
+    std::string placeholder_;
+    std::uint64_t revision_ = 0;
+    std::size_t maximumLength_ = 0;
+    bool editing_ = false;
+    TextContent content_{.color = UIColor::label(),
+                         .lineBreakMode = NSLineBreakMode::byWordWrapping,
+                         .numberOfLines = 0,
+                         .vertical = TextContent::Vertical::top,
+                         .onlyWholeLines = true};
+    UIEdgeInsets contentInset_;
+    bool editable_ = true, selectable_ = true, scrollEnabled_ = true, showsIndicator_ = true;
+};
+
+}  // namespace ostrel

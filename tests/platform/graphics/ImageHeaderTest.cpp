@@ -1,0 +1,240 @@
+#include "platform/graphics/UIImage.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+namespace ostrel {
+
+namespace {
+
+std::string big16(unsigned v) { return {static_cast<char>(v >> 8), static_cast<char>(v)}; }
+std::string big32(unsigned v) { return big16(v >> 16) + big16(v & 0xFFFF); }
+std::string little16(unsigned v) { return {static_cast<char>(v), static_cast<char>(v >> 8)}; }
+std::string little24(unsigned v) { return little16(v & 0xFFFF) + static_cast<char>(v >> 16); }
+std::string little32(unsigned v) { return little16(v & 0xFFFF) + little16(v >> 16); }
+
+std::string png(unsigned width, unsigned height) {
+    return "\x89PNG\r\n\x1A\n" + big32(13) + "IHDR" + big32(width) + big32(height) +
+           std::string("\x08\x06\0\0\0", 5);
+}
+
+std::string segment(unsigned char marker, const std::string& body) {
+    return std::string("\xFF") + static_cast<char>(marker) + big16(static_cast<unsigned>(body.size() + 2)) +
+           body;
+}
+
+std::string frame(unsigned char marker, unsigned width, unsigned height) {
+    return segment(marker, "\x08" + big16(height) + big16(width) + std::string("\x01\x01\x11\0", 4));
+}
+
+std::string exif(unsigned orientation, bool little, unsigned type = 3) {
+    const auto s = [&](unsigned v) { return little ? little16(v) : big16(v); };
+    const auto l = [&](unsigned v) { return little ? little32(v) : big32(v); };
+    return segment(0xE1, std::string("Exif\0\0", 6) + (little ? "II" : "MM") + s(42) + l(8) + s(2) + s(271) +
+                             s(2) + l(1) + l(0) + s(274) + s(type) + l(1) + s(orientation) + s(0) + l(0));
+}
+
+std::string jpeg(const std::string& segments) { return "\xFF\xD8" + segments + "\xFF\xDA"; }
+
+std::string webp(const std::string& chunk, const std::string& body) {
+    return "RIFF" + little32(static_cast<unsigned>(body.size() + 12)) + "WEBP" + chunk +
+           little32(static_cast<unsigned>(body.size())) + body;
+}
+
+std::string vp8l(unsigned width, unsigned height) {
+    return webp("VP8L", "\x2F" + little32((width - 1) | (height - 1) << 14));
+}
+
+std::string vp8(unsigned width, unsigned height) {
+    return webp("VP8 ", std::string("\x10\x02\0\x9D\x01\x2A", 6) + little16(width) + little16(height));
+}
+
+std::string vp8x(unsigned width, unsigned height) {
+    return webp("VP8X", std::string("\x10\0\0\0", 4) + little24(width - 1) + little24(height - 1));
+}
+
+TEST(ImageHeader, ReadsFormatSizeAndOrientation) {
+    struct Case {
+        const char* what;
+        std::string bytes;
+        ImageFormat format;
+        int width, height, orientation;
+    };
+    const std::string jfif = segment(0xE0, std::string("JFIF\0\1\1\0\0\1\0\1\0\0", 14));
+    const Case cases[] = {
+        {"PNG", png(300, 200), ImageFormat::png, 300, 200, 1},
+        {"largest", png(65500, 1), ImageFormat::png, 65500, 1, 1},
+        {"GIF 87a", "GIF87a" + little16(10) + little16(20), ImageFormat::gif, 10, 20, 1},
+        {"GIF 89a", "GIF89a" + little16(300) + little16(1), ImageFormat::gif, 300, 1, 1},
+        {"JPEG", jpeg(jfif + frame(0xC0, 640, 480)), ImageFormat::jpeg, 640, 480, 1},
+        {"progressive", jpeg(jfif + frame(0xC2, 640, 480)), ImageFormat::jpeg, 640, 480, 1},
+        {"tables before the frame", jpeg(segment(0xC4, "tables") + segment(0xDB, "more") + frame(0xC1, 6, 4)),
+         ImageFormat::jpeg, 6, 4, 1},
+        {"fill bytes", jpeg("\xFF\xFF" + frame(0xC0, 6, 4)), ImageFormat::jpeg, 6, 4, 1},
+        {"turned by a quarter", jpeg(exif(6, true) + frame(0xC0, 640, 480)), ImageFormat::jpeg, 480, 640, 6},
+        {"upside down, big-endian", jpeg(jfif + exif(3, false) + frame(0xC0, 640, 480)), ImageFormat::jpeg,
+         640, 480, 3},
+        {"mirrored and turned", jpeg(exif(8, false) + frame(0xC0, 640, 480)), ImageFormat::jpeg, 480, 640, 8},
+        {"orientation beyond the scale", jpeg(exif(9, true) + frame(0xC0, 640, 480)), ImageFormat::jpeg, 640,
+         480, 1},
+        {"orientation of another type", jpeg(exif(6, true, 4) + frame(0xC0, 640, 480)), ImageFormat::jpeg,
+         640, 480, 1},
+        {"broken EXIF",
+         jpeg(segment(0xE1, std::string("Exif\0\0II*\0\xFF\xFF\xFF\xFF", 14)) + frame(0xC0, 6, 4)),
+         ImageFormat::jpeg, 6, 4, 1},
+        {"lossy WebP", vp8(550, 368), ImageFormat::webp, 550, 368, 1},
+        {"lossy WebP to be scaled", vp8(550 | 0x4000, 368 | 0x8000), ImageFormat::webp, 550, 368, 1},
+        {"lossless WebP", vp8l(16384, 5), ImageFormat::webp, 16384, 5, 1},
+        {"extended WebP", vp8x(1000, 65500), ImageFormat::webp, 1000, 65500, 1},
+    };
+    for (const Case& c : cases) {
+        const auto header = ImageHeader::read(Data::copy(c.bytes));
+        ASSERT_TRUE(header) << c.what;
+        EXPECT_EQ(header->format, c.format) << c.what;
+        EXPECT_EQ(header->pixelWidth, c.width) << c.what;
+        EXPECT_EQ(header->pixelHeight, c.height) << c.what;
+        EXPECT_EQ(header->orientation, c.orientation) << c.what;
+        // Cut anywhere before the size is complete there is no picture, and never a read beyond the end.
+        bool wasRead = true;
+        for (std::size_t length = c.bytes.size(); length-- > 0;) {
+            const bool isRead =
+                ImageHeader::read(Data::copy(std::string_view(c.bytes).substr(0, length))).has_value();
+            EXPECT_TRUE(wasRead || !isRead) << c.what << ", " << length << " bytes";
+            wasRead = isRead;
+        }
+        EXPECT_FALSE(wasRead);
+    }
+}
+
+TEST(ImageHeader, RefusesWhatIsNoPicture) {
+    const std::pair<const char*, std::string> cases[] = {
+        {"nothing", ""},
+        {"text", "<html><body>404</body></html>"},
+        {"a size of nothing", png(0, 10)},
+        {"too large", png(65501, 10)},
+        {"far too large", png(0xFFFFFFFF, 0xFFFFFFFF)},
+        {"too large WebP", vp8x(65501, 1)},
+        {"PNG without IHDR", std::string(png(1, 1)).replace(12, 4, "IDAT")},
+        {"JPEG without a frame", jpeg(segment(0xE0, "x"))},
+        {"JPEG of unknown height", jpeg(frame(0xC0, 640, 0))},
+        {"segment shorter than its length", "\xFF\xD8\xFF\xE0" + big16(60000)},
+        {"segment length 0", "\xFF\xD8\xFF\xE0" + big16(0) + std::string(100, '\0')},
+        {"frame too short", jpeg(segment(0xC0, "abc"))},
+        {"no marker where one has to be", "\xFF\xD8\xFF\xE0" + big16(3) + "abcdefgh"},
+        {"WebP with another chunk", webp("VP8Z", std::string(20, 'x'))},
+        {"lossy WebP without its start code", webp("VP8 ", std::string(20, 'x'))},
+        {"lossless WebP without its signature", webp("VP8L", std::string(20, 'x'))},
+    };
+    for (const auto& [what, bytes] : cases) EXPECT_FALSE(ImageHeader::read(Data::copy(bytes))) << what;
+}
+
+TEST(ImageHeader, RandomDamageIsHarmless) {
+    const auto seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const std::string files[] = {png(9, 9), jpeg(exif(6, true) + frame(0xC0, 9, 9)), vp8(9, 9), vp8l(9, 9),
+                                 vp8x(9, 9)};
+    for (int i = 0; i < 20000; ++i) {
+        std::string bytes = files[random() % std::size(files)];
+        for (unsigned k = random() % 4; k-- > 0;)
+            bytes[random() % bytes.size()] = static_cast<char>(random());
+        bytes.resize(random() % (bytes.size() + 1));
+        const auto header = ImageHeader::read(Data::copy(bytes));
+        if (!header) continue;
+        EXPECT_TRUE(header->pixelWidth >= 1 && header->pixelWidth <= 65500);
+        EXPECT_TRUE(header->pixelHeight >= 1 && header->pixelHeight <= 65500);
+    }
+}
+
+class ImageFiles : public ::testing::Test {
+protected:
+    void SetUp() override {
+        folder = std::filesystem::temp_directory_path() /
+                 ("ostrel-images-" + std::to_string(std::random_device{}()));
+        std::filesystem::create_directories(folder);
+    }
+    void TearDown() override { std::filesystem::remove_all(folder); }
+    std::string write(const std::string& name, const std::string& bytes) {
+        std::ofstream(folder / name, std::ios::binary) << bytes;
+        return (folder / name).string();
+    }
+    std::filesystem::path folder;
+};
+
+TEST_F(ImageFiles, AFileAndItsNeighboursAreOnePicture) {
+    const std::string path = write("a.b.png", png(10, 20));
+    write("a.b@2x.png", png(20, 40));
+    write("a.b@3x.png", "broken");
+    const auto image = UIImage::imageWithContentsOfFile(path);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->size(), (CGSize{10, 20}));
+    EXPECT_EQ(image->representation(1).scale, 1);
+    EXPECT_EQ(image->representation(1.25).scale, 2);
+    EXPECT_EQ(image->representation(3).scale, 2) << "the largest there is";
+    EXPECT_EQ(UIImage::imageWithContentsOfFile(path), image);
+    EXPECT_EQ(UIImage::imageWithContentsOfFile(write("text.png", "text")), nullptr);
+    EXPECT_EQ(UIImage::imageWithContentsOfFile((folder / "none.png").string()), nullptr);
+
+    const std::string only2 = write("c@2x.png", png(20, 40));
+    const auto sharp = UIImage::imageWithContentsOfFile((folder / "c.png").string());
+    ASSERT_TRUE(sharp);
+    EXPECT_EQ(sharp->size(), (CGSize{10, 20}));
+    EXPECT_NE(sharp->identifier(), image->identifier());
+    EXPECT_EQ(UIImage::imageWithData(Data::copy(png(30, 30)), 3)->size(), (CGSize{10, 10}));
+}
+
+TEST(Symbols, AllAreDrawnWithinTheirSquare) {
+    for (const char* name :
+         {"chevron.right", "chevron.left", "chevron.down", "checkmark", "info.circle", "plus",
+          "square.and.arrow.up", "xmark", "trash", "pencil", "link", "safari", "envelope",
+          "person.crop.circle", "arrow.clockwise", "ellipsis", "exclamationmark.circle", "doc.on.doc"}) {
+        const auto image = UIImage::systemImageNamed(name);
+        ASSERT_TRUE(image && image->isSymbol()) << name;
+        EXPECT_EQ(UIImage::systemImageNamed(name), image) << name;
+        const Path& path = *image->path();
+        const CGFloat half = path.strokeWidth / 2;
+        bool open = false;
+        for (const auto& element : path.elements) {
+            CGPoint low = element.p1, high = element.p1;
+            switch (element.verb) {
+            case Path::Verb::moveTo: open = true; break;
+            case Path::Verb::cubicTo: low = high = element.p3; [[fallthrough]];
+            case Path::Verb::lineTo: EXPECT_TRUE(open) << name << ": a line begins somewhere"; break;
+            case Path::Verb::ellipse:
+                low = {element.p1.x - element.p2.x, element.p1.y - element.p2.y};
+                high = {element.p1.x + element.p2.x, element.p1.y + element.p2.y};
+                break;
+            case Path::Verb::close: continue;
+            }
+            EXPECT_GE(std::min(low.x, low.y), half) << name;
+            EXPECT_LE(std::max(high.x, high.y), path.extent - half) << name;
+        }
+    }
+    EXPECT_EQ(UIImage::systemImageNamed("unknown"), nullptr);
+}
+
+TEST(Path, AnArcStaysOnItsCircle) {
+    Path path;
+    path.arc(10, 10, 5, -35, -340);
+    CGPoint start = path.elements.front().p1;
+    for (const auto& element : path.elements) {
+        if (element.verb != Path::Verb::cubicTo) continue;
+        for (const CGFloat t : {0.25, 0.5, 0.75, 1.0}) {
+            const CGFloat u = 1 - t;
+            const auto at = [&](CGFloat a, CGFloat b, CGFloat c, CGFloat d) {
+                return u * u * u * a + 3 * u * u * t * b + 3 * u * t * t * c + t * t * t * d;
+            };
+            const CGFloat x = at(start.x, element.p1.x, element.p2.x, element.p3.x);
+            const CGFloat y = at(start.y, element.p1.y, element.p2.y, element.p3.y);
+            EXPECT_NEAR(std::hypot(x - 10, y - 10), 5, 0.01);
+        }
+        start = element.p3;
+    }
+}
+
+}  // namespace
+
+}  // namespace ostrel
