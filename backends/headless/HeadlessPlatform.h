@@ -1,0 +1,93 @@
+#pragma once
+
+#include "backends/headless/HeadlessBackend.h"
+#include "backends/headless/HeadlessText.h"
+#include "backends/headless/VirtualTime.h"
+#include "platform/uikit/UIDevice.h"
+#include "platform/uikit/UIEvent.h"
+#include "platform/uikit/UIWindow.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ostrel {
+
+/// All services of a platform without a display, as long as it lives: virtual time, fixed text metrics and locale, and
+/// windows on the oracle, flushed at the end of each turn and refreshed 60 times a virtual second while they want it.
+/// Stands for the user too: fingers, keys and typing reach the current window, the one made last. Every operation of
+/// the user runs what became due. Main thread.
+class HeadlessPlatform final {
+public:
+    static constexpr double frameInterval = 1.0 / 60;
+
+    explicit HeadlessPlatform(CGSize size = {375, 667},
+                              UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::phone);
+    ~HeadlessPlatform();
+    HeadlessPlatform(const HeadlessPlatform&) = delete;
+    HeadlessPlatform& operator=(const HeadlessPlatform&) = delete;
+
+    VirtualTime& time() { return time_; }
+    VirtualRunLoop& loop() { return time_.loop(); }
+    HeadlessLocale& locale() { return *locale_; }
+
+    /// Makes a window, which becomes the current one; held by the caller.
+    std::shared_ptr<UIWindow> makeWindow(CGSize size);
+    /// The current window. When there is none it is made, at the size the platform was made with, and kept.
+    UIWindow& window();
+    /// The oracle of the current window.
+    HeadlessBackend& backend();
+
+    // Time
+    void advance(double seconds) { time_.loop().advance(seconds); }
+    /// Runs what is due now, so that all changes are mounted.
+    void settle() { time_.loop().runUntilIdle(); }
+
+    // Fingers and pointer; points in the window
+    UITouchType touchType = UITouchType::direct;
+    UIButtonMask touchButton = UIButtonMask::primary;
+    void touch(UITouchPhase phase, CGPoint point, std::int64_t identifier = 1);
+    void tap(CGPoint point);
+    /// In the middle of the view.
+    void tap(const UIView& view);
+    /// On the first visible view with this text; false when there is none.
+    bool tapText(std::string_view text);
+    void press(CGPoint point, double seconds);
+    /// In steps of a frame. The finger rests before it leaves when `restsAtEnd`, so that nothing is flung.
+    void drag(CGPoint from, CGPoint to, double seconds = 0.2, bool restsAtEnd = false);
+    /// Positive `dy` moves the content down.
+    void scroll(CGPoint point, CGFloat dy);
+    void hover(CGPoint point);
+
+    // Keyboard
+    bool key(UIKeyCode code, unsigned modifiers = modifierNone, std::string characters = {});
+    /// Adds to the text of the editor that has the focus, as its user would; false when none has.
+    bool type(std::string_view text);
+    /// Replaces it.
+    bool typeOver(std::string_view text);
+    bool pressReturn();
+
+    // What is seen
+    std::vector<std::string> texts();
+    bool sees(std::string_view text);
+    /// The first visible view with this text (or accessibility label); null when there is none.
+    UIView* viewWithText(std::string_view text);
+    UIView* viewWithLabel(std::string_view label);
+    CGPoint middleOf(const UIView& view) const;
+
+private:
+    struct Mounted;
+    Mounted& current();
+    static void scheduleFrame(const std::shared_ptr<Mounted>& mounted);
+    UIView* firstView(const std::vector<ViewTag>& tags);
+    const TextInputContent* focusedEditor();
+
+    VirtualTime time_;
+    std::shared_ptr<HeadlessLocale> locale_;
+    CGSize size_;
+    std::vector<std::shared_ptr<Mounted>> mounted_;
+    std::shared_ptr<UIWindow> ownWindow_;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/foundation/NSDate.h"
+#include "platform/graphics/TextMeasurer.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ostrel {
+
+/// Measures with fixed metrics, so that every layout comes out the same everywhere: a character is half the point size
+/// wide, from U+1100 on (CJK, emoji) the whole; marks that join the one before have no width; a line is 1.4 times the
+/// point size high. Lines break at blanks, which hang beyond the edge, beside wide characters, and within a word that
+/// alone is too long.
+class HeadlessTextMeasurer final : public TextMeasurer {
+public:
+    TextMetrics measure(std::string_view text, const UIFont& font, CGFloat width,
+                        int maximumLines = 0) override;
+    CGFloat lineHeight(const UIFont& font) override { return 1.4 * font.pointSize; }
+
+    /// The lines that `measure` counts, without the breaks.
+    static std::vector<std::string> lines(std::string_view text, const UIFont& font, CGFloat width);
+    /// Of one line, blanks at its end left out.
+    static CGFloat lineWidth(std::string_view line, const UIFont& font);
+};
+
+/// English, UTC: "11/21/26, 2:32 AM".
+class HeadlessLocale final : public NSLocale {
+public:
+    std::string shortDateAndTime(NSDate date) const override;
+    std::vector<std::string> preferredLanguages() const override { return languages; }
+
+    std::vector<std::string> languages{"en"};
+};
+
+}  // namespace ostrel

@@ -1,0 +1,151 @@
+#include "backends/headless/HeadlessBackend.h"
+
+#include <gtest/gtest.h>
+
+namespace ostrel {
+
+namespace {
+
+std::shared_ptr<const ViewState> stateAt(CGFloat x, const std::string& text = {}) {
+    ViewState state;
+    state.frame = {x, 0, 10, 10};
+    if (!text.empty()) state.content = TextContent{.text = text};
+    return std::make_shared<const ViewState>(state);
+}
+
+class OracleTest : public ::testing::Test {
+protected:
+    OracleTest() { begin(); }
+    /// Views 3 in 2 in 1, the root.
+    void begin() {
+        backend = HeadlessBackend();
+        number = 0;
+        backend.onViolation = [this](const std::string& rule) { violations.push_back(rule); };
+        mount({Mutation::create(1, stateAt(0)), Mutation::create(2, stateAt(0)),
+               Mutation::create(3, stateAt(0)), Mutation::insert(1, 2, 0), Mutation::insert(2, 3, 0)});
+    }
+    void mount(std::vector<Mutation> mutations) { backend.mount({++number, std::move(mutations)}); }
+
+    HeadlessBackend backend;
+    std::vector<std::string> violations;
+    std::uint64_t number = 0;
+};
+
+TEST_F(OracleTest, EveryBrokenRuleIsFound) {
+    struct Case {
+        const char* rule;
+        std::vector<Mutation> mutations;
+    };
+    const Case cases[] = {
+        {"changes something", {}},
+        {"0 is no view", {Mutation::update(0, stateAt(1), changedFrameOrigin)}},
+        {"created once", {Mutation::create(2, stateAt(0))}},
+        {"has a state",
+         {
+             Mutation::create(9, nullptr),
+         }},
+        {"inserted in the same transaction", {Mutation::create(9, stateAt(0))}},
+        {"the view is known", {Mutation::update(9, stateAt(0), changedAll)}},
+        {"the view is known", {Mutation::destroy(9)}},
+        {"the parent is known", {Mutation::create(9, stateAt(0)), Mutation::insert(8, 9, 0)}},
+        {"in one place only", {Mutation::insert(1, 3, 0)}},
+        {"in one place only", {Mutation::insert(2, 1, 0)}},
+        {"no view is in itself", {Mutation::remove(1, 2, 0), Mutation::insert(3, 2, 0)}},
+        {"within the children", {Mutation::create(9, stateAt(0)), Mutation::insert(1, 9, 2)}},
+        {"child of that parent", {Mutation::remove(1, 3, 0)}},
+        {"at that index", {Mutation::remove(1, 2, 1)}},
+        {"changes something", {Mutation::update(2, stateAt(0), changedAll)}},
+        {"every change is named", {Mutation::update(2, stateAt(1, "text"), changedFrameOrigin)}},
+        {"in no parent is destroyed", {Mutation::destroy(3)}},
+        {"in no parent is destroyed", {Mutation::destroy(1)}},
+        {"children have left before", {Mutation::remove(1, 2, 0), Mutation::destroy(2)}},
+        {"inserted again or destroyed", {Mutation::remove(1, 2, 0)}},
+        {"come first",
+         {Mutation::update(3, stateAt(1), changedFrameOrigin), Mutation::remove(2, 3, 0),
+          Mutation::destroy(3)}},
+        {"its frame is finite", {Mutation::update(3, stateAt(std::nan("")), changedFrameOrigin)}},
+    };
+    for (const Case& c : cases) {
+        begin();
+        ASSERT_TRUE(violations.empty());
+        mount(c.mutations);
+        const bool found =
+            std::any_of(violations.begin(), violations.end(), [&](const std::string& violation) {
+                return violation.find(c.rule) != std::string::npos;
+            });
+        EXPECT_TRUE(found) << c.rule << "; got " << (violations.empty() ? "nothing" : violations.front());
+        violations.clear();
+    }
+}
+
+TEST_F(OracleTest, NumbersFollowEachOther) {
+    backend.mount({3, {Mutation::update(3, stateAt(1), changedFrameOrigin)}});
+    EXPECT_EQ(violations.size(), 1u);
+}
+
+TEST_F(OracleTest, AMovedViewKeepsItsChildren) {
+    mount({Mutation::create(4, stateAt(0)), Mutation::insert(1, 4, 1)});
+    mount({Mutation::remove(1, 2, 0), Mutation::insert(4, 2, 0)});
+    EXPECT_TRUE(violations.empty());
+    EXPECT_EQ(backend.node(2)->children, (std::vector<ViewTag>{3}));
+    EXPECT_EQ(backend.node(4)->children, (std::vector<ViewTag>{2}));
+}
+
+TEST_F(OracleTest, OnlyWhatCanBeSeenIsRead) {
+    ViewState window, clip, text;
+    window.frame = {0, 0, 100, 100};
+    clip.frame = {10, 10, 50, 50};
+    clip.boundsOrigin = {0, 20};
+    clip.clipsToBounds = true;
+    text.frame = {0, 25, 10, 10};
+    text.content = TextContent{.text = "seen"};
+    const auto share = [](const ViewState& state) { return std::make_shared<const ViewState>(state); };
+    HeadlessBackend tree;
+    tree.mount({1,
+                {Mutation::create(1, share(window)), Mutation::create(2, share(clip)),
+                 Mutation::create(3, share(text)), Mutation::insert(1, 2, 0), Mutation::insert(2, 3, 0)}});
+    EXPECT_EQ(tree.absoluteFrame(3), (CGRect{10, 15, 10, 10}));
+    EXPECT_EQ(tree.visibleTexts(), (std::vector<std::string>{"seen"}));
+    EXPECT_EQ(tree.tagsWithText("seen"), (std::vector<ViewTag>{3}));
+
+    std::uint64_t next = 2;
+    const auto seenWith = [&](ViewTag tag, const ViewState& state, std::uint32_t changes) {
+        const auto before = tree.node(tag)->state;
+        tree.mount({next++, {Mutation::update(tag, share(state), changes)}});
+        const bool seen = !tree.visibleTexts().empty();
+        tree.mount({next++, {Mutation::update(tag, before, changes)}});
+        return seen;
+    };
+    ViewState changed = clip;
+    changed.boundsOrigin = {0, 35};
+    EXPECT_FALSE(seenWith(2, changed, changedBoundsOrigin)) << "scrolled away";
+    changed.boundsOrigin = {0, 30};
+    EXPECT_TRUE(seenWith(2, changed, changedBoundsOrigin)) << "half of it";
+    changed = clip;
+    changed.alpha = 0;
+    EXPECT_FALSE(seenWith(2, changed, changedAlpha));
+    changed = clip;
+    changed.hidden = true;
+    EXPECT_FALSE(seenWith(2, changed, changedAlpha));
+    changed = clip;
+    changed.frame.origin.x = 100;
+    EXPECT_FALSE(seenWith(2, changed, changedFrameOrigin)) << "beside the window";
+    changed = text;
+    changed.frame.size.width = 0;
+    EXPECT_FALSE(seenWith(3, changed, changedFrameSize));
+}
+
+TEST_F(OracleTest, EditorsReadAsTheyLook) {
+    const auto read = [](TextInputContent content) {
+        ViewState state;
+        state.content = std::move(content);
+        return HeadlessBackend::textOf(state);
+    };
+    EXPECT_EQ(read({.text = "", .placeholder = "Name"}), "Name");
+    EXPECT_EQ(read({.text = "Anna", .placeholder = "Name"}), "Anna");
+    EXPECT_EQ(read({.text = "h\xC3\xA9", .secure = true}), "\u2022\u2022");
+}
+
+}  // namespace
+
+}  // namespace ostrel
