@@ -1,0 +1,96 @@
+#pragma once
+
+#include "article/list/UIArticleLoadMoreTableViewCell.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/Value.h"
+#include "platform/uikit/UITableViewController.h"
+
+#include <deque>
+#include <optional>
+
+namespace ostrel {
+
+class OstrelServerHtmlResultObject;
+
+/// The module's entry screen: a table of article summaries, newest first as the server orders them, one article a
+/// section, with pull-to-refresh and a load-more row while the server has further pages. In owner mode (`isMySelfOnly`)
+/// it lists the signed-in user's own articles with edit and delete, and asks for a login when nobody is signed in.
+/// A host places it in a navigation controller. Main thread.
+class UIArticleListTableViewController final : public UITableViewController {
+public:
+    /// Loads the process-wide resource bundle unless that was done.
+    UIArticleListTableViewController();
+    ~UIArticleListTableViewController() override;
+    void initialise();
+
+    bool isMySelfOnly() const { return isMySelfOnly_; }
+    /// Set before the first showing. In owner mode the screen observes new and changed articles and the signed-in user.
+    void setIsMySelfOnly(bool only);
+    UIColor tintColor() const { return tintColor_; }
+    /// Colour of the refresh control.
+    void setTintColor(UIColor color);
+    const std::string& refreshTitle() const { return refreshTitle_; }
+    void setRefreshTitle(std::string title);
+
+    /// Requests the first page; does nothing while this screen presents another. Animated: shows the refresh control at
+    /// work, whose event requests the page once more after 0.1 seconds.
+    void reloadInformationFromServer(bool animated);
+    /// Requests the next page. Every call sends a request, also while one is under way.
+    void loadMoreInformationFromServer(const std::shared_ptr<UIArticleLoadMoreTableViewCell>& cell);
+    void handleRefresh();
+    void loginNow();
+    void write_article();
+    void openArticle(const Dictionary& record);
+    void editArticleFor(NSIndexPath path);
+    /// Removes the row at once; what the server answers is only logged.
+    void removeArticleFor(NSIndexPath path);
+
+    const std::deque<Dictionary>& articlesArray() const { return articlesArray_; }
+    const std::optional<std::string>& moreArticlesURLString() const { return moreArticlesURLString_; }
+    std::optional<NSDate> lastLoadDate() const { return lastLoadDate_; }
+
+    void viewDidAppear(bool animated) override;
+    void viewDidLayoutSubviews() override;
+    bool pressesBegan(const UIPress& press) override;
+
+    std::int64_t numberOfSectionsInTableView(UITableView& table) override;
+    std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
+                                                                    NSIndexPath path) override;
+    CGFloat tableViewHeightForHeaderInSection(UITableView& table, std::int64_t section) override;
+    CGFloat tableViewHeightForFooterInSection(UITableView& table, std::int64_t section) override;
+    bool tableViewHasUniformSections(UITableView& table) override;
+    void tableViewDidSelectRowAtIndexPath(UITableView& table, NSIndexPath path) override;
+    void tableViewAccessoryButtonTappedForRowWithIndexPath(UITableView& table, NSIndexPath path) override;
+    bool tableViewCanEditRowAtIndexPath(UITableView& table, NSIndexPath path) override;
+    void tableViewCommitEditingStyle(UITableView& table, UITableViewCellEditingStyle style,
+                                     NSIndexPath path) override;
+    std::vector<UITableViewRowAction> tableViewEditActionsForRowAtIndexPath(UITableView& table,
+                                                                            NSIndexPath path) override;
+
+private:
+    void currentUserChanged();
+    void addedNewArticleNotification(const Value& object);
+    void updateArticleNotification(const Value& object);
+    bool showsLoginPrompt() const;
+    void makeLoginPrompt();
+    void placeLoginPrompt();
+    void showLoginPrompt();
+    void showFirstPage(const OstrelServerHtmlResultObject& result, bool animated);
+    const Dictionary* articleAt(NSIndexPath path) const;
+    std::weak_ptr<UIArticleListTableViewController> weakSelf();
+
+    std::shared_ptr<UIViewController> loginController_;
+    std::shared_ptr<UILabel> loginLabel_;
+    std::shared_ptr<UILabel> loginDetailLabel_;
+    std::shared_ptr<UIButton> loginButton_;
+    std::optional<NSDate> lastLoadDate_;
+    std::deque<Dictionary> articlesArray_;
+    std::optional<std::string> moreArticlesURLString_;
+    std::weak_ptr<UIArticleLoadMoreTableViewCell> loadMoreCell_;
+    bool isMySelfOnly_ = false;
+    UIColor tintColor_;
+    std::string refreshTitle_;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/foundation/NSDate.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ostrel {
+
+/// Converter of the server's date texts.
+class NSDjangoUTCConvert {
+public:
+    /// The moment that `text` denotes; none when it is no date of the server's format.
+    static std::optional<NSDate> djangoDateString(std::string_view text);
+};
+
+/// Encoder of free text for use inside a query string.
+class NSDjangoStringEncoder {
+public:
+    /// `text` (UTF-8) so encoded that it can stand as a query value.
+    static std::string encoder(std::string_view text);
+};
+
+}  // namespace ostrel

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "article/resources/ArticleBundles.h"
+#include "backends/headless/HeadlessPlatform.h"
+#include "platform/uikit/UINavigationController.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/ScriptedServer.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ostrel {
+
+using Lines = std::vector<std::string>;
+
+/// A window of the headless backend, the scripted server, the module's own bundles and a captured log.
+class ArticleTest : public testing::Test {
+protected:
+    ArticleTest() {
+        useBundles(OSTREL_RESOURCE_DIR);
+        OstrelServerFramework::install(server);
+    }
+    ~ArticleTest() override {
+        platform.window().setRootViewController(nullptr);
+        platform.advance(1);
+        OstrelServerFramework::install(nullptr);
+        OstrelArticleBundle = nullptr;
+    }
+
+    /// Looks for all bundles in `folder`; none are loaded yet.
+    static void useBundles(const std::string& folder) {
+        NSBundle::setMainBundlePath(folder);
+        NSBundle::registerBundle(OstrelArticleBundleIdentifier, folder);
+        OstrelArticleBundle = nullptr;
+    }
+    static void useIdiom(UIUserInterfaceIdiom idiom) {
+        UIDevice::currentDevice().setUserInterfaceIdiom(idiom);
+    }
+    void show(std::shared_ptr<UIViewController> root) {
+        platform.window().setRootViewController(std::move(root));
+        platform.settle();
+    }
+    void tap(const std::shared_ptr<UIView>& view) {
+        ASSERT_NE(view, nullptr);
+        platform.tap(*view);
+    }
+    /// What the window's outermost screen presents, when it is a `Screen`.
+    template <class Screen>
+    std::shared_ptr<Screen> presented() {
+        return std::dynamic_pointer_cast<Screen>(
+            platform.window().rootViewController()->presentedViewController());
+    }
+    /// The log since the last call.
+    Lines logged() {
+        const Lines all = log.lines();
+        const auto from = static_cast<std::ptrdiff_t>(linesSeen_);
+        linesSeen_ = all.size();
+        return {all.begin() + from, all.end()};
+    }
+
+    HeadlessPlatform platform;
+    LogCapture log;
+    std::shared_ptr<ScriptedServer> server = std::make_shared<ScriptedServer>();
+
+private:
+    std::size_t linesSeen_ = 0;
+};
+
+inline Value json(std::string_view text) { return Value::parse(text); }
+inline Dictionary record(std::string_view text) { return Dictionary::parse(text); }
+
+/// Values that no server should send, each under every key that the rows read.
+inline std::vector<std::string> hostileRecords() {
+    const char* const keys[] = {"id",    "title",   "text",         "auth_name", "auth_id", "modifie_date",
+                                "liked", "comment", "open_comment", "url",       "images",  "videos"};
+    std::vector<std::string> records = {"{}"};
+    for (const char* value : {"null", "true", "[]", "{}", "[{\"id\":[]}]", "-1", "1e308", "-1e308",
+                              "99999999999999999999999999", "\"\"", "\"\\u0000\\ud83d\\ude00\\r\\n\\r\""}) {
+        std::string members;
+        for (const char* key : keys)
+            members += std::string(members.empty() ? "" : ",") + "\"" + key + "\":" + value;
+        records.push_back("{" + members + "}");
+    }
+    records.push_back(R"({"id":1,"title":")" + std::string(20'000, 'W') + R"(","text":")" +
+                      std::string(200'000, '\x7f') + R"(","auth_name":")" + std::string(20'000, 'i') + "\"}");
+    return records;
+}
+
+}  // namespace ostrel
