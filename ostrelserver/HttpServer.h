@@ -1,0 +1,69 @@
+#pragma once
+
+#include "article/server/OstrelServer.h"
+#include "ostrelserver/AnswerDesk.h"
+#include "ostrelserver/FaceLoader.h"
+#include "ostrelserver/HttpTransport.h"
+#include "ostrelserver/Session.h"
+#include "ostrelserver/WebAddress.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace ostrel {
+
+/// The requests to the application's own server, made with the session's cookies.
+class HttpServer final : public OstrelServer, public std::enable_shared_from_this<HttpServer> {
+public:
+    struct Settings {
+        BaseAddress base;
+        std::string userAgent;
+        std::size_t maximumAnswerBytes;
+        FaceLoader::Limits faces;
+    };
+    enum class OnUnauthorized { endSession, keepSession };
+    struct Sending {
+        std::string path;
+        std::optional<FormFields> form;
+        std::shared_ptr<const UploadBody> upload;
+        ProgressHandler progress;
+        OnUnauthorized onUnauthorized = OnUnauthorized::endSession;
+        /// The cookies to use in place of the session's; null: the session's.
+        std::shared_ptr<CookieJar> jar;
+    };
+
+    HttpServer(Settings settings, std::shared_ptr<Session> session, std::shared_ptr<HttpTransport> transport,
+               std::shared_ptr<AnswerDesk> desk);
+    /// Second phase: what refers back to this object.
+    void initialise();
+
+    /// Sends a request. A 401 answer ends the session it was made with, unless told otherwise, before the handler is
+    /// called. Returns the number by which the transport cancels it. Any thread.
+    std::uint64_t send(Sending sending, JudgedHandler handler);
+
+    std::shared_ptr<const OstrelServerUserObject> currentUser() const override {
+        return session_->currentUser();
+    }
+    void request(const std::string& path, AnswerHandler handler) override;
+    void postURL(const std::string& path, const FormFields& fields, AnswerHandler handler) override;
+    std::shared_ptr<Transfer> postManyDataURL(const std::string& path, const UploadBody& body,
+                                              AnswerHandler handler, ProgressHandler progress) override;
+    void loadUserFace(const std::string& userId, FaceHandler handler) override;
+    void notificationUserID(const Value& userId, const std::string& title, const std::string& text) override;
+
+private:
+    HttpRequest requestTo(std::string address) const;
+    void fetchFace(const std::string& userId, const std::string& entityTag,
+                   std::function<void(HttpAnswer)> done);
+    void takeNote(const JudgedAnswer& answer, std::uint64_t generation, OnUnauthorized onUnauthorized);
+
+    const Settings settings_;
+    const std::shared_ptr<Session> session_;
+    const std::shared_ptr<HttpTransport> transport_;
+    const std::shared_ptr<AnswerDesk> desk_;
+    std::shared_ptr<FaceLoader> faces_;
+};
+
+}  // namespace ostrel
