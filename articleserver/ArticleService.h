@@ -1,0 +1,83 @@
+#pragma once
+
+#include "ArticleStore.h"
+#include "AttemptLimiter.h"
+#include "AvatarPainter.h"
+#include "HttpServer.h"
+#include "MediaFolder.h"
+#include "PasswordHasher.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ostrel {
+
+/// The routes of the article server: who may do what, and how it is answered. docs/protocol.md describes
+/// them. Called from any thread of the HTTP server at once; it keeps no state but limiters and caches.
+class ArticleService final : public WebService {
+public:
+    /// `publicUrl` is the scheme and host to put in front of "/article/ID" and "/media/NAME", without a
+    /// slash at its end; when empty, the Host header of each request is used.
+    ArticleService(ArticleStore& store, MediaFolder& media, std::string publicUrl,
+                   std::function<ServerTime()> now);
+
+    /// The address to fall back on when a request names no valid host.
+    void setLocalUrl(std::string url) { localUrl_ = std::move(url); }
+
+    std::optional<std::size_t> maximumBody(const WebRequest& request) const override;
+    WebReply reply(const WebRequest& request) override;
+    WebReply refusal(int status, const std::string& text) const override;
+
+    struct Route;
+
+private:
+    struct Visit;
+    struct Routing;
+
+    Routing routeOf(const WebRequest& request) const;
+
+    WebReply listArticles(Visit& visit);
+    WebReply listMyArticles(Visit& visit);
+    WebReply removeArticle(Visit& visit);
+    WebReply likeArticle(Visit& visit);
+    WebReply loadArticle(Visit& visit);
+    WebReply addComment(Visit& visit);
+    WebReply articlePage(Visit& visit, const std::optional<std::int64_t>& author, const std::string& path);
+
+    WebReply signUp(Visit& visit);
+    WebReply signIn(Visit& visit);
+    WebReply signOut(Visit& visit);
+    WebReply currentUser(Visit& visit);
+    WebReply uploadAvatar(Visit& visit);
+    WebReply startSession(Visit& visit, const StoredUser& user);
+
+    WebReply avatar(Visit& visit);
+    WebReply mediaFile(Visit& visit);
+    WebReply publicPage(Visit& visit);
+    WebReply styleSheet(Visit& visit);
+
+    /// The signed-in user, or absent. Lengthens a session that has been used for a day.
+    ServerResult<std::optional<StoredUser>> signedIn(Visit& visit);
+    ServerResult<std::int64_t> articleId(const Visit& visit) const;
+    std::string baseUrl(const WebRequest& request) const;
+    std::string cookie(std::string_view name, std::string_view value, std::int64_t seconds) const;
+
+    ArticleStore& store_;
+    MediaFolder& media_;
+    const std::string publicUrl_;
+    const std::function<ServerTime()> now_;
+    std::string localUrl_;
+    PasswordHasher hasher_;
+    AvatarPainter avatars_;
+    AttemptLimiter signInsByName_;
+    AttemptLimiter signInsByAddress_;
+    AttemptLimiter signUps_;
+    AttemptLimiter visitors_;
+
+    friend struct ArticleServiceRoutes;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,123 @@
+#include "MediaFolder.h"
+
+#include <fcntl.h>
+#include <sodium.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <unordered_set>
+
+namespace ostrel {
+
+namespace {
+
+constexpr std::size_t nameDigits = 32;
+
+std::string_view contentTypeOf(std::string_view extension) {
+    if (extension == "jpg") return "image/jpeg";
+    if (extension == "png") return "image/png";
+    if (extension == "mp4") return "video/mp4";
+    return {};
+}
+
+std::string randomName(std::string_view extension) {
+    std::array<unsigned char, nameDigits / 2> bytes{};
+    randombytes_buf(bytes.data(), bytes.size());
+    std::array<char, nameDigits + 1> digits{};
+    sodium_bin2hex(digits.data(), digits.size(), bytes.data(), bytes.size());
+    return std::string(digits.data()) + "." + std::string(extension);
+}
+
+ServerFailure storageFailure(int error) {
+    logServerError(std::string("a media file could not be written: ") + std::strerror(error));
+    if (error == ENOSPC || error == EDQUOT || error == EFBIG) {
+        return {ServerFault::StorageFull, "The server's storage is full."};
+    }
+    return {ServerFault::Internal, "The server could not store the file."};
+}
+
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+}  // namespace
+
+bool MediaFolder::isName(std::string_view name) {
+    if (name.size() <= nameDigits + 1 || name[nameDigits] != '.') return false;
+    std::string_view digits = name.substr(0, nameDigits);
+    bool isHex = digits.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+    return isHex && !contentTypeOf(name.substr(nameDigits + 1)).empty();
+}
+
+ServerResult<ServerDone> MediaFolder::prepare(const std::vector<std::string>& named) {
+    std::error_code error;
+    std::filesystem::create_directories(folder_, error);
+    if (error) return ServerFailure{ServerFault::Internal, "Cannot create the folder of media files."};
+    std::unordered_set<std::string> kept(named.begin(), named.end());
+    std::vector<std::filesystem::path> orphans;
+    for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::string name = entry->path().filename();
+        // Files that are not of our making stay.
+        bool isOurs = isName(name) || (name.ends_with(".part") && isName(name.substr(0, name.size() - 5)));
+        if (isOurs && !kept.contains(name)) orphans.push_back(entry->path());
+    }
+    for (const auto& path : orphans) std::filesystem::remove(path, error);
+    return ServerDone{};
+}
+
+ServerResult<std::string> MediaFolder::add(std::string_view bytes, std::string_view extension) {
+    std::string name = randomName(extension);
+    std::string path = folder_ / name;
+    std::string partial = path + ".part";
+    int descriptor = ::open(partial.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (descriptor < 0) return storageFailure(errno);
+    bool isWritten = writeAll(descriptor, bytes) && ::fsync(descriptor) == 0;
+    int error = errno;
+    ::close(descriptor);
+    if (isWritten && ::rename(partial.c_str(), path.c_str()) != 0) {
+        isWritten = false;
+        error = errno;
+    }
+    if (!isWritten) {
+        ::unlink(partial.c_str());
+        return storageFailure(error);
+    }
+    return name;
+}
+
+std::optional<MediaFolder::File> MediaFolder::find(std::string_view name) const {
+    if (!isName(name)) return std::nullopt;
+    File file;
+    file.path = folder_ / std::string(name);
+    struct stat facts {};
+    if (::stat(file.path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return std::nullopt;
+    file.contentType = contentTypeOf(name.substr(nameDigits + 1));
+    // The name is unique and its content never changes, so it identifies the entity.
+    file.entityTag = "\"" + std::string(name.substr(0, nameDigits)) + "\"";
+    file.size = static_cast<std::uint64_t>(facts.st_size);
+    file.modified = static_cast<ServerTime>(facts.st_mtim.tv_sec) * 1000;
+    return file;
+}
+
+void MediaFolder::remove(const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        if (!isName(name)) continue;
+        std::string path = folder_ / name;
+        if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
+            logServerError(std::string("a media file could not be removed: ") + std::strerror(errno));
+        }
+    }
+}
+
+}  // namespace ostrel

@@ -1,0 +1,98 @@
+#include "ArticleService.h"
+#include "ArticleServiceParts.h"
+
+namespace ostrel {
+
+namespace {
+
+constexpr const char* mediaCaching = "public, max-age=31536000, immutable";
+constexpr const char* avatarCaching = "public, max-age=60";
+constexpr const char* pagePolicy = "default-src 'none'; img-src 'self'; media-src 'self'; style-src 'self'; "
+                                   "base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
+
+/// An answer with an entity tag: the body, or 304 when the client has it already.
+WebReply taggedReply(const WebRequest& request, std::string contentType, std::string body,
+                     const char* caching) {
+    WebReply reply;
+    std::string tag = entityTag(body);
+    reply.headers.emplace_back("ETag", tag);
+    reply.headers.emplace_back("Cache-Control", caching);
+    if (matchesEntityTag(request.header("if-none-match"), tag)) {
+        reply.status = 304;
+        return reply;
+    }
+    reply.contentType = std::move(contentType);
+    reply.body = std::move(body);
+    return reply;
+}
+
+WebReply fileReply(const WebRequest& request, const MediaFolder::File& file, const char* caching) {
+    WebReply reply;
+    reply.headers = {{"ETag", file.entityTag},
+                     {"Last-Modified", httpDate(file.modified)},
+                     {"Cache-Control", caching},
+                     {"Accept-Ranges", "bytes"}};
+    if (matchesEntityTag(request.header("if-none-match"), file.entityTag)) {
+        reply.status = 304;
+        return reply;
+    }
+    reply.contentType = file.contentType;
+    WebRange range{RangeKind::Whole, 0, file.size};
+    // If-Range with another version's tag or any date asks for the whole (RFC 9110, 13.1.5).
+    std::string_view condition = request.header("if-range");
+    if (request.method == "GET" && (condition.empty() || condition == file.entityTag)) {
+        range = parseRange(request.header("range"), file.size);
+    }
+    if (range.kind == RangeKind::Unsatisfiable) {
+        WebReply refused = failureReply({ServerFault::BadInput, "The file has no such range."});
+        refused.status = 416;
+        refused.headers.emplace_back("Content-Range", "bytes */" + std::to_string(file.size));
+        return refused;
+    }
+    if (range.kind == RangeKind::Part) {
+        reply.status = 206;
+        reply.headers.emplace_back("Content-Range", "bytes " + std::to_string(range.offset) + "-" +
+                                                        std::to_string(range.offset + range.length - 1) +
+                                                        "/" + std::to_string(file.size));
+    }
+    reply.file = WebFile{file.path, range.offset, range.length};
+    return reply;
+}
+
+}  // namespace
+
+WebReply ArticleService::mediaFile(Visit& visit) {
+    auto file = media_.find(visit.variable);
+    if (!file) return failureReply({ServerFault::NotFound, "There is no such file."});
+    return fileReply(visit.request, *file, mediaCaching);
+}
+
+WebReply ArticleService::avatar(Visit& visit) {
+    const ServerFailure unknown{ServerFault::NotFound, "There is no such user."};
+    auto id = decimalId(visit.variable);
+    if (!id) return failureReply(unknown);
+    auto user = store_.user(*id);
+    if (!user) return failureReply(user.failure());
+    if (!*user) return failureReply(unknown);
+    if (auto file = media_.find((*user)->avatar)) return fileReply(visit.request, *file, avatarCaching);
+    return taggedReply(visit.request, "image/png", *avatars_.avatar(*id, (*user)->name), avatarCaching);
+}
+
+WebReply ArticleService::publicPage(Visit& visit) {
+    auto id = decimalId(visit.variable);
+    auto article = id ? store_.article(*id) : ServerResult(std::optional<StoredArticle>());
+    if (!article) return failureReply(article.failure());
+    WebReply reply =
+        taggedReply(visit.request, "text/html; charset=utf-8",
+                    *article ? articleHtml(**article, baseUrl(visit.request)) : notFoundHtml(), "no-cache");
+    if (!*article) reply.status = 404;
+    reply.headers.emplace_back("Content-Security-Policy", pagePolicy);
+    reply.headers.emplace_back("Referrer-Policy", "no-referrer");
+    return reply;
+}
+
+WebReply ArticleService::styleSheet(Visit& visit) {
+    return taggedReply(visit.request, "text/css; charset=utf-8", std::string(articleStyle()), "max-age=3600");
+}
+
+}  // namespace ostrel

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+namespace ostrel {
+
+/// Every limit of the article server, in one place; docs/protocol.md lists them for clients.
+/// Sizes are bytes unless a name says otherwise.
+struct ServerLimits final {
+    // The head of a request. httplib's own bound of a header line is 8192; ours stays below it.
+    static constexpr std::size_t requestLine = 4096;
+    static constexpr std::size_t headerLine = 8000;
+    static constexpr std::size_t head = 16 * 1024;
+    static constexpr std::size_t headers = 64;
+    static constexpr std::size_t fields = 32;
+
+    // Bodies.
+    static constexpr std::size_t accountForm = 16 * 1024;
+    static constexpr std::size_t commentForm = 128 * 1024;
+    static constexpr std::size_t avatarFile = 5 * 1024 * 1024;
+    static constexpr std::size_t avatarBody = avatarFile + 64 * 1024;
+    static constexpr std::size_t multipartParts = 16;
+    static constexpr std::size_t multipartHeader = 2048;
+
+    // Time. A silent connection is let go sooner while most threads are taken.
+    static constexpr auto headTime = std::chrono::seconds(10);
+    static constexpr auto bodyTime = std::chrono::seconds(60);
+    static constexpr auto stallTime = std::chrono::seconds(10);
+    static constexpr auto idleTime = std::chrono::seconds(15);
+    static constexpr auto crowdedIdleTime = std::chrono::seconds(1);
+
+    // Connections. One thread serves one connection at a time.
+    static constexpr int connectionThreads = 64;
+    static constexpr int crowdedConnections = 48;
+    static constexpr std::size_t requestsPerConnection = 1000;
+    static constexpr int listenBacklog = 128;
+
+    // Content, in Unicode code points.
+    static constexpr std::size_t nameCharacters = 40;
+    static constexpr std::size_t passwordCharactersLeast = 8;
+    static constexpr std::size_t passwordCharacters = 256;
+    static constexpr std::size_t commentCharacters = 10000;
+    static constexpr int pageSize = 20;
+
+    // Pictures, in pixels.
+    static constexpr int avatarSide = 4096;
+    static constexpr int storedAvatarSide = 256;
+    static constexpr int thumbnailSide = 400;
+
+    // Attempts within attemptWindow.
+    static constexpr auto attemptWindow = std::chrono::minutes(5);
+    static constexpr int failedSignInsPerNameAndAddress = 10;
+    static constexpr int failedSignInsPerAddress = 100;
+    static constexpr int signUpsPerAddress = 100;
+    static constexpr int newVisitorsPerAddress = 200;
+    static constexpr std::size_t rememberedAttempters = 4096;
+
+    // Password hashing takes 64 MiB and a processor for about 0.1 seconds each.
+    static constexpr int hashingsAtOnce = 2;
+    static constexpr int hashingsWaiting = 32;
+
+    // Sessions.
+    static constexpr auto sessionLife = std::chrono::hours(24 * 30);
+    static constexpr auto sessionRenewal = std::chrono::hours(24);
+    static constexpr auto visitorLife = std::chrono::hours(24 * 365);
+    static constexpr int sessionsPerUser = 32;
+};
+
+}  // namespace ostrel

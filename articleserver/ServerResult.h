@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <variant>
+
+namespace ostrel {
+
+/// Why an operation of the article server was refused. Each maps to one HTTP status.
+enum class ServerFault {
+    BadInput,     ///< 400
+    SignedOut,    ///< 401
+    Forbidden,    ///< 403
+    NotFound,     ///< 404
+    Conflict,     ///< 409
+    TooLarge,     ///< 413
+    Unsupported,  ///< 415
+    Throttled,    ///< 429
+    Internal,     ///< 500
+    Busy,         ///< 503
+    StorageFull,  ///< 507
+};
+
+/// A refusal: its kind and one English sentence fit to be shown to a user. It never holds a secret.
+struct ServerFailure {
+    ServerFault fault = ServerFault::Internal;
+    std::string text;
+};
+
+/// The value of a success without a value.
+struct ServerDone {};
+
+/// A value or the reason why there is none. Reading the wrong side is a programming error.
+template <typename T>
+class [[nodiscard]] ServerResult final {
+public:
+    ServerResult(T value) : state_(std::move(value)) {}
+    ServerResult(ServerFailure failure) : state_(std::move(failure)) {}
+
+    bool isOk() const { return std::holds_alternative<T>(state_); }
+    explicit operator bool() const { return isOk(); }
+
+    T& value() { return std::get<T>(state_); }
+    const T& value() const { return std::get<T>(state_); }
+    T& operator*() { return value(); }
+    const T& operator*() const { return value(); }
+    T* operator->() { return &value(); }
+    const T* operator->() const { return &value(); }
+
+    const ServerFailure& failure() const { return std::get<ServerFailure>(state_); }
+
+private:
+    std::variant<T, ServerFailure> state_;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,165 @@
+#include "SampleContent.h"
+
+#include "PasswordHasher.h"
+#include "ServerLimits.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace ostrel {
+
+namespace {
+
+constexpr ServerTime minute = 60'000;
+constexpr int imageQuality = 86;
+constexpr int thumbnailQuality = 80;
+
+struct SamplePerson {
+    std::string_view name;
+    std::string_view password;  ///< empty: nobody signs in as this person
+    bool hasPortrait;
+};
+
+// In the order of SampleAuthor.
+constexpr std::array<SamplePerson, 8> people = {{
+    {"Ada Fern", "snowdrop-teapot", true},
+    {"林小满", "", true},
+    {"Marek Voss", "", false},
+    {"温知远", "", false},
+    {"Imani Brook", "", true},
+    {"Oskar Lind", "ferry-lantern", false},
+    {"Yara Salem", "", false},
+    {"Tove Aske", "", true},
+}};
+
+/// All of them, oldest first.
+std::vector<SampleArticle> sampleArticles() {
+    std::vector<SampleArticle> all;
+    for (auto* part : {sampleArticlesOfStreets, sampleArticlesOfTable, sampleArticlesOfGarden,
+                       sampleArticlesOfFarAway, sampleArticlesOfWorkshop, shortSampleArticles,
+                       chineseSampleArticles, longerChineseSampleArticles}) {
+        std::vector<SampleArticle> articles = part();
+        std::move(articles.begin(), articles.end(), std::back_inserter(all));
+    }
+    std::stable_sort(all.begin(), all.end(), [](const SampleArticle& left, const SampleArticle& right) {
+        return left.age > right.age;
+    });
+    return all;
+}
+
+/// Makes the content, keeping the names of the files it adds in `files`.
+class SampleMaker final {
+public:
+    SampleMaker(MediaFolder& media, ServerTime now) : media_(media), now_(now) {}
+
+    const std::vector<std::string>& files() const { return files_; }
+
+    ServerResult<ImportedContent> make() {
+        ImportedContent content;
+        content.date = now_;
+        PasswordHasher hasher;
+        for (std::size_t index = 0; index < people.size(); ++index) {
+            const SamplePerson& person = people[index];
+            StoredUser user{0, std::string(person.name), "", ""};
+            if (!person.password.empty()) {
+                auto hash = hasher.hash(person.password);
+                if (!hash) return hash.failure();
+                user.passwordHash = *hash;
+            }
+            if (person.hasPortrait) {
+                auto portrait =
+                    paintPortrait(ServerLimits::storedAvatarSide, static_cast<std::uint32_t>(portraits_++));
+                auto file = add(portrait.jpeg(imageQuality));
+                if (!file) return file.failure();
+                user.avatar = *file;
+            }
+            content.users.push_back(std::move(user));
+        }
+        for (const SampleArticle& article : sampleArticles()) {
+            auto imported = make(article);
+            if (!imported) return imported.failure();
+            content.articles.push_back(std::move(*imported));
+        }
+        return content;
+    }
+
+private:
+    ServerResult<std::string> add(const std::string& bytes) {
+        auto name = media_.add(bytes, "jpg");
+        if (name) files_.push_back(*name);
+        return name;
+    }
+
+    ServerResult<ImportedArticle> make(const SampleArticle& sample) {
+        ImportedArticle imported;
+        StoredArticle& article = imported.article;
+        article.authorId = static_cast<std::int64_t>(sample.author);
+        article.title = sample.title;
+        article.text = sample.text;
+        article.modified = now_ - sample.age * minute;
+        article.openComment = sample.openComment;
+        for (const SampleImage& image : sample.images) {
+            ServerPicture picture = paintScene(image.scene, image.width, image.height, ++paintings_);
+            auto file = add(picture.jpeg(imageQuality));
+            if (!file) return file.failure();
+            auto thumbnail = add(picture.fitted(ServerLimits::thumbnailSide).jpeg(thumbnailQuality));
+            if (!thumbnail) return thumbnail.failure();
+            article.images.push_back(
+                {0, *file, *thumbnail, image.width, image.height, std::string(image.caption)});
+        }
+        // Comments came one after the other since the article did.
+        auto parts = static_cast<ServerTime>(sample.comments.size()) + 1;
+        ServerTime date = article.modified;
+        for (const SampleComment& comment : sample.comments) {
+            date += sample.age * minute / parts;
+            imported.comments.push_back(
+                {0, static_cast<std::int64_t>(comment.author), "", date, std::string(comment.text)});
+        }
+        for (int like = 0; like < sample.likes; ++like) {
+            imported.likers.push_back("sample " + std::to_string(like));
+        }
+        return imported;
+    }
+
+    MediaFolder& media_;
+    ServerTime now_;
+    std::vector<std::string> files_;
+    std::uint32_t paintings_ = 0;
+    int portraits_ = 0;
+};
+
+ServerResult<std::vector<SampleAccount>> accountsOf(const ArticleStore& store) {
+    std::vector<SampleAccount> accounts;
+    PasswordHasher hasher;
+    for (const SamplePerson& person : people) {
+        if (person.password.empty()) continue;
+        auto user = store.userNamed(person.name);
+        if (!user) return user.failure();
+        if (!*user) continue;
+        auto matches = hasher.matches((*user)->passwordHash, person.password);
+        if (!matches) return matches.failure();
+        if (*matches) accounts.push_back({std::string(person.name), std::string(person.password)});
+    }
+    return accounts;
+}
+
+}  // namespace
+
+ServerResult<std::vector<SampleAccount>> fillWithSamples(ArticleStore& store, MediaFolder& media,
+                                                         ServerTime now) {
+    auto isEmpty = store.isEmpty();
+    if (!isEmpty) return isEmpty.failure();
+    if (*isEmpty) {
+        SampleMaker maker(media, now);
+        auto content = maker.make();
+        auto imported = content ? store.importInto(*content) : ServerResult<ServerDone>(content.failure());
+        if (!imported) {
+            media.remove(maker.files());
+            return imported.failure();
+        }
+    }
+    return accountsOf(store);
+}
+
+}  // namespace ostrel

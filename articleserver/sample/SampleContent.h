@@ -1,0 +1,57 @@
+#pragma once
+
+#include "ArticleServer.h"
+#include "ArticleStore.h"
+#include "MediaFolder.h"
+#include "SamplePainter.h"
+
+#include <initializer_list>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace ostrel {
+
+/// The people of the sample content.
+enum class SampleAuthor { Ada, Lin, Marek, Wen, Imani, Oskar, Yara, Tove };
+
+struct SampleComment {
+    SampleAuthor author;
+    std::string_view text;
+};
+
+struct SampleImage {
+    SampleScene scene;
+    int width;  ///< pixels
+    int height;
+    std::string_view caption = "";
+};
+
+struct SampleArticle {
+    SampleAuthor author;
+    std::string_view title;
+    std::string_view text;
+    /// Minutes between the last change and the filling of the database.
+    int age;
+    int likes = 0;
+    bool openComment = true;
+    std::vector<SampleImage> images = {};
+    std::vector<SampleComment> comments = {};
+};
+
+std::vector<SampleArticle> sampleArticlesOfStreets();
+std::vector<SampleArticle> sampleArticlesOfTable();
+std::vector<SampleArticle> sampleArticlesOfGarden();
+std::vector<SampleArticle> sampleArticlesOfFarAway();
+std::vector<SampleArticle> sampleArticlesOfWorkshop();
+std::vector<SampleArticle> shortSampleArticles();
+std::vector<SampleArticle> chineseSampleArticles();
+std::vector<SampleArticle> longerChineseSampleArticles();
+
+/// Fills an empty store with sample authors, articles, comments, likes and drawn pictures, all or nothing;
+/// leaves any other store as it is. Answers the accounts that can be signed in with. `now` is the moment
+/// that dates are counted back from.
+ServerResult<std::vector<SampleAccount>> fillWithSamples(ArticleStore& store, MediaFolder& media,
+                                                         ServerTime now);
+
+}  // namespace ostrel

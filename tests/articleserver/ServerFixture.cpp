@@ -1,0 +1,117 @@
+#include "ServerFixture.h"
+
+#include <cstdlib>
+#include <fstream>
+
+namespace ostrel {
+
+namespace {
+
+Answer answerOf(const httplib::Result& result) {
+    Answer answer;
+    if (!result) return answer;
+    answer.status = result->status;
+    answer.body = result->body;
+    answer.headers = result->headers;
+    answer.json = nlohmann::json::parse(result->body, nullptr, false);
+    return answer;
+}
+
+httplib::Headers withCookies(httplib::Headers headers, const std::string& cookies) {
+    if (!cookies.empty()) headers.emplace("Cookie", cookies);
+    return headers;
+}
+
+}  // namespace
+
+TemporaryFolder::TemporaryFolder() {
+    std::string pattern = std::filesystem::temp_directory_path() / "ostrel-XXXXXX";
+    if (const char* made = ::mkdtemp(pattern.data())) path_ = made;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
+}
+
+std::string Answer::header(const std::string& name) const {
+    auto found = headers.find(name);
+    return found == headers.end() ? std::string() : found->second;
+}
+
+std::string Answer::cookie(const std::string& name) const {
+    auto [first, last] = headers.equal_range("Set-Cookie");
+    for (auto header = first; header != last; ++header) {
+        if (header->second.starts_with(name + "=")) return header->second.substr(0, header->second.find(';'));
+    }
+    return {};
+}
+
+void ServerTest::start() {
+    server_.reset();
+    ArticleServerOptions options;
+    options.dataFolder = folder_.path();
+    options.publicUrl = publicUrl_;
+    options.now = [this] { return now_.load(); };
+    auto started = ArticleServer::start(options);
+    ASSERT_TRUE(started) << started.failure().text;
+    server_ = std::move(*started);
+}
+
+Answer ServerTest::get(const std::string& path, const std::string& cookies, httplib::Headers headers) {
+    httplib::Client client("127.0.0.1", server_->port());
+    return answerOf(client.Get(path, withCookies(std::move(headers), cookies)));
+}
+
+Answer ServerTest::head(const std::string& path) {
+    httplib::Client client("127.0.0.1", server_->port());
+    return answerOf(client.Head(path));
+}
+
+Answer ServerTest::post(const std::string& path, const httplib::Params& form, const std::string& cookies) {
+    httplib::Client client("127.0.0.1", server_->port());
+    return answerOf(client.Post(path, withCookies({}, cookies), form));
+}
+
+Answer ServerTest::uploadAvatar(const std::string& bytes, const std::string& cookies,
+                                const std::string& partName) {
+    httplib::Client client("127.0.0.1", server_->port());
+    httplib::MultipartFormDataItems parts = {{partName, bytes, "image.jpg", "image/jpeg"}};
+    return answerOf(client.Post("/account/avatar", withCookies({}, cookies), parts));
+}
+
+std::string ServerTest::signUp(const std::string& name, const std::string& password) {
+    Answer answer = post("/account/sign_up", {{"name", name}, {"password", password}});
+    EXPECT_EQ(answer.status, 200) << answer.body;
+    return answer.cookie("ostrel_session");
+}
+
+std::int64_t ServerTest::userId(const std::string& name) {
+    auto user = store().userNamed(name);
+    if (user && *user) return (*user)->id;
+    auto added = store().addUser({0, name, "", ""}, now_);
+    EXPECT_TRUE(added);
+    return *added;
+}
+
+std::int64_t ServerTest::addArticle(const std::string& author, const std::string& title,
+                                    const std::string& text, bool openComment) {
+    StoredArticle article;
+    article.authorId = userId(author);
+    article.title = title;
+    article.text = text;
+    article.modified = now_;
+    article.openComment = openComment;
+    auto id = store().addArticle(article);
+    EXPECT_TRUE(id);
+    return *id;
+}
+
+std::string ServerTest::addMedia(const std::string& bytes, const std::string& extension) {
+    std::string number = std::to_string(++mediaCount_);
+    std::string name = std::string(32 - number.size(), 'a') + number + "." + extension;
+    std::ofstream(mediaFolder() / name, std::ios::binary) << bytes;
+    return name;
+}
+
+}  // namespace ostrel

@@ -1,0 +1,178 @@
+#include "ServerFixture.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+#include <optional>
+#include <vector>
+
+extern char** environ;
+
+namespace ostrel {
+
+namespace {
+
+/// A child process with its outputs in pipes; killed and reaped with the object.
+class ChildProcess final {
+public:
+    explicit ChildProcess(std::vector<std::string> arguments) {
+        int out[2];
+        int err[2];
+        EXPECT_EQ(::pipe2(out, O_CLOEXEC), 0);
+        EXPECT_EQ(::pipe2(err, O_CLOEXEC), 0);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_adddup2(&actions, out[1], 1);
+        posix_spawn_file_actions_adddup2(&actions, err[1], 2);
+        std::vector<char*> argv;
+        for (std::string& argument : arguments) argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        EXPECT_EQ(::posix_spawn(&pid_, argv[0], &actions, nullptr, argv.data(), environ), 0);
+        posix_spawn_file_actions_destroy(&actions);
+        ::close(out[1]);
+        ::close(err[1]);
+        out_ = out[0];
+        err_ = err[0];
+    }
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    ~ChildProcess() {
+        if (pid_ > 0 && !isReaped_) {
+            ::kill(pid_, SIGKILL);
+            ::waitpid(pid_, nullptr, 0);
+        }
+        ::close(out_);
+        ::close(err_);
+    }
+
+    void signal(int number) { ::kill(pid_, number); }
+    std::string line() { return read(out_, true); }
+    /// Both to their ends.
+    std::string rest() { return read(out_, false); }
+    std::string errors() { return read(err_, false); }
+
+    /// The exit status, or absent when the process goes on for ten seconds or was killed.
+    std::optional<int> exitStatus() {
+        for (int wait = 0; wait < 1000; ++wait) {
+            int status = 0;
+            if (::waitpid(pid_, &status, WNOHANG) == pid_) {
+                isReaped_ = true;
+                return WIFEXITED(status) ? std::optional(WEXITSTATUS(status)) : std::nullopt;
+            }
+            ::usleep(10'000);
+        }
+        return std::nullopt;
+    }
+
+private:
+    static std::string read(int descriptor, bool toLineEnd) {
+        std::string text;
+        for (;;) {
+            pollfd watched{descriptor, POLLIN, 0};
+            if (::poll(&watched, 1, 10'000) <= 0) return text + "(nothing more came)";
+            char byte = 0;
+            if (::read(descriptor, &byte, 1) != 1 || (toLineEnd && byte == '\n')) return text;
+            text += byte;
+        }
+    }
+
+    pid_t pid_ = -1;
+    bool isReaped_ = false;
+    int out_ = -1;
+    int err_ = -1;
+};
+
+const std::string binary = OSTREL_ARTICLE_SERVER_BINARY;
+
+int portIn(const std::string& line) {
+    const std::string start = "ostrel-article-server: listening on http://127.0.0.1:";
+    EXPECT_TRUE(line.starts_with(start) && line.ends_with("/")) << line;
+    return line.starts_with(start) ? std::atoi(line.c_str() + start.size()) : 0;
+}
+
+}  // namespace
+
+TEST(ServerProgramTest, ServesUntilItIsTold) {
+    TemporaryFolder folder;
+    for (int number : {SIGTERM, SIGINT}) {
+        ChildProcess server({binary, "--data", folder.path() / "new" / "data", "--port", "0"});
+        httplib::Client client("127.0.0.1", portIn(server.line()));
+        client.set_keep_alive(true);
+        auto answer = client.Get("/article/articles_json.html");
+        ASSERT_TRUE(answer);
+        EXPECT_EQ(answer->status, 200);
+        server.signal(number);
+        EXPECT_EQ(server.exitStatus(), 0);
+        EXPECT_EQ(server.rest(), "");
+        EXPECT_EQ(server.errors(), "");
+    }
+}
+
+TEST(ServerProgramTest, SampleTellsItsAccountsAfterTheAddress) {
+    TemporaryFolder folder;
+    ChildProcess server({binary, "--data", folder.path(), "--port", "0", "--sample"});
+    portIn(server.line());
+    EXPECT_EQ(server.line(), "sample account: Ada Fern / snowdrop-teapot");
+    EXPECT_EQ(server.line(), "sample account: Oskar Lind / ferry-lantern");
+    server.signal(SIGTERM);
+    EXPECT_EQ(server.exitStatus(), 0);
+}
+
+TEST(ServerProgramTest, MistakesGetOneSentenceAndAStatus) {
+    TemporaryFolder folder;
+    TemporaryFolder used;
+    ChildProcess first({binary, "--data", used.path(), "--port", "0"});
+    std::string port = std::to_string(portIn(first.line()));
+    std::string file = folder.path() / "file";
+    std::ofstream(file) << "x";
+    const std::string data = folder.path() / "data";
+
+    struct Case {
+        std::vector<std::string> arguments;
+        int status;
+        std::string part;
+    };
+    for (const Case& tried : {
+             Case{{"--data", data, "--port", port}, 1, "Cannot listen on 127.0.0.1 port " + port},
+             Case{{"--data", used.path()}, 1, "Another server is using the data folder"},
+             Case{{"--data", file + "/below"}, 1, "data folder"},
+             Case{{"--data", "/proc/nowhere"}, 1, "data folder"},
+             Case{{"--data", data, "--public-url", "ftp://x"}, 1, "public address"},
+             Case{{"--data", data, "--host", "not.an.address.invalid"}, 1, "Cannot listen"},
+             Case{{"--data", data, "--port", "65536"}, 2, "--port"},
+             Case{{"--data", data, "--port", "-1"}, 2, "--port"},
+             Case{{"--data", data, "--port", "http"}, 2, "--port"},
+             Case{{"--data", data, "--unknown"}, 2, "--unknown"},
+             Case{{"--port", "0"}, 2, "--data"},
+         }) {
+        std::vector<std::string> arguments = {binary};
+        arguments.insert(arguments.end(), tried.arguments.begin(), tried.arguments.end());
+        ChildProcess server(arguments);
+        EXPECT_EQ(server.exitStatus(), tried.status) << tried.part;
+        std::string errors = server.errors();
+        EXPECT_NE(errors.find(tried.part), std::string::npos) << errors;
+        EXPECT_TRUE(errors.starts_with("ostrel-article-server: ")) << errors;
+        EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
+        EXPECT_EQ(server.rest(), "");
+    }
+}
+
+TEST(ServerProgramTest, EndsWithItsParentWhenAsked) {
+    TemporaryFolder folder;
+    std::string data = folder.path();
+    // The shell stays the parent, because a command follows.
+    ChildProcess shell({"/bin/sh", "-c", "\"$0\" --data \"$1\" --exit-with-parent; exit 0", binary, data});
+    int port = portIn(shell.line());
+    shell.signal(SIGKILL);
+    // The server holds the other end of the pipe until it ends.
+    EXPECT_EQ(shell.rest(), "");
+    httplib::Client client("127.0.0.1", port);
+    EXPECT_FALSE(client.Get("/account/me"));
+}
+
+}  // namespace ostrel
