@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/graphics/UIFont.h"
+
+#include <QFont>
+
+namespace ostrel {
+
+/// The system's font for `font`, `scale` times as large: the family of that name where it is installed, else Noto Sans
+/// CJK SC in the same weight, else the system's own. Sizes are exact in pixels at a device pixel ratio of 1; glyphs are
+/// not hinted, so that a text is as wide as it measures at every ratio. Any thread, once `prepareFonts` has run.
+QFont qtFont(const UIFont& font, double scale = 1);
+
+/// Looks up the families; main thread, after the application object was made.
+void prepareFonts();
+
+}  // namespace ostrel

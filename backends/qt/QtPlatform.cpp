@@ -1,0 +1,72 @@
+#include "backends/qt/QtPlatform.h"
+
+#include "backends/qt/QtConversions.h"
+#include "backends/qt/QtFonts.h"
+#include "backends/qt/QtLocale.h"
+#include "backends/qt/QtRunLoop.h"
+#include "backends/qt/QtTextMeasurer.h"
+#include "platform/uikit/UIDevice.h"
+#include "platform/uikit/UIView.h"
+
+#include <cassert>
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QGuiApplication>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QUrl>
+
+namespace ostrel {
+
+namespace {
+
+/// The desktop's own setting, as far as it can be read without its libraries: GTK's settings file, which the desktops
+/// that have such a setting write, and KDE's animation factor.
+bool systemReducesMotion() {
+    const QString gtk =
+        QStandardPaths::locate(QStandardPaths::GenericConfigLocation, QStringLiteral("gtk-4.0/settings.ini"));
+    if (!gtk.isEmpty()) {
+        const QSettings settings(gtk, QSettings::IniFormat);
+        const QVariant animations = settings.value(QStringLiteral("Settings/gtk-enable-animations"));
+        if (animations.isValid() && !animations.toBool()) return true;
+    }
+    const QString kde =
+        QStandardPaths::locate(QStandardPaths::GenericConfigLocation, QStringLiteral("kdeglobals"));
+    if (!kde.isEmpty()) {
+        const QSettings settings(kde, QSettings::IniFormat);
+        const QVariant factor = settings.value(QStringLiteral("KDE/AnimationDurationFactor"));
+        if (factor.isValid() && factor.toDouble() == 0) return true;
+    }
+    return false;
+}
+
+bool reducesMotion() {
+    const QByteArray wanted = qgetenv("OSTREL_REDUCE_MOTION");
+    return wanted.isEmpty() ? systemReducesMotion() : wanted != "0";
+}
+
+/// Only what a reader of articles may open; a file or a program of this machine is nothing an article can name.
+bool openAddress(const std::string& address) {
+    const QUrl url(toQString(address), QUrl::StrictMode);
+    static const QStringList schemes{QStringLiteral("http"), QStringLiteral("https"),
+                                     QStringLiteral("mailto")};
+    return url.isValid() && schemes.contains(url.scheme()) && QDesktopServices::openUrl(url);
+}
+
+}  // namespace
+
+void QtPlatform::install(const Options& options) {
+    assert(qGuiApp);
+    RunLoop::installMain(std::make_shared<QtRunLoop>());
+    prepareFonts();
+    TextMeasurer::install(std::make_shared<QtTextMeasurer>());
+    NSLocale::install(std::make_shared<QtLocale>(options.language));
+    UIView::setReduceMotionEnabled(reducesMotion());
+    UIApplication& application = UIApplication::sharedApplication();
+    application.openURL = openAddress;
+    application.setPasteboardText = [](const std::string& text) {
+        if (QClipboard* clipboard = QGuiApplication::clipboard()) clipboard->setText(toQString(text));
+    };
+}
+
+}  // namespace ostrel

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+namespace ostrel {
+
+/// What the platform layer asks of the system, answered by Qt: run loop, text measuring, locale, opening of addresses,
+/// clipboard, screen reader and reduced motion.
+class QtPlatform final {
+public:
+    struct Options {
+        std::string language;  ///< BCP 47 tag of texts and dates; empty: the system's
+    };
+
+    /// Installs all of it; main thread, once a QGuiApplication exists and before the first window is made. Calling it
+    /// again replaces what was installed. Motion is reduced when the system says so, or with OSTREL_REDUCE_MOTION=1 in
+    /// the environment (0: never). The clock stays the system's own, which the platform uses anyway.
+    static void install(const Options& options);
+
+    QtPlatform() = delete;
+};
+
+}  // namespace ostrel

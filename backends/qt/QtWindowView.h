@@ -1,0 +1,92 @@
+#pragma once
+
+#include "backends/qt/InputTranslation.h"
+#include "backends/qt/SceneComposer.h"
+#include "platform/uikit/Mounting.h"
+
+#include <memory>
+#include <QQuickItem>
+#include <QTimer>
+#include <vector>
+
+namespace ostrel {
+
+class TextEditor;
+class UIWindow;
+
+/// Shows one window of the view tree in a QQuickWindow of the host and hands it the user's input. The window is sized
+/// with this item. All changes of a turn are shown with the next frame. Without a window it shows what is mounted.
+/// Main thread.
+class QtWindowView final : public QQuickItem, public MountingBackend {
+public:
+    explicit QtWindowView(std::shared_ptr<UIWindow> window, QQuickItem* parent = nullptr);
+    ~QtWindowView() override;
+
+    const std::shared_ptr<UIWindow>& uiWindow() const { return window_; }
+    /// Nothing is under way: no change waits to be shown, everything in sight is painted, no animation runs. Turning
+    /// wheels do not count.
+    bool isSettled() const;
+    /// Everything in sight is painted as it is now; animations may run.
+    bool hasPaintedEverything() const;
+    SceneComposer::Statistics statistics() const { return composer_->statistics(); }
+    /// The item under edit; null when none is.
+    QQuickItem* editorItem() const;
+    /// Where text is edited at once the application starts, this spares the first field the wait for its engine.
+    static void warmUpTextEditing();
+
+    // MountingBackend
+    void mount(const MountingTransaction& transaction) override;
+    void setNeedsFlush() override;
+    void setFramesWanted(bool wanted) override;
+    CGFloat scale() const override;
+
+protected:
+    bool event(QEvent* event) override;
+    void updatePolish() override;
+    QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
+    void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+    void itemChange(ItemChange change, const ItemChangeData& data) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseUngrabEvent() override;
+    void touchEvent(QTouchEvent* event) override;
+    void touchUngrabEvent() override;
+    void wheelEvent(QWheelEvent* event) override;
+    void hoverEnterEvent(QHoverEvent* event) override { hoverMoveEvent(event); }
+    void hoverMoveEvent(QHoverEvent* event) override;
+    void hoverLeaveEvent(QHoverEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void updateViewport();
+    void placeEditor();
+    void endEditor();
+    void scheduleFrame();
+    void sendPointer(UITouchPhase phase, QPointF point);
+    void cancelFingers();
+    void updateCursor(QPointF point);
+    double refreshInterval() const;
+    bool sendKey(const QKeyEvent& event);
+
+    std::shared_ptr<UIWindow> window_;
+    std::unique_ptr<SceneComposer> composer_;
+    std::unique_ptr<MountingBackend> oracle_;  // builds with assertions: checks every transaction
+    std::unique_ptr<TextEditor> editor_;
+    QTimer frameTimer_;
+    QMetaObject::Connection activeConnection_;
+    bool needsFlush_ = false;
+    bool framesWanted_ = false;
+    bool nodesWaiting_ = false;  // prepared, not synchronised yet
+    double lastFrame_ = -1e9;
+
+    TapCounter taps_;
+    UITouch pointer_;
+    bool pointerDown_ = false;
+    QPointF lastPress_;
+    double lastPressTime_ = -1e9;
+    std::vector<UITouch> fingers_;  // down now
+};
+
+}  // namespace ostrel
