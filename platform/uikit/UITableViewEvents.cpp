@@ -26,6 +26,8 @@ void UITableView::Implementation::initialiseGestures() {
         UIDevice::currentDevice().userInterfaceIdiom() != UIUserInterfaceIdiom::mac;
     swipeRecognizer->shouldBegin = [this](UIGestureRecognizer& recognizer) {
         const auto& pan = static_cast<UIPanGestureRecognizer&>(recognizer);
+        // A reload of this very turn has taken the rows away until the next flush.
+        table.layoutIfNeeded();
         const auto path = table.indexPathForRowAtPoint(pan.locationInView(&table));
         if (!path || !rows.contains(*path)) return false;
         if (swipe && swipe->cell == rows.at(*path).cell) return true;
@@ -41,6 +43,7 @@ void UITableView::Implementation::initialiseGestures() {
             if (path) openMenu(*path, recognizer.locationInView(nullptr), ContextMenu::Highlight::none);
         });
     longPress->shouldBegin = [this](UIGestureRecognizer& recognizer) {
+        table.layoutIfNeeded();
         const auto path = table.indexPathForRowAtPoint(recognizer.locationInView(&table));
         return path && !swipe && !actionsFor(*path).empty();
     };
