@@ -1,0 +1,22 @@
+#pragma once
+
+#include "ostrelserver/SessionStore.h"
+
+#include <QObject>
+
+namespace ostrel {
+
+/// Keeps the session in the keychain of the user's desktop, one entry for each `name`. Where there is no keychain the
+/// session lasts as long as the process.
+class KeychainSessionStore final : public QObject, public SessionStore {
+public:
+    explicit KeychainSessionStore(const std::string& name);
+    void load(LoadHandler handler) override;
+    void save(const std::string& cookieText) override;
+    void clear() override;
+
+private:
+    QString key_;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,224 @@
+#include "reader/ReaderRootController.h"
+
+#include "article/records/ArticleNotifications.h"
+#include "article/server/OstrelLoginViewController.h"
+#include "article/server/OstrelServer.h"
+#include "ostrelserver/HttpServerFramework.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "platform/foundation/RunLoop.h"
+#include "platform/foundation/Text.h"
+#include "platform/uikit/UIAlertController.h"
+#include "platform/uikit/UIDevice.h"
+#include "platform/uikit/UIWindow.h"
+#include "reader/ReaderText.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ostrel {
+
+namespace {
+constexpr double noticeSeconds = 4;
+}
+
+ReaderRootController::ReaderRootController(std::shared_ptr<HttpServerFramework> framework)
+    : framework_(std::move(framework)) {}
+
+ReaderRootController::~ReaderRootController() {
+    NSNotificationCenter::defaultCenter().removeObserver(this);
+    if (noticeTimer_) RunLoop::main().cancel(noticeTimer_);
+}
+
+std::weak_ptr<ReaderRootController> ReaderRootController::weakSelf() {
+    return std::static_pointer_cast<ReaderRootController>(shared_from_this());
+}
+
+void ReaderRootController::initialise() {
+    const char* titles[] = {"Articles", "My Articles"};
+    for (std::size_t index = 0; index < 2; ++index) {
+        lists_[index] = make<UIArticleListTableViewController>();
+        lists_[index]->setTitle(readerText(titles[index]));
+        lists_[index]->setIsMySelfOnly(index == 1);
+        navigations_[index] = make<UINavigationController>(lists_[index]);
+        addChildViewController(navigations_[index]);
+    }
+    NSNotificationCenter::defaultCenter().addObserver(this, Current_User_Changed_Notification_Name,
+                                                      [this](const NSNotification&) { accountChanged(); });
+}
+
+void ReaderRootController::viewDidLoad() {
+    view()->setBackgroundColor(UIColor::groupedBackground());
+    content_ = make<UIView>();
+    content_->setClipsToBounds(true);
+    view()->addSubview(content_);
+    tabs_ = make<ReaderTabs>();
+    tabs_->chosen = [weak = weakSelf()](std::size_t index) {
+        if (const auto self = weak.lock()) self->selectTab(index);
+    };
+    tabs_->accountChosen = [weak = weakSelf()] {
+        if (const auto self = weak.lock()) self->showAccount();
+    };
+    view()->addSubview(tabs_);
+
+    notice_ = make<UIView>();
+    notice_->setSurface(true);
+    notice_->setBackgroundColor(UIColor::rgb(0x22262E, 0.94f));
+    notice_->setCornerRadius(10);
+    notice_->setAlpha(0);
+    notice_->setUserInteractionEnabled(false);
+    noticeText_ = make<UILabel>();
+    noticeText_->setTextColor(UIColor::white());
+    noticeText_->setFont(UIFont::system(14));
+    noticeText_->setNumberOfLines(2);
+    noticeText_->setTextAlignment(NSTextAlignment::center);
+    notice_->addSubview(noticeText_);
+    view()->addSubview(notice_);
+
+    content_->addSubview(navigations_[selected_]->view());
+    accountChanged();
+    layout();
+}
+
+bool ReaderRootController::hasSidebar() {
+    return UIDevice::currentDevice().userInterfaceIdiom() != UIUserInterfaceIdiom::phone &&
+           view()->frame().width() >= sidebarFrom;
+}
+
+void ReaderRootController::viewDidLayoutSubviews() { layout(); }
+
+void ReaderRootController::layout() {
+    if (!tabs_) return;
+    const CGSize size = view()->frame().size;
+    const bool sidebar = hasSidebar();
+    tabs_->setSidebar(sidebar);
+    if (sidebar) {
+        tabs_->setFrame({0, 0, ReaderTabs::sidebarWidth, size.height});
+        content_->setFrame(
+            {ReaderTabs::sidebarWidth, 0, std::max(0.0, size.width - ReaderTabs::sidebarWidth), size.height});
+    } else {
+        content_->setFrame({0, 0, size.width, std::max(0.0, size.height - ReaderTabs::barHeight)});
+        tabs_->setFrame({0, size.height - ReaderTabs::barHeight, size.width, ReaderTabs::barHeight});
+    }
+    const CGRect inside{{}, content_->frame().size};
+    navigations_[selected_]->view()->setFrame(inside);
+    const CGRect area = content_->frame();
+    const CGFloat width = std::min(area.width() - 32, 420.0);
+    const CGFloat textHeight =
+        TextMeasurer::shared().measure(noticeText_->text(), noticeText_->font(), width - 32, 2).size.height;
+    notice_->setFrame({area.midX() - width / 2, area.maxY() - textHeight - 40, width, textHeight + 24});
+    noticeText_->setFrame({16, 12, width - 32, textHeight});
+}
+
+void ReaderRootController::viewWillAppear(bool animated) {
+    navigations_[selected_]->beginAppearanceTransition(true, animated);
+}
+
+void ReaderRootController::viewDidAppear(bool) { navigations_[selected_]->endAppearanceTransition(); }
+
+void ReaderRootController::viewWillDisappear(bool animated) {
+    navigations_[selected_]->beginAppearanceTransition(false, animated);
+}
+
+void ReaderRootController::viewDidDisappear(bool) { navigations_[selected_]->endAppearanceTransition(); }
+
+void ReaderRootController::selectTab(std::size_t index) {
+    if (index > 1) return;
+    if (index == selected_) {
+        navigations_[index]->popToRootViewControllerAnimated(true);
+        return;
+    }
+    const auto from = navigations_[selected_];
+    const auto to = navigations_[index];
+    selected_ = index;
+    tabs_->setSelected(index);
+    if (isAppeared()) from->beginAppearanceTransition(false, false);
+    from->view()->removeFromSuperview();
+    if (isAppeared()) {
+        from->endAppearanceTransition();
+        to->beginAppearanceTransition(true, false);
+    }
+    content_->addSubview(to->view());
+    layout();
+    if (isAppeared()) to->endAppearanceTransition();
+}
+
+void ReaderRootController::accountChanged() {
+    if (!tabs_) return;
+    const auto user = framework_->shareServer().currentUser();
+    tabs_->setAccountTitle(user ? user->name : readerText("Sign In"));
+}
+
+void ReaderRootController::showAccount() {
+    if (presentedViewController()) return;
+    const auto user = framework_->shareServer().currentUser();
+    if (!user) {
+        showLogin();
+        return;
+    }
+    auto sheet =
+        make<UIAlertController>(replacingOccurrences(readerText("Signed in as %@"), "%@", user->name), "",
+                                UIAlertController::Style::actionSheet);
+    sheet->addAction({readerText("Sign Out"), UIAlertAction::Style::destructive, [weak = weakSelf()] {
+                          const auto self = weak.lock();
+                          if (!self) return;
+                          self->framework_->signOut();
+                          self->showNotice(readerText("Signed out."));
+                      }});
+    sheet->addAction({readerText("Cancel"), UIAlertAction::Style::cancel, {}});
+    if (UIDevice::currentDevice().userInterfaceIdiom() != UIUserInterfaceIdiom::phone) {
+        sheet->modalPresentationStyle = UIModalPresentationStyle::popover;
+        sheet->popoverPresentationController.sourceView = tabs_->account();
+        sheet->popoverPresentationController.sourceRect = tabs_->account()->bounds();
+    }
+    presentViewController(sheet, true);
+}
+
+void ReaderRootController::showLogin() {
+    login_ = OstrelLoginViewController::shareWithHandler(
+        [weak = weakSelf()](bool succeeded, const std::shared_ptr<const OstrelServerUserObject>& user,
+                            const std::string&) {
+            const auto self = weak.lock();
+            if (!self || !succeeded || !user || !self->login_) return;
+            self->login_->dismissViewControllerAnimated(true, [weak] {
+                // The user's own list keeps an empty page for a while after a sign-out.
+                if (const auto root = weak.lock()) root->myArticles().reloadInformationFromServer(false);
+            });
+            self->login_ = nullptr;
+        });
+    auto navigation = make<UINavigationController>(login_);
+    navigation->modalPresentationStyle =
+        UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone
+            ? UIModalPresentationStyle::overFullScreen
+            : UIModalPresentationStyle::formSheet;
+    presentViewController(navigation, true);
+}
+
+void ReaderRootController::showNotice(const std::string& text) {
+    if (!isViewLoaded()) return;
+    noticeText_->setText(text);
+    layout();
+    view()->bringSubviewToFront(notice_);
+    UIView::animate(0.2, [this] { notice_->setAlpha(1); });
+    if (noticeTimer_) RunLoop::main().cancel(noticeTimer_);
+    noticeTimer_ = RunLoop::main().performAfter(noticeSeconds, [weak = weakSelf()] {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->noticeTimer_ = 0;
+        UIView::animate(0.3, [&self] { self->notice_->setAlpha(0); });
+    });
+}
+
+bool ReaderRootController::pressesBegan(const UIPress& press) {
+    const bool control = press.key.modifiers & (modifierControl | modifierCommand);
+    if (control && (press.key.characters == "1" || press.key.characters == "2")) {
+        selectTab(press.key.characters == "1" ? 0 : 1);
+        return true;
+    }
+    if (press.key.code == UIKeyCode::f5) {
+        lists_[selected_]->handleRefresh();
+        return true;
+    }
+    return UIViewController::pressesBegan(press);
+}
+
+}  // namespace ostrel

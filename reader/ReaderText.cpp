@@ -1,0 +1,38 @@
+#include "reader/ReaderText.h"
+
+#include "platform/foundation/NSDate.h"
+
+#include <array>
+#include <utility>
+
+namespace ostrel {
+
+namespace {
+
+using Entry = std::pair<std::string_view, std::string_view>;
+constexpr std::array<Entry, 10> simplifiedChinese{{
+    {"Ostrel Reader", "Ostrel 阅读"},
+    {"Articles", "文章"},
+    {"My Articles", "我的文章"},
+    {"Sign In", "登录"},
+    {"Sign Out", "退出登录"},
+    {"Cancel", "取消"},
+    {"Signed in as %@", "已登录：%@"},
+    {"Signed out.", "已退出登录。"},
+    {"The articles could not be loaded. %@", "无法加载文章。%@"},
+    {"Try again", "重试"},
+}};
+
+}  // namespace
+
+std::string readerText(std::string_view key) {
+    const auto languages = NSLocale::current().preferredLanguages();
+    if (!languages.empty() && languages.front().starts_with("zh")) {
+        for (const auto& [english, chinese] : simplifiedChinese) {
+            if (english == key) return std::string(chinese);
+        }
+    }
+    return std::string(key);
+}
+
+}  // namespace ostrel

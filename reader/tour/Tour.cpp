@@ -1,0 +1,49 @@
+#include "reader/tour/Tour.h"
+
+#include "reader/tour/ListTour.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+namespace ostrel {
+
+namespace {
+
+int fail(const std::string& why) {
+    std::fprintf(stderr, "ostrel-reader: %s\n", why.c_str());
+    return 1;
+}
+
+}  // namespace
+
+int runTour(const ReaderOptions& options) {
+    if (!QDir().mkpath(QString::fromStdString(options.tourFolder))) {
+        return fail("The folder " + options.tourFolder + " cannot be made.");
+    }
+    QTemporaryDir data;
+    if (!data.isValid())
+        return fail("A folder for the tour's data cannot be made: " + data.errorString().toStdString());
+
+    std::string error;
+    ArticleServerProcess server;
+    if (!server.start(data.path().toStdString(), &error)) return fail(error);
+    std::vector<TourStep> steps;
+    {
+        ReaderApplication reader(options, server.address(), std::make_shared<MemorySessionStore>());
+        if (!reader.open(&error)) return fail(error);
+        ListTour tour(options, reader, server);
+        steps = tour.run();
+    }
+    const std::string report = options.tourFolder + "/tour.json";
+    if (!writeTourReport(report, options.idiomName, steps))
+        return fail("The report " + report + " cannot be written.");
+    std::size_t failed = 0;
+    for (const TourStep& step : steps) failed += step.ok() ? 0 : 1;
+    std::printf("%zu passed, %zu failed. Pictures and tour.json are in %s\n", steps.size() - failed, failed,
+                options.tourFolder.c_str());
+    return steps.empty() || failed > 0 ? 1 : 0;
+}
+
+}  // namespace ostrel

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/graphics/Geometry.h"
+
+#include <QQuickWindow>
+
+#include <string>
+#include <vector>
+
+class QPointingDevice;
+
+namespace ostrel {
+
+/// Events as the window system would send them: they enter through Qt's window system interface and take the road of
+/// real ones. Points are the window's.
+class TourInput final {
+public:
+    explicit TourInput(QQuickWindow& window);
+    ~TourInput();
+
+    void click(CGPoint point, Qt::MouseButton button = Qt::LeftButton);
+    void moveMouse(CGPoint point);
+    void wheel(CGPoint point, int notches);
+    void tap(CGPoint point);
+    /// One finger from `from` to `to` in `steps` moves, `milliseconds` in all; it rests at the end for `restFor`.
+    void swipe(CGPoint from, CGPoint to, int milliseconds, int restFor = 0, int steps = 12);
+    void key(int key, const QString& text = {}, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    void type(const std::string& text);
+    /// Runs the event loop for a while.
+    static void pass(int milliseconds);
+
+private:
+    void touch(CGPoint point, int state);
+    QPoint native(CGPoint point) const;
+    QQuickWindow& window_;
+    QPointingDevice* touchscreen_;
+};
+
+}  // namespace ostrel
