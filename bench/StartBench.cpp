@@ -1,0 +1,85 @@
+#include "bench/Bench.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+namespace ostrel {
+
+namespace {
+
+QString besideThis(const char* program) {
+    return QFileInfo(QFileInfo("/proc/self/exe").symLinkTarget()).path() + "/" + program;
+}
+
+/// Milliseconds from starting `program` until it says that its list is painted; negative when it does not.
+double timeToList(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    environment.insert("QT_QUICK_BACKEND", "software");
+    environment.insert("OSTREL_READER_QUIT_AFTER_LIST", "1");
+    process.setProcessEnvironment(environment);
+    QElapsedTimer since;
+    since.start();
+    process.start(program, arguments);
+    QByteArray said;
+    while (since.elapsed() < 30000) {
+        process.waitForReadyRead(20);
+        said += process.readAllStandardOutput();
+        if (said.contains("first list painted")) {
+            const double milliseconds = static_cast<double>(since.nsecsElapsed()) / 1e6;
+            if (!process.waitForFinished(5000)) process.kill();
+            return milliseconds;
+        }
+        if (process.state() == QProcess::NotRunning) break;
+    }
+    process.kill();
+    process.waitForFinished(1000);
+    return -1;
+}
+
+std::vector<BenchResult> start(const BenchSettings& settings) {
+    BenchResult failed{
+        .name = "start", .goal = 1.2, .unit = "ms", .fault = "the article server did not start"};
+    QTemporaryDir data;
+    QProcess server;
+    server.start(besideThis("ostrel-article-server"),
+                 {"--data", data.path(), "--port", "0", "--sample", "--exit-with-parent"});
+    QString address;
+    QElapsedTimer since;
+    since.start();
+    while (address.isEmpty() && since.elapsed() < 60000 && server.state() != QProcess::NotRunning) {
+        server.waitForReadyRead(200);
+        while (server.canReadLine()) {
+            const QString line = QString::fromUtf8(server.readLine()).trimmed();
+            if (const auto at = line.indexOf("listening on "); at >= 0) address = line.mid(at + 13);
+        }
+    }
+    if (address.isEmpty()) return {failed};
+    BenchResult result = interleaved(
+        "start", 1.2, "ms", settings.rounds,
+        [&] {
+            return timeToList(besideThis("ostrel-reader"), {"--server", address});
+        },
+        [&] {
+            return timeToList(besideThis("ostrel-bench"), {"--child", "startpeer"});
+        });
+    result.note = "process start to the first painted list of 20 rows from a server, beside a bare window "
+                  "with a ListView";
+    server.terminate();
+    server.waitForFinished(5000);
+    return {result};
+}
+
+}  // namespace
+
+void addStartBench(std::vector<Bench>& benches) {
+    benches.push_back(
+        {"start", "process start to the first painted list, beside a bare Qt Quick window with a ListView",
+         start});
+}
+
+}  // namespace ostrel
