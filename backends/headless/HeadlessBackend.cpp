@@ -52,6 +52,15 @@ std::uint32_t differences(const ViewState& a, const ViewState& b) {
     return changes;
 }
 
+/// What a backend could not show.
+const char* faultOf(const ViewContent& content) {
+    const auto* const blur = std::get_if<BlurContent>(&content);
+    if (blur && !(std::isfinite(blur->radius) && blur->radius >= 0)) return "a blur has a finite radius";
+    const auto* const player = std::get_if<PlayerContent>(&content);
+    if (player && !player->engine) return "frames come from an engine";
+    return nullptr;
+}
+
 bool isFinite(const CGRect& rect) {
     return std::isfinite(rect.origin.x) && std::isfinite(rect.origin.y) && std::isfinite(rect.size.width) &&
            std::isfinite(rect.size.height);
@@ -108,6 +117,7 @@ void HeadlessBackend::apply(const Mutation& mutation) {
             !require(mutation.state != nullptr, mutation, "it has a state"))
             return;
         require(isFinite(mutation.state->frame), mutation, "its frame is finite");
+        if (const char* fault = faultOf(mutation.state->content)) require(false, mutation, fault);
         nodes_.emplace(mutation.tag, Node{.tag = mutation.tag, .state = mutation.state});
         if (root_ == 0) root_ = mutation.tag;
         return;
@@ -144,6 +154,7 @@ void HeadlessBackend::apply(const Mutation& mutation) {
     case Mutation::Type::update: {
         if (!require(mutation.state != nullptr, mutation, "it has a state")) return;
         require(isFinite(mutation.state->frame), mutation, "its frame is finite");
+        if (const char* fault = faultOf(mutation.state->content)) require(false, mutation, fault);
         const std::uint32_t actual = differences(*known->state, *mutation.state);
         require(actual != 0, mutation, "an update changes something");
         require((actual & ~mutation.changes) == 0, mutation, "every change is named");

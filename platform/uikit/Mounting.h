@@ -14,6 +14,8 @@
 
 namespace ostrel {
 
+class PlayerEngine;
+
 /// Identifies a view for its whole life; never used twice in a process. 0: none.
 using ViewTag = std::uint64_t;
 
@@ -31,6 +33,7 @@ struct TextContent {
     Vertical vertical = Vertical::center;
     CGFloat minimumScale = 1;     ///< below 1: the font shrinks down to this factor until one line fits
     bool onlyWholeLines = false;  ///< a line that does not fit in the height wholly is not drawn
+    bool selectable = false;      ///< the backend lets a pointer select parts of it, to be copied
     UIEdgeInsets insets;
     friend bool operator==(const TextContent&, const TextContent&) = default;
 };
@@ -69,7 +72,23 @@ struct TextInputContent {
     friend bool operator==(const TextInputContent&, const TextInputContent&) = default;
 };
 
-using ViewContent = std::variant<std::monostate, TextContent, ImageContent, SpinnerContent, TextInputContent>;
+/// A light blur: what its parent shows and what stands behind it there, blurred within the view's bounds, with `veil`
+/// laid over it.
+struct BlurContent {
+    CGFloat radius = 0;  ///< standard deviation in points
+    UIColor veil;
+    friend bool operator==(const BlurContent&, const BlurContent&) = default;
+};
+
+/// The frames of a player, upright, aspect-fit in the view's bounds; nothing before the first one. The engine is one
+/// that the backend's own `PlayerFactory` made. Frames are drawn only while the view is mounted and in sight.
+struct PlayerContent {
+    std::shared_ptr<PlayerEngine> engine;
+    friend bool operator==(const PlayerContent&, const PlayerContent&) = default;
+};
+
+using ViewContent = std::variant<std::monostate, TextContent, ImageContent, SpinnerContent, TextInputContent,
+                                 BlurContent, PlayerContent>;
 
 struct LayerShadow {
     UIColor color;
