@@ -7,6 +7,8 @@
 //  3. installs a server framework: OstrelServerFramework::install,
 //  4. makes a UIArticleListTableViewController and puts it into a UINavigationController.
 
+#include "article/detail/UIArticleViewController.h"
+#include "article/detail/UICommentViewController.h"
 #include "article/list/UIArticleListTableViewController.h"
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"

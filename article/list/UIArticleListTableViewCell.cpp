@@ -1,5 +1,6 @@
 #include "article/list/UIArticleListTableViewCell.h"
 
+#include "article/detail/UICommentViewController.h"
 #include "article/records/ArticleNotifications.h"
 #include "article/records/NSStringForDate.h"
 #include "article/resources/ArticleBundles.h"
@@ -204,9 +205,15 @@ void UIArticleListTableViewCell::likeButtonAction() {
 }
 
 void UIArticleListTableViewCell::commentButtonAction() {
-    if (OstrelServer::shareServer().currentUser()) return;
     UIViewController* root = rootOfFirstWindow();
     if (!root) return;
+    if (OstrelServer::shareServer().currentUser()) {
+        auto composer = make<UICommentViewController>();
+        composer->setArticle_id(recordText(articleDictionary_, "id"));
+        auto navigation = make<UINavigationController>(composer);
+        navigation->modalPresentationStyle = UIModalPresentationStyle::fullScreen;
+        return root->presentViewController(navigation, true);
+    }
     auto alert =
         make<UIAlertController>("Prohibit", "Can't comment before login.", UIAlertController::Style::alert);
     const auto weak = std::weak_ptr(std::static_pointer_cast<UIArticleListTableViewCell>(shared_from_this()));

@@ -1,5 +1,6 @@
 #include "article/list/UIArticleListTableViewController.h"
 
+#include "article/detail/UIArticleViewController.h"
 #include "article/list/UIArticleListTableViewCell.h"
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
@@ -265,7 +266,11 @@ void UIArticleListTableViewController::write_article() {
     if (!somebodyIsSignedIn()) NSLog("NOT login can NOT new article.");
 }
 
-void UIArticleListTableViewController::openArticle(const Dictionary&) {}
+void UIArticleListTableViewController::openArticle(const Dictionary& record) {
+    auto detail = make<UIArticleViewController>();
+    detail->setArticleDictionary(record);
+    if (auto* const navigation = navigationController()) navigation->pushViewController(detail, true);
+}
 
 void UIArticleListTableViewController::editArticleFor(NSIndexPath) {}
 

@@ -108,8 +108,15 @@ void UINavigationController::layoutTop() {
     const auto& shown = topViewController()->view();
     if (!shown->superview()) content_->addSubview(shown);
     for (const auto& screen : content_->subviews()) {
-        if (screen->viewController()) screen->setFrame(content_->bounds());
+        if (screen->viewController()) screen->setFrame(screenFrame(*screen->viewController()));
     }
+}
+
+CGRect UINavigationController::screenFrame(const UIViewController& screen) const {
+    const CGSize size = content_->frame().size;
+    // What lies under the bar is cut off, for nobody sees it there.
+    const CGFloat under = screen.extendsUnderNavigationBar ? content_->frame().minY() : 0;
+    return {0, -under, size.width, size.height + under};
 }
 
 std::optional<std::string> UINavigationController::backTitle() const {
@@ -201,7 +208,7 @@ void UINavigationController::install(Transition& change) {
     const auto& upper = change.push ? change.to->view() : change.from->view();
     const auto& lower = change.push ? change.from->view() : change.to->view();
     content_->setUserInteractionEnabled(false);
-    change.to->view()->setFrame(bounds);
+    change.to->view()->setFrame(screenFrame(*change.to));
     content_->addSubview(lower);
     if (!change.fades) {
         dim_->setFrame(bounds);

@@ -64,6 +64,8 @@ public:
 private:
     struct Transition;
     void layoutTop();
+    /// Where a screen lies in the content view.
+    CGRect screenFrame(const UIViewController& screen) const;
     void showBar();
     std::optional<std::string> backTitle() const;
     bool popTo(std::size_t count, bool animated);

@@ -1,6 +1,9 @@
 #include "platform/uikit/UITextView.h"
 
 #include "platform/foundation/NSNotificationCenter.h"
+#include "platform/uikit/ContextMenu.h"
+#include "platform/uikit/PlatformText.h"
+#include "platform/uikit/UIGestureRecognizer.h"
 #include "platform/uikit/UIWindow.h"
 
 namespace ostrel {
@@ -8,8 +11,14 @@ namespace ostrel {
 UITextView::UITextView(CGRect frame) : UIView(frame) {}
 
 void UITextView::contentDidChange() {
-    setCursor(canBecomeFirstResponder() ? CursorShape::text : CursorShape::arrow);
+    setCursor(canBecomeFirstResponder() || canBeCopied() ? CursorShape::text : CursorShape::arrow);
     setNeedsDisplay();
+    if (copyPress_ || !canBeCopied()) return;
+    copyPress_ = std::make_shared<UILongPressGestureRecognizer>([this](UIGestureRecognizer& press) {
+        if (press.state() == UIGestureRecognizerState::began) openCopyMenu(press.locationInView(nullptr));
+    });
+    copyPress_->shouldBegin = [this](UIGestureRecognizer&) { return canBeCopied(); };
+    addGestureRecognizer(copyPress_);
 }
 
 void UITextView::setText(std::string text) {
@@ -18,6 +27,12 @@ void UITextView::setText(std::string text) {
     content_.text = std::move(text);
     ++revision_;
     if (!editable_) setDefaultAccessibility(AccessibilityRole::text, content_.text);
+    contentDidChange();
+}
+
+void UITextView::setSelectable(bool selectable) {
+    if (selectable == selectable_) return;
+    selectable_ = selectable;
     contentDidChange();
 }
 
@@ -109,7 +124,9 @@ void UITextView::focusDidChange(bool focused, bool byKeyboard) {
 // A touch on text under edit is the editor's; on text at rest it is that of whatever the text stands on.
 
 void UITextView::touchesBegan(const UITouch& touch) {
-    if (!canBecomeFirstResponder()) UIView::touchesBegan(touch);
+    if (canBecomeFirstResponder()) return;
+    if (touch.button == UIButtonMask::secondary && openCopyMenu(touch.location)) return;
+    UIView::touchesBegan(touch);
 }
 
 void UITextView::touchesMoved(const UITouch& touch) {
@@ -148,6 +165,19 @@ void UITextView::editorTextChanged(const std::string& text) {
     NSNotificationCenter::defaultCenter().postNotification(UITextViewTextDidChangeNotification);
 }
 
+bool UITextView::canBeCopied() const {
+    return !editable_ && selectable_ && isUserInteractionEnabled() && !content_.text.empty();
+}
+
+bool UITextView::openCopyMenu(CGPoint pointInWindow) {
+    if (!window() || !canBeCopied()) return false;
+    const auto copy = [text = content_.text] {
+        const auto& put = UIApplication::sharedApplication().setPasteboardText;
+        if (put) put(text);
+    };
+    return ContextMenu::show(*window(), pointInWindow, {{platformText("Copy"), false, copy}}) != nullptr;
+}
+
 UIEdgeInsets UITextView::textInsets() const {
     // A content inset moves the text and leaves the width it is laid out in.
     UIEdgeInsets insets = content_.insets;
@@ -174,6 +204,7 @@ ViewContent UITextView::makeContent() const {
     if (content_.text.empty()) return {};
     TextContent content = content_;
     content.insets = textInsets();
+    content.selectable = canBeCopied();
     return content;
 }
 

@@ -22,7 +22,9 @@ public:
 inline constexpr const char* UITextViewTextDidChangeNotification = "UITextViewTextDidChangeNotification";
 
 /// Text of many lines. While it is editable and takes touches, the backend's editor edits (and scrolls) it; else it is
-/// text at rest: as wide as the view less `textContainerInset`, lines that do not fit the height are not drawn.
+/// text at rest: as wide as the view less `textContainerInset`, lines that do not fit the height are not drawn. Text at
+/// rest that is selectable and takes touches can be copied: as a whole from a menu that a long press or the secondary
+/// button opens, in part where the backend lets a pointer select it.
 class UITextView : public UIView, public TextInputClient {
 public:
     explicit UITextView(CGRect frame = {});
@@ -42,7 +44,7 @@ public:
     bool isEditable() const { return editable_; }
     void setEditable(bool editable);
     bool isSelectable() const { return selectable_; }
-    void setSelectable(bool selectable) { selectable_ = selectable; }
+    void setSelectable(bool selectable);
     bool isScrollEnabled() const { return scrollEnabled_; }
     void setScrollEnabled(bool enabled) { scrollEnabled_ = enabled; }
     void setShowsVerticalScrollIndicator(bool shows) { showsIndicator_ = shows; }
@@ -72,6 +74,8 @@ protected:
 private:
     void contentDidChange();
     UIEdgeInsets textInsets() const;
+    bool canBeCopied() const;
+    bool openCopyMenu(CGPoint pointInWindow);
     std::weak_ptr<UITextViewDelegate> delegate_;
     std::string placeholder_;
     std::uint64_t revision_ = 0;
@@ -83,6 +87,7 @@ private:
                          .vertical = TextContent::Vertical::top,
                          .onlyWholeLines = true};
     UIEdgeInsets contentInset_;
+    std::shared_ptr<UIGestureRecognizer> copyPress_;
     bool editable_ = true, selectable_ = true, scrollEnabled_ = true, showsIndicator_ = true;
 };
 

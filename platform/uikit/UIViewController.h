@@ -61,6 +61,10 @@ public:
     /// container that sends them itself.
     virtual bool shouldAutomaticallyForwardAppearanceMethods() const { return true; }
 
+    /// Whether a navigation controller lays this screen out over its whole view, under its bar too. Set before it is
+    /// shown.
+    bool extendsUnderNavigationBar = false;
+
     // Presentation
     UIModalPresentationStyle modalPresentationStyle = UIModalPresentationStyle::fullScreen;
     UIPopoverPresentation popoverPresentationController;

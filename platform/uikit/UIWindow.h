@@ -52,8 +52,9 @@ public:
     void sendScroll(const UIScrollEvent& event);
     /// The pointer moved without a button (for hover looks); `inside` false when it left the window.
     void sendHover(CGPoint point, bool inside);
-    /// To the first responder, else the focused view, else the view of the topmost controller, and up from there. Then Tab
-    /// moves the focus and Escape asks the topmost controllers to cancel. True when the key was used.
+    /// To the first responder, else the focused view, else the view of the topmost controller, and up from there; with
+    /// neither responder nor focus then to the frontmost scroll view of that controller and up from there. Then Tab moves
+    /// the focus and Escape asks the topmost controllers to cancel. True when the key was used.
     bool sendKey(const UIPress& press);
     // From text editors of the backend
     void textInputChanged(ViewTag tag, const std::string& text);

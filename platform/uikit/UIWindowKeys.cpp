@@ -30,6 +30,17 @@ UIView* frontmostControllerView(UIView& view) {
     return view.viewController() ? &view : nullptr;
 }
 
+/// The frontmost scroll view at or below `view`; null when there is none.
+UIScrollView* frontmostScrollView(UIView& view) {
+    if (!takesKeys(view)) return nullptr;
+    if (auto* const scroll = dynamic_cast<UIScrollView*>(&view)) return scroll;
+    const auto& children = view.subviews();
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+        if (UIScrollView* found = frontmostScrollView(**child)) return found;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 // First responder and focus
@@ -162,6 +173,13 @@ bool UIWindow::sendKey(const UIPress& press) {
         }
     }
     if (responder && responder->pressesBegan(press)) return true;
+    if (!firstResponder_ && !focused_) {
+        // Nobody is meant in particular: the keys are for what fills the screen.
+        UIView* const screen = topControllerView();
+        UIScrollView* const scroll = screen ? frontmostScrollView(*screen) : nullptr;
+        const auto keptScroll = scroll ? scroll->weak_from_this().lock() : nullptr;
+        if (scroll && scroll != screen && scroll->pressesBegan(press)) return true;
+    }
     constexpr unsigned others = modifierControl | modifierAlternate | modifierCommand;
     if (press.key.modifiers & others) return false;
     if (press.key.code == UIKeyCode::tab) {

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "platform/foundation/Value.h"
+#include "platform/uikit/UIAlertController.h"
+#include "platform/uikit/UITableView.h"
+#include "platform/uikit/UIViewController.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ostrel {
+
+class UIArticleCommentViewTableViewCell;
+class UIArticleVideoTableViewCell;
+class UIArticleViewImageTableViewCell;
+class UIArticleViewTextTableViewCell;
+class UIArticleViewTitleTableViewCell;
+
+/// One article in full: its title, text, images, videos and comments as the five sections of one table. Pushed with the
+/// list's record, of which only the "id" is read; loads the whole article when it is first shown, and never again once
+/// that has succeeded. At most one video row in sight plays. Main thread.
+class UIArticleViewController final : public UIViewController,
+                                      public UITableViewDataSource,
+                                      public UITableViewDelegate {
+public:
+    UIArticleViewController();
+    ~UIArticleViewController() override;
+
+    const Dictionary& articleDictionary() const { return articleDictionary_; }
+    /// Loads nothing by itself.
+    void setArticleDictionary(Dictionary record) { articleDictionary_ = std::move(record); }
+    /// Loads the article at once; title and text are ignored.
+    void openArticleID(const std::string& articleId, const std::string& title, const std::string& text);
+    /// A failure leaves the screen as it is, its wheel turning: it shows no alert and writes no log.
+    void loadArticleID(const std::string& articleId);
+    /// Does nothing: an article is loaded once.
+    void handleRefresh() {}
+    void share();
+    /// Asks for a short message to the author.
+    void touchAuthor();
+    /// Stops every video row in sight but the one at `row` of its section; -1 stops all.
+    void stopPlayedVideoExcept(std::int64_t row);
+
+    const Dictionary& resultDict() const { return resultDict_; }
+    const std::optional<std::string>& url() const { return url_; }
+    const std::vector<Value>& imagesArray() const { return imagesArray_; }
+    const std::vector<Value>& videosArray() const { return videosArray_; }
+    const std::vector<Value>& commentsArray() const { return commentsArray_; }
+    const std::shared_ptr<UITableView>& myTableView() const { return myTableView_; }
+
+    void loadView() override;
+    void viewDidLoad() override;
+    void viewDidAppear(bool animated) override;
+    void viewWillDisappear(bool animated) override;
+
+    std::int64_t numberOfSectionsInTableView(UITableView& table) override;
+    std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
+                                                                    NSIndexPath path) override;
+    std::string tableViewTitleForHeaderInSection(UITableView& table, std::int64_t section) override;
+    CGFloat tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
+    void tableViewDidSelectRowAtIndexPath(UITableView& table, NSIndexPath path) override;
+
+private:
+    class Table;
+    std::weak_ptr<UIArticleViewController> weakSelf();
+    void showArticle(const Dictionary& article);
+    /// The video row that the space bar plays or pauses: the focused one, else the selected one.
+    std::optional<NSIndexPath> videoForSpace() const;
+    bool spaceWasPressed();
+    std::shared_ptr<UITableViewCell> titleCell();
+    std::shared_ptr<UITableViewCell> textCell();
+    std::shared_ptr<UITableViewCell> imageCell(NSIndexPath path);
+    std::shared_ptr<UITableViewCell> videoCell(NSIndexPath path);
+    std::shared_ptr<UITableViewCell> commentCell(NSIndexPath path);
+    std::shared_ptr<UIArticleVideoTableViewCell> shownVideo(std::int64_t row) const;
+
+    Dictionary articleDictionary_, resultDict_;
+    std::optional<std::string> url_;
+    std::vector<Value> imagesArray_, videosArray_, commentsArray_;
+    std::shared_ptr<UITableView> myTableView_;
+    std::shared_ptr<UIAlertController> loadingAlert_;  ///< never filled
+};
+
+}  // namespace ostrel

@@ -1,0 +1,71 @@
+#include "article/detail/VideoFile.h"
+
+#include "platform/foundation/Files.h"
+#include "platform/foundation/NSThread.h"
+
+#include <atomic>
+#include <cctype>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace ostrel {
+
+namespace {
+
+bool hasScheme(const std::string& address, std::string_view scheme) {
+    if (address.size() <= scheme.size()) return false;
+    for (std::size_t i = 0; i < scheme.size(); ++i) {
+        if (std::tolower(static_cast<unsigned char>(address[i])) != scheme[i]) return false;
+    }
+    return true;
+}
+
+/// RFC 3986: unreserved characters and the slash stand for themselves.
+std::string percentEncodedPath(const std::string& path) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    constexpr std::string_view others = "-._~/";
+    std::string encoded;
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool isAlphanumeric =
+            (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+        if (isAlphanumeric || others.find(c) != std::string_view::npos) {
+            encoded += c;
+        } else {
+            encoded += {'%', digits[byte >> 4], digits[byte & 15]};
+        }
+    }
+    return encoded;
+}
+
+}  // namespace
+
+std::string currentVideoFile() { return NSHomeDirectory() + "/Documents/current.mp4"; }
+
+void writeCurrentVideoFile(const Data& video, std::function<bool()> isWanted,
+                           std::function<void(const std::string&)> done) {
+    static std::atomic<unsigned> written = 0;
+    const std::string target = currentVideoFile();
+    const std::string part = target + "." + std::to_string(++written) + ".part";
+    NSThread::detachNewThread([=] {
+        const bool isWritten = writeFileAtomically(part, video.view());
+        if (!RunLoop::hasMain()) return;
+        RunLoop::main().perform([=] {
+            std::error_code error;
+            if (!isWanted()) {
+                std::filesystem::remove(part, error);
+                return;
+            }
+            if (isWritten) std::filesystem::rename(part, target, error);
+            done(isWritten && !error ? target : std::string());
+        });
+    });
+}
+
+std::string playerURL(const std::string& path) {
+    if (hasScheme(path, "http://") || hasScheme(path, "https://")) return path;
+    return !path.empty() && path.front() == '/' ? "file://" + percentEncodedPath(path) : std::string();
+}
+
+}  // namespace ostrel
