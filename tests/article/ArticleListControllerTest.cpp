@@ -1,3 +1,4 @@
+#include "article/detail/UIArticleViewController.h"
 #include "tests/article/ArticleListTest.h"
 
 namespace ostrel {
@@ -319,6 +320,35 @@ TEST_F(ArticleListControllerTest, AScreenThatIsGoneTouchesNothing) {
         for (const auto& handler : handlers) handler(Data::copy("x"));
     }
     platform.advance(1);
+}
+
+TEST_F(ArticleListControllerTest, ATapOpensTheArticleAndTheListIsWhereItWasOnReturn) {
+    std::vector<std::string> records;
+    for (int id = 1; id <= 60; ++id) records.push_back(article(id, "title " + std::to_string(id)));
+    showArticles(records);
+    table().setContentOffset({0, 1500});
+    platform.settle();
+    const CGFloat offset = table().contentOffset().y;
+    const NSIndexPath path = table().indexPathsForVisibleRows().at(2);
+    const Dictionary opened = list->articlesArray()[static_cast<std::size_t>(path.section)];
+    const CGRect place = table().rectForRowAtIndexPath(path);
+    tap(table().cellForRowAtIndexPath(path));
+    platform.advance(1);
+    const auto detail = std::dynamic_pointer_cast<UIArticleViewController>(navigation->topViewController());
+    ASSERT_NE(detail, nullptr);
+    EXPECT_EQ(detail->articleDictionary(), opened);
+    EXPECT_EQ(server->paths, Lines{"/article/article_" + recordId(opened).value() + "_json.html"});
+    server->answer(R"({"title":"whole"})");
+    platform.window().setSize({667, 375});
+    platform.advance(1);
+    EXPECT_TRUE(platform.sees("whole"));
+    platform.window().setSize({375, 667});
+    EXPECT_TRUE(platform.key(UIKeyCode::escape));
+    platform.advance(1);
+    EXPECT_EQ(navigation->topViewController(), list);
+    EXPECT_EQ(table().contentOffset().y, offset);
+    EXPECT_EQ(table().rectForRowAtIndexPath(path), place);
+    EXPECT_EQ(server->paths.size(), 1u) << "the list is not loaded again so soon";
 }
 
 TEST_F(ArticleListControllerTest, HostileRecordsAreListed) {

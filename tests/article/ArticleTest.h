@@ -2,6 +2,7 @@
 
 #include "article/resources/ArticleBundles.h"
 #include "backends/headless/HeadlessPlatform.h"
+#include "platform/foundation/NSThread.h"
 #include "platform/uikit/UINavigationController.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ScriptedServer.h"
@@ -26,6 +27,7 @@ protected:
     ~ArticleTest() override {
         platform.window().setRootViewController(nullptr);
         platform.advance(1);
+        EXPECT_TRUE(NSThread::waitForAll(10)) << "threads that still use the server";
         OstrelServerFramework::install(nullptr);
         OstrelArticleBundle = nullptr;
     }

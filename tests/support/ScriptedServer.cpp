@@ -1,6 +1,10 @@
 #include "tests/support/ScriptedServer.h"
 
+#include "platform/foundation/NSThread.h"
+
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace ostrel {
 
@@ -73,6 +77,35 @@ std::shared_ptr<Transfer> ScriptedServer::postManyDataURL(const std::string& pat
                                                           AnswerHandler handler, ProgressHandler progress) {
     record({Method::multipart, path, {}, body, std::move(handler), std::move(progress)});
     return nullptr;
+}
+
+Data ScriptedServer::request(const std::string& url, OstrelRequestManager::Handler handler) {
+    const std::lock_guard lock(mediaMutex_);
+    mediaCalls_.push_back({url, std::move(handler)});
+    const auto cached = cachedMedia.find(url);
+    return cached == cachedMedia.end() ? Data() : cached->second;
+}
+
+std::vector<std::string> ScriptedServer::mediaUrls() {
+    EXPECT_TRUE(NSThread::waitForAll(10));
+    const std::lock_guard lock(mediaMutex_);
+    std::vector<std::string> urls;
+    for (const MediaCall& call : mediaCalls_) urls.push_back(call.url);
+    return urls;
+}
+
+void ScriptedServer::answerMedia(const std::string& url, const Data& data) {
+    EXPECT_TRUE(NSThread::waitForAll(10));
+    OstrelRequestManager::Handler handler;
+    {
+        const std::lock_guard lock(mediaMutex_);
+        const auto call = std::ranges::find(mediaCalls_, url, &MediaCall::url);
+        ASSERT_NE(call, mediaCalls_.end()) << "no request waits for " << url;
+        handler = std::move(call->handler);
+        mediaCalls_.erase(call);
+    }
+    const bool loaded = !data.isNull();
+    handler(data, loaded, loaded ? std::nullopt : std::optional<std::string>("HTTP 404 Not Found"));
 }
 
 void ScriptedServer::loadUserFace(const std::string& userId, FaceHandler handler) {

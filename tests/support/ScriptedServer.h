@@ -6,6 +6,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,18 +26,34 @@ public:
         ProgressHandler progress;
     };
 
+    struct MediaCall {
+        std::string url;
+        OstrelRequestManager::Handler handler;
+    };
+    struct Message {
+        Value userId;
+        std::string title, text;
+    };
+
     /// Calls not answered yet, in the order they came.
     std::deque<Call> calls;
     std::vector<std::string> paths;  ///< of every call ever
     std::vector<std::string> faces;  ///< user ids whose avatar was asked for
     std::map<std::string, std::vector<FaceHandler>> faceHandlers;
     std::shared_ptr<const OstrelServerUserObject> user;
+    std::vector<Message> messages;  ///< notifications to users
+    /// What the media fetcher holds already, by address: returned at once. To be filled before it is asked for.
+    std::map<std::string, Data> cachedMedia;
     LoginHandler login;
     std::shared_ptr<UIViewController> loginScreen;
 
     void signIn() { user = std::make_shared<OstrelServerUserObject>(OstrelServerUserObject{7, "Ada"}); }
     /// Answers the oldest call that waits; it is a test's mistake when there is none.
     void answer(std::optional<std::string> text, std::optional<std::string> error = {});
+    /// Media requests not answered yet, in the order they came; waits until the threads that send some have ended.
+    std::vector<std::string> mediaUrls();
+    /// Answers the oldest media request for `url`; null data: it failed. A test's mistake when none waits.
+    void answerMedia(const std::string& url, const Data& data);
     /// A result answer with these records, each given as JSON.
     static std::string page(const std::vector<std::string>& records, const std::string& more = {});
 
@@ -55,10 +72,15 @@ public:
     std::shared_ptr<Transfer> postManyDataURL(const std::string& path, const UploadBody& body,
                                               AnswerHandler handler, ProgressHandler progress) override;
     void loadUserFace(const std::string& userId, FaceHandler handler) override;
-    void notificationUserID(const Value&, const std::string&, const std::string&) override {}
-    Data request(const std::string&, OstrelRequestManager::Handler) override { return {}; }
+    void notificationUserID(const Value& userId, const std::string& title, const std::string& text) override {
+        messages.push_back({userId, title, text});
+    }
+    /// Any thread.
+    Data request(const std::string& url, OstrelRequestManager::Handler handler) override;
 
 private:
+    std::mutex mediaMutex_;
+    std::deque<MediaCall> mediaCalls_;  // guarded by mediaMutex_
     void record(Call call);
 };
 

@@ -1,0 +1,244 @@
+#include "platform/uikit/UIDevice.h"
+#include "tests/article/detail/ArticleDetailTest.h"
+
+namespace ostrel {
+namespace {
+
+using ImageRow = UIArticleViewImageTableViewCell;
+
+CGFloat measured(const std::string& text, const UIFont& font, CGFloat width) {
+    return text.empty() ? 0 : TextMeasurer::shared().measure(text, font, width).size.height;
+}
+
+class ArticleDetailRowTest : public ArticleDetailTest {
+protected:
+    template <class Row>
+    static std::shared_ptr<Row> makeRow() {
+        return make<Row>(UITableViewCellStyle::defaultStyle, "row");
+    }
+    /// A window of this size is the application's first.
+    void useWindow(CGSize size) {
+        platform.window().setSize(size);
+        platform.settle();
+    }
+};
+
+TEST_F(ArticleDetailRowTest, TheTitleRowCentresItsLabelAndPressesRunTheHandlerAtEveryStep) {
+    const auto row = makeRow<UIArticleViewTitleTableViewCell>();
+    EXPECT_EQ(row->selectionStyle(), UITableViewCellSelectionStyle::none);
+    EXPECT_EQ(row->titleLabel()->frame(), CGRect(0, 0, row->frame().width(), 30));
+    EXPECT_EQ(row->titleLabel()->font(), UIFont::fontWithName("PingFangSC-Regular", 24));
+    EXPECT_EQ(row->titleLabel()->textAlignment(), NSTextAlignment::center);
+    row->setTitle("A walk");
+    EXPECT_EQ(row->titleLabel()->text(), "A walk");
+
+    auto root = make<UIViewController>();
+    root->view()->addSubview(row);
+    row->setFrame({0, 100, 375, 30});
+    show(root);
+    EXPECT_EQ(row->titleLabel()->frame(), CGRect(0, 0, 375, 30));
+    platform.press({100, 110}, 1);
+    int runs = 0;
+    row->setLongPressHandler([&] { ++runs; });
+    const struct {
+        const char* what;
+        CGPoint to;
+        double seconds;
+        int runs;
+    } presses[] = {{"a tap", {100, 110}, 0.1, 0},
+                   {"begins and ends", {100, 110}, 0.6, 2},
+                   {"moved too far before it began", {111, 110}, 0.6, 0}};
+    for (const auto& press : presses) {
+        runs = 0;
+        platform.touch(UITouchPhase::began, {100, 110});
+        if (press.to != CGPoint{100, 110}) platform.touch(UITouchPhase::moved, press.to);
+        platform.advance(press.seconds);
+        platform.touch(UITouchPhase::ended, press.to);
+        EXPECT_EQ(runs, press.runs) << press.what;
+    }
+    runs = 0;
+    platform.touch(UITouchPhase::began, {100, 110});
+    platform.advance(0.6);
+    platform.touch(UITouchPhase::moved, {104, 110});
+    platform.touch(UITouchPhase::cancelled, {104, 110});
+    EXPECT_EQ(runs, 3) << "began, changed and cancelled";
+}
+
+TEST_F(ArticleDetailRowTest, TheTextRowIsAsHighAsItsText) {
+    const auto row = makeRow<UIArticleViewTextTableViewCell>();
+    const UIFont font = UIFont::fontWithName("PingFangSC-Light", 18);
+    EXPECT_EQ(row->selectionStyle(), UITableViewCellSelectionStyle::none);
+    EXPECT_EQ(row->textTextView()->frame(), CGRect(0, 0, row->frame().width(), 20));
+    EXPECT_EQ(row->textTextView()->font(), font);
+    EXPECT_EQ(row->textTextView()->contentInset(), (UIEdgeInsets{-6, 0, 0, 0}));
+    EXPECT_FALSE(row->textTextView()->isEditable());
+    EXPECT_EQ(row->constrainedHeight(), 25);
+
+    row->setFrame({0, 0, 375, 44});
+    CGFloat width = 375;
+    for (const std::string& text :
+         {std::string(), std::string("abc"), std::string("two\nlines"), std::string(3000, 'w')}) {
+        row->setText(text);
+        EXPECT_EQ(row->text(), text);
+        EXPECT_EQ(row->textTextView()->text(), text);
+        const CGFloat height = measured(text, font, width);
+        EXPECT_EQ(row->textTextView()->frame(), CGRect(5, 2, 365, height)) << text.size();
+        EXPECT_EQ(row->constrainedHeight(), height + 5);
+        width = 365;
+    }
+    const CGFloat line = TextMeasurer::shared().lineHeight(font);
+    EXPECT_EQ(UIArticleViewTextTableViewCell::heightForText("abc"), line + 8);
+    EXPECT_EQ(UIArticleViewTextTableViewCell::heightForText("two\nlines"), line + 8) << "on one line";
+}
+
+TEST_F(ArticleDetailRowTest, ThePlatformShowsTheWholeTextOfAnArticle) {
+    std::string text;
+    for (int i = 0; i < 60; ++i) text += "word ";
+    showArticle(R"({"id":42,"text":")" + text + "\"}");
+    const auto shown = row<UIArticleViewTextTableViewCell>(1);
+    const auto* const node = platform.backend().node(shown->textTextView()->tag());
+    ASSERT_NE(node, nullptr);
+    const auto* const content = std::get_if<TextContent>(&node->state->content);
+    ASSERT_NE(content, nullptr);
+    EXPECT_EQ(content->insets, UIEdgeInsets{}) << "what moves the text up cancels out";
+    EXPECT_TRUE(content->selectable);
+    EXPECT_EQ(shown->textTextView()->frame().height(),
+              measured(text, content->font, shown->textTextView()->frame().width()))
+        << "measured at the width it is laid out in";
+}
+
+TEST_F(ArticleDetailRowTest, AnImageTakesItsThreeWidthsFromThreePlaces) {
+    const struct {
+        const char* image;
+        CGFloat window;
+        CGSize shown;
+    } cases[] = {
+        {R"({"image_width":800,"image_height":600})", 1000, {990, 742.5}},
+        {R"({"image_width":"800","image_height":"600"})", 1000, {990, 742.5}},
+        {R"({"image_width":3.9,"image_height":1.9})", 310, {300, 100}},
+        {R"({"image_width":1,"image_height":1})", 320, {310, 310}},
+        {R"({"image_width":30000,"image_height":30000})", 320, {310, 310}},
+        {R"({"image_width":1,"image_height":30000})", 320, {310, 16384}},
+        {R"({"image_width":1,"image_height":1e38})", 320, {310, 16384}},
+        {R"({"image_width":1e30,"image_height":1e30})", 320, {310, 310}},
+    };
+    for (const auto& [image, window, shown] : cases) {
+        useWindow({window, 700});
+        const auto row = makeRow<ImageRow>();
+        row->setFrame({0, 0, 400, 44});
+        row->setImageDictionary(record(image));
+        EXPECT_EQ(row->myImageView()->frame().size.width, shown.width) << image;
+        EXPECT_FLOAT_EQ(static_cast<float>(row->myImageView()->frame().size.height),
+                        static_cast<float>(shown.height))
+            << image;
+        EXPECT_EQ(row->baseView()->frame(), CGRect(5, 5, 390, row->myImageView()->frame().height())) << image;
+        EXPECT_EQ(row->constrainedHeight(), row->baseView()->frame().height() + 17) << image;
+    }
+
+    useWindow({500, 700});
+    UIScreen::mainScreen().setBounds({0, 0, 200, 700});
+    const auto row = makeRow<ImageRow>();
+    row->setFrame({0, 0, 400, 44});
+    const std::string caption = "a caption that is longer than the screen is wide";
+    row->setImageDictionary(record(R"({"image_width":2,"image_height":1,"text":")" + caption + "\"}"));
+    const CGFloat height = measured(caption, UIFont::fontWithName("PingFangSC-Light", 12), 190);
+    EXPECT_EQ(row->myImageView()->frame(), CGRect(0, 0, 490, 245)) << "the window's width";
+    EXPECT_EQ(row->myTextView()->frame(), CGRect(0, 245, 390, height))
+        << "measured by the screen, laid out by the row";
+    EXPECT_EQ(row->baseView()->frame(), CGRect(5, 5, 390, 245 + height));
+    UIScreen::mainScreen().setBounds({0, 0, 375, 667});
+}
+
+TEST_F(ArticleDetailRowTest, AnImageWithoutASizeKeepsItsFrameAndACaptionItsText) {
+    const auto row = makeRow<ImageRow>();
+    const CGRect first = row->myImageView()->frame();
+    EXPECT_EQ(first, CGRect(0, 0, row->frame().width() - 10, 39));
+    for (const char* image :
+         {"{}", R"({"image_width":0,"image_height":100})", R"({"image_width":-4,"image_height":3})",
+          R"({"image_width":100,"image_height":"x"})", R"({"image_width":0.9,"image_height":5})",
+          R"({"image_width":1e300,"image_height":1e300})"}) {
+        row->setImageDictionary(record(image));
+        EXPECT_EQ(row->myImageView()->frame(), first) << image;
+    }
+    row->setImageDictionary(record(R"({"image_width":4,"image_height":3,"text":"the hill"})"));
+    const CGRect second = row->myImageView()->frame();
+    EXPECT_GT(row->myTextView()->frame().height(), 0);
+    row->setImageDictionary(record(R"({"image_width":0,"text":""})"));
+    EXPECT_EQ(row->myImageView()->frame(), second);
+    EXPECT_EQ(row->myTextView()->text(), "the hill") << "of the record before, at height 0";
+    EXPECT_EQ(row->myTextView()->frame().height(), 0);
+    EXPECT_EQ(row->myImageView()->accessibility().label, "");
+}
+
+TEST_F(ArticleDetailRowTest, TheFullImageIsNeverCoveredByItsThumbnail) {
+    const auto row = makeRow<ImageRow>();
+    const auto placeholder = row->myImageView()->image();
+    ASSERT_NE(placeholder, nullptr);
+    const Data small = picture("loading"), full = picture("anonymousAvatar");
+    const Dictionary image =
+        record(R"({"image":"http://h/full","thumbnail":"http://h/small","text":"the hill"})");
+    row->setImageDictionary(image);
+    EXPECT_EQ(row->myImageView()->accessibility().role, AccessibilityRole::image);
+    EXPECT_EQ(row->myImageView()->accessibility().label, "the hill");
+    EXPECT_EQ(server->mediaUrls(), (Lines{"http://h/small", "http://h/full"})) << "in this order";
+    EXPECT_EQ(row->myImageView()->image(), placeholder);
+    server->answerMedia("http://h/small", small);
+    EXPECT_EQ(shownBytes(*row->myImageView()), small.view());
+    EXPECT_FALSE(row->fullImageHasCompleted());
+    server->answerMedia("http://h/full", full);
+    EXPECT_EQ(shownBytes(*row->myImageView()), full.view());
+    EXPECT_TRUE(row->fullImageHasCompleted());
+
+    row->setImageDictionary(image);
+    EXPECT_EQ(server->mediaUrls().size(), 2u) << "every record asks anew";
+    EXPECT_FALSE(row->fullImageHasCompleted());
+    server->answerMedia("http://h/full", Data());
+    EXPECT_TRUE(row->fullImageHasCompleted()) << "not successfully, but answered";
+    EXPECT_EQ(shownBytes(*row->myImageView()), full.view()) << "left as it is";
+    server->answerMedia("http://h/small", small);
+    EXPECT_EQ(shownBytes(*row->myImageView()), full.view()) << "too late";
+
+    row->setImageDictionary(image);
+    server->answerMedia("http://h/small", Data::copy("<html>"));
+    EXPECT_EQ(row->myImageView()->image(), nullptr) << "what is no image gives an empty one";
+    server->answerMedia("http://h/full", full);
+
+    row->setImageDictionary(image);
+    row->setImageDictionary(record(R"({"image":"http://h/2","thumbnail":"http://h/2s"})"));
+    EXPECT_EQ(server->mediaUrls().size(), 4u);
+    server->answerMedia("http://h/2", full);
+    server->answerMedia("http://h/full", small);
+    EXPECT_EQ(shownBytes(*row->myImageView()), small.view()) << "an earlier record's answer still shows";
+}
+
+TEST_F(ArticleDetailRowTest, CachedImagesShowAtOnceAndOnlyOnTheMainThread) {
+    const auto row = makeRow<ImageRow>();
+    const Data small = picture("loading"), full = picture("anonymousAvatar");
+    server->cachedMedia = {{"http://h/small", small}, {"http://h/full", full}};
+    const auto placeholder = row->myImageView()->image();
+    row->setImageDictionary(record(R"({"image":"http://h/full","thumbnail":"http://h/small"})"));
+    EXPECT_EQ(server->mediaUrls().size(), 2u);
+    EXPECT_EQ(row->myImageView()->image(), placeholder) << "not before the main thread's next turn";
+    platform.settle();
+    const auto shown = row->myImageView()->image();
+    EXPECT_EQ(shownBytes(*row->myImageView()), full.view());
+    server->answerMedia("http://h/full", full);
+    EXPECT_EQ(row->myImageView()->image(), shown) << "the same bytes are the same picture, decoded once";
+}
+
+TEST_F(ArticleDetailRowTest, AnImageRowThatGoesIsNotTouched) {
+    auto row = makeRow<ImageRow>();
+    server->cachedMedia = {{"http://h/small", picture()}};
+    row->setImageDictionary(record(R"({"image":"http://h/full","thumbnail":"http://h/small"})"));
+    EXPECT_EQ(server->mediaUrls().size(), 2u);
+    const std::weak_ptr<UIView> weak = row;
+    row.reset();
+    EXPECT_TRUE(weak.expired());
+    platform.settle();
+    server->answerMedia("http://h/full", picture());
+    server->answerMedia("http://h/small", picture());
+    platform.settle();
+}
+
+}  // namespace
+}  // namespace ostrel

@@ -1,0 +1,338 @@
+#include "article/detail/VideoFile.h"
+#include "article/records/ArticleNotifications.h"
+#include "platform/uikit/UIVisualEffectView.h"
+#include "tests/article/detail/ArticleDetailTest.h"
+
+namespace ostrel {
+namespace {
+
+using VideoRow = UIArticleVideoTableViewCell;
+
+class ArticleVideoRowTest : public ArticleDetailTest {
+protected:
+    ArticleVideoRowTest() {
+        platform.window().setSize({1010, 700});
+        auto root = make<UIViewController>();
+        root->view()->addSubview(row);
+        show(root);
+        row->setFrame({0, 100, 1010, 600});
+    }
+    static std::string videoRecord(const std::string& address, const std::string& more = {}) {
+        return R"({"video":")" + address +
+               R"(","thumbnail":"http://h/t","video_width":1920,"video_height":1080,"duration":65)" + more +
+               "}";
+    }
+    void showVideo(const std::string& address) {
+        row->setVideoDictionary(record(videoRecord(address)));
+        row->setFrame(row->frame());
+        platform.settle();
+    }
+    /// Runs until the downloaded file has been written and handed over.
+    void finishWriting() {
+        EXPECT_TRUE(NSThread::waitForAll(10));
+        platform.settle();
+    }
+
+    const std::shared_ptr<VideoRow> row = make<VideoRow>(UITableViewCellStyle::defaultStyle, "video");
+};
+
+constexpr char remote[] = "https://example.org/a.mp4", local[] = "http://192.168.1.4/a.mp4";
+
+TEST_F(ArticleVideoRowTest, TheRowTakesItsShapeFromTheVideoAndTheWindow) {
+    const struct {
+        const char* sizes;
+        float ratio;
+        CGSize thumbnail;
+    } cases[] = {
+        {R"("video_width":1920,"video_height":1080)", 0.5625f, {1000, 562.5}},
+        {R"("video_width":"1920","video_height":"1080")", 0.5625f, {1000, 562.5}},
+        {R"("video_width":1080,"video_height":1920)", 1920.0f / 1080.0f, {1000, 300}},
+        {R"("video_width":500,"video_height":500)", 1, {1000, 1000}},
+        {R"("video_width":0,"video_height":0)", 1, {1000, 1000}},
+        {R"("video_width":0,"video_height":10)", 1, {1000, 300}},
+        {R"("video_width":-5,"video_height":-9)", 1, {1000, 1000}},
+        {R"("video_width":1600,"video_height":0)", 0, {1000, 0}},
+        {R"("video_width":1e300,"video_height":1e300)", 1, {1000, 1000}},
+        {R"("video_width":1,"video_height":3e38)", 3e38f, {1000, 300}},
+        {R"("text":"")", 1, {1000, 1000}},
+    };
+    for (const auto& [sizes, ratio, thumbnail] : cases) {
+        row->setVideoDictionary(record("{" + std::string(sizes) + "}"));
+        EXPECT_EQ(row->ratio(), ratio) << sizes;
+        EXPECT_EQ(row->thumbnailImageView()->frame(), CGRect({0, 0}, thumbnail)) << sizes;
+        EXPECT_EQ(row->maskImageView()->frame(), row->thumbnailImageView()->frame()) << sizes;
+        EXPECT_EQ(row->baseView()->frame(), CGRect({5, 5}, thumbnail)) << sizes;
+        EXPECT_EQ(row->constrainedHeight(), thumbnail.height + 22.5) << sizes;
+    }
+    row->setVideoDictionary(record(R"({"video_width":1600,"video_height":-900})"));
+    EXPECT_EQ(row->thumbnailImageView()->frame().height(), 0);
+    EXPECT_GE(row->baseView()->frame().height(), 0);
+}
+
+TEST_F(ArticleVideoRowTest, PartsAreBuiltAndPlacedByTheThumbnail) {
+    EXPECT_EQ(row->durationLabel()->font(), UIFont::fontWithName("Courier-Bold", 20));
+    EXPECT_EQ(row->durationLabel()->textAlignment(), NSTextAlignment::right);
+    EXPECT_EQ(row->myTextView()->font(), UIFont::fontWithName("PingFangSC-Light", 12));
+    EXPECT_EQ(row->actView()->frame().size, (CGSize{120, 120}));
+    ASSERT_NE(row->stateImageView()->image(), nullptr);
+    EXPECT_EQ(row->stateImageView()->frame().size, row->stateImageView()->image()->size());
+    ASSERT_EQ(row->maskImageView()->subviews().size(), 1u);
+    const auto blur = std::dynamic_pointer_cast<UIVisualEffectView>(row->maskImageView()->subviews()[0]);
+    ASSERT_NE(blur, nullptr);
+
+    row->setVideoDictionary(record(videoRecord(remote, R"(,"text":"the brook")")));
+    row->setFrame({0, 100, 1010, 610});
+    EXPECT_EQ(row->durationLabel()->text(), "1:05");
+    EXPECT_EQ(row->durationLabel()->frame().maxY(), 562.5 - 6) << "24 high, 30 above the lower edge";
+    EXPECT_EQ(row->durationLabel()->frame().maxX(), 1000 - 20);
+    EXPECT_EQ(row->actView()->center(), (CGPoint{500, 281.25}));
+    EXPECT_EQ(row->stateImageView()->center(), (CGPoint{500, 281.25}));
+    EXPECT_EQ(blur->frame(), CGRect(0, 0, 1000, 562.5));
+    const CGFloat caption =
+        TextMeasurer::shared().measure("the brook", row->myTextView()->font(), 1000).size.height;
+    EXPECT_EQ(row->myTextView()->frame(), CGRect(0, 562.5, 1000, caption));
+    EXPECT_EQ(row->myTextView()->alpha(), 1);
+    EXPECT_EQ(row->baseView()->frame(), CGRect(5, 5, 1000, 562.5 + caption));
+    EXPECT_EQ(row->accessibility().label, "the brook, 1:05");
+
+    row->setVideoDictionary(record(videoRecord(remote)));
+    EXPECT_EQ(row->myTextView()->text(), "");
+    EXPECT_EQ(row->myTextView()->alpha(), 0);
+    EXPECT_EQ(row->myTextView()->frame().height(), 0);
+
+    const CGRect centred = row->stateImageView()->frame();
+    row->setVideoDictionary(record("{}"));
+    platform.window().setSize({410, 700});
+    row->setFrame({0, 100, 410, 610});
+    EXPECT_EQ(row->stateImageView()->frame(), centred) << "without a width nothing is laid out again";
+}
+
+TEST_F(ArticleVideoRowTest, TallThumbnailsStandBeforeABlurredCopy) {
+    const struct {
+        const char* sizes;
+        double maskAlpha;
+    } cases[] = {{R"({"thumbnail":"http://h/t","video_width":9,"video_height":16})", 1},
+                 {R"({"thumbnail":"http://h/t","video_width":16,"video_height":9})", 0},
+                 {R"({"thumbnail":"http://h/t","video_width":9,"video_height":9})", 0}};
+    for (const auto& [sizes, maskAlpha] : cases) {
+        row->setVideoDictionary(record(sizes));
+        server->answerMedia("http://h/t", picture());
+        EXPECT_NE(shownBytes(*row->thumbnailImageView()), picture().view()) << "not before the next turn";
+        platform.settle();
+        EXPECT_EQ(shownBytes(*row->thumbnailImageView()), picture().view());
+        EXPECT_EQ(row->maskImageView()->alpha(), maskAlpha) << sizes;
+        if (maskAlpha > 0) {
+            EXPECT_EQ(row->maskImageView()->image(), row->thumbnailImageView()->image());
+        }
+        row->updateVideoThumbnailWith(Data::copy("no picture"));
+        EXPECT_EQ(row->thumbnailImageView()->image(), nullptr);
+    }
+    server->cachedMedia = {{"http://h/t", picture("anonymousAvatar")}};
+    row->loadThumbnail();
+    platform.settle();
+    EXPECT_EQ(shownBytes(*row->thumbnailImageView()), picture("anonymousAvatar").view());
+    server->answerMedia("http://h/t", Data());
+    platform.settle();
+    EXPECT_NE(row->thumbnailImageView()->image(), nullptr) << "a failed request changes nothing";
+}
+
+TEST_F(ArticleVideoRowTest, AddressesOfTheLocalNetworkAreDownloaded) {
+    const struct {
+        const char* address;
+        bool streamed;
+    } cases[] = {{remote, true},
+                 {local, false},
+                 {"HTTP://192.0.2.1/a.mp4", false},
+                 {"http://192", false},
+                 {"http://19", true},
+                 {"https://192.168.1.4/a.mp4", true},
+                 {"", true},
+                 {"http://10.0.0.1/a", true}};
+    for (const auto& [address, streamed] : cases) {
+        for (const auto idiom : {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad}) {
+            useIdiom(idiom);
+            EXPECT_EQ(VideoRow::isStreamsServer(address), streamed) << address;
+        }
+        useIdiom(UIUserInterfaceIdiom::mac);
+        EXPECT_FALSE(VideoRow::isStreamsServer(address)) << address;
+    }
+    const std::pair<const char*, const char*> urls[] = {
+        {"http://h/a b.mp4", "http://h/a b.mp4"},
+        {"HTTPS://h/a.mp4", "HTTPS://h/a.mp4"},
+        {"/home/\xC3\xA4 b/%20#?.mp4", "file:///home/%C3%A4%20b/%2520%23%3F.mp4"},
+        {"", ""},
+        {"a.mp4", ""},
+        {"ftp://h/a.mp4", ""},
+        {"file:///etc/passwd", ""},
+        {"javascript:alert(1)", ""},
+        {"http://", ""},
+    };
+    for (const auto& [path, url] : urls) EXPECT_EQ(playerURL(path), url) << path;
+}
+
+TEST_F(ArticleVideoRowTest, AStreamedVideoPlaysPausesAndRewindsAtItsEnd) {
+    showVideo(remote);
+    row->playOrPause();
+    ASSERT_EQ(players.urls(), Lines{remote});
+    EXPECT_EQ(players.last().calls, Lines{"play"});
+    EXPECT_EQ(row->stateImageView()->alpha(), 0);
+    EXPECT_TRUE(row->actView()->isAnimating());
+    const auto& above = row->thumbnailImageView()->subviews();
+    ASSERT_EQ(above.size(), 4u);
+    EXPECT_EQ(above[0], row->playLayer());
+    EXPECT_EQ(above[1], row->durationLabel());
+    EXPECT_EQ(above[2], row->actView());
+    EXPECT_EQ(above[3], row->stateImageView());
+    EXPECT_EQ(row->playLayer()->frame(), CGRect(0, 0, 1000, 562.5));
+
+    platform.advance(0.25);
+    EXPECT_EQ(row->durationLabel()->text(), "0:00/0:00") << "nothing is known yet";
+    EXPECT_TRUE(row->actView()->isAnimating());
+    players.last().becomeReady(CMTimeMake(3725 * 600 + 599, 600));
+    players.last().position = CMTimeMake(7 * 600 + 599, 600);
+    platform.advance(0.25);
+    EXPECT_EQ(row->durationLabel()->text(), "0:07/1:2:05");
+    EXPECT_FALSE(row->actView()->isAnimating());
+
+    row->playOrPause();
+    EXPECT_EQ(players.last().calls, (Lines{"play", "pause"}));
+    EXPECT_EQ(row->stateImageView()->alpha(), 1);
+    players.last().position = CMTimeMake(42 * 600, 600);
+    platform.advance(0.25);
+    EXPECT_EQ(row->durationLabel()->text(), "0:42/1:2:05") << "the label goes on showing the position";
+    row->playOrPause();
+    EXPECT_EQ(players.last().calls, (Lines{"play", "pause", "play"}));
+
+    players.last().finish();
+    row->playOrPause();
+    EXPECT_EQ(players.last().calls, (Lines{"play", "pause", "play", "seek 0/600", "play"}));
+    row->stop();
+    EXPECT_EQ(players.playing(), 0u);
+    EXPECT_EQ(players.urls().size(), 1u) << "one player for all of it";
+
+    row->setFrame({0, 100, 1010, 800});
+    platform.window().setSize({510, 700});
+    row->setFrame({0, 100, 510, 400});
+    EXPECT_EQ(row->playLayer()->frame(), CGRect(0, 0, 500, 281.25)) << "follows the row";
+}
+
+TEST_F(ArticleVideoRowTest, AWaitingPlayerIsMadeAnewAndTheFormerOneGoes) {
+    showVideo(remote);
+    row->playOrPause();
+    ASSERT_EQ(players.last().control, AVPlayerTimeControlStatus::waitingToPlayAtSpecifiedRate);
+    row->playOrPause();
+    EXPECT_EQ(players.urls().size(), 2u);
+    platform.settle();
+    EXPECT_EQ(players.alive(), 1u) << "one decoder a row";
+    EXPECT_EQ(row->thumbnailImageView()->subviews().size(), 4u);
+}
+
+TEST_F(ArticleVideoRowTest, ALocalVideoIsDownloadedToTheOneFile) {
+    for (const auto idiom : {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::mac}) {
+        useIdiom(idiom);
+        showVideo(idiom == UIUserInterfaceIdiom::mac ? remote : local);
+        const std::string address = recordText(row->videoDictionary(), "video");
+        const auto before = players.urls().size();
+        row->stop();
+        row->playWithURL("");
+        row->playOrPause();
+        EXPECT_TRUE(row->actView()->isAnimating());
+        EXPECT_EQ(row->actView()->center(), (CGPoint{500, 281.25}));
+        server->answerMedia(address, Data::copy("the film"));
+        finishWriting();
+        ASSERT_EQ(players.urls().size(), before + 1);
+        EXPECT_EQ(players.last().url, "file://" + home.path("Documents/current.mp4"));
+        EXPECT_EQ(home.read("Documents/current.mp4"), "the film");
+        EXPECT_EQ(players.last().calls, Lines{"play"});
+    }
+
+    row->playWithURL("");
+    server->cachedMedia = {{remote, Data::copy("cached")}};
+    row->playOrPause();
+    finishWriting();
+    EXPECT_EQ(home.read("Documents/current.mp4"), "cached");
+    const auto count = players.urls().size();
+    server->answerMedia(remote, Data::copy("cached"));
+    finishWriting();
+    EXPECT_EQ(players.urls().size(), count) << "the answer that follows cached data does not start it again";
+    std::size_t files = 0;
+    for ([[maybe_unused]] const auto& file : std::filesystem::directory_iterator(home.path("Documents")))
+        ++files;
+    EXPECT_EQ(files, 1u) << "nothing is left beside it";
+}
+
+TEST_F(ArticleVideoRowTest, ADownloadThatIsNoLongerWantedDoesNotPlay) {
+    const auto expectSilence = [&](const char* what) {
+        server->answerMedia(local, Data::copy("film"));
+        finishWriting();
+        EXPECT_EQ(players.alive(), 0u) << what;
+        EXPECT_FALSE(row->actView()->isAnimating()) << what;
+        EXPECT_FALSE(std::filesystem::exists(currentVideoFile())) << what;
+    };
+    showVideo(local);
+    row->playOrPause();
+    row->stop();
+    expectSilence("stopped");
+
+    row->playOrPause();
+    showVideo(remote);
+    expectSilence("the row shows another video");
+
+    showVideo(local);
+    row->playOrPause();
+    server->answerMedia(local, Data::copy("film"));
+    row->stop();
+    finishWriting();
+    EXPECT_EQ(players.alive(), 0u) << "stopped while the file was written";
+
+    row->playOrPause();
+    server->answerMedia(local, Data());
+    finishWriting();
+    EXPECT_TRUE(row->actView()->isAnimating()) << "a failed download leaves the wheel turning";
+    EXPECT_EQ(players.alive(), 0u);
+
+    row->playOrPause();
+    showVideo(local);
+    server->answerMedia(local, Data::copy("film"));
+    finishWriting();
+    EXPECT_EQ(players.playing(), 1u) << "a row that is only laid out anew goes on";
+}
+
+TEST_F(ArticleVideoRowTest, WhatCannotPlayIsLogged) {
+    for (const char* address : {"", "a.mp4", "ftp://example.org/a.mp4", "12345"}) {
+        showVideo(address);
+        row->playOrPause();
+        EXPECT_EQ(logged(), Lines{"playURL init failed."}) << address;
+        EXPECT_EQ(row->stateImageView()->alpha(), 1) << address;
+        EXPECT_FALSE(row->actView()->isAnimating()) << address;
+    }
+    EXPECT_TRUE(players.urls().empty());
+    players.refuses = true;
+    showVideo(remote);
+    row->playOrPause();
+    EXPECT_EQ(logged(), Lines{"player init failed."});
+    EXPECT_EQ(row->player(), nullptr);
+
+    home.write("Documents", "a file where the folder should be");
+    players.refuses = false;
+    showVideo(local);
+    row->playOrPause();
+    server->answerMedia(local, Data::copy("film"));
+    finishWriting();
+    EXPECT_EQ(logged(), Lines{"playURL init failed."}) << "the file could not be written";
+}
+
+TEST_F(ArticleVideoRowTest, ARowThatGoesTakesPlayerAndTimerWithIt) {
+    auto gone = make<VideoRow>(UITableViewCellStyle::defaultStyle, "video");
+    gone->setVideoDictionary(record(videoRecord(remote)));
+    gone->playOrPause();
+    EXPECT_EQ(players.alive(), 1u);
+    const std::weak_ptr<UIView> weak = gone;
+    gone.reset();
+    EXPECT_TRUE(weak.expired());
+    EXPECT_EQ(players.alive(), 0u);
+    platform.advance(1);
+}
+
+}  // namespace
+}  // namespace ostrel
