@@ -13,6 +13,13 @@ std::shared_ptr<const ViewState> stateAt(CGFloat x, const std::string& text = {}
     return std::make_shared<const ViewState>(state);
 }
 
+std::shared_ptr<const ViewState> stateWith(ViewContent content) {
+    ViewState state;
+    state.frame = {0, 0, 10, 10};
+    state.content = std::move(content);
+    return std::make_shared<const ViewState>(state);
+}
+
 class OracleTest : public ::testing::Test {
 protected:
     OracleTest() { begin(); }
@@ -64,6 +71,10 @@ TEST_F(OracleTest, EveryBrokenRuleIsFound) {
          {Mutation::update(3, stateAt(1), changedFrameOrigin), Mutation::remove(2, 3, 0),
           Mutation::destroy(3)}},
         {"its frame is finite", {Mutation::update(3, stateAt(std::nan("")), changedFrameOrigin)}},
+        {"a blur has a finite radius",
+         {Mutation::update(3, stateWith(BlurContent{.radius = -1, .veil = {}}), changedContent)}},
+        {"frames come from an engine",
+         {Mutation::create(9, stateWith(PlayerContent{})), Mutation::insert(1, 9, 0)}},
     };
     for (const Case& c : cases) {
         begin();

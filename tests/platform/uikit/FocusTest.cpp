@@ -1,6 +1,7 @@
 #include "backends/headless/HeadlessPlatform.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/uikit/UIButton.h"
+#include "platform/uikit/UIScrollView.h"
 #include "platform/uikit/UITextField.h"
 #include "platform/uikit/UITextView.h"
 #include "platform/uikit/UIViewController.h"
@@ -126,6 +127,40 @@ TEST_F(FocusTest, KeysGoUpToTheControllerAndEscapeAsksItToCancel) {
     taken();
     EXPECT_TRUE(platform.key(UIKeyCode::escape)) << "also from within a field";
     EXPECT_EQ(taken(), (Log{"root key ", "root cancel"}));
+}
+
+TEST_F(FocusTest, KeysForNobodyInParticularScrollWhatFillsTheScreen) {
+    const auto back = make<UIScrollView>(CGRect{0, 200, 200, 100});
+    const auto front = make<UIScrollView>(CGRect{0, 200, 200, 100});
+    for (const auto& scroll : {back, front}) {
+        scroll->setContentSize({200, 1000});
+        root->view()->addSubview(scroll);
+    }
+    const auto scrolls = [&](const UIScrollView& scroll) {
+        const CGFloat before = scroll.contentOffset().y;
+        const bool used = platform.key(UIKeyCode::pageDown);
+        platform.advance(1);
+        EXPECT_EQ(used, scroll.contentOffset().y > before);
+        return used;
+    };
+    window.setFocusedView(nullptr, false);
+    EXPECT_TRUE(scrolls(*front));
+    EXPECT_EQ(back->contentOffset().y, 0) << "only the frontmost";
+    EXPECT_TRUE(platform.key(UIKeyCode::end));
+    EXPECT_TRUE(platform.key(UIKeyCode::home));
+    front->setHidden(true);
+    EXPECT_TRUE(scrolls(*back));
+    window.setFocusedView(button.get(), true);
+    EXPECT_FALSE(scrolls(*back)) << "the button is meant";
+    window.setFocusedView(nullptr, false);
+    name->becomeFirstResponder();
+    EXPECT_FALSE(scrolls(*back)) << "somebody is writing";
+    name->resignFirstResponder();
+    window.setFocusedView(nullptr, false);
+    const auto other = make<UIViewController>();
+    root->presentViewController(other, false);
+    platform.advance(1);
+    EXPECT_FALSE(scrolls(*back)) << "another screen is above it";
 }
 
 TEST_F(FocusTest, APresentationKeepsKeysAndFocusToItself) {

@@ -149,6 +149,17 @@ TEST_F(GestureTest, ALongPressBeginsByTimeAndFailsByMoving) {
     platform.advance(1);
     platform.touch(UITouchPhase::ended, {60, 75});
     EXPECT_EQ(taken(), (Log{"inner began", "inner moved", "inner ended"}));
+    for (const auto type : {UITouchType::direct, UITouchType::pointer}) {
+        platform.touchType = type;
+        platform.touch(UITouchPhase::began, {60, 60});
+        platform.touch(UITouchPhase::moved, {66, 68});
+        platform.advance(0.51);
+        platform.touch(UITouchPhase::moved, {90, 90});
+        platform.touch(UITouchPhase::cancelled, {90, 90});
+        EXPECT_EQ(taken(), (Log{"inner began", "inner moved", "inner cancelled", "press began",
+                                "press changed", "press cancelled"}))
+            << "10 points count as still; once begun it may go anywhere";
+    }
 }
 
 TEST_F(GestureTest, WhoMayNotBeginLeavesTheTouchToTheOthers) {

@@ -212,6 +212,61 @@ TEST_F(NavigationTest, ScreensLieBelowTheBarAtEverySize) {
     }
 }
 
+TEST_F(NavigationTest, AScreenThatReachesUnderTheBarDoesSoAtEverySize) {
+    const auto navigation = stackOf({"A"});
+    const auto under = screen("B");
+    under->extendsUnderNavigationBar = true;
+    show(navigation);
+    window().setSafeAreaInsets({20, 0, 0, 0});
+    navigation->pushViewController(under, true);
+    advance(0.1);
+    const auto expectWhole = [&](const char* what) {
+        const UIView& view = *under->view();
+        EXPECT_EQ(view.convertRectToView(view.bounds(), nullptr).size, window().frame().size) << what;
+        EXPECT_EQ(view.frame().origin, (CGPoint{0, -64})) << what;
+    };
+    expectWhole("on its way");
+    settle();
+    expectWhole("there");
+    EXPECT_EQ(under->view()->hitTest({100, 32}), under->view().get());
+    EXPECT_TRUE(window().hitTest({100, 32})->isDescendantOfView(*navigation->navigationBar()))
+        << "the bar is above it";
+    window().setSize({667, 375});
+    settle();
+    expectWhole("after a turn");
+    navigation->popViewControllerAnimated(true);
+    settle();
+    const UIView& below = *navigation->topViewController()->view();
+    EXPECT_EQ(below.convertRectToView(below.bounds(), nullptr), CGRect(0, 64, 667, 375 - 64));
+}
+
+TEST_F(NavigationTest, ATurnIsToldToEveryScreenOfTheStackAndToWhatIsPresented) {
+    struct Sized final : UIViewController {
+        void viewWillTransitionToSize(CGSize size) override {
+            UIViewController::viewWillTransitionToSize(size);
+            told.push_back(size);
+        }
+        std::vector<CGSize> told;
+    };
+    const auto bottom = make<Sized>(), top = make<Sized>(), presented = make<Sized>();
+    const auto navigation = make<UINavigationController>(bottom);
+    show(navigation);
+    navigation->pushViewController(top, false);
+    settle();
+    navigation->presentViewController(presented, false);
+    settle();
+    presented->told.clear();
+    window().setSize({667, 375});
+    settle();
+    for (const auto& each : {bottom, top, presented}) {
+        EXPECT_EQ(each->told, (std::vector<CGSize>{{667, 375}}));
+    }
+    EXPECT_EQ(presented->view()->frame().size, (CGSize{667, 375}));
+    presented->dismissViewControllerAnimated(false);
+    settle();
+    EXPECT_EQ(top->view()->frame().size, (CGSize{667, 375 - 44}));
+}
+
 TEST_F(NavigationTest, TheBarShowsItemsAndFollowsTheirChanges) {
     const auto navigation = stackOf({"First"});
     const auto second = screen("Second");
