@@ -36,7 +36,7 @@ std::weak_ptr<ReaderRootController> ReaderRootController::weakSelf() {
 void ReaderRootController::initialise() {
     const char* titles[] = {"Articles", "My Articles"};
     for (std::size_t index = 0; index < 2; ++index) {
-        lists_[index] = make<UIArticleListTableViewController>();
+        lists_[index] = make<ReaderListController>();
         lists_[index]->setTitle(readerText(titles[index]));
         lists_[index]->setIsMySelfOnly(index == 1);
         navigations_[index] = make<UINavigationController>(lists_[index]);
@@ -179,6 +179,7 @@ void ReaderRootController::showLogin() {
                             const std::string&) {
             const auto self = weak.lock();
             if (!self || !succeeded || !user || !self->login_) return;
+            self->showNotice(replacingOccurrences(readerText("Signed in as %@."), "%@", user->name));
             self->login_->dismissViewControllerAnimated(true, [weak] {
                 // The user's own list keeps an empty page for a while after a sign-out.
                 if (const auto root = weak.lock()) root->myArticles().reloadInformationFromServer(false);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "article/list/UIArticleListTableViewController.h"
 #include "platform/uikit/UINavigationController.h"
+#include "reader/ReaderListController.h"
 #include "reader/ReaderTabs.h"
 
 #include <functional>
@@ -48,7 +48,7 @@ private:
     std::weak_ptr<ReaderRootController> weakSelf();
 
     std::shared_ptr<HttpServerFramework> framework_;
-    std::shared_ptr<UIArticleListTableViewController> lists_[2];
+    std::shared_ptr<ReaderListController> lists_[2];
     std::shared_ptr<UINavigationController> navigations_[2];
     std::shared_ptr<UIView> content_;
     std::shared_ptr<ReaderTabs> tabs_;

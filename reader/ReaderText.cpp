@@ -10,7 +10,7 @@ namespace ostrel {
 namespace {
 
 using Entry = std::pair<std::string_view, std::string_view>;
-constexpr std::array<Entry, 10> simplifiedChinese{{
+constexpr std::array<Entry, 13> simplifiedChinese{{
     {"Ostrel Reader", "Ostrel 阅读"},
     {"Articles", "文章"},
     {"My Articles", "我的文章"},
@@ -18,6 +18,9 @@ constexpr std::array<Entry, 10> simplifiedChinese{{
     {"Sign Out", "退出登录"},
     {"Cancel", "取消"},
     {"Signed in as %@", "已登录：%@"},
+    {"Signed in as %@.", "已登录：%@。"},
+    {"There are no articles yet.", "还没有文章。"},
+    {"You have not written an article yet.", "你还没有写过文章。"},
     {"Signed out.", "已退出登录。"},
     {"The articles could not be loaded. %@", "无法加载文章。%@"},
     {"Try again", "重试"},

@@ -16,7 +16,7 @@ class OstrelServerHtmlResultObject;
 /// section, with pull-to-refresh and a load-more row while the server has further pages. In owner mode (`isMySelfOnly`)
 /// it lists the signed-in user's own articles with edit and delete, and asks for a login when nobody is signed in.
 /// A host places it in a navigation controller. Main thread.
-class UIArticleListTableViewController final : public UITableViewController {
+class UIArticleListTableViewController : public UITableViewController {
 public:
     /// Loads the process-wide resource bundle unless that was done.
     UIArticleListTableViewController();

@@ -316,7 +316,7 @@ private:
             text.text.clear();
             for (qsizetype i = 0; i < toQString(input.text).size(); ++i) text.text += "\u2022";
         }
-        text.font = input.font;
+        text.font = !isEmpty && input.secure ? bulletFont(input.font) : input.font;
         text.color = isEmpty ? input.placeholderColor : input.color;
         text.alignment = input.alignment;
         text.lineBreakMode =

@@ -21,12 +21,13 @@ namespace {
 const char* const placeholderSource = R"(
     property string placeholder
     property color placeholderColor
+    property font placeholderFont
     Text {
         anchors.fill: parent
         visible: !parent.length && !parent.preeditText
         text: parent.placeholder
         color: parent.placeholderColor
-        font: parent.font
+        font: parent.placeholderFont
         elide: Text.ElideRight
         maximumLineCount: 1
         horizontalAlignment: parent.effectiveHorizontalAlignment
@@ -150,7 +151,8 @@ void TextEditor::update(const std::shared_ptr<const ViewState>& state, const Tex
 }
 
 void TextEditor::style(const TextInputContent& content) {
-    item_->setProperty("font", qtFont(content.font));
+    item_->setProperty("font", qtFont(content.secure ? bulletFont(content.font) : content.font));
+    item_->setProperty("placeholderFont", qtFont(content.font));
     item_->setProperty("color", toQColor(content.color));
     item_->setProperty("selectionColor", toQColor(UIColor::tint()));
     item_->setProperty("selectedTextColor", QColor(Qt::white));
