@@ -10,12 +10,23 @@ constexpr std::string_view visitorCookie = "ostrel_visitor";
 constexpr const char* allArticlesPath = "/article/articles_json.html";
 constexpr const char* myArticlesPath = "/article/my_articles_json.html";
 
-ServerFailure signInNeeded() { return {ServerFault::SignedOut, "Sign in first."}; }
-
 ServerFailure noArticle() { return {ServerFault::NotFound, "There is no such article."}; }
 
 std::string mediaUrl(const std::string& baseUrl, const std::string& name) {
     return baseUrl + "/media/" + name;
+}
+
+nlohmann::ordered_json commentsJson(const CommentPage& page) {
+    auto comments = nlohmann::ordered_json::array();
+    for (const StoredComment& comment : page.comments) comments.push_back(commentJson(comment));
+    return comments;
+}
+
+/// Where the comments before those of the page are; null when there are none.
+nlohmann::ordered_json olderCommentsPath(std::int64_t article, const CommentPage& page) {
+    if (!page.hasMore) return nullptr;
+    return "/article/comments_json.html?id=" + std::to_string(article) +
+           "&before=" + std::to_string(page.comments.front().id);
 }
 
 }  // namespace
@@ -65,15 +76,9 @@ nlohmann::ordered_json commentJson(const StoredComment& comment) {
 
 WebReply ArticleService::articlePage(Visit& visit, const std::optional<std::int64_t>& author,
                                      const std::string& path) {
-    ArticlePageQuery query{author, std::nullopt, ServerLimits::pageSize};
-    auto before = visit.request.query.find("before");
-    if (before != visit.request.query.end()) {
-        query.before = decimalId(before->second);
-        if (!query.before) {
-            return failureReply({ServerFault::BadInput, "The start of the page is not a number."});
-        }
-    }
-    auto page = store_.articles(query);
+    auto before = pageStart(visit);
+    if (!before) return failureReply(before.failure());
+    auto page = store_.articles({author, *before, ServerLimits::pageSize});
     if (!page) return failureReply(page.failure());
     std::string base = baseUrl(visit.request);
     ResultAnswer answer;
@@ -87,10 +92,9 @@ WebReply ArticleService::listArticles(Visit& visit) {
 }
 
 WebReply ArticleService::listMyArticles(Visit& visit) {
-    auto user = signedIn(visit);
+    auto user = signedInOnly(visit);
     if (!user) return failureReply(user.failure());
-    if (!*user) return failureReply(signInNeeded());
-    return articlePage(visit, (*user)->id, myArticlesPath);
+    return articlePage(visit, user->id, myArticlesPath);
 }
 
 WebReply ArticleService::loadArticle(Visit& visit) {
@@ -99,21 +103,38 @@ WebReply ArticleService::loadArticle(Visit& visit) {
     auto article = store_.article(*id);
     if (!article) return failureReply(article.failure());
     if (!*article) return failureReply(noArticle());
-    auto comments = store_.comments(*id);
-    if (!comments) return failureReply(comments.failure());
+    auto page = store_.comments(
+        {*id, std::nullopt, ServerLimits::commentsPerAnswer, ServerLimits::commentBytesPerAnswer});
+    if (!page) return failureReply(page.failure());
     auto record = articleJson(**article, baseUrl(visit.request));
-    record["comments"] = nlohmann::ordered_json::array();
-    for (const StoredComment& comment : *comments) record["comments"].push_back(commentJson(comment));
+    record["comments"] = commentsJson(*page);
+    record["more_comments"] = olderCommentsPath(*id, *page);
     return jsonReply(200, record);
 }
 
-WebReply ArticleService::removeArticle(Visit& visit) {
-    auto user = signedIn(visit);
-    if (!user) return failureReply(user.failure());
-    if (!*user) return failureReply(signInNeeded());
+WebReply ArticleService::olderComments(Visit& visit) {
     auto id = articleId(visit);
     if (!id) return failureReply(id.failure());
-    auto files = store_.removeArticle(*id, (*user)->id);
+    auto before = pageStart(visit);
+    if (!before) return failureReply(before.failure());
+    auto article = store_.article(*id);
+    if (!article) return failureReply(article.failure());
+    if (!*article) return failureReply(noArticle());
+    auto page =
+        store_.comments({*id, *before, ServerLimits::commentsPerPage, ServerLimits::commentBytesPerAnswer});
+    if (!page) return failureReply(page.failure());
+    ResultAnswer answer;
+    answer.results = commentsJson(*page);
+    answer.more = olderCommentsPath(*id, *page);
+    return resultReply(answer);
+}
+
+WebReply ArticleService::removeArticle(Visit& visit) {
+    auto user = signedInOnly(visit);
+    if (!user) return failureReply(user.failure());
+    auto id = articleId(visit);
+    if (!id) return failureReply(id.failure());
+    auto files = store_.removeArticle(*id, user->id);
     if (!files) return failureReply(files.failure());
     // Rows first: a crash in between leaves files that the next start sweeps, never rows without files.
     media_.remove(*files);
@@ -152,9 +173,8 @@ WebReply ArticleService::likeArticle(Visit& visit) {
 }
 
 WebReply ArticleService::addComment(Visit& visit) {
-    auto user = signedIn(visit);
+    auto user = signedInOnly(visit);
     if (!user) return failureReply(user.failure());
-    if (!*user) return failureReply(signInNeeded());
     auto id = articleId(visit);
     if (!id) return failureReply(id.failure());
     auto form = parseFields(visit.request.body);
@@ -166,7 +186,10 @@ WebReply ArticleService::addComment(Visit& visit) {
     if (characterCount(text->second) > ServerLimits::commentCharacters) {
         return failureReply({ServerFault::TooLarge, "The comment is too long."});
     }
-    auto count = store_.addComment(*id, (*user)->id, text->second, now_());
+    if (!comments_.take(std::to_string(user->id), now_())) {
+        return failureReply({ServerFault::Throttled, "Too many comments. Try again in a few minutes."});
+    }
+    auto count = store_.addComment(*id, user->id, text->second, now_());
     if (!count) return failureReply(count.failure());
     ResultAnswer answer;
     answer.result = std::to_string(*count);

@@ -60,7 +60,7 @@ struct ArticleServiceRoutes {
 
     static constexpr std::size_t none = 0;
 
-    static constexpr std::array<Route, 15> all = {{
+    static constexpr std::array<Route, 19> all = {{
         {"GET", "/article/articles_json.html", Variable::None, "", Effect::Reads, none,
          &Service::listArticles},
         {"GET", "/article/my_articles_json.html", Variable::None, "", Effect::Reads, none,
@@ -72,6 +72,14 @@ struct ArticleServiceRoutes {
          &Service::loadArticle},
         {"POST", "/article/json_add_comment.html", Variable::None, "", Effect::Changes,
          ServerLimits::commentForm, &Service::addComment},
+        {"GET", "/article/comments_json.html", Variable::None, "", Effect::Reads, none,
+         &Service::olderComments},
+        {"POST", "/account/notify", Variable::None, "", Effect::Changes, ServerLimits::notificationForm,
+         &Service::notify},
+        {"GET", "/account/notifications", Variable::None, "", Effect::Reads, none,
+         &Service::listNotifications},
+        {"POST", "/account/notifications_read", Variable::None, "", Effect::Changes,
+         ServerLimits::accountForm, &Service::markNotificationsRead},
         {"POST", "/account/sign_up", Variable::None, "", Effect::Changes, ServerLimits::accountForm,
          &Service::signUp},
         {"POST", "/account/sign_in", Variable::None, "", Effect::Changes, ServerLimits::accountForm,
@@ -108,7 +116,11 @@ ArticleService::ArticleService(ArticleStore& store, MediaFolder& media, std::str
       signUps_(ServerLimits::signUpsPerAddress, milliseconds(ServerLimits::attemptWindow),
                ServerLimits::rememberedAttempters),
       visitors_(ServerLimits::newVisitorsPerAddress, milliseconds(ServerLimits::attemptWindow),
-                ServerLimits::rememberedAttempters) {}
+                ServerLimits::rememberedAttempters),
+      comments_(ServerLimits::commentsPerAuthor, milliseconds(ServerLimits::attemptWindow),
+                ServerLimits::rememberedAttempters),
+      notifications_(ServerLimits::notificationsPerSender, milliseconds(ServerLimits::attemptWindow),
+                     ServerLimits::rememberedAttempters) {}
 
 ArticleService::Routing ArticleService::routeOf(const WebRequest& request) const {
     Routing routing;
@@ -173,6 +185,22 @@ ServerResult<std::optional<StoredUser>> ArticleService::signedIn(Visit& visit) {
         visit.cookies.push_back(cookie(sessionCookie, token, life / 1000));
     }
     return Found((*session)->user);
+}
+
+ServerResult<StoredUser> ArticleService::signedInOnly(Visit& visit) {
+    auto user = signedIn(visit);
+    if (!user) return user.failure();
+    if (!*user) return ServerFailure{ServerFault::SignedOut, "Sign in first."};
+    return std::move(**user);
+}
+
+ServerResult<std::optional<std::int64_t>> ArticleService::pageStart(const Visit& visit) {
+    using Start = std::optional<std::int64_t>;
+    auto given = visit.request.query.find("before");
+    if (given == visit.request.query.end()) return Start();
+    Start before = decimalId(given->second);
+    if (!before) return ServerFailure{ServerFault::BadInput, "The start of the page is not a number."};
+    return before;
 }
 
 ServerResult<std::int64_t> ArticleService::articleId(const Visit& visit) const {

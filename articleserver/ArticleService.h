@@ -45,6 +45,7 @@ private:
     WebReply likeArticle(Visit& visit);
     WebReply loadArticle(Visit& visit);
     WebReply addComment(Visit& visit);
+    WebReply olderComments(Visit& visit);
     WebReply articlePage(Visit& visit, const std::optional<std::int64_t>& author, const std::string& path);
 
     WebReply signUp(Visit& visit);
@@ -54,6 +55,10 @@ private:
     WebReply uploadAvatar(Visit& visit);
     WebReply startSession(Visit& visit, const StoredUser& user);
 
+    WebReply notify(Visit& visit);
+    WebReply listNotifications(Visit& visit);
+    WebReply markNotificationsRead(Visit& visit);
+
     WebReply avatar(Visit& visit);
     WebReply mediaFile(Visit& visit);
     WebReply publicPage(Visit& visit);
@@ -61,7 +66,11 @@ private:
 
     /// The signed-in user, or absent. Lengthens a session that has been used for a day.
     ServerResult<std::optional<StoredUser>> signedIn(Visit& visit);
+    /// The signed-in user; SignedOut when nobody is.
+    ServerResult<StoredUser> signedInOnly(Visit& visit);
     ServerResult<std::int64_t> articleId(const Visit& visit) const;
+    /// The query's "before", absent when it is not given; BadInput when it is no number.
+    static ServerResult<std::optional<std::int64_t>> pageStart(const Visit& visit);
     std::string baseUrl(const WebRequest& request) const;
     std::string cookie(std::string_view name, std::string_view value, std::int64_t seconds) const;
 
@@ -76,6 +85,8 @@ private:
     AttemptLimiter signInsByAddress_;
     AttemptLimiter signUps_;
     AttemptLimiter visitors_;
+    AttemptLimiter comments_;
+    AttemptLimiter notifications_;
 
     friend struct ArticleServiceRoutes;
 };

@@ -38,7 +38,8 @@ nlohmann::ordered_json articleJson(const StoredArticle& article, const std::stri
 nlohmann::ordered_json commentJson(const StoredComment& comment);
 
 /// The whole HTML document of an article, everything escaped.
-std::string articleHtml(const StoredArticle& article, const std::string& baseUrl);
+std::string articleHtml(const StoredArticle& article, const CommentPage& comments,
+                        const std::string& baseUrl);
 std::string notFoundHtml();
 std::string_view articleStyle();
 

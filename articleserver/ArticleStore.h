@@ -45,6 +45,18 @@ struct StoredComment {
     std::string text;
 };
 
+/// A short message of one user to another.
+struct StoredNotification {
+    std::int64_t id = 0;
+    std::int64_t senderId = 0;
+    std::string senderName;
+    std::int64_t recipientId = 0;
+    ServerTime date = 0;
+    std::string title;
+    std::string text;
+    bool isRead = false;
+};
+
 struct StoredArticle {
     std::int64_t id = 0;
     std::int64_t authorId = 0;
@@ -76,6 +88,26 @@ struct ArticlePageQuery {
     int limit = 20;
 };
 
+/// Which comments of an article: the newest, or the newest of those older than an id. Ends after `limit` comments or
+/// with the one whose text goes beyond `maximumBytes`, whichever comes first.
+struct CommentQuery {
+    std::int64_t article = 0;
+    std::optional<std::int64_t> before = std::nullopt;
+    int limit = 0;
+    std::size_t maximumBytes = 0;
+};
+
+struct CommentPage {
+    std::vector<StoredComment> comments;  ///< oldest first
+    bool hasMore = false;                 ///< there are older ones
+};
+
+struct NotificationPage {
+    std::vector<StoredNotification> notifications;  ///< newest first
+    bool hasMore = false;                           ///< there are older ones
+    std::int64_t unread = 0;                        ///< of all, not of this page
+};
+
 /// Everything of one article to be brought in at once; ids inside are given by the store.
 struct ImportedArticle {
     StoredArticle article;                ///< authorId is an index into ImportedContent::users
@@ -85,7 +117,8 @@ struct ImportedArticle {
 
 struct ImportedContent {
     std::vector<StoredUser> users;
-    std::vector<ImportedArticle> articles;  ///< oldest first
+    std::vector<ImportedArticle> articles;          ///< oldest first
+    std::vector<StoredNotification> notifications;  ///< oldest first; users are indices as above
     ServerTime date = 0;
 };
 
@@ -128,8 +161,18 @@ public:
     /// The comment count afterwards. NotFound, or Forbidden when comments are closed.
     virtual ServerResult<std::int64_t> addComment(std::int64_t article, std::int64_t author,
                                                   std::string_view text, ServerTime now) = 0;
-    /// Oldest first.
-    virtual ServerResult<std::vector<StoredComment>> comments(std::int64_t article) const = 0;
+    /// No comments for an unknown article.
+    virtual ServerResult<CommentPage> comments(const CommentQuery& query) const = 0;
+
+    /// The new notification's id. Reads senderId, recipientId, date, title and text. Of a recipient the newest
+    /// ServerLimits::notificationsPerUser are kept. NotFound for an unknown recipient.
+    virtual ServerResult<std::int64_t> addNotification(const StoredNotification& notification) = 0;
+    /// Of `recipient`, newest first; those older than `before` when it is given.
+    virtual ServerResult<NotificationPage> notifications(std::int64_t recipient,
+                                                         std::optional<std::int64_t> before,
+                                                         int limit) const = 0;
+    /// Marks all of the recipient's up to and including an id as read; the number of unread ones that are left.
+    virtual ServerResult<std::int64_t> markNotificationsRead(std::int64_t recipient, std::int64_t upTo) = 0;
 
     virtual ServerResult<bool> isEmpty() const = 0;
     /// Conflict when the store is not empty.

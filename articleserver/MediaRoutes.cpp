@@ -1,5 +1,6 @@
 #include "ArticleService.h"
 #include "ArticleServiceParts.h"
+#include "ServerLimits.h"
 
 namespace ostrel {
 
@@ -82,9 +83,14 @@ WebReply ArticleService::publicPage(Visit& visit) {
     auto id = decimalId(visit.variable);
     auto article = id ? store_.article(*id) : ServerResult(std::optional<StoredArticle>());
     if (!article) return failureReply(article.failure());
-    WebReply reply =
-        taggedReply(visit.request, "text/html; charset=utf-8",
-                    *article ? articleHtml(**article, baseUrl(visit.request)) : notFoundHtml(), "no-cache");
+    std::string html = notFoundHtml();
+    if (*article) {
+        auto comments = store_.comments(
+            {*id, std::nullopt, ServerLimits::commentsPerPublicPage, ServerLimits::commentBytesPerAnswer});
+        if (!comments) return failureReply(comments.failure());
+        html = articleHtml(**article, *comments, baseUrl(visit.request));
+    }
+    WebReply reply = taggedReply(visit.request, "text/html; charset=utf-8", std::move(html), "no-cache");
     if (!*article) reply.status = 404;
     reply.headers.emplace_back("Content-Security-Policy", pagePolicy);
     reply.headers.emplace_back("Referrer-Policy", "no-referrer");

@@ -74,9 +74,29 @@ std::string figure(const std::string& media, const std::string& caption) {
     return html + "</figure>\n";
 }
 
+std::string byline(std::int64_t author, std::string_view name, ServerTime date) {
+    return "<p class=\"byline\"><img class=\"avatar\" src=\"/account/avatar/" + std::to_string(author) +
+           "\" alt=\"\" width=\"40\" height=\"40\" loading=\"lazy\"><span><span class=\"author\" "
+           "dir=\"auto\">" +
+           escapedHtml(name) + "</span><br><time datetime=\"" + isoDate(date) + "\">" + readableDate(date) +
+           "</time></span></p>\n";
+}
+
+std::string commentSection(const CommentPage& comments) {
+    if (comments.comments.empty()) return {};
+    std::string html = "<section>\n<h2>Comments</h2>\n";
+    if (comments.hasMore) html += "<p class=\"note\">Only the latest are shown.</p>\n";
+    for (const StoredComment& comment : comments.comments) {
+        html += "<article class=\"comment\">\n" + byline(comment.authorId, comment.authorName, comment.date) +
+                paragraphs(comment.text) + "</article>\n";
+    }
+    return html + "</section>\n";
+}
+
 }  // namespace
 
-std::string articleHtml(const StoredArticle& article, const std::string& baseUrl) {
+std::string articleHtml(const StoredArticle& article, const CommentPage& comments,
+                        const std::string& baseUrl) {
     const std::string id = std::to_string(article.id);
     const std::string title = article.title.empty() ? summary(article.text, 60) : summary(article.title, 300);
     std::string head = "<meta name=\"description\" content=\"" +
@@ -91,11 +111,7 @@ std::string articleHtml(const StoredArticle& article, const std::string& baseUrl
 
     std::string body = "<article>\n<header>\n";
     if (!article.title.empty()) body += "<h1 dir=\"auto\">" + escapedHtml(article.title) + "</h1>\n";
-    body += "<p class=\"byline\"><img class=\"avatar\" src=\"/account/avatar/" +
-            std::to_string(article.authorId) +
-            "\" alt=\"\" width=\"40\" height=\"40\"><span><span class=\"author\" dir=\"auto\">" +
-            escapedHtml(article.authorName) + "</span><br><time datetime=\"" + isoDate(article.modified) +
-            "\">" + readableDate(article.modified) + "</time></span></p>\n</header>\n";
+    body += byline(article.authorId, article.authorName, article.modified) + "</header>\n";
     body += paragraphs(article.text);
     for (const StoredImage& image : article.images) {
         body += figure("<img src=\"/media/" + escapedHtml(image.file) + "\" alt=\"" +
@@ -113,6 +129,7 @@ std::string articleHtml(const StoredArticle& article, const std::string& baseUrl
     body += "<footer>" + std::to_string(article.likes) + (article.likes == 1 ? " like" : " likes") + " · " +
             std::to_string(article.comments) + (article.comments == 1 ? " comment" : " comments") +
             "</footer>\n</article>\n";
+    body += commentSection(comments);
     return document(title, head, body);
 }
 
@@ -140,7 +157,12 @@ header { border-bottom: 1px solid var(--line); margin-bottom: 1.75rem; padding-b
 .byline { display: flex; align-items: center; gap: 0.75rem; margin: 0; font-size: 0.875rem; line-height: 1.45; }
 .avatar { border-radius: 50%; flex: none; }
 .author { font-weight: 500; font-size: 0.9375rem; }
-time, figcaption, footer { color: var(--quiet); }
+time, figcaption, footer, .note { color: var(--quiet); }
+h2 { margin: 2.5rem 0 1.25rem; font-size: 1.25rem; line-height: 1.3; font-weight: 600; }
+.comment { border-bottom: 1px solid var(--line); margin-bottom: 1.25rem; padding-bottom: 0.25rem; }
+.comment:last-child { border-bottom: 0; }
+.comment .byline { margin-bottom: 0.6rem; }
+.note { font-size: 0.875rem; }
 figure { margin: 2rem 0; }
 figure img, figure video { display: block; width: auto; max-width: 100%; height: auto; margin: 0 auto; border-radius: 6px; }
 figcaption { margin-top: 0.6rem; font-size: 0.875rem; line-height: 1.5; text-align: center; }

@@ -19,6 +19,7 @@ struct ServerLimits final {
     // Bodies.
     static constexpr std::size_t accountForm = 16 * 1024;
     static constexpr std::size_t commentForm = 128 * 1024;
+    static constexpr std::size_t notificationForm = 32 * 1024;
     static constexpr std::size_t avatarFile = 5 * 1024 * 1024;
     static constexpr std::size_t avatarBody = avatarFile + 64 * 1024;
     static constexpr std::size_t multipartParts = 16;
@@ -42,7 +43,16 @@ struct ServerLimits final {
     static constexpr std::size_t passwordCharactersLeast = 8;
     static constexpr std::size_t passwordCharacters = 256;
     static constexpr std::size_t commentCharacters = 10000;
+    static constexpr std::size_t notificationTitleCharacters = 100;
+    static constexpr std::size_t notificationCharacters = 2000;
     static constexpr int pageSize = 20;
+    /// What one answer holds of an article's comments. JSON makes of a byte six at most, so that an answer stays
+    /// below the 32 MiB that clients take.
+    static constexpr int commentsPerAnswer = 5000;
+    static constexpr std::size_t commentBytesPerAnswer = 4 * 1024 * 1024;
+    static constexpr int commentsPerPage = 200;
+    static constexpr int commentsPerPublicPage = 100;
+    static constexpr int notificationsPerUser = 1000;
 
     // Pictures, in pixels.
     static constexpr int avatarSide = 4096;
@@ -55,6 +65,8 @@ struct ServerLimits final {
     static constexpr int failedSignInsPerAddress = 100;
     static constexpr int signUpsPerAddress = 100;
     static constexpr int newVisitorsPerAddress = 200;
+    static constexpr int commentsPerAuthor = 60;
+    static constexpr int notificationsPerSender = 30;
     static constexpr std::size_t rememberedAttempters = 4096;
 
     // Password hashing takes 64 MiB and a processor for about 0.1 seconds each.

@@ -1,6 +1,7 @@
 #include "SqliteArticleStore.h"
 
 #include "ServerLimits.h"
+#include "SqliteParts.h"
 #include "SqliteSchema.h"
 
 #include <limits>
@@ -10,8 +11,6 @@ namespace ostrel {
 namespace {
 
 using Kind = SqliteTransaction::Kind;
-
-ServerFailure noArticle() { return {ServerFault::NotFound, "There is no such article."}; }
 
 StoredUser userOf(const SqliteStatement& row) {
     return {row.integer(0), row.text(1), row.text(2), row.text(3)};
@@ -94,21 +93,8 @@ ServerResult<std::int64_t> insertArticle(SqliteConnection& connection, const Sto
     return id;
 }
 
-bool insertComment(SqliteConnection& connection, std::int64_t article, std::int64_t author,
-                   std::string_view text, ServerTime date) {
-    return connection
-        .prepare("INSERT INTO comments (article_id, author_id, created, text) VALUES (?, ?, ?, ?)", article,
-                 author, date, text)
-        .run();
-}
-
 bool insertLike(SqliteConnection& connection, std::int64_t article, std::string_view liker) {
     return connection.prepare("INSERT INTO likes (article_id, liker) VALUES (?, ?)", article, liker).run();
-}
-
-ServerResult<std::int64_t> numberOf(SqliteConnection& connection, SqliteStatement statement) {
-    if (!statement.step()) return connection.failure();
-    return statement.integer(0);
 }
 
 }  // namespace
@@ -138,24 +124,6 @@ ServerResult<std::unique_ptr<SqliteConnection>> SqliteArticleStore::borrow() con
 void SqliteArticleStore::giveBack(std::unique_ptr<SqliteConnection> connection) const {
     std::lock_guard lock(idleMutex_);
     idle_.push_back(std::move(connection));
-}
-
-template <typename T>
-ServerResult<T> SqliteArticleStore::transact(
-    Kind kind, const std::function<ServerResult<T>(SqliteConnection&)>& work) const {
-    std::unique_lock<std::mutex> writing(writing_, std::defer_lock);
-    if (kind == Kind::Write) writing.lock();
-    auto connection = borrow();
-    if (!connection) return connection.failure();
-    ServerResult<T> result = [&]() -> ServerResult<T> {
-        SqliteTransaction transaction(**connection, kind);
-        if (!transaction.isOpen()) return (*connection)->failure();
-        ServerResult<T> done = work(**connection);
-        if (done && !transaction.commit()) return (*connection)->failure();
-        return done;
-    }();
-    giveBack(std::move(*connection));
-    return result;
 }
 
 ServerResult<std::int64_t> SqliteArticleStore::addUser(const StoredUser& user, ServerTime now) {
@@ -351,38 +319,6 @@ ServerResult<std::int64_t> SqliteArticleStore::likeArticle(std::int64_t id, std:
         });
 }
 
-ServerResult<std::int64_t> SqliteArticleStore::addComment(std::int64_t article, std::int64_t author,
-                                                          std::string_view text, ServerTime now) {
-    return transact<std::int64_t>(
-        Kind::Write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
-            SqliteStatement open =
-                connection.prepare("SELECT open_comment FROM articles WHERE id = ?", article);
-            if (!open.step()) return open.failed() ? connection.failure() : noArticle();
-            if (open.integer(0) == 0) {
-                return ServerFailure{ServerFault::Forbidden, "Comments on this article are closed."};
-            }
-            if (!insertComment(connection, article, author, text, now)) return connection.failure();
-            return numberOf(connection, connection.prepare(
-                                            "SELECT COUNT(*) FROM comments WHERE article_id = ?", article));
-        });
-}
-
-ServerResult<std::vector<StoredComment>> SqliteArticleStore::comments(std::int64_t article) const {
-    using Comments = std::vector<StoredComment>;
-    return transact<Comments>(Kind::Read, [&](SqliteConnection& connection) -> ServerResult<Comments> {
-        Comments comments;
-        SqliteStatement row =
-            connection.prepare("SELECT c.id, c.author_id, u.name, c.created, c.text FROM comments c "
-                               "JOIN users u ON u.id = c.author_id WHERE c.article_id = ? ORDER BY c.id",
-                               article);
-        while (row.step()) {
-            comments.push_back({row.integer(0), row.integer(1), row.text(2), row.integer(3), row.text(4)});
-        }
-        if (row.failed()) return connection.failure();
-        return comments;
-    });
-}
-
 ServerResult<bool> SqliteArticleStore::isEmpty() const {
     return transact<bool>(Kind::Read, [&](SqliteConnection& connection) -> ServerResult<bool> {
         auto count = numberOf(connection, connection.prepare("SELECT COUNT(*) FROM users"));
@@ -417,6 +353,12 @@ ServerResult<ServerDone> SqliteArticleStore::importInto(const ImportedContent& c
             for (const std::string& liker : imported.likers) {
                 if (!insertLike(connection, *id, liker)) return connection.failure();
             }
+        }
+        for (const StoredNotification& imported : content.notifications) {
+            StoredNotification notification = imported;
+            notification.senderId = ids.at(static_cast<std::size_t>(imported.senderId));
+            notification.recipientId = ids.at(static_cast<std::size_t>(imported.recipientId));
+            if (!insertNotification(connection, notification)) return connection.failure();
         }
         return ServerDone{};
     });

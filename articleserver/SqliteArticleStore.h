@@ -38,7 +38,12 @@ public:
     ServerResult<std::int64_t> likeArticle(std::int64_t id, std::string_view liker) override;
     ServerResult<std::int64_t> addComment(std::int64_t article, std::int64_t author, std::string_view text,
                                           ServerTime now) override;
-    ServerResult<std::vector<StoredComment>> comments(std::int64_t article) const override;
+    ServerResult<CommentPage> comments(const CommentQuery& query) const override;
+
+    ServerResult<std::int64_t> addNotification(const StoredNotification& notification) override;
+    ServerResult<NotificationPage> notifications(std::int64_t recipient, std::optional<std::int64_t> before,
+                                                 int limit) const override;
+    ServerResult<std::int64_t> markNotificationsRead(std::int64_t recipient, std::int64_t upTo) override;
 
     ServerResult<bool> isEmpty() const override;
     ServerResult<ServerDone> importInto(const ImportedContent& content) override;
@@ -59,5 +64,23 @@ private:
     mutable std::vector<std::unique_ptr<SqliteConnection>> idle_;  ///< guarded by idleMutex_
     mutable std::mutex writing_;
 };
+
+template <typename T>
+ServerResult<T> SqliteArticleStore::transact(
+    SqliteTransaction::Kind kind, const std::function<ServerResult<T>(SqliteConnection&)>& work) const {
+    std::unique_lock<std::mutex> writing(writing_, std::defer_lock);
+    if (kind == SqliteTransaction::Kind::Write) writing.lock();
+    auto connection = borrow();
+    if (!connection) return connection.failure();
+    ServerResult<T> result = [&]() -> ServerResult<T> {
+        SqliteTransaction transaction(**connection, kind);
+        if (!transaction.isOpen()) return (*connection)->failure();
+        ServerResult<T> done = work(**connection);
+        if (done && !transaction.commit()) return (*connection)->failure();
+        return done;
+    }();
+    giveBack(std::move(*connection));
+    return result;
+}
 
 }  // namespace ostrel

@@ -8,7 +8,7 @@ namespace {
 
 // Step n takes a file from version n to n + 1. A step that has been released is never edited.
 // AUTOINCREMENT, because the id of a removed article must not come back as another one's.
-constexpr std::array migrations = {R"sql(
+constexpr std::array<const char*, 2> migrations = {R"sql(
 CREATE TABLE users (
     id            INTEGER PRIMARY KEY AUTOINCREMENT,
     name          TEXT NOT NULL,
@@ -73,6 +73,20 @@ CREATE TABLE likes (
     liker      TEXT NOT NULL,
     PRIMARY KEY (article_id, liker)
 );
+)sql",
+                                                   R"sql(
+CREATE TABLE notifications (
+    id           INTEGER PRIMARY KEY AUTOINCREMENT,
+    recipient_id INTEGER NOT NULL REFERENCES users (id) ON DELETE CASCADE,
+    sender_id    INTEGER NOT NULL REFERENCES users (id) ON DELETE CASCADE,
+    created      INTEGER NOT NULL,
+    title        TEXT NOT NULL,
+    text         TEXT NOT NULL,
+    is_read      INTEGER NOT NULL
+);
+CREATE INDEX notifications_by_recipient ON notifications (recipient_id, id);
+CREATE INDEX notifications_unread ON notifications (recipient_id, is_read);
+CREATE INDEX notifications_by_sender ON notifications (sender_id);
 )sql"};
 
 }  // namespace

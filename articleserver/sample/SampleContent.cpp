@@ -33,6 +33,25 @@ constexpr std::array<SamplePerson, 8> people = {{
     {"Tove Aske", "", true},
 }};
 
+struct SampleMessage {
+    SampleAuthor from;
+    SampleAuthor to;
+    int age;  ///< minutes
+    std::string_view text;
+    bool isRead = false;
+};
+
+// Oldest first; to the two who can sign in.
+constexpr std::array<SampleMessage, 5> messages = {{
+    {SampleAuthor::Imani, SampleAuthor::Ada, 7300, "Hello! The plane tree has a twin behind the market hall.",
+     true},
+    {SampleAuthor::Yara, SampleAuthor::Oskar, 2900, "Was the door still locked today?"},
+    {SampleAuthor::Marek, SampleAuthor::Ada, 1450,
+     "I looked up. You were right about the clock over the school."},
+    {SampleAuthor::Lin, SampleAuthor::Ada, 190, "你好!下次一起散步吧。"},
+    {SampleAuthor::Tove, SampleAuthor::Ada, 25, ""},
+}};
+
 /// All of them, oldest first.
 std::vector<SampleArticle> sampleArticles() {
     std::vector<SampleArticle> all;
@@ -80,6 +99,16 @@ public:
             auto imported = make(article);
             if (!imported) return imported.failure();
             content.articles.push_back(std::move(*imported));
+        }
+        for (const SampleMessage& message : messages) {
+            StoredNotification notification;
+            notification.senderId = static_cast<std::int64_t>(message.from);
+            notification.recipientId = static_cast<std::int64_t>(message.to);
+            notification.date = now_ - message.age * minute;
+            notification.title = "Touch You";
+            notification.text = message.text;
+            notification.isRead = message.isRead;
+            content.notifications.push_back(std::move(notification));
         }
         return content;
     }

@@ -222,6 +222,71 @@ TEST_F(ArticleRoutesTest, CommentsCountAndComeBack) {
     EXPECT_EQ(record["comments"][1]["date"], "2026-11-21T02:32:39.123Z");
 }
 
+TEST_F(ArticleRoutesTest, CommentsAreThrottledByAuthorAndSpeakWhenRefused) {
+    std::string bo = signUp("Bo");
+    std::string cy = signUp("Cy");
+    addArticle("Ada");
+    const std::string path = "/article/json_add_comment.html?id=1";
+    int taken = 0;
+    while (taken < 100 && post(path, {{"text", "Hello"}}, bo).status == 200) ++taken;
+    EXPECT_EQ(taken, 60);
+    EXPECT_EQ(post(path, {{"text", "x"}}, bo).json["error"],
+              "Too many comments. Try again in a few minutes.");
+    EXPECT_EQ(post(path, {{"text", "x"}}, cy).status, 200);
+    now_ += 5 * 60 * 1000 + 1;
+    EXPECT_EQ(post(path, {{"text", "x"}}, bo).json["result"], "62");
+}
+
+TEST_F(ArticleRoutesTest, AGiantArticleComesInBoundedAnswers) {
+    StoredArticle article;
+    article.authorId = userId("Ada");
+    for (int image = 0; image < 500; ++image) {
+        std::string number = std::to_string(image);
+        article.images.push_back({0, "f" + number, "t" + number, 1 << 30, 1, "caption " + number});
+    }
+    for (int video = 0; video < 50; ++video) {
+        std::string number = std::to_string(video);
+        article.videos.push_back({0, "v" + number, "p" + number, 640, 360, 1e9, number});
+    }
+    ImportedContent content;
+    content.users = {{0, "Bo", "", ""}};
+    article.authorId = 0;
+    ImportedArticle imported{article, {}, {}};
+    for (int count = 1; count <= 5200; ++count) {
+        imported.comments.push_back({0, 0, "", count, std::to_string(count) + std::string(600, 'x')});
+    }
+    content.articles = {imported};
+    stop();
+    std::filesystem::remove(folder_.path() / "articles.sqlite");
+    start();
+    ASSERT_TRUE(store().importInto(content));
+
+    auto began = std::chrono::steady_clock::now();
+    nlohmann::json record = get("/article/article_1_json.html").json;
+    std::chrono::duration<double> taken = std::chrono::steady_clock::now() - began;
+    EXPECT_LT(taken.count(), 5) << "seconds";
+    EXPECT_EQ(record["images"].size(), 500U);
+    EXPECT_EQ(record["images"][499]["text"], "caption 499");
+    EXPECT_EQ(record["videos"].size(), 50U);
+    EXPECT_EQ(record["comment"], 5200);
+    ASSERT_EQ(record["comments"].size(), 5000U);
+    EXPECT_EQ(record["comments"][0]["id"], 201);
+    EXPECT_EQ(record["more_comments"], "/article/comments_json.html?id=1&before=201");
+    nlohmann::json older = get(record["more_comments"]).json;
+    EXPECT_EQ(older["results"].size(), 200U);
+    EXPECT_EQ(older["results"][199]["id"], 200);
+    EXPECT_TRUE(older["more"].is_null());
+    Answer page = get("/article/1");
+    EXPECT_EQ(page.status, 200);
+    EXPECT_NE(page.body.find("Only the latest are shown."), std::string::npos);
+    EXPECT_EQ(page.body.find(">5100x"), std::string::npos);
+    EXPECT_NE(page.body.find(">5200x"), std::string::npos);
+    for (const char* path : {"/article/comments_json.html?id=2", "/article/comments_json.html?id=1&before=x",
+                             "/article/comments_json.html"}) {
+        EXPECT_GE(get(path).status, 400) << path;
+    }
+}
+
 TEST_F(ArticleRoutesTest, AddressesFollowTheHostHeaderOnlyWhenItIsValid) {
     addArticle("Ada");
     struct Case {
@@ -242,19 +307,27 @@ TEST_F(ArticleRoutesTest, AddressesFollowTheHostHeaderOnlyWhenItIsValid) {
 }
 
 TEST_F(ArticleRoutesTest, PublicPageShowsTextAndNeverMarkup) {
-    addArticle("A<i>da", "<script>alert(1)</script> & \"q\"",
-               "one\r\n\r\ntwo\nthree <img src=x onerror='x'>");
+    StoredArticle article;
+    article.authorId = userId("A<i>da");
+    article.title = "<script>alert(1)</script> & \"q\"";
+    article.text = "one\r\n\r\ntwo\nthree <img src=x onerror='x'>";
+    article.modified = now_;
+    article.images = {{0, "f.jpg", "t.jpg", 3, 4, "\" onload=\"x"}};
+    article.videos = {{0, "v.mp4", "p.jpg", 640, 360, 61.4, "</figcaption><script>"}};
+    ASSERT_TRUE(store().addArticle(article));
+    ASSERT_TRUE(store().addComment(1, userId("<b>Bo"), "<script>comment</script>\n&amp;", now_));
     Answer page = get("/article/1");
     EXPECT_EQ(page.status, 200);
     EXPECT_EQ(page.header("Content-Type"), "text/html; charset=utf-8");
     EXPECT_TRUE(page.header("Content-Security-Policy").starts_with("default-src 'none'"));
-    for (const char* markup : {"<script", "<i>da", "<img src=x", "onerror='"}) {
+    for (const char* markup : {"<script", "<i>da", "<img src=x", "onerror='", "\" onload", "<b>Bo"}) {
         EXPECT_EQ(page.body.find(markup), std::string::npos) << markup;
     }
     for (const char* shown :
          {"&lt;script&gt;alert(1)&lt;/script&gt; &amp; &quot;q&quot;</h1>", "<p dir=\"auto\">one</p>",
           "two<br>\nthree &lt;img src=x onerror=&#39;x&#39;&gt;</p>", "A&lt;i&gt;da",
-          "21 November 2026, 02:32 UTC"}) {
+          "21 November 2026, 02:32 UTC", "<video src=\"/media/v.mp4\" poster=\"/media/p.jpg\"",
+          "&lt;script&gt;comment&lt;/script&gt;<br>\n&amp;amp;</p>", "&lt;b&gt;Bo"}) {
         EXPECT_NE(page.body.find(shown), std::string::npos) << shown;
     }
     EXPECT_EQ(get("/article/1", "", {{"If-None-Match", page.header("ETag")}}).status, 304);

@@ -185,9 +185,61 @@ TEST_F(ArticleStoreTest, ImportIsForEmptyStoresAndAllOrNothing) {
     auto article = store_->article(1);
     EXPECT_EQ((*article)->authorName, "Bo");
     EXPECT_EQ((*article)->likes, 2);
-    EXPECT_EQ((*store_->comments(1))[0].authorName, "Ada");
+    EXPECT_EQ(store_->comments({1, std::nullopt, 10, 1000})->comments.at(0).authorName, "Ada");
     EXPECT_EQ(store_->importInto(content).failure().fault, ServerFault::Conflict);
     EXPECT_EQ(number("SELECT COUNT(*) FROM articles"), 1);
+}
+
+TEST_F(ArticleStoreTest, CommentPagesEndAtTheirCountOrSize) {
+    addUser("Ada");
+    std::int64_t article = addArticle(1);
+    for (int count = 1; count <= 10; ++count) ASSERT_TRUE(store_->addComment(article, 1, "12345", count));
+    struct Case {
+        std::optional<std::int64_t> before;
+        int limit;
+        std::size_t bytes;
+        std::vector<std::int64_t> ids;
+        bool hasMore;
+    };
+    for (const Case& tried : {Case{std::nullopt, 3, 1000, {8, 9, 10}, true},
+                              Case{8, 3, 1000, {5, 6, 7}, true}, Case{3, 3, 1000, {1, 2}, false},
+                              Case{4, 3, 1000, {1, 2, 3}, false}, Case{std::nullopt, 9, 9, {9, 10}, true},
+                              Case{std::nullopt, 9, 0, {10}, true}, Case{1, 9, 9, {}, false}}) {
+        auto page = store_->comments({article, tried.before, tried.limit, tried.bytes});
+        ASSERT_TRUE(page);
+        std::vector<std::int64_t> ids;
+        for (const StoredComment& comment : page->comments) ids.push_back(comment.id);
+        EXPECT_EQ(ids, tried.ids) << tried.before.value_or(0) << " " << tried.limit;
+        EXPECT_EQ(page->hasMore, tried.hasMore);
+    }
+}
+
+TEST_F(ArticleStoreTest, OnlyTheNewestNotificationsOfARecipientAreKept) {
+    ImportedContent content;
+    content.users = {{0, "Ada", "", ""}, {0, "Bo", "", ""}};
+    for (int count = 0; count < 1000; ++count)
+        content.notifications.push_back({0, 1, "", 0, count, "t", "", false});
+    content.notifications.push_back({0, 0, "", 1, 7, "to Bo", "", false});
+    ASSERT_TRUE(store_->importInto(content));
+    auto id = store_->addNotification({0, 2, "", 1, 5, "newest", "", false});
+    ASSERT_TRUE(id);
+    auto page = store_->notifications(1, std::nullopt, 2000);
+    ASSERT_TRUE(page);
+    ASSERT_EQ(page->notifications.size(), 1000U);
+    EXPECT_EQ(page->notifications.front().id, *id);
+    EXPECT_EQ(page->notifications.back().id, 2);
+    EXPECT_EQ(store_->notifications(2, std::nullopt, 9)->notifications.size(), 1U);
+    EXPECT_EQ(store_->addNotification({0, 1, "", 99, 0, "t", "", false}).failure().fault,
+              ServerFault::NotFound);
+}
+
+TEST_F(ArticleStoreTest, AFileOfTheFirstVersionGetsWhatCameLater) {
+    addUser("Ada");
+    store_.reset();
+    number("DROP TABLE notifications; PRAGMA user_version = 1");
+    open();
+    ASSERT_TRUE(store_->addNotification({0, 1, "", 1, 5, "title", "text", false}));
+    EXPECT_EQ(store_->notifications(1, std::nullopt, 9)->notifications.at(0).senderName, "Ada");
 }
 
 TEST_F(ArticleStoreTest, FilesOfNewerServersAndOtherFilesAreRefused) {
