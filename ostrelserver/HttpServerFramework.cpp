@@ -6,6 +6,7 @@
 #include "ostrelserver/HttpTransport.h"
 #include "ostrelserver/LoginViewController.h"
 #include "ostrelserver/MediaFetcher.h"
+#include "ostrelserver/Notifications.h"
 #include "ostrelserver/Session.h"
 #include "ostrelserver/WebAddress.h"
 #include "platform/foundation/Object.h"
@@ -21,6 +22,7 @@ struct HttpServerFramework::Parts {
     std::shared_ptr<HttpServer> server;
     std::shared_ptr<MediaFetcher> media;
     std::shared_ptr<Accounts> accounts;
+    std::shared_ptr<Notifications> notifications;
 };
 
 std::shared_ptr<HttpServerFramework> HttpServerFramework::create(Options options, std::string* error) {
@@ -46,6 +48,7 @@ std::shared_ptr<HttpServerFramework> HttpServerFramework::create(Options options
                          parts->session, parts->transport, parts->desk);
     parts->media = std::make_shared<MediaFetcher>(mediaLimits, options.userAgent, parts->transport);
     parts->accounts = std::make_shared<Accounts>(parts->server, parts->session);
+    parts->notifications = std::make_shared<Notifications>(parts->server, parts->session);
     return std::make_shared<HttpServerFramework>(std::move(parts));
 }
 
@@ -73,6 +76,15 @@ void HttpServerFramework::signOut() { parts_->accounts->signOut(); }
 
 void HttpServerFramework::restoreSession(SignInHandler handler) {
     parts_->accounts->restore(std::move(handler));
+}
+
+void HttpServerFramework::loadNotifications(const std::optional<std::string>& next,
+                                            NotificationsHandler handler) {
+    parts_->notifications->load(next, std::move(handler));
+}
+
+void HttpServerFramework::markNotificationsRead(std::int64_t upTo, UnreadHandler handler) {
+    parts_->notifications->markRead(upTo, std::move(handler));
 }
 
 OstrelServer& HttpServerFramework::shareServer() { return *parts_->server; }

@@ -3,6 +3,7 @@
 #include "article/server/OstrelServerFramework.h"
 #include "ostrelserver/SessionStore.h"
 #include "ostrelserver/SignInService.h"
+#include "ostrelserver/UserNotification.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -57,6 +58,11 @@ public:
     void signOut();
     /// Takes the session from the store and asks the server whose it is. Once, at start.
     void restoreSession(SignInHandler handler);
+
+    /// What others sent to the signed-in user, newest first: the newest page, or the one that `next` of a page names.
+    void loadNotifications(const std::optional<std::string>& next, NotificationsHandler handler);
+    /// Marks the user's notifications up to and including this id as read.
+    void markNotificationsRead(std::int64_t upTo, UnreadHandler handler);
 
     OstrelServer& shareServer() override;
     OstrelRequestManager& requestManager() override;
