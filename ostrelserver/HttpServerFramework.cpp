@@ -38,6 +38,13 @@ std::shared_ptr<HttpServerFramework> HttpServerFramework::create(Options options
     MediaFetcher::Limits mediaLimits;
     mediaLimits.maximumMediumBytes = limits.maximumMediumBytes;
     mediaLimits.maximumCacheBytes = limits.mediaCacheBytes;
+    const std::string folder = options.mediaCacheFolder.value_or(MediaDiskCache::defaultFolder());
+    std::unique_ptr<MediaDiskCache> disk;
+    if (!folder.empty()) {
+        MediaDiskCache::Limits diskLimits;
+        diskLimits.maximumBytes = limits.mediaDiskBytes;
+        disk = std::make_unique<MediaDiskCache>(folder, diskLimits);
+    }
 
     auto parts = std::make_unique<Parts>();
     parts->transport = std::make_shared<HttpTransport>(transportLimits);
@@ -46,7 +53,8 @@ std::shared_ptr<HttpServerFramework> HttpServerFramework::create(Options options
     parts->server =
         make<HttpServer>(HttpServer::Settings{*base, options.userAgent, limits.maximumAnswerBytes, {}},
                          parts->session, parts->transport, parts->desk);
-    parts->media = std::make_shared<MediaFetcher>(mediaLimits, options.userAgent, parts->transport);
+    parts->media =
+        std::make_shared<MediaFetcher>(mediaLimits, options.userAgent, parts->transport, std::move(disk));
     parts->accounts = std::make_shared<Accounts>(parts->server, parts->session);
     parts->notifications = std::make_shared<Notifications>(parts->server, parts->session);
     return std::make_shared<HttpServerFramework>(std::move(parts));

@@ -26,9 +26,13 @@ public:
     struct Limits {
         /// An answer text longer than this is an error.
         std::size_t maximumAnswerBytes = std::size_t{32} * 1024 * 1024;
-        std::size_t maximumMediumBytes = std::size_t{512} * 1024 * 1024;
-        /// What the media fetcher keeps in memory; a medium larger than a quarter of it is not kept.
+        /// Media above 256 KiB are gathered in a file, so that even the largest cost no memory.
+        std::size_t maximumMediumBytes = std::size_t{1024} * 1024 * 1024;
+        /// What the media fetcher keeps in memory; a medium larger than a quarter of it is not kept there.
         std::size_t mediaCacheBytes = std::size_t{32} * 1024 * 1024;
+        /// What it keeps on the disk, in all processes that share the folder together; a medium larger than half of it
+        /// is not kept.
+        std::size_t mediaDiskBytes = std::size_t{1024} * 1024 * 1024;
         double connectTimeoutSeconds = 10;
         /// A transfer that moves nothing for so long is given up; a transfer as a whole may take any time.
         int stallTimeoutSeconds = 30;
@@ -40,6 +44,9 @@ public:
         std::string userAgent = "OstrelServer/1.0";
         /// Where the session is kept between starts; null: in memory only.
         std::shared_ptr<SessionStore> sessionStore;
+        /// Where media are kept between starts; may be shared by processes. Absent: "ostrel/media" in the user's cache
+        /// folder ($XDG_CACHE_HOME, else ~/.cache). Empty: nowhere; media above 64 MiB then fail.
+        std::optional<std::string> mediaCacheFolder;
         Limits limits{};
     };
 

@@ -107,8 +107,9 @@ void* HttpTransfer::prepare() {
     curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
     curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS,
                      static_cast<long>(limits_.connectTimeoutSeconds * 1000));
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, static_cast<long>(request_.minimumSpeed));
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, static_cast<long>(limits_.stallTimeoutSeconds));
+    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(request_.maximumSeconds * 1000));
     curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L);
     curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, static_cast<long>(limits_.uploadBufferBytes));
     curl_easy_setopt(handle, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(request_.maximumBytes));
@@ -190,6 +191,7 @@ void HttpTransfer::dropBody() {
 std::size_t HttpTransfer::writeBody(char* bytes, std::size_t size, std::size_t count, void* self) {
     auto& transfer = *static_cast<HttpTransfer*>(self);
     const std::size_t length = size * count;
+    if (transfer.request_.sink) return transfer.writeToSink({bytes, length}) ? length : 0;
     std::string& body = transfer.answer_.body;
     if (length > transfer.request_.maximumBytes - body.size()) {
         transfer.ownError_ = "The answer is larger than " + sizeText(transfer.request_.maximumBytes) + ".";
@@ -211,6 +213,23 @@ std::size_t HttpTransfer::writeBody(char* bytes, std::size_t size, std::size_t c
     return length;
 }
 
+bool HttpTransfer::writeToSink(std::string_view bytes) {
+    // Nobody reads the body of a refusal: a long one is not worth its time.
+    constexpr std::size_t longestRefusal = std::size_t{256} * 1024;
+    long status = 0;
+    curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
+    const bool isWanted = status >= 200 && status < 300;
+    const std::size_t most = isWanted ? request_.maximumBytes : longestRefusal;
+    if (bytes.size() > most - std::min(sinkBytes_, most)) {
+        ownError_ = "The answer is larger than " + sizeText(most) + ".";
+        return false;
+    }
+    sinkBytes_ += bytes.size();
+    if (!isWanted || request_.sink->write(bytes)) return true;
+    ownError_ = request_.sink->failure();
+    return false;
+}
+
 std::size_t HttpTransfer::readHeader(char* bytes, std::size_t size, std::size_t count, void* self) {
     auto& transfer = *static_cast<HttpTransfer*>(self);
     const std::string_view line(bytes, size * count);
@@ -228,13 +247,36 @@ std::size_t HttpTransfer::readHeader(char* bytes, std::size_t size, std::size_t 
         const std::size_t reason = status == std::string_view::npos ? status : text.find(' ', status + 1);
         answer.reason = reason == std::string_view::npos ? "" : trimmed(text.substr(reason).substr(0, 100));
         std::erase_if(answer.reason, [](char c) { return c < 0x20 || c > 0x7e; });
+        // An answer of 1xx came before this one.
         answer.entityTag.clear();
+        for (std::string* header : {&answer.lastModified, &answer.cacheControl, &answer.expires, &answer.date,
+                                    &answer.age, &answer.vary, &answer.contentType}) {
+            header->clear();
+        }
     } else if (const auto tag = headerValue(line, "etag")) {
         answer.entityTag = *tag;
     } else if (headerValue(line, "set-cookie")) {
         answer.setsCookies = true;
+    } else {
+        transfer.readCachingHeader(line);
     }
     return line.size();
+}
+
+void HttpTransfer::readCachingHeader(std::string_view line) {
+    const auto add = [&](std::string_view name, std::string& to) {
+        const auto value = headerValue(line, name);
+        if (!value) return;
+        if (!to.empty()) to += ", ";
+        to += *value;
+    };
+    add("last-modified", answer_.lastModified);
+    add("cache-control", answer_.cacheControl);
+    add("expires", answer_.expires);
+    add("date", answer_.date);
+    add("age", answer_.age);
+    add("vary", answer_.vary);
+    add("content-type", answer_.contentType);
 }
 
 int HttpTransfer::reportProgress(void* self, std::int64_t, std::int64_t, std::int64_t total,
@@ -271,6 +313,7 @@ bool HttpTransfer::redirect(int result) {
     request_.address = target;
     const bool setsCookies = answer_.setsCookies;
     answer_ = {};
+    sinkBytes_ = 0;
     answer_.setsCookies = setsCookies;
     // RFC 9110, section 15.4: 307 and 308 repeat the request; after the others a POST goes on as a GET.
     if (status != 307 && status != 308) dropBody();

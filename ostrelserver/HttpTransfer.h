@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ostrel {
@@ -27,6 +28,15 @@ struct TransportLimits {
     double progressPerSecond = 60;
 };
 
+/// Takes the body of a successful answer instead of `HttpAnswer::body`, for what may be large. Network thread.
+class BodySink {
+public:
+    virtual ~BodySink() = default;
+    /// The next bytes, in order. False ends the transfer; `failure` then says why.
+    virtual bool write(std::string_view bytes) = 0;
+    virtual const std::string& failure() const = 0;
+};
+
 /// One request to be made: GET, or POST when there is a form or an upload.
 struct HttpRequest {
     /// Absolute, http or https.
@@ -41,6 +51,13 @@ struct HttpRequest {
     /// A body of the type multipart/form-data. Its data are read from where they are while they are sent.
     std::shared_ptr<const UploadBody> upload;
     std::size_t maximumBytes = 0;
+    /// Where the body of an answer with a status of 200 to 299 goes; the bodies of others are then dropped. Null: the
+    /// body goes into the answer.
+    std::shared_ptr<BodySink> sink;
+    /// A transfer that is slower than this for the stall time-out is given up, in bytes a second.
+    int minimumSpeed = 1;
+    /// For the whole transfer; 0: no bound.
+    double maximumSeconds = 0;
     bool takesCompressed = false;
     bool usesProxy = true;
     /// The fraction sent, never falling, at most `progressPerSecond` times; 1 once when all went well. Network thread.
@@ -58,6 +75,15 @@ struct HttpAnswer {
     /// What arrived of the body, also beside an error.
     std::string body;
     std::string entityTag;
+    /// Headers that decide for how long an answer may be kept (RFC 9111), as they stand; several Cache-Control lines
+    /// are one list.
+    std::string lastModified;
+    std::string cacheControl;
+    std::string expires;
+    std::string date;
+    std::string age;
+    std::string vary;
+    std::string contentType;
     bool setsCookies = false;
 };
 
@@ -93,6 +119,8 @@ public:
 
 private:
     struct PartReader;
+    bool writeToSink(std::string_view bytes);
+    void readCachingHeader(std::string_view line);
     static std::size_t writeBody(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t readHeader(char* bytes, std::size_t size, std::size_t count, void* self);
     static int reportProgress(void* self, std::int64_t, std::int64_t, std::int64_t total, std::int64_t sent);
@@ -116,6 +144,8 @@ private:
     /// A failure found by this object, which libcurl only knows as an abort.
     std::string ownError_;
     std::size_t headerBytes_ = 0;
+    /// Of the body, when it goes to the sink.
+    std::size_t sinkBytes_ = 0;
     int redirects_ = 0;
     double reported_ = -1;
     std::chrono::steady_clock::time_point reportedAt_;

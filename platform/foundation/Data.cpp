@@ -1,5 +1,6 @@
 #include "platform/foundation/Data.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -90,9 +91,17 @@ Data Data::mapFile(const std::string& path, std::string* error) {
     return data;
 }
 
+Data Data::slice(std::size_t offset, std::size_t length) const {
+    Data part = *this;
+    offset = std::min(offset, size_);
+    part.size_ = std::min(length, size_ - offset);
+    if (part.size_ > 0 || offset > 0) part.bytes_ = bytes_ + offset;
+    return part;
+}
+
 const std::string& Data::filePath() const {
     static const std::string none;
-    return storage_ ? storage_->path : none;
+    return storage_ && size_ == storage_->mappedSize ? storage_->path : none;
 }
 
 }  // namespace ostrel

@@ -21,6 +21,10 @@ public:
     /// file must not shrink while the data lives.
     static Data mapFile(const std::string& path, std::string* error = nullptr);
 
+    /// `length` bytes from `offset` on, both clamped to what there is. Shares the storage; has no file path unless it is
+    /// the whole. Null of null data.
+    Data slice(std::size_t offset, std::size_t length) const;
+
     /// Null means "no data", which differs from empty data.
     bool isNull() const { return storage_ == nullptr; }
     explicit operator bool() const { return !isNull(); }
@@ -29,7 +33,7 @@ public:
     const std::byte* bytes() const { return bytes_; }
     std::span<const std::byte> span() const { return {bytes_, size_}; }
     std::string_view view() const { return {reinterpret_cast<const char*>(bytes_), size_}; }
-    /// The path of the mapped file; empty for memory.
+    /// The path of the mapped file; empty for memory and for a part of a file.
     const std::string& filePath() const;
 
 private:

@@ -93,6 +93,7 @@ TEST_F(AnswerTest, aServerThatDoesNotListenCannotBeReached) {
     }
     HttpServerFramework::Options options;
     options.baseAddress = address;
+    options.mediaCacheFolder = cacheFolder_.path("media");
     framework_ = HttpServerFramework::create(options);
     const Texts texts = get("/a");
     EXPECT_EQ(texts.error, "The server cannot be reached.");
@@ -103,6 +104,7 @@ TEST_F(AnswerTest, aServerThatSpeaksNoTlsIsNotTrusted) {
     server_.on("/a", ScriptedHttpServer::answer("{}"));
     HttpServerFramework::Options options;
     options.baseAddress = "https" + server_.address().substr(4);
+    options.mediaCacheFolder = cacheFolder_.path("media");
     framework_ = HttpServerFramework::create(options);
     const Texts texts = get("/a");
     EXPECT_EQ(texts.error.value_or("").rfind("No secure connection to the server: ", 0), 0u)

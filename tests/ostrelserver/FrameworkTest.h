@@ -3,6 +3,7 @@
 #include "ostrelserver/HttpServerFramework.h"
 #include "platform/foundation/SystemRunLoop.h"
 #include "tests/support/ScriptedHttpServer.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -45,6 +46,7 @@ protected:
         options.baseAddress = server_.address() + prefix;
         options.limits = limits;
         options.sessionStore = std::move(store);
+        options.mediaCacheFolder = cacheFolder_.path("media");
         std::string error;
         framework_ = HttpServerFramework::create(options, &error);
         EXPECT_TRUE(framework_) << error;
@@ -87,6 +89,7 @@ protected:
 
     std::shared_ptr<SystemRunLoop> loop_ = std::make_shared<SystemRunLoop>();
     ScriptedHttpServer server_;
+    TemporaryFolder cacheFolder_;
     std::shared_ptr<HttpServerFramework> framework_;
 };
 

@@ -168,6 +168,7 @@ TEST_F(SessionTest, keptCookiesServeTheirOwnServerOnly) {
     ScriptedHttpServer other;
     HttpServerFramework::Options options;
     options.baseAddress = other.address();
+    options.mediaCacheFolder = cacheFolder_.path("media");
     options.sessionStore = store;
     framework_ = HttpServerFramework::create(options);
     EXPECT_FALSE(restore().user);

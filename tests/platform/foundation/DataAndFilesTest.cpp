@@ -100,5 +100,23 @@ TEST(Files, HomeIsWhatWasSetElseTheEnvironments) {
     EXPECT_EQ(NSHomeDirectory(), former);
 }
 
+TEST(Data, slicesShareTheStorageAndAreClamped) {
+    const TemporaryFolder folder;
+    Data part;
+    {
+        const Data whole = Data::mapFile(folder.write("file", "0123456789"));
+        part = whole.slice(2, 3);
+        EXPECT_EQ(whole.slice(0, 10).filePath(), whole.filePath());
+        EXPECT_EQ(part.filePath(), "") << "the file is not what the part is";
+        EXPECT_EQ(part.bytes(), whole.bytes() + 2);
+        EXPECT_EQ(whole.slice(8, 100).view(), "89");
+        EXPECT_EQ(whole.slice(100, 1).view(), "");
+        EXPECT_FALSE(whole.slice(100, 1).isNull());
+    }
+    EXPECT_EQ(part.view(), "234") << "the mapping lives as long as its parts";
+    EXPECT_EQ(part.slice(1, 1).view(), "3");
+    EXPECT_TRUE(Data().slice(0, 5).isNull());
+}
+
 }  // namespace
 }  // namespace ostrel

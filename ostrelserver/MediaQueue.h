@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+namespace ostrel {
+
+/// The order in which media are fetched: what was asked for last comes first, for that is what is on screen now. Media
+/// asked for together, as by the rows of one screen, keep the order in which they were asked for. Not synchronised.
+class MediaQueue final {
+public:
+    /// Requests that follow each other within this time belong together.
+    static constexpr double togetherSeconds = 0.05;
+
+    /// Adds `url`, or moves it to the requests of now. `now` in seconds, never falling.
+    void add(const std::string& url, double now) {
+        if (now - lastAdded_ > togetherSeconds) ++batch_;
+        lastAdded_ = now;
+        const auto found = places_.find(url);
+        if (found != places_.end()) {
+            if (found->second.first == -batch_) return;
+            order_.erase(found->second);
+        }
+        const Place place(-batch_, ++count_);
+        order_.emplace(place, url);
+        places_[url] = place;
+    }
+
+    std::optional<std::string> takeFirst() {
+        if (order_.empty()) return std::nullopt;
+        std::string url = std::move(order_.begin()->second);
+        order_.erase(order_.begin());
+        places_.erase(url);
+        return url;
+    }
+
+    bool remove(const std::string& url) {
+        const auto found = places_.find(url);
+        if (found == places_.end()) return false;
+        order_.erase(found->second);
+        places_.erase(found);
+        return true;
+    }
+
+    bool isEmpty() const { return order_.empty(); }
+
+private:
+    /// Later batches first, then the order of adding.
+    using Place = std::pair<std::int64_t, std::uint64_t>;
+    std::map<Place, std::string> order_;
+    std::unordered_map<std::string, Place> places_;
+    std::int64_t batch_ = 0;
+    std::uint64_t count_ = 0;
+    double lastAdded_ = 0;
+};
+
+}  // namespace ostrel
