@@ -1,5 +1,7 @@
 #include "ServerPicture.h"
 
+#include "ExifOrientation.h"
+
 #include <algorithm>
 #include <array>
 #include <csetjmp>
@@ -33,6 +35,8 @@ void ignoreJpegMessage(j_common_ptr, int) {}
 
 // A small file can hold thousands of scans, each as costly as a whole picture.
 constexpr int maximumScans = 100;
+
+constexpr int exifMarker = JPEG_APP0 + 1;
 
 void limitScans(j_common_ptr info) {
     if (reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > maximumScans) leaveJpeg(info);
@@ -110,6 +114,7 @@ ServerResult<ServerPicture> ServerPicture::decodeJpeg(std::string_view bytes, in
     info.err = prepare(errors);
     // Written between setjmp and longjmp, hence volatile (C17, 7.13.2.1).
     cairo_surface_t* volatile surface = nullptr;
+    volatile int orientation = 1;
     if (setjmp(errors.escape) != 0) {
         jpeg_destroy_decompress(&info);
         if (surface) cairo_surface_destroy(surface);
@@ -119,11 +124,16 @@ ServerResult<ServerPicture> ServerPicture::decodeJpeg(std::string_view bytes, in
     progress.progress_monitor = limitScans;
     info.progress = &progress;
     jpeg_mem_src(&info, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    jpeg_save_markers(&info, exifMarker, 0xFFFF);
     jpeg_read_header(&info, TRUE);
     auto side = static_cast<JDIMENSION>(maximumSide);
     if (info.image_width > side || info.image_height > side) {
         jpeg_destroy_decompress(&info);
         return tooLarge(maximumSide);
+    }
+    for (auto* marker = info.marker_list; marker && orientation == 1; marker = marker->next) {
+        if (marker->marker != exifMarker) continue;
+        orientation = exifOrientationOf({reinterpret_cast<const char*>(marker->data), marker->data_length});
     }
     // cairo's pixels are native-endian words: these bytes on the little-endian machines we build for.
     info.out_color_space = JCS_EXT_BGRA;
@@ -144,7 +154,9 @@ ServerResult<ServerPicture> ServerPicture::decodeJpeg(std::string_view bytes, in
     jpeg_finish_decompress(&info);
     jpeg_destroy_decompress(&info);
     cairo_surface_mark_dirty(surface);
-    return ServerPicture(static_cast<cairo_surface_t*>(surface));
+    ServerPicture stored(static_cast<cairo_surface_t*>(surface));
+    if (orientation == 1) return stored;
+    return stored.oriented(orientation);
 }
 
 int ServerPicture::width() const { return cairo_image_surface_get_width(surface()); }
@@ -179,7 +191,33 @@ ServerPicture ServerPicture::squared(int side) const {
     return made;
 }
 
-std::string ServerPicture::jpeg(int quality) const {
+ServerPicture ServerPicture::oriented(int orientation) const {
+    double w = width();
+    double h = height();
+    // Where the stored pixel (x, y) is shown: (xx x + xy y + x0, yx x + yy y + y0).
+    cairo_matrix_t matrix;
+    switch (orientation) {
+    case 2: cairo_matrix_init(&matrix, -1, 0, 0, 1, w, 0); break;
+    case 3: cairo_matrix_init(&matrix, -1, 0, 0, -1, w, h); break;
+    case 4: cairo_matrix_init(&matrix, 1, 0, 0, -1, 0, h); break;
+    case 5: cairo_matrix_init(&matrix, 0, 1, 1, 0, 0, 0); break;
+    case 6: cairo_matrix_init(&matrix, 0, 1, -1, 0, h, 0); break;
+    case 7: cairo_matrix_init(&matrix, 0, -1, -1, 0, h, w); break;
+    case 8: cairo_matrix_init(&matrix, 0, -1, 1, 0, 0, w); break;
+    default: cairo_matrix_init_identity(&matrix); break;
+    }
+    bool isSideways = isSidewaysOrientation(orientation);
+    ServerPicture made(isSideways ? height() : width(), isSideways ? width() : height());
+    Context context(cairo_create(made.surface()));
+    cairo_set_matrix(context.get(), &matrix);
+    cairo_set_source_surface(context.get(), surface(), 0, 0);
+    cairo_pattern_set_filter(cairo_get_source(context.get()), CAIRO_FILTER_NEAREST);
+    cairo_set_operator(context.get(), CAIRO_OPERATOR_SOURCE);
+    cairo_paint(context.get());
+    return made;
+}
+
+std::string ServerPicture::jpeg(int quality, int orientation) const {
     ServerPicture flat(width(), height());
     {
         Context context(cairo_create(flat.surface()));
@@ -193,6 +231,7 @@ std::string ServerPicture::jpeg(int quality) const {
     JpegErrors errors;
     jpeg_compress_struct info{};
     info.err = prepare(errors);
+    const std::string segment = orientation == 1 ? std::string() : exifSegmentWith(orientation);
     unsigned char* bytes = nullptr;
     unsigned long size = 0;
     if (setjmp(errors.escape) != 0) {
@@ -209,6 +248,10 @@ std::string ServerPicture::jpeg(int quality) const {
     jpeg_set_defaults(&info);
     jpeg_set_quality(&info, quality, TRUE);
     jpeg_start_compress(&info, TRUE);
+    if (!segment.empty()) {
+        jpeg_write_marker(&info, exifMarker, reinterpret_cast<const JOCTET*>(segment.data()),
+                          static_cast<unsigned>(segment.size()));
+    }
     unsigned char* pixels = cairo_image_surface_get_data(flat.surface());
     int stride = cairo_image_surface_get_stride(flat.surface());
     while (info.next_scanline < info.image_height) {

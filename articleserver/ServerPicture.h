@@ -16,7 +16,7 @@ public:
     /// A blank picture, sides in pixels.
     ServerPicture(int width, int height);
 
-    /// Decodes JPEG or PNG. Unsupported for other bytes, TooLarge when a side exceeds `maximumSide` pixels,
+    /// Decodes JPEG or PNG, upright: the Exif orientation of a JPEG is carried out. Unsupported for other bytes, TooLarge when a side exceeds `maximumSide` pixels,
     /// BadInput for a broken file. The size is judged before anything is decoded.
     static ServerResult<ServerPicture> decode(std::string_view bytes, int maximumSide);
 
@@ -29,8 +29,11 @@ public:
     /// The middle square, scaled to `side` by `side` pixels.
     ServerPicture squared(int side) const;
 
-    /// Transparency is shown on white. `quality` is 0 to 100.
-    std::string jpeg(int quality) const;
+    /// The pixels turned and mirrored as the Exif orientation says, 1 to 8.
+    ServerPicture oriented(int orientation) const;
+
+    /// Transparency is shown on white. `quality` is 0 to 100; an orientation other than 1 is noted in the file.
+    std::string jpeg(int quality, int orientation = 1) const;
     std::string png() const;
 
 private:

@@ -85,6 +85,11 @@ std::vector<SampleArticle> chineseSampleArticles() {
                     {Bicycle, 1200, 900, "陪我来的那一位。"},
                     {Harbour, 1600, 800, "回程的渡口。"},
                 },
+            .videos =
+                {
+                    {SampleClip::Wheel, "路上。"},
+                    {SampleClip::Sea, ""},
+                },
             .comments =
                 {
                     {Marek, "Forty kilometres for a sunrise. Respect."},
@@ -131,7 +136,7 @@ std::vector<SampleArticle> chineseSampleArticles() {
             .likes = 19,
             .images =
                 {
-                    {Ridges, 1600, 700},
+                    {Ridges, 500, 1600},
                 },
         },
         {

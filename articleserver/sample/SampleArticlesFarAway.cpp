@@ -133,7 +133,7 @@ std::vector<SampleArticle> sampleArticlesOfFarAway() {
             .likes = 66,
             .images =
                 {
-                    {Forest, 1600, 800,
+                    {Forest, 3200, 1600,
                      "The last sixty kilometres looked like this. I did not want them to end."},
                     {SeaDawn, 1200, 800, "It is not dawn. It is a quarter to midnight."},
                 },
@@ -174,7 +174,11 @@ std::vector<SampleArticle> sampleArticlesOfFarAway() {
             .images =
                 {
                     {SeaDawn, 900, 1200, "You can walk out for an hour."},
-                    {Harbour, 1200, 800, "And then you had better walk back."},
+                    {Harbour, 1200, 800, "And then you had better walk back.", 3},
+                },
+            .videos =
+                {
+                    {SampleClip::Sea, "The hour itself, shortened."},
                 },
             .comments =
                 {

@@ -81,7 +81,7 @@ std::vector<SampleArticle> sampleArticlesOfGarden() {
             .images =
                 {
                     {Meadow, 900, 1200, "July. I had stopped counting at thirty kinds."},
-                    {Meadow, 1200, 800, "The neighbouring metre, for comparison."},
+                    {Meadow, 320, 240, "The neighbouring metre, for comparison."},
                 },
             .comments =
                 {

@@ -34,6 +34,10 @@ std::vector<SampleArticle> shortSampleArticles() {
                 {
                     {Lake, 1600, 800},
                 },
+            .videos =
+                {
+                    {SampleClip::Rain, "The kitchen window, five minutes later."},
+                },
         },
         {
             .author = Marek,

@@ -28,6 +28,10 @@ std::vector<SampleArticle> sampleArticlesOfStreets() {
                     {Street, 1200, 800,
                      "Seven in the evening, or a quarter past noon, depending on which clock you ask."},
                 },
+            .videos =
+                {
+                    {SampleClip::Lantern, "The lamp at the shoe mender's, keeping time."},
+                },
             .comments =
                 {
                     {Marek, "I have walked down it a hundred times and never looked up. Tomorrow I will."},
@@ -53,7 +57,7 @@ std::vector<SampleArticle> sampleArticlesOfStreets() {
             .likes = 21,
             .images =
                 {
-                    {Street, 900, 1200, "The green one is barely wider than a broom."},
+                    {Street, 900, 1200, "The green one is barely wider than a broom.", 6},
                 },
             .comments =
                 {
@@ -81,8 +85,13 @@ std::vector<SampleArticle> sampleArticlesOfStreets() {
             .likes = 57,
             .images =
                 {
-                    {NightCity, 800, 1200, "From the bridge, just after the rain."},
-                    {NightCity, 1600, 700, "The whole waterfront between two stops."},
+                    {NightCity, 800, 1200, "From the bridge, just after the rain.", 8},
+                    {NightCity, 2400, 480, "The whole waterfront between two stops."},
+                },
+            .videos =
+                {
+                    {SampleClip::Rain, "Second stop."},
+                    {SampleClip::Lantern, "Last stop."},
                 },
             .comments =
                 {

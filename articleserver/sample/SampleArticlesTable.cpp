@@ -116,7 +116,7 @@ std::vector<SampleArticle> sampleArticlesOfTable() {
             .images =
                 {
                     {Pears, 1200, 800, "On Thursday they were stones."},
-                    {Pears, 900, 1200, "On Saturday, at four in the afternoon, they were perfect."},
+                    {Pears, 900, 1200, "On Saturday, at four in the afternoon, they were perfect.", 5},
                 },
         },
         {

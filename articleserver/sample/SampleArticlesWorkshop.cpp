@@ -162,6 +162,10 @@ std::vector<SampleArticle> sampleArticlesOfWorkshop() {
                 {
                     {Bicycle, 1600, 900, "Before the long way home."},
                 },
+            .videos =
+                {
+                    {SampleClip::Wheel, "Round, nearly."},
+                },
         },
         {
             .author = Marek,

@@ -1,6 +1,7 @@
 #include "SampleContent.h"
 
 #include "PasswordHasher.h"
+#include "SampleGallery.h"
 #include "ServerLimits.h"
 
 #include <algorithm>
@@ -12,8 +13,7 @@ namespace ostrel {
 namespace {
 
 constexpr ServerTime minute = 60'000;
-constexpr int imageQuality = 86;
-constexpr int thumbnailQuality = 80;
+constexpr int portraitQuality = 86;
 
 struct SamplePerson {
     std::string_view name;
@@ -89,13 +89,16 @@ public:
             if (person.hasPortrait) {
                 auto portrait =
                     paintPortrait(ServerLimits::storedAvatarSide, static_cast<std::uint32_t>(portraits_++));
-                auto file = add(portrait.jpeg(imageQuality));
+                auto file = add(portrait.jpeg(portraitQuality), "jpg");
                 if (!file) return file.failure();
                 user.avatar = *file;
             }
             content.users.push_back(std::move(user));
         }
-        for (const SampleArticle& article : sampleArticles()) {
+        const std::vector<SampleArticle> articles = sampleArticles();
+        auto painted = paint(articles);
+        if (!painted) return painted.failure();
+        for (const SampleArticle& article : articles) {
             auto imported = make(article);
             if (!imported) return imported.failure();
             content.articles.push_back(std::move(*imported));
@@ -114,10 +117,24 @@ public:
     }
 
 private:
-    ServerResult<std::string> add(const std::string& bytes) {
-        auto name = media_.add(bytes, "jpg");
+    ServerResult<std::string> add(std::string_view bytes, std::string_view extension) {
+        auto name = media_.add(bytes, extension);
         if (name) files_.push_back(*name);
         return name;
+    }
+
+    ServerResult<ServerDone> paint(const std::vector<SampleArticle>& articles) {
+        std::vector<PaintOrder> orders;
+        for (const SampleArticle& article : articles) {
+            for (const SampleImage& image : article.images) {
+                auto seed = static_cast<std::uint32_t>(orders.size()) + 1;
+                orders.push_back({image.scene, image.width, image.height, seed, image.orientation});
+            }
+        }
+        Gallery gallery = paintGallery(media_, orders);
+        files_.insert(files_.end(), gallery.files.begin(), gallery.files.end());
+        painted_ = std::move(gallery.pictures);
+        return gallery.outcome;
     }
 
     ServerResult<ImportedArticle> make(const SampleArticle& sample) {
@@ -129,13 +146,18 @@ private:
         article.modified = now_ - sample.age * minute;
         article.openComment = sample.openComment;
         for (const SampleImage& image : sample.images) {
-            ServerPicture picture = paintScene(image.scene, image.width, image.height, ++paintings_);
-            auto file = add(picture.jpeg(imageQuality));
+            PaintedFiles& painted = painted_.at(used_++);
+            article.images.push_back({0, std::move(painted.file), std::move(painted.thumbnail), image.width,
+                                      image.height, std::string(image.caption)});
+        }
+        for (const SampleVideo& video : sample.videos) {
+            const SampleClipFiles clip = filesOf(video.clip);
+            auto file = add(clip.video, "mp4");
             if (!file) return file.failure();
-            auto thumbnail = add(picture.fitted(ServerLimits::thumbnailSide).jpeg(thumbnailQuality));
-            if (!thumbnail) return thumbnail.failure();
-            article.images.push_back(
-                {0, *file, *thumbnail, image.width, image.height, std::string(image.caption)});
+            auto still = add(clip.still, "jpg");
+            if (!still) return still.failure();
+            article.videos.push_back(
+                {0, *file, *still, clip.width, clip.height, clip.duration, std::string(video.caption)});
         }
         // Comments came one after the other since the article did.
         auto parts = static_cast<ServerTime>(sample.comments.size()) + 1;
@@ -154,10 +176,12 @@ private:
     MediaFolder& media_;
     ServerTime now_;
     std::vector<std::string> files_;
-    std::uint32_t paintings_ = 0;
+    std::vector<PaintedFiles> painted_;
+    std::size_t used_ = 0;
     int portraits_ = 0;
 };
 
+/// The sample accounts that the store has and that their passwords open.
 ServerResult<std::vector<SampleAccount>> accountsOf(const ArticleStore& store) {
     std::vector<SampleAccount> accounts;
     PasswordHasher hasher;
@@ -173,22 +197,31 @@ ServerResult<std::vector<SampleAccount>> accountsOf(const ArticleStore& store) {
     return accounts;
 }
 
+/// Those of a store that was just filled, without a costly look at their passwords.
+std::vector<SampleAccount> newAccounts() {
+    std::vector<SampleAccount> accounts;
+    for (const SamplePerson& person : people) {
+        if (person.password.empty()) continue;
+        accounts.push_back({std::string(person.name), std::string(person.password)});
+    }
+    return accounts;
+}
+
 }  // namespace
 
 ServerResult<std::vector<SampleAccount>> fillWithSamples(ArticleStore& store, MediaFolder& media,
                                                          ServerTime now) {
     auto isEmpty = store.isEmpty();
     if (!isEmpty) return isEmpty.failure();
-    if (*isEmpty) {
-        SampleMaker maker(media, now);
-        auto content = maker.make();
-        auto imported = content ? store.importInto(*content) : ServerResult<ServerDone>(content.failure());
-        if (!imported) {
-            media.remove(maker.files());
-            return imported.failure();
-        }
+    if (!*isEmpty) return accountsOf(store);
+    SampleMaker maker(media, now);
+    auto content = maker.make();
+    auto imported = content ? store.importInto(*content) : ServerResult<ServerDone>(content.failure());
+    if (!imported) {
+        media.remove(maker.files());
+        return imported.failure();
     }
-    return accountsOf(store);
+    return newAccounts();
 }
 
 }  // namespace ostrel

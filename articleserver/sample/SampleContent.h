@@ -3,6 +3,7 @@
 #include "ArticleServer.h"
 #include "ArticleStore.h"
 #include "MediaFolder.h"
+#include "SampleClips.h"
 #include "SamplePainter.h"
 
 #include <initializer_list>
@@ -22,8 +23,14 @@ struct SampleComment {
 
 struct SampleImage {
     SampleScene scene;
-    int width;  ///< pixels
+    int width;  ///< pixels, as shown
     int height;
+    std::string_view caption = "";
+    int orientation = 1;  ///< Exif; how the file stores it
+};
+
+struct SampleVideo {
+    SampleClip clip;
     std::string_view caption = "";
 };
 
@@ -36,6 +43,7 @@ struct SampleArticle {
     int likes = 0;
     bool openComment = true;
     std::vector<SampleImage> images = {};
+    std::vector<SampleVideo> videos = {};
     std::vector<SampleComment> comments = {};
 };
 

@@ -106,11 +106,57 @@ TEST_F(SampleContentTest, PicturesHaveTheSizesTheirRecordsTell) {
             ASSERT_TRUE(picture && thumbnail) << image;
             EXPECT_EQ(picture->width(), image["image_width"]);
             EXPECT_EQ(picture->height(), image["image_height"]);
-            EXPECT_EQ(std::max(thumbnail->width(), thumbnail->height()), 400);
+            EXPECT_EQ(std::max(thumbnail->width(), thumbnail->height()),
+                      std::min(400, std::max(picture->width(), picture->height())));
+            EXPECT_EQ(thumbnail->width() > thumbnail->height(), picture->width() > picture->height());
             orientations.insert(picture->width() > picture->height());
         }
     }
     EXPECT_EQ(orientations.size(), 2U);
+}
+
+TEST_F(SampleContentTest, ClipsAreFilmsWithStillsOfTheirSize) {
+    httplib::Client client("127.0.0.1", server_->port());
+    client.set_keep_alive(true);
+    std::set<std::pair<int, int>> sizes;
+    int articlesWithSeveral = 0;
+    for (const auto& record : records_) {
+        articlesWithSeveral += record["videos"].size() > 1;
+        for (const auto& video : record["videos"]) {
+            auto load = [&](const char* key, const char* type) {
+                auto result = client.Get(video[key].get<std::string>().substr(server_->url().size()));
+                EXPECT_EQ(result ? result->get_header_value("Content-Type") : "", type);
+                return result ? result->body : std::string();
+            };
+            std::string film = load("video", "video/mp4");
+            EXPECT_EQ(film.substr(4, 4), "ftyp");
+            EXPECT_LT(film.find("moov"), film.find("mdat"))
+                << "it could not be played before all of it has come";
+            EXPECT_NE(film.find("mp4a"), std::string::npos) << "it has sound";
+            auto still = ServerPicture::decode(load("thumbnail", "image/jpeg"), 4096);
+            ASSERT_TRUE(still) << video;
+            EXPECT_EQ(still->width(), video["video_width"]);
+            EXPECT_EQ(still->height(), video["video_height"]);
+            EXPECT_GT(video["duration"], 1);
+            sizes.emplace(video["video_width"], video["video_height"]);
+        }
+    }
+    EXPECT_EQ(sizes.size(), 3U) << "landscape, portrait, square";
+    EXPECT_GE(articlesWithSeveral, 2);
+}
+
+TEST_F(SampleContentTest, AFirstReaderFindsMessages) {
+    httplib::Client client("127.0.0.1", server_->port());
+    const SampleAccount& account = server_->sampleAccounts().front();
+    auto signedIn = client.Post("/account/sign_in",
+                                httplib::Params{{"name", account.name}, {"password", account.password}});
+    ASSERT_TRUE(signedIn);
+    std::string cookie = signedIn->get_header_value("Set-Cookie");
+    auto list = client.Get("/account/notifications", {{"Cookie", cookie.substr(0, cookie.find(';'))}});
+    ASSERT_TRUE(list);
+    auto messages = nlohmann::json::parse(list->body);
+    EXPECT_GE(messages["results"].size(), 3U);
+    EXPECT_LT(std::stoi(messages["result"].get<std::string>()), static_cast<int>(messages["results"].size()));
 }
 
 TEST_F(SampleContentTest, BothAccountsOpenAndASecondFillingChangesNothing) {
