@@ -48,6 +48,7 @@ void UIArticleCommentViewTableViewCell::initialise() {
     textLabel_->setFont(UIFont::fontWithName("PingFangSC-Thin", 12));
     textLabel_->setLineBreakMode(NSLineBreakMode::byWordWrapping);
     textLabel_->setNumberOfLines(0);
+    textLabel_->setSelectable(true);
     textLabel_->setAutoresizingMask(flexibleWidth);
     addSubview(textLabel_);
     addConstraint({.toItem = textLabel_, .constant = textLabel_->frame().minY() + roomBelow});

@@ -151,7 +151,7 @@ void UIArticleVideoTableViewCell::setVideoDictionary(Dictionary record) {
 void UIArticleVideoTableViewCell::refreshHeight() {
     const CGFloat windowWidth = firstWindowWidth();
     ratio_ = videoWidth_ > 0 ? videoHeight_ / videoWidth_ : 1.0f;
-    currentHeight_ = static_cast<float>(static_cast<CGFloat>(ratio_) * (windowWidth - 10.0));
+    currentHeight_ = std::max(0.0f, static_cast<float>(static_cast<CGFloat>(ratio_) * (windowWidth - 10.0)));
     if (isPortrait() && currentHeight_ > portraitHeight) currentHeight_ = portraitHeight;
     const CGRect picture = {0, 0, windowWidth - 10.0, currentHeight_};
     thumbnailImageView_->setFrame(picture);
@@ -174,14 +174,18 @@ void UIArticleVideoTableViewCell::setFrame(const CGRect& frame) {
 }
 
 void UIArticleVideoTableViewCell::loadThumbnail() {
-    const auto show = [weak = weakSelf()](const Data& image) {
+    const std::string address = recordText(videoDictionary_, "thumbnail");
+    const auto show = [weak = weakSelf(), address](const Data& image) {
         if (!image) return;
-        RunLoop::main().perform([weak, image] {
-            if (const auto row = weak.lock()) row->updateVideoThumbnailWith(image);
+        RunLoop::main().perform([weak, address, image] {
+            const auto row = weak.lock();
+            // The row may show another video by then.
+            if (row && recordText(row->videoDictionary_, "thumbnail") == address)
+                row->updateVideoThumbnailWith(image);
         });
     };
     show(OstrelRequestManager::defaultOstrelRequestManager().request(
-        recordText(videoDictionary_, "thumbnail"), [show](const Data& image, bool loaded, const auto&) {
+        address, [show](const Data& image, bool loaded, const auto&) {
             if (loaded) show(image);
         }));
 }

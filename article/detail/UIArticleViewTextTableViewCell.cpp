@@ -32,6 +32,8 @@ void UIArticleViewTextTableViewCell::initialise() {
     UITableViewCell::initialise();
     setSelectionStyle(UITableViewCellSelectionStyle::none);
     textTextView_ = make<UITextView>(CGRect(0, 0, frame().width(), firstHeight));
+    // For nothing but that the font is there before the first text.
+    heightForText("abc");
     textTextView_->setFont(textFont());
     textTextView_->setShowsVerticalScrollIndicator(false);
     textTextView_->setAutoresizingMask(flexibleWidth);

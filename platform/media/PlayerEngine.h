@@ -20,7 +20,7 @@ public:
     /// Goes on from the present position; waits by itself while data are missing.
     virtual void play() = 0;
     virtual void pause() = 0;
-    /// Moves to `time` (0 to the duration; beyond it: the end), playing or not.
+    /// Moves to `time` (0 to the duration; beyond it: the end; not known: the beginning), playing or not.
     virtual void seekToTime(CMTime time) = 0;
     /// `readyToPlay` from the moment that the first frame or sample can be given; `failed` for good.
     virtual AVPlayerStatus status() const = 0;

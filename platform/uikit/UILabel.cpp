@@ -1,5 +1,8 @@
 #include "platform/uikit/UILabel.h"
 
+#include "platform/uikit/CopyMenu.h"
+#include "platform/uikit/UIEvent.h"
+
 namespace ostrel {
 
 UILabel::UILabel(CGRect frame) : UIView(frame) { setUserInteractionEnabled(false); }
@@ -53,6 +56,27 @@ void UILabel::setAdjustsFontSizeToFitWidth(bool adjusts, CGFloat minimumScale) {
     if (scale == content_.minimumScale) return;
     content_.minimumScale = scale;
     setNeedsDisplay();
+}
+
+void UILabel::setSelectable(bool selectable) {
+    if (selectable == content_.selectable) return;
+    content_.selectable = selectable;
+    setUserInteractionEnabled(selectable);
+    setCursor(selectable ? CursorShape::text : CursorShape::arrow);
+    if (selectable && !copyPress_) {
+        copyPress_ = CopyMenu::longPress(
+            *this, [this] { return content_.selectable ? content_.text : std::string(); });
+        addGestureRecognizer(copyPress_);
+    }
+    contentDidChange();
+}
+
+void UILabel::touchesBegan(const UITouch& touch) {
+    if (content_.selectable && touch.button == UIButtonMask::secondary &&
+        CopyMenu::open(*this, touch.location, content_.text)) {
+        return;
+    }
+    UIView::touchesBegan(touch);
 }
 
 CGSize UILabel::sizeThatFits(CGSize size) const {

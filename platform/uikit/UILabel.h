@@ -24,13 +24,20 @@ public:
     void setLineBreakMode(NSLineBreakMode mode);
     /// Shrinks the font, down to `minimumScale` of its size, until the text fits the width on one line.
     void setAdjustsFontSizeToFitWidth(bool adjusts, CGFloat minimumScale = 0.5);
+    /// Whether the text can be copied: as a whole from a menu that a long press or the secondary button opens, in part
+    /// where the backend lets a pointer select it. Such a label takes touches; those it has no use for are its
+    /// superview's.
+    void setSelectable(bool selectable);
+    bool isSelectable() const { return content_.selectable; }
     CGSize sizeThatFits(CGSize size) const override;
+    void touchesBegan(const UITouch& touch) override;
 
 protected:
     ViewContent makeContent() const override;
 
 private:
     void contentDidChange();
+    std::shared_ptr<UIGestureRecognizer> copyPress_;
     TextContent content_{.color = UIColor::label()};
 };
 

@@ -1,8 +1,7 @@
 #include "platform/uikit/UITextView.h"
 
 #include "platform/foundation/NSNotificationCenter.h"
-#include "platform/uikit/ContextMenu.h"
-#include "platform/uikit/PlatformText.h"
+#include "platform/uikit/CopyMenu.h"
 #include "platform/uikit/UIGestureRecognizer.h"
 #include "platform/uikit/UIWindow.h"
 
@@ -14,10 +13,7 @@ void UITextView::contentDidChange() {
     setCursor(canBecomeFirstResponder() || canBeCopied() ? CursorShape::text : CursorShape::arrow);
     setNeedsDisplay();
     if (copyPress_ || !canBeCopied()) return;
-    copyPress_ = std::make_shared<UILongPressGestureRecognizer>([this](UIGestureRecognizer& press) {
-        if (press.state() == UIGestureRecognizerState::began) openCopyMenu(press.locationInView(nullptr));
-    });
-    copyPress_->shouldBegin = [this](UIGestureRecognizer&) { return canBeCopied(); };
+    copyPress_ = CopyMenu::longPress(*this, [this] { return textToCopy(); });
     addGestureRecognizer(copyPress_);
 }
 
@@ -125,7 +121,8 @@ void UITextView::focusDidChange(bool focused, bool byKeyboard) {
 
 void UITextView::touchesBegan(const UITouch& touch) {
     if (canBecomeFirstResponder()) return;
-    if (touch.button == UIButtonMask::secondary && openCopyMenu(touch.location)) return;
+    if (touch.button == UIButtonMask::secondary && CopyMenu::open(*this, touch.location, textToCopy()))
+        return;
     UIView::touchesBegan(touch);
 }
 
@@ -169,14 +166,7 @@ bool UITextView::canBeCopied() const {
     return !editable_ && selectable_ && isUserInteractionEnabled() && !content_.text.empty();
 }
 
-bool UITextView::openCopyMenu(CGPoint pointInWindow) {
-    if (!window() || !canBeCopied()) return false;
-    const auto copy = [text = content_.text] {
-        const auto& put = UIApplication::sharedApplication().setPasteboardText;
-        if (put) put(text);
-    };
-    return ContextMenu::show(*window(), pointInWindow, {{platformText("Copy"), false, copy}}) != nullptr;
-}
+std::string UITextView::textToCopy() const { return canBeCopied() ? content_.text : std::string(); }
 
 UIEdgeInsets UITextView::textInsets() const {
     // A content inset moves the text and leaves the width it is laid out in.

@@ -75,7 +75,7 @@ private:
     void contentDidChange();
     UIEdgeInsets textInsets() const;
     bool canBeCopied() const;
-    bool openCopyMenu(CGPoint pointInWindow);
+    std::string textToCopy() const;
     std::weak_ptr<UITextViewDelegate> delegate_;
     std::string placeholder_;
     std::uint64_t revision_ = 0;

@@ -133,7 +133,13 @@ TEST_F(ArticleVideoRowTest, TallThumbnailsStandBeforeABlurredCopy) {
     EXPECT_EQ(shownBytes(*row->thumbnailImageView()), picture("anonymousAvatar").view());
     server->answerMedia("http://h/t", Data());
     platform.settle();
-    EXPECT_NE(row->thumbnailImageView()->image(), nullptr) << "a failed request changes nothing";
+    const auto shown = row->thumbnailImageView()->image();
+    EXPECT_NE(shown, nullptr) << "a failed request changes nothing";
+    row->setVideoDictionary(record(R"({"thumbnail":"http://h/a"})"));
+    row->setVideoDictionary(record(R"({"thumbnail":"http://h/b"})"));
+    server->answerMedia("http://h/a", picture());
+    platform.settle();
+    EXPECT_EQ(row->thumbnailImageView()->image(), shown) << "the picture of another video";
 }
 
 TEST_F(ArticleVideoRowTest, AddressesOfTheLocalNetworkAreDownloaded) {

@@ -1,4 +1,5 @@
 #include "backends/headless/HeadlessPlatform.h"
+#include "platform/uikit/UILabel.h"
 #include "platform/uikit/UITextView.h"
 #include "platform/uikit/UIViewController.h"
 
@@ -90,6 +91,26 @@ TEST_F(TextCopyTest, TheMenuCopiesTheWholeText) {
     platform.drag({50, 120}, {50, 180}, 0.8);
     platform.advance(0.5);
     EXPECT_FALSE(platform.sees("Copy")) << "a drag is no press";
+}
+
+TEST_F(TextCopyTest, ALabelIsCopiedOnlyWhenItIsMeantToBe) {
+    const auto label = make<UILabel>(CGRect{0, 100, 300, 100});
+    label->setText("a label");
+    view->superview()->addSubview(label);
+    EXPECT_FALSE(opensByPress() || opensBySecondaryButton());
+    label->setSelectable(true);
+    EXPECT_TRUE(opensByPress());
+    EXPECT_TRUE(opensBySecondaryButton());
+    platform.press({50, 120}, 0.6);
+    platform.advance(0.5);
+    EXPECT_TRUE(platform.tapText("Copy"));
+    EXPECT_EQ(copied, "a label");
+    platform.advance(0.5);
+    label->setText({});
+    EXPECT_FALSE(opensByPress() || opensBySecondaryButton()) << "nothing to copy";
+    label->setText("again");
+    label->setSelectable(false);
+    EXPECT_FALSE(opensByPress() || opensBySecondaryButton());
 }
 
 }  // namespace
