@@ -89,6 +89,7 @@ void PaintPool::run() {
         PaintJob job;
         if (!takeJob(job, std::numeric_limits<double>::infinity())) continue;
         ++underWay_;
+        const bool isInSight = !(job.distance > 0);
         lock.unlock();
         QImage picture = paintDisplayList(*job.list, job.pixels);
         job.list.reset();
@@ -96,7 +97,8 @@ void PaintPool::run() {
         --underWay_;
         results_.push_back({job.surface, job.tile, job.version, std::move(picture)});
         resultAdded_.notify_all();
-        if (results_.size() == 1) {
+        // What is painted ahead is taken with the next frame: one word when all of it is done is enough.
+        if (isInSight || (jobs_.empty() && underWay_ == 0)) {
             lock.unlock();
             finished_();
             lock.lock();

@@ -11,6 +11,7 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <QScreen>
+#include <utility>
 
 #if defined(OSTREL_QT_ORACLE) && !defined(NDEBUG)
 #include "backends/headless/HeadlessBackend.h"
@@ -46,7 +47,7 @@ QtWindowView::QtWindowView(std::shared_ptr<UIWindow> window, QQuickItem* parent)
     setFocus(true);
     frameTimer_.setSingleShot(true);
     frameTimer_.setTimerType(Qt::PreciseTimer);
-    connect(&frameTimer_, &QTimer::timeout, this, [this] { polish(); });
+    connect(&frameTimer_, &QTimer::timeout, this, [this] { requestFrame(); });
     if (window_) window_->setBackend(this);
 }
 
@@ -70,18 +71,24 @@ void QtWindowView::mount(const MountingTransaction& transaction) {
     if (oracle_) oracle_->mount(transaction);
     composer_->mount(transaction);
     nodesWaiting_ = true;
-    polish();
+    requestFrame();
+}
+
+void QtWindowView::requestFrame() {
+    // Both at once: an update that is asked for while polishing would have a second frame made.
+    if (!polishing_) polish();
+    if (!std::exchange(updateRequested_, true)) update();
 }
 
 void QtWindowView::setNeedsFlush() {
     needsFlush_ = true;
-    polish();
+    requestFrame();
 }
 
 void QtWindowView::setFramesWanted(bool wanted) {
     if (framesWanted_ == wanted) return;
     framesWanted_ = wanted;
-    if (wanted) polish();
+    if (wanted) requestFrame();
 }
 
 CGFloat QtWindowView::scale() const {
@@ -97,7 +104,7 @@ double QtWindowView::refreshInterval() const {
 
 bool QtWindowView::event(QEvent* event) {
     if (event->type() == workEvent) {
-        polish();
+        if (composer_->takeFinishedWork()) requestFrame();
         return true;
     }
     return QQuickItem::event(event);
@@ -105,6 +112,7 @@ bool QtWindowView::event(QEvent* event) {
 
 void QtWindowView::updatePolish() {
     const double time = now();
+    polishing_ = true;
     if (window_) {
         if (framesWanted_ && time - lastFrame_ >= refreshInterval() - 0.004) {
             lastFrame_ = time;
@@ -117,8 +125,10 @@ void QtWindowView::updatePolish() {
         composer_->setReduceMotion(UIView::isReduceMotionEnabled());
     }
     nodesWaiting_ = composer_->prepare(time);
+    polishing_ = false;
     placeEditor();
-    if (nodesWaiting_) update();
+    if (nodesWaiting_ && !std::exchange(updateRequested_, true)) update();
+    if (needsFlush_) requestFrame();
     scheduleFrame();
 }
 
@@ -131,7 +141,7 @@ void QtWindowView::scheduleFrame() {
 }
 
 QSGNode* QtWindowView::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
-    nodesWaiting_ = false;
+    nodesWaiting_ = updateRequested_ = false;
     return composer_->synchronise(node, *window());
 }
 
@@ -156,7 +166,7 @@ void QtWindowView::updateViewport() {
     const CGSize points{width(), height()};
     composer_->setViewport(points, scale());
     if (window_ && points.width > 0 && points.height > 0) window_->setSize(points);
-    polish();
+    requestFrame();
 }
 
 void QtWindowView::placeEditor() {

@@ -64,6 +64,7 @@ private:
     void placeEditor();
     void endEditor();
     void scheduleFrame();
+    void requestFrame();
     void sendPointer(UITouchPhase phase, QPointF point);
     void cancelFingers();
     void updateCursor(QPointF point);
@@ -79,6 +80,8 @@ private:
     bool needsFlush_ = false;
     bool framesWanted_ = false;
     bool nodesWaiting_ = false;  // prepared, not synchronised yet
+    bool polishing_ = false;
+    bool updateRequested_ = false;  // of this item, until it has been synchronised
     double lastFrame_ = -1e9;
 
     TapCounter taps_;

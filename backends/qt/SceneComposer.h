@@ -51,6 +51,8 @@ public:
 
     /// Everything in sight is painted as it is now.
     bool isSettled() const;
+    /// Takes what the workers have finished. False: nothing of it is in sight, so that it can wait for the next frame.
+    bool takeFinishedWork() { return collectResults(); }
     /// The content of a view moved within the last moments before `now`.
     bool isScrolling(double now) const { return now - lastScroll_ < 0.15; }
     /// Seconds until a wheel turns on; 0: none turns.
@@ -99,7 +101,7 @@ private:
     void layTiles(Surface& surface, QSize pixels);
     bool isAlone(const MountedView& view) const;
     void prepareSpinner(MountedView& view);
-    void collectResults();
+    bool collectResults();
     void dropDistantPictures();
     double snap(double value) const;
 

@@ -274,7 +274,8 @@ bool SceneComposer::isAlone(const MountedView& view) const {
     return true;
 }
 
-void SceneComposer::collectResults() {
+bool SceneComposer::collectResults() {
+    bool isSeen = false;
     for (PaintResult& result : pool_.takeResults()) {
         --outstanding_;
         ++statistics_.tilesPainted;
@@ -294,9 +295,10 @@ void SceneComposer::collectResults() {
             QRect(tile.pixels.topLeft() - QPoint(surface.margin, surface.margin), tile.picture.size());
         tile.painted = result.version;
         ++surface.shown;
+        isSeen |= tile.visible;
     }
     const std::vector<PictureKey> decoded = store_.takeDecoded();
-    if (decoded.empty()) return;
+    if (decoded.empty()) return isSeen;
     for (const auto& [tag, view] : tree_.views()) {
         if (!view->surface || view->surface->missing.empty()) continue;
         const auto& missing = view->surface->missing;
@@ -305,6 +307,7 @@ void SceneComposer::collectResults() {
             view->pictureDirty = true;
         }
     }
+    return true;
 }
 
 void SceneComposer::dropDistantPictures() {

@@ -46,7 +46,7 @@ struct Surface {
     bool groundRefused = false;       ///< other views have been seen behind it
     UIColor ground;
     std::optional<CornerClip> corners;  ///< as the list was taken
-    std::uint64_t shown = 0;  ///< counts changes of what its nodes show
+    std::uint64_t shown = 0;            ///< counts changes of what its nodes show
 };
 
 enum class LookKind : std::uint8_t { none, rect, picture };

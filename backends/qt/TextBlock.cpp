@@ -7,6 +7,8 @@
 #include <QFontInfo>
 #include <QPainter>
 #include <QTextOption>
+#include <utility>
+#include <vector>
 
 namespace ostrel {
 
@@ -183,6 +185,12 @@ void TextBlock::draw(QPainter& painter, QPointF origin, const QRectF& visible) {
 }
 
 double TextBlock::lineHeight(const QFont& font) {
+    // Asked for with every block; an application shows a handful of fonts.
+    constexpr std::size_t maximumKept = 32;
+    thread_local std::vector<std::pair<QFont, double>> kept;
+    for (const auto& [known, height] : kept) {
+        if (known == font) return height;
+    }
     QTextLayout layout(QStringLiteral("X"), font);
     QTextOption option;
     option.setUseDesignMetrics(true);
@@ -192,6 +200,8 @@ double TextBlock::lineHeight(const QFont& font) {
     line.setLeadingIncluded(true);
     line.setLineWidth(widest);
     layout.endLayout();
+    if (kept.size() >= maximumKept) kept.clear();
+    kept.emplace_back(font, line.height());
     return line.height();
 }
 

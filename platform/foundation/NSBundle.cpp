@@ -15,6 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::size_t maximumKeptPaths = 1024;
+
 struct Registry {
     std::mutex mutex;  // guards both
     std::shared_ptr<NSBundle> mainBundle;
@@ -128,17 +130,28 @@ std::optional<std::string> NSBundle::pathForResource(std::string_view name, std:
     std::string file(name);
     if (!type.empty()) file.append(1, '.').append(type);
     if (name.empty() || file.find('\0') != std::string::npos) return std::nullopt;
+    {
+        const std::lock_guard lock(mutex_);
+        if (const auto found = paths_.find(file); found != paths_.end()) return found->second;
+    }
     const fs::path relative = fs::path(file).lexically_normal();
     if (!staysInside(relative)) return std::nullopt;
     const fs::path path = fs::path(path_) / relative;
     std::error_code failure;
     if (!fs::exists(path, failure)) return std::nullopt;
-    return path.string();
+    // Rows ask for the same few pictures again and again.
+    const std::lock_guard lock(mutex_);
+    if (paths_.size() >= maximumKeptPaths) paths_.clear();
+    return paths_.insert_or_assign(std::move(file), path.string()).first->second;
 }
 
 std::shared_ptr<NSBundle> NSBundle::bundleForResource(std::string_view name) const {
     const auto path = pathForResource(name, "bundle");
-    return path ? bundleWithPath(*path) : nullptr;
+    if (!path) return nullptr;
+    const std::lock_guard lock(mutex_);
+    auto& bundle = bundles_[*path];
+    if (!bundle) bundle = bundleWithPath(*path);
+    return bundle;
 }
 
 std::string NSBundle::localizedString(std::string_view key, std::string_view defaultValue,
