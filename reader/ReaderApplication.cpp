@@ -4,6 +4,7 @@
 #include "backends/qt/QtWindowView.h"
 #include "ostrelserver/HttpServerFramework.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSThread.h"
 #include "platform/foundation/RunLoop.h"
 #include "platform/foundation/Text.h"
 #include "platform/uikit/UIWindow.h"
@@ -19,6 +20,8 @@ namespace ostrel {
 
 namespace {
 
+/// How long the end waits for threads that are about to send a request, which takes them microseconds.
+constexpr double secondsForThreads = 5;
 constexpr std::string_view loadFailure = "request articles error:";
 
 CGSize windowSize(const ReaderOptions& options) {
@@ -42,6 +45,8 @@ ReaderApplication::~ReaderApplication() {
     root_.reset();
     quickWindow_.reset();
     window_.reset();
+    // Rows send their requests from threads, which still look the framework up.
+    NSThread::waitForAll(secondsForThreads);
     OstrelServerFramework::install(nullptr);
 }
 

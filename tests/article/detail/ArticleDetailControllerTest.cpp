@@ -160,6 +160,10 @@ TEST_F(ArticleDetailTest, SharingIsAnchoredByTheIdiom) {
         EXPECT_EQ(sheet->popoverPresentationController.barButtonItem.lock(), item);
         platform.advance(1);
         EXPECT_TRUE(platform.sees("Copy Link"));
+        const CGRect shown = sheet->view()->convertRectToView(sheet->view()->bounds(), nullptr);
+        EXPECT_EQ(shown.minY() < 100, idiom != UIUserInterfaceIdiom::phone)
+            << "beside the bar's button, or below";
+        EXPECT_LE(shown.maxX(), 375);
         sheet->dismissViewControllerAnimated(false);
         platform.advance(1);
     }
