@@ -14,8 +14,8 @@ namespace ostrel {
 /// Between a picture or video and its row's edges, points.
 inline constexpr float detailSpace = 5.0f;
 
-/// A row is painted as one picture, and 16,384 is what the common graphics processors take for the side of one. A picture
-/// that would be shown higher is fitted into this height, points.
+/// Records may state any size, and nobody scrolls through a row millions of points high: a picture that would be shown
+/// higher is fitted into this height, points. Pictures of 1 to 16 are still shown at the full width of a wide window.
 inline constexpr float largestPictureHeight = 16'384;
 
 /// A number of a record in single precision; 0 for what is missing, no number, or beyond that precision.

@@ -31,6 +31,11 @@ public:
     virtual TextMetrics measure(std::string_view text, const UIFont& font, CGFloat width,
                                 int maximumLines = 0) = 0;
     virtual CGFloat lineHeight(const UIFont& font) = 0;
+    /// The place in `text` (bytes, between characters) that is nearest to `point`, in points from the upper left corner
+    /// of the text laid out from left to right in lines of at most `width`. The default finds it by measuring parts of
+    /// the paragraph there; a backend that keeps its layouts may know better.
+    virtual std::size_t offsetAtPoint(std::string_view text, const UIFont& font, CGFloat width,
+                                      CGPoint point);
     /// The width of `text` on one line; breaks are shown as blanks.
     CGFloat singleLineWidth(std::string_view text, const UIFont& font) {
         return measure(text, font, CGFLOAT_MAX_TEXT, 1).size.width;

@@ -33,7 +33,7 @@ struct TextContent {
     Vertical vertical = Vertical::center;
     CGFloat minimumScale = 1;     ///< below 1: the font shrinks down to this factor until one line fits
     bool onlyWholeLines = false;  ///< a line that does not fit in the height wholly is not drawn
-    bool selectable = false;      ///< the backend lets a pointer select parts of it, to be copied
+    std::size_t selectionBegin = 0, selectionEnd = 0;  ///< bytes of `text` shown as selected; none when equal
     UIEdgeInsets insets;
     friend bool operator==(const TextContent&, const TextContent&) = default;
 };

@@ -16,6 +16,7 @@ constexpr std::pair<std::string_view, std::string_view> simplifiedChinese[] = {
     {"Cancel", "取消"},
     {"Copied", "已拷贝"},
     {"Copy", "拷贝"},
+    {"Copy All", "全部拷贝"},
     {"Copy Link", "拷贝链接"},
     {"Delete", "删除"},
     {"Done", "完成"},

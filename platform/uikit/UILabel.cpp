@@ -1,6 +1,5 @@
 #include "platform/uikit/UILabel.h"
 
-#include "platform/uikit/CopyMenu.h"
 #include "platform/uikit/UIEvent.h"
 
 namespace ostrel {
@@ -15,6 +14,7 @@ void UILabel::contentDidChange() {
 
 void UILabel::setText(std::string text) {
     if (text == content_.text) return;
+    if (selection_) selection_->clear();
     content_.text = std::move(text);
     setDefaultAccessibility(AccessibilityRole::text, content_.text);
     contentDidChange();
@@ -59,24 +59,33 @@ void UILabel::setAdjustsFontSizeToFitWidth(bool adjusts, CGFloat minimumScale) {
 }
 
 void UILabel::setSelectable(bool selectable) {
-    if (selectable == content_.selectable) return;
-    content_.selectable = selectable;
+    if (selectable == selectable_) return;
+    selectable_ = selectable;
     setUserInteractionEnabled(selectable);
     setCursor(selectable ? CursorShape::text : CursorShape::arrow);
-    if (selectable && !copyPress_) {
-        copyPress_ = CopyMenu::longPress(
-            *this, [this] { return content_.selectable ? content_.text : std::string(); });
-        addGestureRecognizer(copyPress_);
-    }
-    contentDidChange();
+    if (selection_) return selection_->clear();
+    selection_ = make<TextSelection>(
+        *this,
+        [this] {
+            const CGSize size = bounds().size;
+            const CGFloat height =
+                TextMeasurer::shared().measure(content_.text, content_.font, size.width).size.height;
+            return TextSelection::Layout{selectable_ ? std::string_view(content_.text) : std::string_view(),
+                                         content_.font,
+                                         {0, std::max(0.0, (size.height - height) / 2)},
+                                         size.width};
+        },
+        [this] { setNeedsDisplay(); });
 }
 
 void UILabel::touchesBegan(const UITouch& touch) {
-    if (content_.selectable && touch.button == UIButtonMask::secondary &&
-        CopyMenu::open(*this, touch.location, content_.text)) {
-        return;
-    }
+    if (selection_ && selection_->touchBegan(touch)) return;
     UIView::touchesBegan(touch);
+}
+
+void UILabel::touchesMoved(const UITouch& touch) {
+    if (selection_) selection_->touchMoved(touch);
+    UIView::touchesMoved(touch);
 }
 
 CGSize UILabel::sizeThatFits(CGSize size) const {
@@ -89,7 +98,12 @@ CGSize UILabel::sizeThatFits(CGSize size) const {
 
 ViewContent UILabel::makeContent() const {
     if (content_.text.empty()) return {};
-    return content_;
+    TextContent content = content_;
+    if (selection_) {
+        content.selectionBegin = selection_->begin();
+        content.selectionEnd = selection_->end();
+    }
+    return content;
 }
 
 }  // namespace ostrel

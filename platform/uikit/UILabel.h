@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/uikit/TextSelection.h"
 #include "platform/uikit/UIView.h"
 
 namespace ostrel {
@@ -24,20 +25,21 @@ public:
     void setLineBreakMode(NSLineBreakMode mode);
     /// Shrinks the font, down to `minimumScale` of its size, until the text fits the width on one line.
     void setAdjustsFontSizeToFitWidth(bool adjusts, CGFloat minimumScale = 0.5);
-    /// Whether the text can be copied: as a whole from a menu that a long press or the secondary button opens, in part
-    /// where the backend lets a pointer select it. Such a label takes touches; those it has no use for are its
-    /// superview's.
+    /// Whether parts of the text can be selected and copied (see TextSelection). Such a label takes touches; those it has
+    /// no use for are its superview's. For text that begins at the left.
     void setSelectable(bool selectable);
-    bool isSelectable() const { return content_.selectable; }
+    bool isSelectable() const { return selectable_; }
     CGSize sizeThatFits(CGSize size) const override;
     void touchesBegan(const UITouch& touch) override;
+    void touchesMoved(const UITouch& touch) override;
 
 protected:
     ViewContent makeContent() const override;
 
 private:
     void contentDidChange();
-    std::shared_ptr<UIGestureRecognizer> copyPress_;
+    std::shared_ptr<TextSelection> selection_;  ///< made when the label first is selectable
+    bool selectable_ = false;
     TextContent content_{.color = UIColor::label()};
 };
 

@@ -1,8 +1,6 @@
 #include "platform/uikit/UITextView.h"
 
 #include "platform/foundation/NSNotificationCenter.h"
-#include "platform/uikit/CopyMenu.h"
-#include "platform/uikit/UIGestureRecognizer.h"
 #include "platform/uikit/UIWindow.h"
 
 namespace ostrel {
@@ -10,16 +8,26 @@ namespace ostrel {
 UITextView::UITextView(CGRect frame) : UIView(frame) {}
 
 void UITextView::contentDidChange() {
-    setCursor(canBecomeFirstResponder() || canBeCopied() ? CursorShape::text : CursorShape::arrow);
+    setCursor(canBecomeFirstResponder() || canBeSelected() ? CursorShape::text : CursorShape::arrow);
     setNeedsDisplay();
-    if (copyPress_ || !canBeCopied()) return;
-    copyPress_ = CopyMenu::longPress(*this, [this] { return textToCopy(); });
-    addGestureRecognizer(copyPress_);
+    if (selection_ || !canBeSelected()) return;
+    selection_ = make<TextSelection>(
+        *this,
+        [this] {
+            const UIEdgeInsets insets = textInsets();
+            return TextSelection::Layout{canBeSelected() ? std::string_view(content_.text)
+                                                         : std::string_view(),
+                                         content_.font,
+                                         {insets.left, insets.top},
+                                         std::max(0.0, bounds().width() - insets.left - insets.right)};
+        },
+        [this] { setNeedsDisplay(); });
 }
 
 void UITextView::setText(std::string text) {
     if (maximumLength_) text.resize(prefixOfUtf16Length(text, maximumLength_).size());
     if (text == content_.text) return;
+    if (selection_) selection_->clear();
     content_.text = std::move(text);
     ++revision_;
     if (!editable_) setDefaultAccessibility(AccessibilityRole::text, content_.text);
@@ -121,13 +129,14 @@ void UITextView::focusDidChange(bool focused, bool byKeyboard) {
 
 void UITextView::touchesBegan(const UITouch& touch) {
     if (canBecomeFirstResponder()) return;
-    if (touch.button == UIButtonMask::secondary && CopyMenu::open(*this, touch.location, textToCopy()))
-        return;
+    if (selection_ && selection_->touchBegan(touch)) return;
     UIView::touchesBegan(touch);
 }
 
 void UITextView::touchesMoved(const UITouch& touch) {
-    if (!canBecomeFirstResponder()) UIView::touchesMoved(touch);
+    if (canBecomeFirstResponder()) return;
+    if (selection_) selection_->touchMoved(touch);
+    UIView::touchesMoved(touch);
 }
 
 void UITextView::touchesEnded(const UITouch& touch) {
@@ -162,11 +171,9 @@ void UITextView::editorTextChanged(const std::string& text) {
     NSNotificationCenter::defaultCenter().postNotification(UITextViewTextDidChangeNotification);
 }
 
-bool UITextView::canBeCopied() const {
+bool UITextView::canBeSelected() const {
     return !editable_ && selectable_ && isUserInteractionEnabled() && !content_.text.empty();
 }
-
-std::string UITextView::textToCopy() const { return canBeCopied() ? content_.text : std::string(); }
 
 UIEdgeInsets UITextView::textInsets() const {
     // A content inset moves the text and leaves the width it is laid out in.
@@ -194,7 +201,10 @@ ViewContent UITextView::makeContent() const {
     if (content_.text.empty()) return {};
     TextContent content = content_;
     content.insets = textInsets();
-    content.selectable = canBeCopied();
+    if (selection_) {
+        content.selectionBegin = selection_->begin();
+        content.selectionEnd = selection_->end();
+    }
     return content;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/uikit/TextInputClient.h"
+#include "platform/uikit/TextSelection.h"
 #include "platform/uikit/UIView.h"
 
 #include <functional>
@@ -22,9 +23,8 @@ public:
 inline constexpr const char* UITextViewTextDidChangeNotification = "UITextViewTextDidChangeNotification";
 
 /// Text of many lines. While it is editable and takes touches, the backend's editor edits (and scrolls) it; else it is
-/// text at rest: as wide as the view less `textContainerInset`, lines that do not fit the height are not drawn. Text at
-/// rest that is selectable and takes touches can be copied: as a whole from a menu that a long press or the secondary
-/// button opens, in part where the backend lets a pointer select it.
+/// text at rest: as wide as the view less `textContainerInset`, lines that do not fit the height are not drawn. Of text
+/// at rest that is selectable and takes touches parts can be selected and copied (see TextSelection).
 class UITextView : public UIView, public TextInputClient {
 public:
     explicit UITextView(CGRect frame = {});
@@ -45,6 +45,8 @@ public:
     void setEditable(bool editable);
     bool isSelectable() const { return selectable_; }
     void setSelectable(bool selectable);
+    /// What is selected of text at rest; null while it never could be.
+    const std::shared_ptr<TextSelection>& selection() const { return selection_; }
     bool isScrollEnabled() const { return scrollEnabled_; }
     void setScrollEnabled(bool enabled) { scrollEnabled_ = enabled; }
     void setShowsVerticalScrollIndicator(bool shows) { showsIndicator_ = shows; }
@@ -74,8 +76,7 @@ protected:
 private:
     void contentDidChange();
     UIEdgeInsets textInsets() const;
-    bool canBeCopied() const;
-    std::string textToCopy() const;
+    bool canBeSelected() const;
     std::weak_ptr<UITextViewDelegate> delegate_;
     std::string placeholder_;
     std::uint64_t revision_ = 0;
@@ -87,7 +88,7 @@ private:
                          .vertical = TextContent::Vertical::top,
                          .onlyWholeLines = true};
     UIEdgeInsets contentInset_;
-    std::shared_ptr<UIGestureRecognizer> copyPress_;
+    std::shared_ptr<TextSelection> selection_;  ///< made when the text first can be selected
     bool editable_ = true, selectable_ = true, scrollEnabled_ = true, showsIndicator_ = true;
 };
 

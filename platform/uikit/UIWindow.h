@@ -10,6 +10,7 @@
 
 namespace ostrel {
 
+class TextSelection;
 class ViewAnimator;
 
 /// The root of a view tree and the one place where events come in and changes go out. Made by a host for each window of
@@ -75,6 +76,9 @@ public:
     void pushModalView(UIView* view);
     void popModalView(UIView* view);
     UIView* viewWithTag(ViewTag tag) const;
+    /// The one selection of text at rest in this window; the one before is cleared. Command+C and Control+C copy it
+    /// when nobody else uses them.
+    void setTextSelection(const std::shared_ptr<TextSelection>& selection);
 
 private:
     friend class UIView;

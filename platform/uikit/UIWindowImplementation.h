@@ -44,6 +44,7 @@ struct UIWindow::Implementation {
     std::vector<std::weak_ptr<UIView>> hovered;  ///< the view under the pointer and its ancestors
     std::vector<Modal> modals;
     bool focusByKeyboard = false;
+    std::weak_ptr<TextSelection> selection;
 
     static bool isUnder(const std::weak_ptr<UIView>& view, const UIView& root);
     void cancelTouchOfView(Touching& touching);

@@ -1,4 +1,5 @@
 #include "platform/uikit/TextInputClient.h"
+#include "platform/uikit/TextSelection.h"
 #include "platform/uikit/UIScrollView.h"
 #include "platform/uikit/UIViewController.h"
 #include "platform/uikit/UIWindow.h"
@@ -180,6 +181,12 @@ bool UIWindow::sendKey(const UIPress& press) {
         const auto keptScroll = scroll ? scroll->weak_from_this().lock() : nullptr;
         if (scroll && scroll != screen && scroll->pressesBegan(press)) return true;
     }
+    // Some keyboards type Control+C as the control character that it is in ASCII.
+    const std::string& typed = press.key.characters;
+    const bool copies = (typed == "c" || typed == "C" || typed == "\x03") &&
+                        (press.key.modifiers & (modifierControl | modifierCommand));
+    if (const auto selection = implementation_->selection.lock(); copies && selection && selection->copy())
+        return true;
     constexpr unsigned others = modifierControl | modifierAlternate | modifierCommand;
     if (press.key.modifiers & others) return false;
     if (press.key.code == UIKeyCode::tab) {
@@ -187,6 +194,11 @@ bool UIWindow::sendKey(const UIPress& press) {
         return true;
     }
     return (press.key.code == UIKeyCode::escape || press.key.code == UIKeyCode::back) && cancelTopmost();
+}
+
+void UIWindow::setTextSelection(const std::shared_ptr<TextSelection>& selection) {
+    const auto former = std::exchange(implementation_->selection, selection).lock();
+    if (former && former != selection) former->clear();
 }
 
 // Text editors

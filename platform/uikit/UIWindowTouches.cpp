@@ -1,3 +1,4 @@
+#include "platform/uikit/TextSelection.h"
 #include "platform/uikit/UIControl.h"
 #include "platform/uikit/UIWindow.h"
 #include "platform/uikit/UIWindowImplementation.h"
@@ -85,6 +86,8 @@ void UIWindow::sendTouch(UITouch touch) {
             sendTouch(cancelled);
         }
         UIView* const hit = hitTest(touch.location);
+        const auto selection = implementation_->selection.lock();
+        if (selection && (!hit || !hit->isDescendantOfView(selection->view()))) setTextSelection(nullptr);
         if (!hit) return;
         touch.startLocation = touch.location;
         touch.startTimestamp = touch.timestamp;

@@ -1,0 +1,97 @@
+#include "platform/graphics/TextMeasurer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace ostrel {
+
+namespace {
+
+constexpr unsigned char firstIdeograph = 0xE2;  // the lead byte from U+2000 on; what follows breaks anywhere
+
+bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+std::size_t previousPlace(std::string_view text, std::size_t place) {
+    do --place;
+    while (place > 0 && isContinuation(text[place]));
+    return place;
+}
+
+std::vector<std::size_t> placesIn(std::string_view text, std::size_t begin, std::size_t end) {
+    std::vector<std::size_t> places;
+    for (std::size_t i = begin; i < end; ++i) {
+        if (!isContinuation(text[i])) places.push_back(i);
+    }
+    places.push_back(end);
+    return places;
+}
+
+/// One paragraph, laid out.
+struct Paragraph {
+    TextMeasurer& measurer;
+    std::string_view text;
+    const UIFont& font;
+    CGFloat width;
+
+    /// Where a line begins. Parts of a paragraph break as the whole does but for the word they end within.
+    std::size_t lineStart(int line) const {
+        if (line <= 0) return 0;
+        const auto places = placesIn(text, 0, text.size());
+        const auto first = std::partition_point(places.begin(), places.end(), [&](std::size_t end) {
+            return end == 0 || measurer.measure(text.substr(0, end), font, width).lineCount <= line;
+        });
+        if (first == places.end()) return text.size();
+        const std::size_t found = previousPlace(text, *first);
+        std::size_t word = found;
+        while (word > 0) {
+            const std::size_t before = previousPlace(text, word);
+            const auto lead = static_cast<unsigned char>(text[before]);
+            if (lead == ' ' || lead == '\t' || lead == '-' || lead >= firstIdeograph) break;
+            word = before;
+        }
+        const bool fits = measurer.singleLineWidth(text.substr(word, *first - word), font) <= width;
+        return fits ? word : found;
+    }
+
+    std::size_t offsetInLine(int line, CGFloat x) const {
+        const std::size_t begin = lineStart(line);
+        std::size_t end = std::max(begin, lineStart(line + 1));
+        // Blanks at the end of a line hang beyond its edge.
+        while (end < text.size() && end > begin && text[end - 1] == ' ') --end;
+        const auto places = placesIn(text, begin, end);
+        const auto widthTo = [&](std::size_t place) {
+            return place > begin ? measurer.singleLineWidth(text.substr(begin, place - begin), font) : 0;
+        };
+        const auto after = std::partition_point(places.begin(), places.end(),
+                                                [&](std::size_t place) { return widthTo(place) <= x; });
+        if (after == places.begin()) return begin;
+        if (after == places.end()) return end;
+        const std::size_t left = *(after - 1);
+        return x - widthTo(left) < widthTo(*after) - x ? left : *after;
+    }
+};
+
+}  // namespace
+
+std::size_t TextMeasurer::offsetAtPoint(std::string_view text, const UIFont& font, CGFloat width,
+                                        CGPoint point) {
+    if (point.y < 0) return 0;
+    CGFloat top = 0;
+    for (std::size_t begin = 0;;) {
+        const std::size_t end = std::min(text.find_first_of("\r\n", begin), text.size());
+        const Paragraph paragraph{*this, text.substr(begin, end - begin), font, width};
+        const TextMetrics metrics = measure(paragraph.text, font, width);
+        const CGFloat height = std::max(metrics.size.height, lineHeight(font));
+        if (point.y < top + height) {
+            const int lines = std::max(1, metrics.lineCount);
+            const int line = std::clamp(static_cast<int>((point.y - top) * lines / height), 0, lines - 1);
+            return begin + (paragraph.text.empty() ? 0 : paragraph.offsetInLine(line, point.x));
+        }
+        if (end == text.size()) return end;
+        top += height;
+        begin = end + (text.substr(end, 2) == "\r\n" ? 2 : 1);
+    }
+}
+
+}  // namespace ostrel
