@@ -1,6 +1,7 @@
 #include "ArticleService.h"
 #include "ArticleServiceParts.h"
 #include "ServerLimits.h"
+#include "WebConditions.h"
 
 namespace ostrel {
 
@@ -27,23 +28,26 @@ WebReply taggedReply(const WebRequest& request, std::string contentType, std::st
     return reply;
 }
 
-WebReply fileReply(const WebRequest& request, const MediaFolder::File& file, const char* caching) {
+WebReply fileReply(const WebRequest& request, const MediaFolder::File& file, const char* caching,
+                   ServerTime now) {
+    const WebValidators validators{file.entityTag, file.modified};
     WebReply reply;
     reply.headers = {{"ETag", file.entityTag},
                      {"Last-Modified", httpDate(file.modified)},
                      {"Cache-Control", caching},
                      {"Accept-Ranges", "bytes"}};
-    if (matchesEntityTag(request.header("if-none-match"), file.entityTag)) {
+    WebCondition condition = conditionOf(request, validators);
+    if (condition == WebCondition::NotModified) {
         reply.status = 304;
         return reply;
     }
-    reply.contentType = file.contentType;
-    WebRange range{RangeKind::Whole, 0, file.size};
-    // If-Range with another version's tag or any date asks for the whole (RFC 9110, 13.1.5).
-    std::string_view condition = request.header("if-range");
-    if (request.method == "GET" && (condition.empty() || condition == file.entityTag)) {
-        range = parseRange(request.header("range"), file.size);
+    if (condition == WebCondition::Fails) {
+        WebReply refused = failureReply({ServerFault::BadInput, "The file is not the one that was meant."});
+        refused.status = 412;
+        return refused;
     }
+    reply.contentType = file.contentType;
+    const WebRange range = wantedRange(request, validators, file.size, now);
     if (range.kind == RangeKind::Unsatisfiable) {
         WebReply refused = failureReply({ServerFault::BadInput, "The file has no such range."});
         refused.status = 416;
@@ -65,7 +69,7 @@ WebReply fileReply(const WebRequest& request, const MediaFolder::File& file, con
 WebReply ArticleService::mediaFile(Visit& visit) {
     auto file = media_.find(visit.variable);
     if (!file) return failureReply({ServerFault::NotFound, "There is no such file."});
-    return fileReply(visit.request, *file, mediaCaching);
+    return fileReply(visit.request, *file, mediaCaching, now_());
 }
 
 WebReply ArticleService::avatar(Visit& visit) {
@@ -75,7 +79,8 @@ WebReply ArticleService::avatar(Visit& visit) {
     auto user = store_.user(*id);
     if (!user) return failureReply(user.failure());
     if (!*user) return failureReply(unknown);
-    if (auto file = media_.find((*user)->avatar)) return fileReply(visit.request, *file, avatarCaching);
+    if (auto file = media_.find((*user)->avatar))
+        return fileReply(visit.request, *file, avatarCaching, now_());
     return taggedReply(visit.request, "image/png", *avatars_.avatar(*id, (*user)->name), avatarCaching);
 }
 

@@ -164,7 +164,7 @@ h2 { margin: 2.5rem 0 1.25rem; font-size: 1.25rem; line-height: 1.3; font-weight
 .comment .byline { margin-bottom: 0.6rem; }
 .note { font-size: 0.875rem; }
 figure { margin: 2rem 0; }
-figure img, figure video { display: block; width: auto; max-width: 100%; height: auto; margin: 0 auto; border-radius: 6px; }
+figure img, figure video { display: block; width: auto; max-width: 100%; height: auto; max-height: 90vh; margin: 0 auto; border-radius: 6px; }
 figcaption { margin-top: 0.6rem; font-size: 0.875rem; line-height: 1.5; text-align: center; }
 footer { border-top: 1px solid var(--line); margin-top: 2.5rem; padding-top: 1rem; font-size: 0.875rem; }
 )css";

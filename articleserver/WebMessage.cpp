@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <limits>
 
 namespace ostrel {
 
@@ -204,6 +205,17 @@ ServerResult<std::vector<MultipartPart>> parseMultipart(std::string_view content
     return parts;
 }
 
+namespace {
+
+/// Digits; more than a file can have bytes counts as that many.
+std::optional<std::uint64_t> rangePosition(std::string_view text) {
+    if (text.empty() || text.find_first_not_of("0123456789") != std::string_view::npos) return std::nullopt;
+    auto position = decimalId(text);
+    return position ? static_cast<std::uint64_t>(*position) : std::numeric_limits<std::uint64_t>::max() - 1;
+}
+
+}  // namespace
+
 WebRange parseRange(std::string_view header, std::uint64_t size) {
     const WebRange whole{RangeKind::Whole, 0, size};
     constexpr std::string_view unit = "bytes=";
@@ -214,19 +226,18 @@ WebRange parseRange(std::string_view header, std::uint64_t size) {
 
     std::string_view firstText = trimmedBlanks(spec.substr(0, dash));
     std::string_view lastText = trimmedBlanks(spec.substr(dash + 1));
-    auto first = decimalId(firstText);
-    auto last = decimalId(lastText);
+    auto first = rangePosition(firstText);
+    auto last = rangePosition(lastText);
     if (firstText.empty()) {
         if (!last) return whole;
-        auto suffix = std::min(static_cast<std::uint64_t>(*last), size);
+        std::uint64_t suffix = std::min(*last, size);
         if (suffix == 0) return {RangeKind::Unsatisfiable, 0, 0};
         return {RangeKind::Part, size - suffix, suffix};
     }
     if (!first || (!lastText.empty() && !last) || (last && *last < *first)) return whole;
-    auto offset = static_cast<std::uint64_t>(*first);
-    if (offset >= size) return {RangeKind::Unsatisfiable, 0, 0};
-    std::uint64_t end = last ? std::min(static_cast<std::uint64_t>(*last), size - 1) : size - 1;
-    return {RangeKind::Part, offset, end - offset + 1};
+    if (*first >= size) return {RangeKind::Unsatisfiable, 0, 0};
+    std::uint64_t end = last ? std::min(*last, size - 1) : size - 1;
+    return {RangeKind::Part, *first, end - *first + 1};
 }
 
 bool isHostAndPort(std::string_view text) {
