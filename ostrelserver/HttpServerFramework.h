@@ -36,7 +36,8 @@ public:
         double connectTimeoutSeconds = 10;
         /// A transfer that moves nothing for so long is given up; a transfer as a whole may take any time.
         int stallTimeoutSeconds = 30;
-        int connectionsPerHost = 6;
+        /// Two more than media can take, so that the other requests never wait for them.
+        int connectionsPerHost = 8;
     };
     struct Options {
         /// http or https, with a path prefix if need be; a slash at the end makes no difference.

@@ -20,7 +20,7 @@ struct TransportLimits {
     double connectTimeoutSeconds = 10;
     /// A transfer that moves less than a byte a second for so long is given up. There is no bound on its whole time.
     int stallTimeoutSeconds = 30;
-    int connectionsPerHost = 6;
+    int connectionsPerHost = 8;
     int connections = 24;
     std::size_t maximumHeaderBytes = std::size_t{256} * 1024;
     int maximumRedirects = 5;

@@ -106,10 +106,9 @@ MediaDiskCache::Lookup MediaDiskCache::find(const std::string& url, Checking che
         if (checking == Checking::small && medium->body.size() > limits_.checkedAtOnce) {
             return {std::nullopt, true};
         }
-        if (!medium->isIntact()) {
-            ::unlink(path.c_str());
-            return {};
-        }
+        const auto intact = isIntact(*medium, path, facts.inode);
+        if (intact == false) ::unlink(path.c_str());
+        if (!intact.value_or(false)) return {};
         noteChecked(path, facts);
     }
     const timespec times[2] = {systemTime(), {0, UTIME_OMIT}};
@@ -120,6 +119,21 @@ MediaDiskCache::Lookup MediaDiskCache::find(const std::string& url, Checking che
     const auto now = static_cast<std::int64_t>(systemSeconds());
     found.facts.freshUntil = std::min<std::int64_t>(status.st_mtim.tv_sec, now + longestFresh);
     return {std::move(found), false};
+}
+
+std::optional<bool> MediaDiskCache::isIntact(const MediumFile& medium, const std::string& path,
+                                             std::uint64_t inode) const {
+    if (medium.body.size() <= limits_.readAtOnce)
+        return MediumFile::checksumOf(medium.body) == medium.checksum;
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) return std::nullopt;
+    std::optional<bool> intact;
+    struct stat status {};
+    if (::fstat(descriptor, &status) == 0 && status.st_ino == inode) {
+        intact = MediumFile::checksumOf(descriptor, medium.body.size()) == medium.checksum;
+    }
+    ::close(descriptor);
+    return intact;
 }
 
 std::optional<PartialFile> MediaDiskCache::newFile() const {
@@ -136,7 +150,10 @@ void MediaDiskCache::keep(const std::string& url, const MediumFacts& facts, cons
                           std::optional<PartialFile> file) {
     const std::lock_guard lock(writing_);
     if (data.isNull() || data.size() > limits_.maximumBytes / 2) return;
-    const std::string trailer = MediumFile::trailer(url, facts, data);
+    const auto checksum = file ? MediumFile::checksumOf(file->descriptor(), data.size())
+                               : std::optional(MediumFile::checksumOf(data));
+    if (!checksum) return;
+    const std::string trailer = MediumFile::trailer(url, facts, data.size(), *checksum);
     const std::size_t size = onDisk(data.size() + trailer.size());
     makeRoom(size);
     // Another process is just making room.
@@ -160,7 +177,7 @@ void MediaDiskCache::keep(const std::string& url, const MediumFacts& facts, cons
     }
     struct stat status {};
     if (::stat(path.c_str(), &status) == 0) {
-        noteChecked(path, {status.st_ino, MediumFile::checksumOf(data)});
+        noteChecked(path, {status.st_ino, *checksum});
     }
 }
 

@@ -62,6 +62,9 @@ private:
     };
 
     std::string pathFor(const std::string& url) const { return folder_ + "/" + MediumFile::nameFor(url); }
+    /// Whether the bytes of the medium are those that were written; absent when another file has taken the place.
+    std::optional<bool> isIntact(const MediumFile& medium, const std::string& path,
+                                 std::uint64_t inode) const;
     bool isChecked(const std::string& path, const Checked& facts) const;
     void noteChecked(const std::string& path, const Checked& facts);
     void makeRoom(std::size_t bytes);

@@ -85,13 +85,15 @@ Data MediaFetcher::request(const std::string& url, Handler handler) {
         return {};
     }
     MediaDiskCache::Lookup known;
+    bool looksOnDisk = disk_ != nullptr;
     {
         const std::lock_guard lock(mutex_);
         if (const auto shown = join(url, handler)) return *shown;
         if (const Medium* medium = memory_.find(url)) known.medium = *medium;
+        looksOnDisk &= !known.medium && !beingRemoved_.contains(url);
     }
     // Outside of the lock: it reads a file.
-    if (!known.medium && disk_) known = disk_->find(url, MediaDiskCache::Checking::small);
+    if (looksOnDisk) known = disk_->find(url, MediaDiskCache::Checking::small);
     Data shown;
     {
         const std::lock_guard lock(mutex_);
@@ -332,14 +334,16 @@ void MediaFetcher::keep(const std::string& url, const Medium& medium,
 }
 
 void MediaFetcher::forget(const std::string& url) {
-    {
-        const std::lock_guard lock(mutex_);
-        memory_.remove(url);
-    }
+    const std::lock_guard lock(mutex_);
+    memory_.remove(url);
     if (!disk_) return;
-    // At once, and again behind the writing that may still be waiting.
-    disk_->remove(url);
-    worker_.post([this, url] { disk_->remove(url); });
+    // Behind what may still be waiting to be written; until then its file is not looked at.
+    ++beingRemoved_[url];
+    worker_.post([this, url] {
+        disk_->remove(url);
+        const std::lock_guard relock(mutex_);
+        if (--beingRemoved_[url] == 0) beingRemoved_.erase(url);
+    });
 }
 
 }  // namespace ostrel

@@ -99,6 +99,7 @@ private:
     std::map<std::string, Fetch> fetches_;      // guarded by mutex_
     MediaQueue queue_;                          // guarded by mutex_
     std::map<std::uint64_t, double> underWay_;  // guarded by mutex_; the moment each began
+    std::map<std::string, int> beingRemoved_;   // guarded by mutex_; removals that wait for the worker
     std::uint64_t lastNumber_ = 0;              // guarded by mutex_
     bool wakes_ = false;                        // guarded by mutex_
 

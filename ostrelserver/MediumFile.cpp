@@ -3,8 +3,12 @@
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
+#include <memory>
+#include <unistd.h>
 
 namespace ostrel {
 
@@ -39,13 +43,30 @@ std::uint64_t checksumOfTrailer(std::string_view texts, const Footer& footer) {
 
 std::uint64_t MediumFile::checksumOf(const Data& body) { return XXH3_64bits(body.bytes(), body.size()); }
 
-std::string MediumFile::trailer(std::string_view url, const MediumFacts& facts, const Data& body) {
+std::optional<std::uint64_t> MediumFile::checksumOf(int descriptor, std::size_t size) {
+    constexpr std::size_t pieceBytes = std::size_t{256} * 1024;
+    const std::unique_ptr<XXH3_state_t, decltype(&XXH3_freeState)> state(XXH3_createState(), &XXH3_freeState);
+    if (!state || XXH3_64bits_reset(state.get()) != XXH_OK) return std::nullopt;
+    std::string piece(std::min(size, pieceBytes), '\0');
+    for (std::size_t at = 0; at < size;) {
+        const ssize_t count =
+            ::pread(descriptor, piece.data(), std::min(piece.size(), size - at), static_cast<off_t>(at));
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return std::nullopt;
+        XXH3_64bits_update(state.get(), piece.data(), static_cast<std::size_t>(count));
+        at += static_cast<std::size_t>(count);
+    }
+    return XXH3_64bits_digest(state.get());
+}
+
+std::string MediumFile::trailer(std::string_view url, const MediumFacts& facts, std::size_t bodySize,
+                                std::uint64_t checksum) {
     std::string text(url);
     text += facts.entityTag;
     text += facts.lastModified;
     Footer footer;
-    footer.bodySize = body.size();
-    footer.bodyChecksum = checksumOf(body);
+    footer.bodySize = bodySize;
+    footer.bodyChecksum = checksum;
     footer.urlSize = static_cast<std::uint32_t>(url.size());
     footer.entityTagSize = static_cast<std::uint32_t>(facts.entityTag.size());
     footer.lastModifiedSize = static_cast<std::uint32_t>(facts.lastModified.size());

@@ -23,11 +23,12 @@ struct MediumFile {
 
     /// None when the trailer is missing, damaged or of another version. The body is not checked.
     static std::optional<MediumFile> read(const Data& file);
-    /// Whether the bytes are those that were written. About 10 GB/s.
-    bool isIntact() const { return checksumOf(body) == checksum; }
-
     static std::uint64_t checksumOf(const Data& body);
-    static std::string trailer(std::string_view url, const MediumFacts& facts, const Data& body);
+    /// Of the first bytes of a file, read in pieces: a large mapping would become resident by being looked through.
+    /// None when they cannot be read.
+    static std::optional<std::uint64_t> checksumOf(int descriptor, std::size_t size);
+    static std::string trailer(std::string_view url, const MediumFacts& facts, std::size_t bodySize,
+                               std::uint64_t checksum);
     /// What the file of an address is called: 32 hexadecimal digits and an extension.
     static std::string nameFor(std::string_view url);
     static bool isName(std::string_view name);

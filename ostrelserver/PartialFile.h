@@ -24,6 +24,8 @@ public:
     ~PartialFile();
 
     const std::string& path() const { return path_; }
+    /// For reading.
+    int descriptor() const { return descriptor_; }
     /// False when not all of it could be written; then nothing of it counts as written.
     bool append(std::string_view bytes);
     /// All that was written, for what cannot go on as a file.

@@ -217,11 +217,15 @@ TEST_F(MediaCacheTest, hangingMediaDoNotKeepTheOthersWaitingForEver) {
         framework().requestManager().request(
             url(path), [&order, path](const Data&, bool loaded, const auto&) { order.push_back(path); });
     };
-    for (int i = 0; i < 5; ++i) ask("/hanging?" + std::to_string(i));
+    for (int i = 0; i < 8; ++i) ask("/hanging?" + std::to_string(i));
     loop_->run([] { return false; }, 0.1);
     ask("/a");
     ASSERT_TRUE(runUntil([&] { return !order.empty(); }, 8));
     EXPECT_EQ(order.front(), "/a") << "what was asked for last comes before the fifth that hangs";
+    ASSERT_TRUE(runUntil([&] { return server_.requestCount("/hanging") == 6; }, 8));
+    server_.on("/b", ScriptedHttpServer::answer("{}"));
+    EXPECT_EQ(get("/b").answer, "{}") << "media never take all connections";
+    EXPECT_EQ(server_.requestCount("/hanging"), 6u);
     restart();
 }
 

@@ -108,6 +108,15 @@ TEST_F(MediaDiskCacheTest, damageIsNoticedWhereverItIsAndTheFileDropped) {
     }
     folder_.write("media/" + MediumFile::nameFor(url), whole);
     EXPECT_TRUE(open().find(url, Checking::all).medium);
+    for (const std::size_t at : {std::size_t{0}, std::size_t{255'999}, std::size_t{4'999'999}}) {
+        keep(cache, bytesOf(2, 5'000'000), "http://one.example/large");
+        const std::string name = "media/" + MediumFile::nameFor("http://one.example/large");
+        std::string bytes = folder_.read(name);
+        bytes[at] = static_cast<char>(bytes[at] ^ 1);
+        folder_.write(name, bytes);
+        EXPECT_FALSE(open().find("http://one.example/large", Checking::all).medium) << at;
+        EXPECT_FALSE(fs::exists(file("http://one.example/large"))) << at;
+    }
     // A file under the name of another address says nothing of that.
     folder_.write("media/" + MediumFile::nameFor("http://two.example/"), whole);
     EXPECT_FALSE(open().find("http://two.example/", Checking::all).medium);
