@@ -69,6 +69,7 @@ struct ArticleServer::Parts {
     FolderLock lock;
     std::unique_ptr<SqliteArticleStore> store;
     std::unique_ptr<MediaFolder> media;
+    std::unique_ptr<SampleGallery> gallery;
     std::unique_ptr<ArticleService> service;
     std::unique_ptr<HttpServer> http;
     std::vector<SampleAccount> sampleAccounts;
@@ -111,8 +112,10 @@ ServerResult<std::unique_ptr<ArticleServer>> ArticleServer::start(const ArticleS
     auto prepared = parts->media->prepare(*names);
     if (!prepared) return prepared.failure();
 
+    parts->gallery =
+        std::make_unique<SampleGallery>(*parts->media, options.dataFolder / "sample-pictures", *names);
     if (options.sample) {
-        auto accounts = fillWithSamples(*parts->store, *parts->media, options.now());
+        auto accounts = fillWithSamples(*parts->store, *parts->media, *parts->gallery, options.now());
         if (!accounts) return accounts.failure();
         parts->sampleAccounts = std::move(*accounts);
     }
@@ -126,6 +129,7 @@ ServerResult<std::unique_ptr<ArticleServer>> ArticleServer::start(const ArticleS
     parts->url =
         "http://" + (isVersion6 ? "[" + options.host + "]" : options.host) + ":" + std::to_string(*port);
     parts->service->setLocalUrl(parts->url);
+    parts->gallery->start();
     auto started = parts->http->start();
     if (!started) return started.failure();
     return std::unique_ptr<ArticleServer>(new ArticleServer(std::move(parts)));

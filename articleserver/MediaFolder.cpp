@@ -76,11 +76,11 @@ ServerResult<ServerDone> MediaFolder::prepare(const std::vector<std::string>& na
     return ServerDone{};
 }
 
-ServerResult<std::string> MediaFolder::add(std::string_view bytes, std::string_view extension) {
-    std::string name = randomName(extension);
-    std::string path = folder_ / name;
+std::string MediaFolder::newName(std::string_view extension) { return randomName(extension); }
+
+ServerResult<ServerDone> MediaFolder::write(const std::string& path, std::string_view bytes) {
     std::string partial = path + ".part";
-    int descriptor = ::open(partial.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    int descriptor = ::open(partial.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (descriptor < 0) return storageFailure(errno);
     bool isWritten = writeAll(descriptor, bytes) && ::fsync(descriptor) == 0;
     int error = errno;
@@ -93,10 +93,41 @@ ServerResult<std::string> MediaFolder::add(std::string_view bytes, std::string_v
         ::unlink(partial.c_str());
         return storageFailure(error);
     }
+    return ServerDone{};
+}
+
+ServerResult<std::string> MediaFolder::add(std::string_view bytes, std::string_view extension) {
+    std::string name = randomName(extension);
+    auto written = addAs(name, bytes);
+    if (!written) return written.failure();
     return name;
 }
 
+ServerResult<ServerDone> MediaFolder::addAs(const std::string& name, std::string_view bytes) {
+    return write(folder_ / name, bytes);
+}
+
+void MediaFolder::setSupplier(Supplier supplier) {
+    std::lock_guard lock(supplierMutex_);
+    supplier_ = std::move(supplier);
+}
+
+bool MediaFolder::holds(std::string_view name) const { return factsOf(name).has_value(); }
+
 std::optional<MediaFolder::File> MediaFolder::find(std::string_view name) const {
+    auto file = factsOf(name);
+    if (file || !isName(name)) return file;
+    Supplier supplier;
+    {
+        std::lock_guard lock(supplierMutex_);
+        supplier = supplier_;
+    }
+    if (!supplier) return std::nullopt;
+    supplier(name);
+    return factsOf(name);
+}
+
+std::optional<MediaFolder::File> MediaFolder::factsOf(std::string_view name) const {
     if (!isName(name)) return std::nullopt;
     File file;
     file.path = folder_ / std::string(name);

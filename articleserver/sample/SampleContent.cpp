@@ -1,7 +1,6 @@
 #include "SampleContent.h"
 
 #include "PasswordHasher.h"
-#include "SampleGallery.h"
 #include "ServerLimits.h"
 
 #include <algorithm>
@@ -70,7 +69,8 @@ std::vector<SampleArticle> sampleArticles() {
 /// Makes the content, keeping the names of the files it adds in `files`.
 class SampleMaker final {
 public:
-    SampleMaker(MediaFolder& media, ServerTime now) : media_(media), now_(now) {}
+    SampleMaker(MediaFolder& media, SampleGallery& gallery, ServerTime now)
+        : media_(media), gallery_(gallery), now_(now) {}
 
     const std::vector<std::string>& files() const { return files_; }
 
@@ -96,8 +96,8 @@ public:
             content.users.push_back(std::move(user));
         }
         const std::vector<SampleArticle> articles = sampleArticles();
-        auto painted = paint(articles);
-        if (!painted) return painted.failure();
+        auto ordered = order(articles);
+        if (!ordered) return ordered.failure();
         for (const SampleArticle& article : articles) {
             auto imported = make(article);
             if (!imported) return imported.failure();
@@ -123,18 +123,14 @@ private:
         return name;
     }
 
-    ServerResult<ServerDone> paint(const std::vector<SampleArticle>& articles) {
-        std::vector<PaintOrder> orders;
+    ServerResult<ServerDone> order(const std::vector<SampleArticle>& articles) {
         for (const SampleArticle& article : articles) {
             for (const SampleImage& image : article.images) {
-                auto seed = static_cast<std::uint32_t>(orders.size()) + 1;
-                orders.push_back({image.scene, image.width, image.height, seed, image.orientation});
+                auto seed = static_cast<std::uint32_t>(ordered_.size()) + 1;
+                ordered_.push_back({image.scene, image.width, image.height, seed, image.orientation});
             }
         }
-        Gallery gallery = paintGallery(media_, orders);
-        files_.insert(files_.end(), gallery.files.begin(), gallery.files.end());
-        painted_ = std::move(gallery.pictures);
-        return gallery.outcome;
+        return gallery_.order(ordered_);
     }
 
     ServerResult<ImportedArticle> make(const SampleArticle& sample) {
@@ -146,9 +142,9 @@ private:
         article.modified = now_ - sample.age * minute;
         article.openComment = sample.openComment;
         for (const SampleImage& image : sample.images) {
-            PaintedFiles& painted = painted_.at(used_++);
-            article.images.push_back({0, std::move(painted.file), std::move(painted.thumbnail), image.width,
-                                      image.height, std::string(image.caption)});
+            const PaintOrder& picture = ordered_.at(used_++);
+            article.images.push_back(
+                {0, picture.file, picture.thumbnail, image.width, image.height, std::string(image.caption)});
         }
         for (const SampleVideo& video : sample.videos) {
             const SampleClipFiles clip = filesOf(video.clip);
@@ -174,9 +170,10 @@ private:
     }
 
     MediaFolder& media_;
+    SampleGallery& gallery_;
     ServerTime now_;
     std::vector<std::string> files_;
-    std::vector<PaintedFiles> painted_;
+    std::vector<PaintOrder> ordered_;
     std::size_t used_ = 0;
     int portraits_ = 0;
 };
@@ -210,14 +207,17 @@ std::vector<SampleAccount> newAccounts() {
 }  // namespace
 
 ServerResult<std::vector<SampleAccount>> fillWithSamples(ArticleStore& store, MediaFolder& media,
-                                                         ServerTime now) {
+                                                         SampleGallery& gallery, ServerTime now) {
     auto isEmpty = store.isEmpty();
     if (!isEmpty) return isEmpty.failure();
     if (!*isEmpty) return accountsOf(store);
-    SampleMaker maker(media, now);
+    // What a filling that did not end had ordered.
+    gallery.cancel();
+    SampleMaker maker(media, gallery, now);
     auto content = maker.make();
     auto imported = content ? store.importInto(*content) : ServerResult<ServerDone>(content.failure());
     if (!imported) {
+        gallery.cancel();
         media.remove(maker.files());
         return imported.failure();
     }

@@ -4,6 +4,7 @@
 #include "ArticleStore.h"
 #include "MediaFolder.h"
 #include "SampleClips.h"
+#include "SampleGallery.h"
 #include "SamplePainter.h"
 
 #include <initializer_list>
@@ -56,10 +57,10 @@ std::vector<SampleArticle> shortSampleArticles();
 std::vector<SampleArticle> chineseSampleArticles();
 std::vector<SampleArticle> longerChineseSampleArticles();
 
-/// Fills an empty store with sample authors, articles, comments, likes and drawn pictures, all or nothing;
-/// leaves any other store as it is. Answers the accounts that can be signed in with. `now` is the moment
-/// that dates are counted back from.
+/// Fills an empty store with sample authors, articles, comments, likes, messages and clips, all or nothing, and orders
+/// the pictures from the gallery; leaves any other store as it is. Answers the accounts that can be signed in with. `now`
+/// is the moment that dates are counted back from.
 ServerResult<std::vector<SampleAccount>> fillWithSamples(ArticleStore& store, MediaFolder& media,
-                                                         ServerTime now);
+                                                         SampleGallery& gallery, ServerTime now);
 
 }  // namespace ostrel

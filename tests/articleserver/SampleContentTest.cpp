@@ -2,7 +2,9 @@
 
 #include "articleserver/ServerPicture.h"
 
+#include <chrono>
 #include <set>
+#include <thread>
 
 namespace ostrel {
 
@@ -113,6 +115,47 @@ TEST_F(SampleContentTest, PicturesHaveTheSizesTheirRecordsTell) {
         }
     }
     EXPECT_EQ(orientations.size(), 2U);
+}
+
+TEST(SampleGalleryTest, PicturesThatAStopLeftUnpaintedAreThereAfterTheNextStart) {
+    TemporaryFolder folder;
+    std::vector<std::string> paths;
+    auto start = [&](bool sample) {
+        ArticleServerOptions options;
+        options.dataFolder = folder.path();
+        options.sample = sample;
+        auto started = ArticleServer::start(options);
+        EXPECT_TRUE(started);
+        return std::move(*started);
+    };
+    auto get = [](ArticleServer& server, const std::string& path) {
+        httplib::Client client("127.0.0.1", server.port());
+        auto result = client.Get(path);
+        return result && result->status == 200 ? result->body : std::string();
+    };
+    auto list = folder.path() / "sample-pictures";
+    {
+        auto server = start(true);
+        auto page = nlohmann::json::parse(get(*server, "/article/articles_json.html"));
+        for (const auto& record : page["results"]) {
+            for (const auto& image : record["images"]) {
+                for (const char* key : {"image", "thumbnail"})
+                    paths.push_back(image[key].get<std::string>().substr(server->url().size()));
+            }
+        }
+        ASSERT_GE(paths.size(), 20U);
+        EXPECT_TRUE(std::filesystem::exists(list)) << "it cannot have painted all of them already";
+        EXPECT_GT(get(*server, paths.back()).size(), 1000U)
+            << "a picture that is asked for is painted at once";
+    }
+    ASSERT_TRUE(std::filesystem::exists(list));
+    std::filesystem::remove(folder.path() / paths[0].substr(1));
+    auto server = start(false);
+    for (const std::string& path : paths) EXPECT_GT(get(*server, path).size(), 1000U) << path;
+    for (int wait = 0; wait < 600 && std::filesystem::exists(list); ++wait)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(std::filesystem::exists(list));
+    EXPECT_EQ(get(*server, "/media/" + std::string(32, 'a') + ".jpg"), "");
 }
 
 TEST_F(SampleContentTest, ClipsAreFilmsWithStillsOfTheirSize) {
