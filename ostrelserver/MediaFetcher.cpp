@@ -125,7 +125,7 @@ std::optional<Data> MediaFetcher::join(const std::string& url, Handler& handler)
     if (found == fetches_.end()) return std::nullopt;
     Fetch& fetch = found->second;
     fetch.handlers.push_back(std::move(handler));
-    if (queue_.remove(url)) queue_.add(url, Clock::shared().monotonicSeconds());
+    if (queue_.contains(url)) queue_.add(url, Clock::shared().monotonicSeconds());
     return shownAtOnce(fetch.kept);
 }
 

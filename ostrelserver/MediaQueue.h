@@ -38,13 +38,14 @@ public:
         return url;
     }
 
-    bool remove(const std::string& url) {
+    void remove(const std::string& url) {
         const auto found = places_.find(url);
-        if (found == places_.end()) return false;
+        if (found == places_.end()) return;
         order_.erase(found->second);
         places_.erase(found);
-        return true;
     }
+
+    bool contains(const std::string& url) const { return places_.contains(url); }
 
     bool isEmpty() const { return order_.empty(); }
 

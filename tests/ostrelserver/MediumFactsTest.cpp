@@ -84,6 +84,7 @@ TEST(MediaQueue, whatWasAskedForLastComesFirstAndWhatBelongsTogetherInOrder) {
     queue.add("f", 2.08);
     queue.add("b", 2.1);
     queue.add("d", 2.1);
+    EXPECT_TRUE(queue.contains("f"));
     queue.remove("f");
     EXPECT_EQ(drained(), "debac");
     EXPECT_TRUE(queue.isEmpty());
