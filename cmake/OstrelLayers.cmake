@@ -30,8 +30,9 @@ endfunction()
 # Call when every target is known.
 function(ostrel_check_layers)
     ostrel_check_links(OstrelArticle ALLOWED "OstrelPlatform")
-    ostrel_check_links(OstrelPlatform ALLOWED "Threads::Threads|simdjson::simdjson|JPEG::JPEG")
+    ostrel_check_links(OstrelPlatform ALLOWED "Threads::Threads|simdjson::simdjson|JPEG::JPEG|PNG::PNG")
     ostrel_check_links(OstrelHeadless ALLOWED "OstrelPlatform")
+    ostrel_check_links(OstrelFfmpeg ALLOWED "OstrelPlatform|Threads::Threads|PkgConfig::OSTREL_FFMPEG")
     ostrel_check_links(OstrelServerFramework
         ALLOWED "OstrelPlatform|OstrelArticle|Threads::Threads|CURL::libcurl|simdjson::simdjson|nlohmann_json::nlohmann_json")
 endfunction()

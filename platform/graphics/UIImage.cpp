@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cassert>
+#include <cstring>
 #include <map>
 #include <mutex>
 
@@ -58,6 +59,31 @@ std::string neighbour(const std::string& path, int scale) {
     return path.substr(0, dot) + "@" + std::to_string(scale) + "x" + path.substr(dot);
 }
 
+/// `image` as the EXIF orientation (TIFF 6.0, tag 274) says it is to be seen.
+std::shared_ptr<const CGImage> upright(std::shared_ptr<const CGImage> image, int orientation) {
+    if (!image || orientation <= 1 || orientation > 8) return image;
+    const int width = image->width(), height = image->height();
+    const bool isTurned = orientation >= 5;
+    auto result = isTurned ? CGImage::make(height, width) : CGImage::make(width, height);
+    if (!result) return nullptr;
+    for (int y = 0; y < result->height(); ++y) {
+        for (int x = 0; x < result->width(); ++x) {
+            // Which stored row is seen first, and which column: the two ends of each side.
+            const int along = isTurned ? y : x, across = isTurned ? x : y;
+            const bool isRightFirst =
+                orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
+            const bool isBottomFirst =
+                orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
+            const int storedX = isRightFirst ? width - 1 - along : along;
+            const int storedY = isBottomFirst ? height - 1 - across : across;
+            std::memcpy(result->row(y) + static_cast<std::size_t>(x) * CGImage::bytesPerPixel,
+                        image->row(storedY) + static_cast<std::size_t>(storedX) * CGImage::bytesPerPixel,
+                        CGImage::bytesPerPixel);
+        }
+    }
+    return result;
+}
+
 }  // namespace
 
 UIImage::UIImage(std::vector<Representation> representations, ImageHeader header)
@@ -71,6 +97,19 @@ UIImage::UIImage(std::vector<Representation> representations, ImageHeader header
 
 UIImage::UIImage(Path path, CGSize size)
     : path_(std::make_unique<Path>(std::move(path))), size_(size), identifier_(nextIdentifier()) {}
+
+UIImage::UIImage(std::shared_ptr<const CGImage> bitmap)
+    : bitmap_(std::move(bitmap)), identifier_(nextIdentifier()) {
+    assert(bitmap_);
+    header_ = {.format = bitmap_->isOpaque() ? ImageFormat::jpeg : ImageFormat::png,
+               .pixelWidth = bitmap_->width(),
+               .pixelHeight = bitmap_->height()};
+    size_ = {static_cast<CGFloat>(bitmap_->width()), static_cast<CGFloat>(bitmap_->height())};
+}
+
+std::shared_ptr<const UIImage> UIImage::imageWithCGImage(std::shared_ptr<const CGImage> bitmap) {
+    return bitmap ? std::make_shared<const UIImage>(std::move(bitmap)) : nullptr;
+}
 
 std::shared_ptr<const UIImage> UIImage::imageWithData(const Data& data, CGFloat scale) {
     const auto header = ImageHeader::read(data);
@@ -104,11 +143,35 @@ std::shared_ptr<const UIImage> UIImage::systemImageNamed(std::string_view name) 
 
 const UIImage::Representation& UIImage::representation(CGFloat scale) const {
     static const Representation none;
+    // Near the best quality: what is seen is this, what is published is encoded from the pixels.
+    constexpr double qualityShown = 0.95;
+    if (bitmap_) {
+        std::call_once(encoded_, [this] {
+            Data data = header_.format == ImageFormat::jpeg ? bitmap_->jpeg(qualityShown) : bitmap_->png();
+            if (data) representations_.push_back({std::move(data), 1});
+        });
+    }
     if (representations_.empty()) return none;
     for (const Representation& representation : representations_) {
         if (representation.scale >= scale) return representation;
     }
     return representations_.back();
+}
+
+std::shared_ptr<const CGImage> UIImage::cgImage() const {
+    if (bitmap_) return bitmap_;
+    if (representations_.empty()) return nullptr;
+    return upright(CGImage::decode(representations_.front().data), header_.orientation);
+}
+
+Data UIImageJPEGRepresentation(const UIImage& image, double quality) {
+    const auto bitmap = image.cgImage();
+    return bitmap ? bitmap->jpeg(quality) : Data();
+}
+
+Data UIImagePNGRepresentation(const UIImage& image) {
+    const auto bitmap = image.cgImage();
+    return bitmap ? bitmap->png() : Data();
 }
 
 }  // namespace ostrel

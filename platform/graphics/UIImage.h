@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/foundation/Data.h"
+#include "platform/graphics/CGImage.h"
 #include "platform/graphics/Geometry.h"
 #include "platform/graphics/Path.h"
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,6 +39,8 @@ public:
 
     /// Null when the bytes are no picture.
     static std::shared_ptr<const UIImage> imageWithData(const Data& data, CGFloat scale = 1);
+    /// One pixel is one point. Null when there is no bitmap.
+    static std::shared_ptr<const UIImage> imageWithCGImage(std::shared_ptr<const CGImage> bitmap);
     /// Loads "<name>.png" and its neighbours "<name>@2x.png" and "<name>@3x.png"; null when the file is no picture.
     /// The same path gives the same image while one is alive.
     static std::shared_ptr<const UIImage> imageWithContentsOfFile(const std::string& path);
@@ -49,7 +53,11 @@ public:
     CGSize size() const { return size_; }
     bool isSymbol() const { return path_ != nullptr; }
     const Path* path() const { return path_.get(); }
-    /// The form to decode for `scale` device pixels a point: the smallest that is large enough, else the largest.
+    /// The picture's pixels, upright: the bitmap it was made of, else its smallest form decoded anew at every call. Null
+    /// for symbols and for what is no JPEG or PNG.
+    std::shared_ptr<const CGImage> cgImage() const;
+    /// The form to decode for `scale` device pixels a point: the smallest that is large enough, else the largest. A bitmap
+    /// is encoded when this is first asked for.
     const Representation& representation(CGFloat scale) const;
     const ImageHeader& header() const { return header_; }
     /// Distinguishes pictures in caches; equal for equal pictures only.
@@ -57,13 +65,20 @@ public:
 
     UIImage(std::vector<Representation> representations, ImageHeader header);
     UIImage(Path path, CGSize size);
+    explicit UIImage(std::shared_ptr<const CGImage> bitmap);
 
 private:
-    std::vector<Representation> representations_;
+    mutable std::once_flag encoded_;  // guards representations_ of a bitmap
+    mutable std::vector<Representation> representations_;
+    std::shared_ptr<const CGImage> bitmap_;
     ImageHeader header_;
     std::unique_ptr<Path> path_;
     CGSize size_;
     std::uint64_t identifier_;
 };
+
+/// The picture as a JPEG file. `quality`: 0 (smallest) to 1 (best). Null data when it has no pixels.
+Data UIImageJPEGRepresentation(const UIImage& image, double quality);
+Data UIImagePNGRepresentation(const UIImage& image);
 
 }  // namespace ostrel

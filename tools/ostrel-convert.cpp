@@ -1,0 +1,234 @@
+// Converts a clip as the article editor does, and prints what the editor reads of it.
+
+#include "article/media/CaptureMetadata.h"
+#include "article/media/NSMov2Mp4.h"
+#include "backends/ffmpeg/FfmpegMediaBackend.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSThread.h"
+#include "platform/foundation/SystemRunLoop.h"
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <fstream>
+#include <iostream>
+#include <unistd.h>
+
+using namespace ostrel;
+
+namespace {
+
+enum ExitStatus { succeeded = 0, failed = 1, wrongUse = 2, interrupted = 130 };
+
+constexpr double secondsBetweenLooks = 0.02;
+/// No clip takes this long; the loop is bounded.
+constexpr double longestSeconds = 7 * 24 * 60 * 60.0;
+
+volatile std::sig_atomic_t wasInterrupted = 0;
+void rememberInterrupt(int) { wasInterrupted = 1; }
+
+struct Outcome {
+    std::string preset;
+    std::optional<NSError> error;
+    bool isOffered = false;
+};
+
+class ProgressBar final {
+public:
+    explicit ProgressBar(bool isShown) : isShown_(isShown) {}
+    ~ProgressBar() {
+        if (isDrawn_) std::fputs("\n", stderr);
+    }
+    void show(float progress) {
+        if (!isShown_) return;
+        constexpr int width = 40;
+        const int filled = static_cast<int>(std::lround(progress * width));
+        std::string bar(static_cast<std::size_t>(filled), '#');
+        bar.resize(width, '.');
+        std::fprintf(stderr, "\r[%s] %3d %%", bar.c_str(), static_cast<int>(std::floor(progress * 100)));
+        std::fflush(stderr);
+        isDrawn_ = true;
+    }
+
+private:
+    bool isShown_;
+    bool isDrawn_ = false;
+};
+
+Outcome convert(SystemRunLoop& loop, const NSURL& source, const std::string& destination, ProgressBar& bar) {
+    Outcome outcome;
+    std::atomic<bool> isFinished{false};
+    std::optional<NSError> failure;  // written before isFinished is set
+    const auto session = NSMov2Mp4().startConversion(
+        source, destination, [&](bool finished, float progress, const std::optional<NSError>& error) {
+            if (finished) {
+                failure = error;
+                isFinished.store(true, std::memory_order_release);
+            } else {
+                bar.show(progress);
+            }
+        });
+    if (!session) return outcome;
+    outcome.isOffered = true;
+    outcome.preset = session->presetName();
+    const auto look = NSTimer::scheduledTimer(secondsBetweenLooks, true, [&](NSTimer&) {
+        if (wasInterrupted) session->cancelExport();
+    });
+    loop.run([&] { return isFinished.load(std::memory_order_acquire); }, longestSeconds);
+    look->invalidate();
+    // The completion has returned when its thread has ended.
+    NSThread::waitForAll(longestSeconds);
+    outcome.error = failure;
+    if (!failure) bar.show(1);
+    return outcome;
+}
+
+std::string isoDate(NSDate date) {
+    const auto seconds = static_cast<std::time_t>(std::floor(date.secondsSince1970));
+    std::tm parts{};
+    std::array<char, 64> text{};
+    ::gmtime_r(&seconds, &parts);
+    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+    return text.data();
+}
+
+const char* nameOf(UIImageOrientation orientation) {
+    switch (orientation) {
+    case UIImageOrientation::up: return "up";
+    case UIImageOrientation::down: return "down";
+    case UIImageOrientation::left: return "left";
+    case UIImageOrientation::right: return "right";
+    }
+    return "up";
+}
+
+UIImageOrientation orientationOf(const std::shared_ptr<const AVAsset>& clip) {
+    const AVAssetTrack* track = clip ? clip->firstTrack(AVMediaType::video) : nullptr;
+    return track ? NSMov2Mp4::orientationOfTransform(track->preferredTransform) : UIImageOrientation::up;
+}
+
+void print(const nlohmann::ordered_json& facts, bool json) {
+    if (json) {
+        std::cout << facts.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
+        return;
+    }
+    for (const auto& [name, value] : facts.items()) {
+        const std::string text = value.is_null()     ? "-"
+                                 : value.is_string() ? value.get<std::string>()
+                                                     : value.dump();
+        std::printf("%-12s %s\n", name.c_str(), text.c_str());
+    }
+}
+
+bool writePicture(const UIImage& picture, const std::string& path) {
+    const bool isPng = path.size() > 4 && path.ends_with(".png");
+    const Data data = isPng ? UIImagePNGRepresentation(picture) : UIImageJPEGRepresentation(picture, 0.9);
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(data.bytes()), static_cast<std::streamsize>(data.size()));
+    file.close();
+    return data && file.good();
+}
+
+int complain(const std::string& why, bool json) {
+    if (json)
+        std::cout << nlohmann::json{{"error", why}}.dump(-1, ' ', false,
+                                                         nlohmann::json::error_handler_t::replace)
+                  << "\n";
+    std::cerr << "ostrel-convert: " << why << "\n";
+    return failed;
+}
+
+int run(const std::string& in, const std::string& out, const std::string& thumbnail, bool json) {
+    const auto loop = std::make_shared<SystemRunLoop>();
+    RunLoop::installMain(loop);
+    MediaBackend::install(std::make_shared<FfmpegMediaBackend>());
+    std::signal(SIGINT, rememberInterrupt);
+    std::signal(SIGTERM, rememberInterrupt);
+    // A file larger than the process may write is an error like any other.
+    std::signal(SIGXFSZ, SIG_IGN);
+    const NSURL source = NSURL::fileURLWithPath(in);
+
+    Outcome outcome;
+    {
+        ProgressBar bar(!json && ::isatty(STDERR_FILENO));
+        outcome = convert(*loop, source, out, bar);
+    }
+    if (!outcome.isOffered) {
+        std::optional<NSError> why;
+        AVAsset::assetWithURL(source, &why);
+        return complain(why ? why->localizedDescription
+                            : "The clip's pictures are in a format that cannot be converted.",
+                        json);
+    }
+    if (outcome.error) {
+        complain(outcome.error->localizedDescription, json);
+        return wasInterrupted ? interrupted : failed;
+    }
+
+    NSArticleVideoObject item;
+    const auto clip = AVAsset::assetWithURL(source);
+    if (clip) copyCaptureMetadata(*clip, item);
+    std::shared_ptr<const UIImage> picture;
+    float duration = 0;
+    if (!NSMov2Mp4().mp4Information(NSURL::fileURLWithPath(out), picture, duration))
+        return complain("The converted clip cannot be inspected.", json);
+    if (!thumbnail.empty() && !writePicture(*picture, thumbnail))
+        return complain("The picture cannot be written.", json);
+
+    const auto result = AVAsset::assetWithURL(NSURL::fileURLWithPath(out));
+    const auto textOrNull = [](const std::optional<std::string>& text) {
+        return text ? nlohmann::ordered_json(*text) : nlohmann::ordered_json();
+    };
+    nlohmann::ordered_json facts;
+    facts["duration"] = static_cast<int>(duration);
+    facts["width"] = static_cast<int>(picture->size().width);
+    facts["height"] = static_cast<int>(picture->size().height);
+    facts["orientation"] = nameOf(orientationOf(result));
+    facts["turned"] = nameOf(orientationOf(clip));
+    facts["date"] = item.date() ? nlohmann::ordered_json(isoDate(*item.date())) : nlohmann::ordered_json();
+    facts["latitude"] = textOrNull(item.latitude());
+    facts["longitude"] = textOrNull(item.longitude());
+    facts["altitude"] = textOrNull(item.altitude());
+    facts["model"] = textOrNull(item.device());
+    facts["software"] = textOrNull(item.software());
+    facts["preset"] = outcome.preset == AVAssetExportPresetMediumQuality ? "medium" : "low";
+    print(facts, json);
+    return succeeded;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"Converts a clip to MP4 as the article editor does, and prints what the editor reads of it.",
+                 "ostrel-convert"};
+    std::string in, out, thumbnail;
+    bool json = false;
+    app.add_option("IN", in, "The clip: MOV, MP4, MKV, WebM or AVI")->required();
+    app.add_option("OUT", out,
+                   "The MP4 file to make; replaced when it is there, once the new one is complete")
+        ->required();
+    app.add_option("--thumbnail", thumbnail,
+                   "Write the first frame, upright, to this file (.png; else JPEG)");
+    app.add_flag("--json", json, "Print the facts, or the error, as one JSON object");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        std::cout
+            << app.help()
+            << "\nFacts: duration (whole seconds), width and height of the upright picture, orientation of "
+               "the\n"
+               "result, how the source was turned, date (UTC), place, model, software, preset.\n"
+               "Ends with 0; 1 when the clip cannot be converted, 2 on wrong use, 130 when interrupted.\n";
+        return succeeded;
+    } catch (const CLI::ParseError& error) {
+        std::cerr << "ostrel-convert: " << error.what() << ". See --help.\n";
+        return wrongUse;
+    }
+    return run(in, out, thumbnail, json);
+}
