@@ -152,7 +152,9 @@ bool ClipReader::takeVideo(AVFrame& frame) {
     std::int64_t source = frame.best_effort_timestamp;
     if (source == AV_NOPTS_VALUE) {
         const auto step = static_cast<std::int64_t>(1 / (frameRate() * av_q2d(video_->time_base)));
-        source = lastSourceTime_ == AV_NOPTS_VALUE ? 0 : lastSourceTime_ + std::max<std::int64_t>(1, step);
+        source = lastSourceTime_ == AV_NOPTS_VALUE
+                     ? av_rescale_q(start_, AVRational{1, AV_TIME_BASE}, video_->time_base)
+                     : lastSourceTime_ + std::max<std::int64_t>(1, step);
     }
     lastSourceTime_ = source;
     std::int64_t time = av_rescale_q(source, video_->time_base, AVRational{1, outputTicks}) -

@@ -89,6 +89,8 @@ int ClipWriter::openMultiplexer(const AVFormatContext& source) {
         av_free(buffer);
         return AVERROR(ENOMEM);
     }
+    // Else every packet would be a call to the system.
+    io_->min_packet_size = bufferSize;
     format->pb = io_.get();
     format->flags |= AVFMT_FLAG_CUSTOM_IO;
     // To put the index in front, the multiplexer reads the file that it is writing by its name.

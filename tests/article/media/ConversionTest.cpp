@@ -20,10 +20,11 @@ protected:
     };
 
     void convert() {
-        NSMov2Mp4().convertMovSourceURL(url, "/home/me/Documents/clip.mov",
-                                        [this](bool finished, float progress, const std::optional<NSError>& error) {
-                                            calls.push_back({finished, progress, error});
-                                        });
+        NSMov2Mp4().convertMovSourceURL(
+            url, "/home/me/Documents/clip.mov",
+            [this](bool finished, float progress, const std::optional<NSError>& error) {
+                calls.push_back({finished, progress, error});
+            });
     }
     ScriptedExport& running() { return *media->exports.back(); }
     /// Half a millisecond into the tick, so that sums of tenths do not matter.
@@ -99,11 +100,12 @@ TEST_F(ConversionTest, TheStatusDecidesWhatTheHandlerIsToldAndWhetherTheTimerSto
         std::optional<Call> told;
         bool timerRunsOn;
     };
-    for (const Case& c : {Case{Status::completed, Call{true, 1, std::nullopt}, false},
-                          Case{Status::failed, Call{true, 0.5, full}, false},
-                          Case{Status::cancelled, Call{true, 0.5, full}, false},
-                          Case{Status::unknown, Call{true, 0.5, full}, true},
-                          Case{Status::waiting, std::nullopt, true}, Case{Status::exporting, std::nullopt, true}}) {
+    for (const Case& c :
+         {Case{Status::completed, Call{true, 1, std::nullopt}, false},
+          Case{Status::failed, Call{true, 0.5, full}, false},
+          Case{Status::cancelled, Call{true, 0.5, full}, false},
+          Case{Status::unknown, Call{true, 0.5, full}, true}, Case{Status::waiting, std::nullopt, true},
+          Case{Status::exporting, std::nullopt, true}}) {
         SCOPED_TRACE(static_cast<int>(c.status));
         clip().presets = {medium};
         convert();

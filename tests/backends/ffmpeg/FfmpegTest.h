@@ -47,24 +47,24 @@ protected:
         std::mutex mutex;  // the end is told on another thread
         std::atomic<bool> isFinished{false};
         std::shared_ptr<AVAssetExportSession> session;
-        session = NSMov2Mp4().startConversion(
-            NSURL::fileURLWithPath(from), to, [&](bool finished, float done, const std::optional<NSError>& error) {
-                if (!finished) {
-                    if (during && session) during(*session, done);
-                    const std::lock_guard lock(mutex);
-                    outcome.progress.push_back(done);
-                    return;
-                }
-                const std::lock_guard lock(mutex);
-                ++outcome.finishedCalls;
-                outcome.last = done;
-                outcome.error = error;
-                isFinished = true;
-            });
+        session =
+            NSMov2Mp4().startConversion(NSURL::fileURLWithPath(from), to,
+                                        [&](bool finished, float done, const std::optional<NSError>& error) {
+                                            if (!finished) {
+                                                if (during && session) during(*session, done);
+                                                const std::lock_guard lock(mutex);
+                                                outcome.progress.push_back(done);
+                                                return;
+                                            }
+                                            const std::lock_guard lock(mutex);
+                                            ++outcome.finishedCalls;
+                                            outcome.last = done;
+                                            outcome.error = error;
+                                            isFinished = true;
+                                        });
         EXPECT_TRUE(loop->run([&] { return isFinished.load(); }, 60));
         EXPECT_TRUE(NSThread::waitForAll(10));
-        while (loop->runTurn()) {
-        }
+        while (loop->runTurn()) {}
         session = nullptr;
         return outcome;
     }

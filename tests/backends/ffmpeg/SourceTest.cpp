@@ -17,7 +17,8 @@ protected:
     void expectConverts(const std::string& path, const Expected& expected) {
         SCOPED_TRACE(path);
         const Outcome outcome = convert(path, out());
-        ASSERT_TRUE(outcome.succeeded()) << (outcome.error ? outcome.error->localizedDescription : "no error told");
+        ASSERT_TRUE(outcome.succeeded())
+            << (outcome.error ? outcome.error->localizedDescription : "no error told");
         const auto clip = probeClip(out());
         ASSERT_TRUE(clip) << "the result cannot be decoded";
         EXPECT_EQ(clip->width, expected.width);
@@ -38,7 +39,8 @@ protected:
         EXPECT_TRUE(clip->isIndexInFront);
         EXPECT_FALSE(clip->isTurned);
         EXPECT_LE(clip->largestFrameRate, 30.6);
-        EXPECT_LT(std::abs(clip->firstFrame), 0.05);
+        // Pictures may begin two frames after the sound, as in the source.
+        EXPECT_LT(std::abs(clip->firstFrame), 0.07);
         last_ = *clip;
     }
 
@@ -80,7 +82,8 @@ TEST_F(SourceTest, PicturesFitTheBoxInBothOrientationsWithEvenSidesAndAreNeverEn
 }
 
 TEST_F(SourceTest, PixelsThatAreNotSquareBecomeSquare) {
-    expectConverts(maker.plain("wide.mp4", "720x576", 0.5, quick + "-an -vf setsar=64/45"), {640, 360, 0.5, 0});
+    expectConverts(maker.plain("wide.mp4", "720x576", 0.5, quick + "-an -vf setsar=64/45"),
+                   {640, 360, 0.5, 0});
 }
 
 TEST_F(SourceTest, TheFrameRateIsKeptUpToThirtyAndTimesThatVaryAreKept) {
@@ -95,8 +98,9 @@ TEST_F(SourceTest, TheFrameRateIsKeptUpToThirtyAndTimesThatVaryAreKept) {
 TEST_F(SourceTest, TimesThatBeginElsewhereAndEditListsKeepPictureAndSoundTogether) {
     maker.plain("long.mov", "320x240", 2, quick + "-bf 2 -g 30 -c:a aac");
     expectConverts(maker.make("late.mkv", "-i {long.mov} -c copy -output_ts_offset 5"), {320, 240, 2});
-    expectConverts(maker.make("early.mkv", "-i {long.mov} -c copy -output_ts_offset -1 -avoid_negative_ts disabled"),
-                   {320, 240, 2});
+    expectConverts(
+        maker.make("early.mkv", "-i {long.mov} -c copy -output_ts_offset -1 -avoid_negative_ts disabled"),
+        {320, 240, 2});
     expectConverts(maker.make("edited.mp4", "-ss 0.5 -i {long.mov} -c copy"), {320, 240, 1.5});
     expectConverts(maker.make("fragments.mp4", "-i {long.mov} -c copy -movflags +frag_keyframe+empty_moov"),
                    {320, 240, 2});
@@ -104,24 +108,27 @@ TEST_F(SourceTest, TimesThatBeginElsewhereAndEditListsKeepPictureAndSoundTogethe
 
 TEST_F(SourceTest, ASoundThatPausesIsHeardAtItsTime) {
     // The tone is cut out between 0.5 and 1.5 seconds, and the gap is in the times, not in the samples.
-    expectConverts(maker.make("pause.mkv", "-f lavfi -i testsrc2=s=320x240:r=30:d=2 -f lavfi -i sine=440:r=48000:d=2 "
-                                           "-af \"aselect='not(between(t,0.5,1.5))'\" " +
-                                               quick + "-c:a pcm_s16le"),
-                   {320, 240, 2});
+    expectConverts(
+        maker.make("pause.mkv", "-f lavfi -i testsrc2=s=320x240:r=30:d=2 -f lavfi -i sine=440:r=48000:d=2 "
+                                "-af \"aselect='not(between(t,0.5,1.5))'\" " +
+                                    quick + "-c:a pcm_s16le"),
+        {320, 240, 2});
 }
 
 TEST_F(SourceTest, OfSeveralTracksTheFirstPictureAndTheBestSoundAreTaken) {
-    expectConverts(maker.make("tracks.mkv",
-                              "-f lavfi -i testsrc2=s=640x360:r=30:d=1 -f lavfi -i testsrc=s=320x240:r=30:d=1 "
-                              "-f lavfi -i sine=300:d=0.4 -f lavfi -i sine=500:d=1 -map 0 -map 1 -map 2 -map 3 " +
-                                  quick + "-c:a aac -ac:a:0 1 -ac:a:1 2 -disposition:a:0 0 -disposition:a:1 0"),
-                   {640, 360, 1});
+    expectConverts(
+        maker.make("tracks.mkv",
+                   "-f lavfi -i testsrc2=s=640x360:r=30:d=1 -f lavfi -i testsrc=s=320x240:r=30:d=1 "
+                   "-f lavfi -i sine=300:d=0.4 -f lavfi -i sine=500:d=1 -map 0 -map 1 -map 2 -map 3 " +
+                       quick + "-c:a aac -ac:a:0 1 -ac:a:1 2 -disposition:a:0 0 -disposition:a:1 0"),
+        {640, 360, 1});
 }
 
 TEST_F(SourceTest, SoundOfSixChannelsAndOfNinetySixKilohertzBecomesStereoAndNoneStaysNone) {
     expectConverts(maker.plain("six.mkv", "320x240", 1, quick + "-ac 6 -c:a ac3"), {320, 240, 1});
     expectConverts(maker.plain("high.mov", "320x240", 1, quick + "-ar 96000 -c:a pcm_s16le"), {320, 240, 1});
-    expectConverts(maker.plain("mono.mov", "320x240", 1, quick + "-ar 8000 -ac 1 -c:a pcm_s16le"), {320, 240, 1});
+    expectConverts(maker.plain("mono.mov", "320x240", 1, quick + "-ar 8000 -ac 1 -c:a pcm_s16le"),
+                   {320, 240, 1});
     expectConverts(maker.plain("mute.mov", "320x240", 1, quick + "-an"), {320, 240, 1, 0});
 }
 
@@ -133,8 +140,9 @@ TEST_F(SourceTest, InterlacedLinesAreJoined) {
 }
 
 TEST_F(SourceTest, TenBitsAndHighDynamicRangeBecomeEightBitsOfStandardRange) {
-    const std::string hevc = "-an -c:v libx265 -preset ultrafast -pix_fmt yuv420p10le -tag:v hvc1 -x265-params "
-                             "log-level=none:colorprim=bt2020:colormatrix=bt2020nc:transfer=";
+    const std::string hevc =
+        "-an -c:v libx265 -preset ultrafast -pix_fmt yuv420p10le -tag:v hvc1 -x265-params "
+        "log-level=none:colorprim=bt2020:colormatrix=bt2020nc:transfer=";
     // A grey of half the code values, which PQ (SMPTE ST 2084) shows at about 92 cd/m2 and HLG at a fifth of its peak.
     const std::string grey = "-f lavfi -i color=gray:s=320x240:r=30:d=0.5 ";
     for (const std::string transfer : {"smpte2084", "arib-std-b67"}) {
@@ -145,22 +153,27 @@ TEST_F(SourceTest, TenBitsAndHighDynamicRangeBecomeEightBitsOfStandardRange) {
         EXPECT_LT(last_.brightness.front(), 190);
     }
     // Black stays black, and white becomes nearly white.
-    expectConverts(maker.make("hdr-black.mov", "-f lavfi -i color=black:s=320x240:r=30:d=0.2 " + hevc + "smpte2084"),
-                   {320, 240, 0.2, 0});
+    expectConverts(
+        maker.make("hdr-black.mov", "-f lavfi -i color=black:s=320x240:r=30:d=0.2 " + hevc + "smpte2084"),
+        {320, 240, 0.2, 0});
     EXPECT_NEAR(last_.brightness.front(), 16, 2);
-    expectConverts(maker.make("hdr-white.mov", "-f lavfi -i color=white:s=320x240:r=30:d=0.2 " + hevc + "smpte2084"),
-                   {320, 240, 0.2, 0});
+    expectConverts(
+        maker.make("hdr-white.mov", "-f lavfi -i color=white:s=320x240:r=30:d=0.2 " + hevc + "smpte2084"),
+        {320, 240, 0.2, 0});
     EXPECT_GT(last_.brightness.front(), 215);
 }
 
 TEST_F(SourceTest, FullRangeIsCompressedToLimitedRange) {
-    expectConverts(maker.make("full.mov", "-f lavfi -i color=black:s=320x240:r=30:d=0.2 -pix_fmt yuvj420p -c:v mjpeg -q:v 1"),
-                   {320, 240, 0.2, 0});
+    expectConverts(
+        maker.make("full.mov",
+                   "-f lavfi -i color=black:s=320x240:r=30:d=0.2 -pix_fmt yuvj420p -c:v mjpeg -q:v 1"),
+        {320, 240, 0.2, 0});
     EXPECT_NEAR(last_.brightness.front(), 16, 1.5);
 }
 
 TEST_F(SourceTest, TheLowPresetKeepsItsNumbers) {
-    const std::string path = maker.plain("noisy.mp4", "640x360", 4, quick + "-vf noise=alls=60:allf=t -c:a aac");
+    const std::string path =
+        maker.plain("noisy.mp4", "640x360", 4, quick + "-vf noise=alls=60:allf=t -c:a aac");
     AVAssetExportSession session(asset(path), std::string(AVAssetExportPresetLowQuality));
     session.setOutputURL(NSURL::fileURLWithPath(out()));
     session.setOutputFileType(AVFileTypeMPEG4);
@@ -180,7 +193,8 @@ TEST_F(SourceTest, TheLowPresetKeepsItsNumbers) {
 }
 
 TEST_F(SourceTest, TheMediumPresetHoldsItsCeilingOnNoise) {
-    const std::string path = maker.plain("noisy.mp4", "640x360", 4, quick + "-vf noise=alls=60:allf=t -c:a aac");
+    const std::string path =
+        maker.plain("noisy.mp4", "640x360", 4, quick + "-vf noise=alls=60:allf=t -c:a aac");
     ASSERT_TRUE(convert(path, out()).succeeded());
     const auto clip = probeClip(out());
     ASSERT_TRUE(clip);

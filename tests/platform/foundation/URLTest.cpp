@@ -10,7 +10,8 @@ namespace ostrel {
 namespace {
 
 TEST(URLTest, AFilePathSurvivesTheWayThroughAnAddress) {
-    for (const std::string& path : std::vector<std::string>{"/a/b.mov", "/with space/\xE7\x89\x87.MOV", "/100%25.mov", "/a?b#c;d.mov", "/line\nbreak"}) {
+    for (const std::string& path : std::vector<std::string>{"/a/b.mov", "/with space/\xE7\x89\x87.MOV",
+                                                            "/100%25.mov", "/a?b#c;d.mov", "/line\nbreak"}) {
         const NSURL url = NSURL::fileURLWithPath(path);
         EXPECT_TRUE(url.isFileURL());
         EXPECT_EQ(url.path(), path);
@@ -24,12 +25,12 @@ TEST(URLTest, PathAndItsLastPart) {
     struct Case {
         std::string text, path, last;
     };
-    for (const Case& c : {Case{"file:///DCIM/IMG_0001.MOV", "/DCIM/IMG_0001.MOV", "IMG_0001.MOV"},
-                          Case{"file://localhost/a/b/", "/a/b/", "b"}, Case{"file:/a/b", "/a/b", "b"},
-                          Case{"http://h.example/v/1.mp4?t=/2#3", "/v/1.mp4", "1.mp4"},
-                          Case{"http://h.example", "", ""}, Case{"file:///", "/", "/"},
-                          Case{"/plain/path.mov", "/plain/path.mov", "path.mov"}, Case{"file:///%E7%89%8", "/\xE7\x89%8", "\xE7\x89%8"},
-                          Case{"", "", ""}}) {
+    for (const Case& c :
+         {Case{"file:///DCIM/IMG_0001.MOV", "/DCIM/IMG_0001.MOV", "IMG_0001.MOV"},
+          Case{"file://localhost/a/b/", "/a/b/", "b"}, Case{"file:/a/b", "/a/b", "b"},
+          Case{"http://h.example/v/1.mp4?t=/2#3", "/v/1.mp4", "1.mp4"}, Case{"http://h.example", "", ""},
+          Case{"file:///", "/", "/"}, Case{"/plain/path.mov", "/plain/path.mov", "path.mov"},
+          Case{"file:///%E7%89%8", "/\xE7\x89%8", "\xE7\x89%8"}, Case{"", "", ""}}) {
         EXPECT_EQ(NSURL(c.text).path(), c.path) << c.text;
         EXPECT_EQ(NSURL(c.text).lastPathComponent(), c.last) << c.text;
     }
