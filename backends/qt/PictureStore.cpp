@@ -10,10 +10,41 @@ namespace ostrel {
 namespace {
 
 constexpr std::size_t maximumBytes = 32 << 20;
+// What decoding one picture may take: 32 megapixels of a PNG, far more of a JPEG, which is reduced while it is decoded.
+constexpr std::int64_t maximumDecodingBytes = 128 << 20;
+// Of one decoded picture; larger ones are shown enlarged.
+constexpr double maximumPixels = 8 << 20;
 constexpr std::size_t maximumWanted = 256;
 constexpr int maximumSide = 8192;
 constexpr qint64 smallPixels = 128 * 128;
 constexpr std::size_t smallBytes = 24 << 10;
+
+}  // namespace
+
+namespace {
+
+const char* formatName(ImageFormat format) {
+    switch (format) {
+    case ImageFormat::png: return "png";
+    case ImageFormat::jpeg: return "jpeg";
+    case ImageFormat::gif: return "gif";
+    case ImageFormat::webp: return "webp";
+    }
+    return "";
+}
+
+/// Bytes that decoding the picture at this size takes, the result included.
+std::int64_t decodingBytes(const ImageHeader& header, const PictureKey& key) {
+    std::int64_t width = header.pixelWidth, height = header.pixelHeight;
+    if (header.format == ImageFormat::jpeg) {
+        // ITU-T T.81 blocks of 8 by 8 are decoded as 4 by 4, 2 by 2 or 1 by 1 when that is large enough.
+        for (int i = 0; i < 3 && width / 2 >= key.width && height / 2 >= key.height; ++i) {
+            width /= 2;
+            height /= 2;
+        }
+    }
+    return 4 * width * height + 4 * std::int64_t(key.width) * key.height + header.coefficientBytes;
+}
 
 }  // namespace
 
@@ -39,10 +70,15 @@ PictureKey PictureStore::keyFor(const UIImage& image, double width, double heigh
         largestHeight = std::max(largestHeight, image.size().height * scale);
     }
     const auto side = [](double wanted, double largest) {
-        return static_cast<int>(
-            std::clamp(std::ceil(std::min(wanted, largest) - 1e-6), 1.0, double(maximumSide)));
+        return std::clamp(std::ceil(std::min(wanted, largest) - 1e-6), 1.0, double(maximumSide));
     };
-    return {image.identifier(), side(width, largestWidth), side(height, largestHeight)};
+    double wide = side(width, largestWidth), high = side(height, largestHeight);
+    if (wide * high > maximumPixels) {
+        const double factor = std::sqrt(maximumPixels / (wide * high));
+        wide = std::max(1.0, std::floor(wide * factor));
+        high = std::max(1.0, std::floor(high * factor));
+    }
+    return {image.identifier(), static_cast<int>(wide), static_cast<int>(high)};
 }
 
 bool PictureStore::isSmall(const UIImage& image, const PictureKey& key) {
@@ -103,11 +139,15 @@ QImage PictureStore::decode(const UIImage& image, const PictureKey& key) {
     const QByteArray bytes =
         QByteArray::fromRawData(reinterpret_cast<const char*>(representation.data.bytes()),
                                 static_cast<qsizetype>(representation.data.size()));
+    // The neighbour for another scale may be another kind of file.
+    const auto header = ImageHeader::read(representation.data);
+    if (!header || decodingBytes(*header, key) > maximumDecodingBytes) return {};
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer);
-    reader.setDecideFormatFromContent(true);
+    // The format that the header was read as, so that no other decoder is tried on the bytes.
+    QImageReader reader(&buffer, formatName(header->format));
+    reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(true);
     const QSize wanted(key.width, key.height);
     const bool turned = reader.transformation() & QImageIOHandler::TransformationRotate90;

@@ -31,7 +31,8 @@ struct PictureKeyHash {
 };
 
 /// Decoded pictures at the sizes they are shown, at most 32 MiB of them. Large ones are decoded on a thread of their own,
-/// so that painting does not wait for them; small ones (icons) by whoever asks. Any thread.
+/// so that painting does not wait for them; small ones (icons) by whoever asks. A picture that would take more than
+/// 128 MiB to decode is one that cannot be decoded. Of a GIF it is the first frame. Any thread.
 class PictureStore final {
 public:
     /// `decoded` is called from the decoding thread when results wait for `takeDecoded`; once until they were taken.

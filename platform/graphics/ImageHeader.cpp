@@ -1,5 +1,6 @@
 #include "platform/graphics/UIImage.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace ostrel {
@@ -69,6 +70,37 @@ int tiffOrientation(const Bytes& tiff) {
     return 1;
 }
 
+/// Bytes of all coefficients, two each, of the frame header at `at` (ITU-T T.81, B.2.2); sizes are rounded up to blocks.
+std::int64_t jpegCoefficientBytes(const Bytes& bytes, std::size_t at) {
+    const unsigned components = bytes.byte(at + 9);
+    unsigned samples = 0, widest = 1, highest = 1;
+    for (unsigned i = 0; i < components; ++i) {
+        const unsigned factors = bytes.byte(at + 11 + std::size_t{3} * i);
+        samples += (factors >> 4) * (factors & 15);
+        widest = std::max(widest, factors >> 4);
+        highest = std::max(highest, factors & 15);
+    }
+    const std::int64_t columns = (bytes.big16(at + 7) + 8 * widest - 1) / (8 * widest);
+    const std::int64_t rows = (bytes.big16(at + 5) + 8 * highest - 1) / (8 * highest);
+    return columns * rows * samples * 64 * 2;
+}
+
+/// Whether the first scan, after `at`, holds all of `components` and all of each (B.2.3): then one block after the other
+/// can be decoded. A picture whose scan is not to be found is taken for one of many.
+bool isInOneScan(const Bytes& bytes, std::size_t at, unsigned components) {
+    while (at + 5 <= bytes.size() && bytes.byte(at) == 0xFF) {
+        const unsigned marker = bytes.byte(at + 1);
+        if (marker == 0xFF) {
+            ++at;
+        } else if (marker == 0xDA) {
+            return bytes.byte(at + 4) >= components;
+        } else {
+            at += 2 + std::max(2u, bytes.big16(at + 2));
+        }
+    }
+    return false;
+}
+
 /// ITU-T T.81, annex B: segments up to the frame header (SOF).
 std::optional<ImageHeader> readJpeg(const Bytes& bytes) {
     int orientation = 1;
@@ -91,7 +123,13 @@ std::optional<ImageHeader> readJpeg(const Bytes& bytes) {
             marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
         if (isFrame) {
             if (length < 8) return std::nullopt;
-            return checked(bytes, ImageFormat::jpeg, bytes.big16(at + 7), bytes.big16(at + 5), orientation);
+            auto header =
+                checked(bytes, ImageFormat::jpeg, bytes.big16(at + 7), bytes.big16(at + 5), orientation);
+            const bool isSequential = marker <= 0xC1;
+            if (header && !(isSequential && isInOneScan(bytes, at + 2 + length, bytes.byte(at + 9)))) {
+                header->coefficientBytes = jpegCoefficientBytes(bytes, at);
+            }
+            return header;
         }
         constexpr std::string_view exif("Exif\0\0", 6);
         if (marker == 0xE1 && bytes.has(at + 4, exif) && length >= 2 + exif.size()) {

@@ -22,6 +22,9 @@ struct ImageHeader {
     ImageFormat format = ImageFormat::png;
     int pixelWidth = 0, pixelHeight = 0;  ///< upright, after the EXIF orientation
     int orientation = 1;                  ///< EXIF/TIFF orientation, 1 to 8
+    /// Bytes that a decoder has to keep of the whole picture at whatever size it is wanted: the coefficients of a JPEG
+    /// whose scans do not each hold all components (progressive ones above all). 0: none.
+    std::int64_t coefficientBytes = 0;
 
     /// None when the bytes are no PNG, JPEG, GIF or WebP picture, or its size is not 1 to 65,500 pixels a side.
     static std::optional<ImageHeader> read(const Data& data);

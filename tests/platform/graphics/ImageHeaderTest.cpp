@@ -109,6 +109,31 @@ TEST(ImageHeader, ReadsFormatSizeAndOrientation) {
     }
 }
 
+TEST(ImageHeader, TellsWhatADecoderKeepsOfAJpegInSeveralScans) {
+    // Three components, the first sampled twice as finely both ways.
+    const auto threeComponents = [](unsigned char marker) {
+        return segment(marker, "\x08" + big16(16) + big16(33) +
+                                   std::string("\x03\x01\x22\0\x02\x11\1\x03\x11\1", 10));
+    };
+    const std::string tables = segment(0xC4, "tables");
+    const std::string all("\xFF\xDA\0\x0C\x03\x01\0\x02\x11\x03\x11\0\x3F\0", 14),
+        one("\xFF\xDA\0\x08\x01\x01\0\0\x3F\0", 10);
+    // 3 by 1 units of 16 by 16 pixels, of 6 blocks of 64 coefficients each.
+    constexpr std::int64_t whole = 3 * 6 * 64 * 2;
+    const std::tuple<const char*, std::string, std::int64_t> cases[] = {
+        {"one scan", threeComponents(0xC0) + tables + all, 0},
+        {"one scan, extended", threeComponents(0xC1) + all, 0},
+        {"a scan each", threeComponents(0xC0) + tables + one, whole},
+        {"progressive", threeComponents(0xC2) + all, whole},
+        {"no scan", threeComponents(0xC0) + tables, whole},
+    };
+    for (const auto& [what, bytes, expected] : cases) {
+        const auto header = ImageHeader::read(Data::copy("\xFF\xD8" + bytes));
+        ASSERT_TRUE(header) << what;
+        EXPECT_EQ(header->coefficientBytes, expected) << what;
+    }
+}
+
 TEST(ImageHeader, RefusesWhatIsNoPicture) {
     const std::pair<const char*, std::string> cases[] = {
         {"nothing", ""},
