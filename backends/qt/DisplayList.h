@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <QImage>
+#include <QPainterPath>
 #include <QRect>
 #include <vector>
 
@@ -40,6 +41,9 @@ struct DisplayList {
     UIColor ground;         ///< painted below all when opaque
     std::optional<CornerClip> corners;
     PictureStore* pictures = nullptr;
+    /// For a blur that is no part of another surface: what lies beneath it, from its own upper left corner on.
+    std::shared_ptr<const DisplayList> beneath;
+    CGPoint beneathOrigin;  ///< points: where in `beneath` the view stands
 };
 
 /// The rectangle that a picture of `size` takes within a view of `bounds` in this content mode.
@@ -49,6 +53,9 @@ CGRect placedImage(CGSize size, CGSize bounds, UIViewContentMode mode);
 /// transform, alpha and hiding of the root view are left to whoever shows the picture. Any thread; draws text, so after
 /// `prepareFonts`.
 QImage paintDisplayList(const DisplayList& list, const QRect& pixels);
+
+/// `rect` with its upper and lower corners rounded by `radius`, where wanted.
+QPainterPath roundedPath(const QRectF& rect, double radius, bool roundsTop, bool roundsBottom);
 
 /// Points around a view that its shadow covers.
 double shadowMargin(const LayerShadow& shadow);

@@ -1,3 +1,4 @@
+#include "backends/qt/BackdropBlur.h"
 #include "backends/qt/DisplayList.h"
 #include "backends/qt/PictureStore.h"
 #include "backends/qt/QtConversions.h"
@@ -23,35 +24,8 @@ QTransform toQTransform(const CGAffineTransform& t, CGPoint center) {
     return back * result;
 }
 
-/// `r` with its upper and lower corners rounded by `radius`, where wanted.
-QPainterPath roundedPath(const QRectF& r, double radius, bool roundsTop, bool roundsBottom) {
-    radius = std::max(0.0, std::min({radius, r.width() / 2, r.height() / 2}));
-    QPainterPath path;
-    if (radius <= 0 || (!roundsTop && !roundsBottom)) {
-        path.addRect(r);
-        return path;
-    }
-    if (roundsTop && roundsBottom) {
-        path.addRoundedRect(r, radius, radius);
-        return path;
-    }
-    const double top = roundsTop ? radius : 0, bottom = roundsBottom ? radius : 0;
-    path.moveTo(r.left(), r.top() + top);
-    if (top > 0) path.arcTo(QRectF(r.left(), r.top(), 2 * top, 2 * top), 180, -90);
-    path.lineTo(r.right() - top, r.top());
-    if (top > 0) path.arcTo(QRectF(r.right() - 2 * top, r.top(), 2 * top, 2 * top), 90, -90);
-    path.lineTo(r.right(), r.bottom() - bottom);
-    if (bottom > 0) {
-        path.arcTo(QRectF(r.right() - 2 * bottom, r.bottom() - 2 * bottom, 2 * bottom, 2 * bottom), 0, -90);
-    }
-    path.lineTo(r.left() + bottom, r.bottom());
-    if (bottom > 0) path.arcTo(QRectF(r.left(), r.bottom() - 2 * bottom, 2 * bottom, 2 * bottom), 270, -90);
-    path.closeSubpath();
-    return path;
-}
-
 /// The outline of a view, `inset` points inside of it.
-QPainterPath roundedPath(const ViewState& state, double inset = 0) {
+QPainterPath outlineOf(const ViewState& state, double inset = 0) {
     const QRectF r =
         QRectF(0, 0, state.frame.width(), state.frame.height()).adjusted(inset, inset, -inset, -inset);
     return roundedPath(r, state.cornerRadius - inset, state.roundsTop, state.roundsBottom);
@@ -77,7 +51,8 @@ QPainterPath toQPainterPath(const Path& path) {
 
 class ListPainter {
 public:
-    ListPainter(const DisplayList& list, QImage& target, QPoint origin) : list_(list), target_(target) {
+    ListPainter(const DisplayList& list, QImage& target, QPoint origin)
+        : list_(list), target_(target), origin_(origin) {
         painter_.begin(&target_);
         painter_.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
                                 QPainter::SmoothPixmapTransform);
@@ -87,6 +62,17 @@ public:
 
     void paintRoot() {
         const ViewState& root = state(0);
+        if (list_.beneath) {
+            const auto pixels = [&](double points) {
+                return static_cast<int>(std::lround(points * list_.scale));
+            };
+            const QPoint origin(pixels(list_.beneathOrigin.x), pixels(list_.beneathOrigin.y));
+            painter_.save();
+            painter_.resetTransform();
+            painter_.drawImage(0, 0,
+                               paintDisplayList(*list_.beneath, QRect(origin + origin_, target_.size())));
+            painter_.restore();
+        }
         const bool cuts = root.clipsToBounds && isRounded(root) && list_.entries.size() > 1;
         const bool hasShadow = !root.shadow.color.isClear();
         if (!cuts) {
@@ -98,7 +84,7 @@ public:
             paintLayer(painter_, 0, false);
             paintContent(painter_, 0);
             paintChildren(painter_, 0);
-            cutCorners(QRectF(0, 0, root.frame.width(), root.frame.height()), roundedPath(root));
+            cutCorners(QRectF(0, 0, root.frame.width(), root.frame.height()), outlineOf(root));
             paintBorder(painter_, root);
         }
         if (const auto& clip = list_.corners) {
@@ -177,7 +163,7 @@ private:
             QPainterPath outside;
             outside.addRect(QRectF(-1, -1, view.frame.width() + 2, view.frame.height() + 2));
             inner.setCompositionMode(QPainter::CompositionMode_DestinationOut);
-            inner.fillPath(outside.subtracted(roundedPath(view)), Qt::black);
+            inner.fillPath(outside.subtracted(outlineOf(view)), Qt::black);
             inner.setCompositionMode(QPainter::CompositionMode_SourceOver);
         }
         paintBorder(inner, view);
@@ -210,8 +196,8 @@ private:
         QTransform toPixels;
         toPixels.translate(margin, margin);
         toPixels.scale(scale, scale);
-        const QImage blurred = blurredShape(toPixels.map(roundedPath(view)), size, shadow.radius * scale,
-                                            toQColor(shadow.color));
+        const QImage blurred =
+            blurredShape(toPixels.map(outlineOf(view)), size, shadow.radius * scale, toQColor(shadow.color));
         painter.drawImage(QRectF(shadow.offset.x - margin / scale, shadow.offset.y - margin / scale,
                                  size.width() / scale, size.height() / scale),
                           blurred);
@@ -222,7 +208,7 @@ private:
         if (view.backgroundColor.isClear()) return;
         const QColor color = toQColor(view.backgroundColor);
         if (rounds && isRounded(view)) {
-            painter.fillPath(roundedPath(view), color);
+            painter.fillPath(outlineOf(view), color);
             return;
         }
         const QRectF rect(0, 0, view.frame.width(), view.frame.height());
@@ -234,7 +220,7 @@ private:
         const double width = std::min({view.borderWidth, view.frame.width() / 2, view.frame.height() / 2});
         QPen pen(toQColor(view.borderColor), width);
         pen.setJoinStyle(Qt::MiterJoin);
-        painter.strokePath(roundedPath(view, width / 2), pen);
+        painter.strokePath(outlineOf(view, width / 2), pen);
     }
 
     /// Edges on device pixels, at least one pixel apart, so that neighbours meet and hairlines stay crisp.
@@ -257,7 +243,28 @@ private:
             if (image->image) paintImage(painter, index, *image);
         } else if (const auto* input = std::get_if<TextInputContent>(&view.content)) {
             if (isPainted(*input)) paintInput(painter, view, *input);
+        } else if (const auto* blur = std::get_if<BlurContent>(&view.content)) {
+            paintBlur(painter, view, *blur);
         }
+    }
+
+    /// Blurs what has been painted so far. Turned views and those of a picture painted in bands see only what is in
+    /// their own part of it.
+    void paintBlur(QPainter& painter, const ViewState& view, const BlurContent& content) {
+        const auto* beneath = static_cast<const QImage*>(painter.device());
+        const QRectF bounds(0, 0, view.frame.width(), view.frame.height());
+        const QRect area = painter.transform().mapRect(bounds).toRect() & beneath->rect();
+        if (area.isEmpty()) return;
+        painter.save();
+        painter.setClipPath(outlineOf(view), Qt::IntersectClip);
+        const QImage blurred = blurredBackdrop(beneath->copy(area), content.radius * list_.scale);
+        painter.save();
+        painter.resetTransform();
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.drawImage(QRectF(area), blurred);
+        painter.restore();
+        painter.fillRect(bounds, toQColor(content.veil));
+        painter.restore();
     }
 
     /// The largest scale, at least the content's least, at which the text fits on one line of this width.
@@ -362,7 +369,7 @@ private:
             place.translate(target.x(), target.y());
             place.scale(target.width() / picture.width(), target.height() / picture.height());
             brush.setTransform(place);
-            QPainterPath path = roundedPath(view);
+            QPainterPath path = outlineOf(view);
             if (!target.adjusted(-0.5, -0.5, 0.5, 0.5).contains(bounds)) {
                 QPainterPath rect;
                 rect.addRect(target);
@@ -403,10 +410,37 @@ private:
 
     const DisplayList& list_;
     QImage& target_;
+    const QPoint origin_;
     QPainter painter_;
 };
 
 }  // namespace
+
+QPainterPath roundedPath(const QRectF& r, double radius, bool roundsTop, bool roundsBottom) {
+    radius = std::max(0.0, std::min({radius, r.width() / 2, r.height() / 2}));
+    QPainterPath path;
+    if (radius <= 0 || (!roundsTop && !roundsBottom)) {
+        path.addRect(r);
+        return path;
+    }
+    if (roundsTop && roundsBottom) {
+        path.addRoundedRect(r, radius, radius);
+        return path;
+    }
+    const double top = roundsTop ? radius : 0, bottom = roundsBottom ? radius : 0;
+    path.moveTo(r.left(), r.top() + top);
+    if (top > 0) path.arcTo(QRectF(r.left(), r.top(), 2 * top, 2 * top), 180, -90);
+    path.lineTo(r.right() - top, r.top());
+    if (top > 0) path.arcTo(QRectF(r.right() - 2 * top, r.top(), 2 * top, 2 * top), 90, -90);
+    path.lineTo(r.right(), r.bottom() - bottom);
+    if (bottom > 0) {
+        path.arcTo(QRectF(r.right() - 2 * bottom, r.bottom() - 2 * bottom, 2 * bottom, 2 * bottom), 0, -90);
+    }
+    path.lineTo(r.left() + bottom, r.bottom());
+    if (bottom > 0) path.arcTo(QRectF(r.left(), r.bottom() - 2 * bottom, 2 * bottom, 2 * bottom), 270, -90);
+    path.closeSubpath();
+    return path;
+}
 
 double shadowMargin(const LayerShadow& shadow) {
     if (shadow.color.isClear()) return 0;

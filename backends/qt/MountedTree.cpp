@@ -15,12 +15,29 @@ bool hasPaintedChildren(const MountedView& view) {
                        [](const MountedView* child) { return child->role == MountRole::painted; });
 }
 
-/// Whether a surface that `content` belongs to looks the same without knowing about the change: spinners and text under
-/// edit have nodes of their own.
+/// Whether a surface that `content` belongs to looks the same without knowing about the change: spinners, players and
+/// text under edit have nodes of their own.
 bool isLive(const ViewContent& content) {
-    if (std::holds_alternative<SpinnerContent>(content)) return true;
+    if (std::holds_alternative<SpinnerContent>(content) || std::holds_alternative<PlayerContent>(content))
+        return true;
     const auto* input = std::get_if<TextInputContent>(&content);
     return input && !isPainted(*input);
+}
+
+/// Finds which views of a surface have a player in them.
+bool noteHolders(MountedView& view) {
+    view.holdsPlayer = std::holds_alternative<PlayerContent>(view.state->content);
+    for (MountedView* child : view.children) view.holdsPlayer |= noteHolders(*child);
+    return view.holdsPlayer;
+}
+
+void setMember(std::vector<ViewTag>& tags, ViewTag tag, bool isMember) {
+    const auto found = std::find(tags.begin(), tags.end(), tag);
+    if (isMember && found == tags.end()) {
+        tags.push_back(tag);
+    } else if (!isMember && found != tags.end()) {
+        tags.erase(found);
+    }
 }
 
 }  // namespace
@@ -41,6 +58,8 @@ void MountedTree::clear() {
     if (root_) observer_.viewWillLeave(*root_);
     root_ = nullptr;
     focusedInputs_.clear();
+    players_.clear();
+    blurs_.clear();
     views_.clear();
 }
 
@@ -64,6 +83,7 @@ void MountedTree::create(ViewTag tag, std::shared_ptr<const ViewState> state) {
     view->role = view->state->isSurface ? MountRole::surface : MountRole::structural;
     if (!root_) root_ = view.get();
     noteFocus(*view);
+    noteContent(*view);
     views_.emplace(tag, std::move(view));
 }
 
@@ -77,6 +97,8 @@ void MountedTree::insert(ViewTag parentTag, ViewTag tag, std::size_t index) {
     parent->childrenDirty = true;
     assignRoles(*view);
     if (parent->role != MountRole::structural) markPictureDirty(*parent);
+    arrangeAroundPlayers(*view);
+    markBlursAbove(*view);
 }
 
 void MountedTree::remove(ViewTag parentTag, ViewTag tag, std::size_t index) {
@@ -86,10 +108,13 @@ void MountedTree::remove(ViewTag parentTag, ViewTag tag, std::size_t index) {
     assert(fits);
     if (!fits) return;
     observer_.viewWillLeave(*view);
+    markBlursAbove(*view);
     if (parent->role != MountRole::structural) markPictureDirty(*parent);
     parent->children.erase(parent->children.begin() + static_cast<std::ptrdiff_t>(index));
     view->parent = nullptr;
+    view->isInFront = false;
     assignRoles(*view);
+    arrangeAroundPlayers(*parent);
 }
 
 void MountedTree::update(const Mutation& mutation) {
@@ -98,6 +123,7 @@ void MountedTree::update(const Mutation& mutation) {
     if (!view || !mutation.state) return;
     std::uint32_t changes = mutation.changes;
     const bool wasSurface = view->state->isSurface;
+    const bool showed = std::holds_alternative<PlayerContent>(view->state->content);
     if (isLive(view->state->content) && view->state->content.index() == mutation.state->content.index() &&
         isLive(mutation.state->content)) {
         changes &= ~changedContent;
@@ -109,7 +135,13 @@ void MountedTree::update(const Mutation& mutation) {
         assignRoles(*view);
         if (view->parent && view->parent->role != MountRole::structural) markPictureDirty(*view->parent);
     }
-    if (mutation.changes & changedContent) noteFocus(*view);
+    if (changes & visibleChanges) markBlursAbove(*view);
+    if (mutation.changes & changedContent) {
+        noteFocus(*view);
+        noteContent(*view);
+        const bool shows = std::holds_alternative<PlayerContent>(view->state->content);
+        if (showed != shows) arrangeAroundPlayers(*view);
+    }
     if (view->role == MountRole::painted) {
         if (changes & visibleChanges) markPictureDirty(*view);
     } else {
@@ -134,29 +166,66 @@ void MountedTree::destroy(ViewTag tag) {
         child->parent = nullptr;
     }
     std::erase(focusedInputs_, tag);
+    std::erase(players_, tag);
+    std::erase(blurs_, tag);
     if (root_ == &view) root_ = nullptr;
     views_.erase(found);
 }
 
 void MountedTree::assignRoles(MountedView& view) {
     const bool inSurface = view.parent && view.parent->role != MountRole::structural;
-    const MountRole role = view.state->isSurface ? MountRole::surface
-                           : inSurface           ? MountRole::painted
-                                                 : MountRole::structural;
+    const bool isApart = view.state->isSurface || (inSurface && view.isInFront);
+    const MountRole role = isApart     ? MountRole::surface
+                           : inSurface ? MountRole::painted
+                                       : MountRole::structural;
     view.pictureDirty = true;
     if (role == MountRole::painted) view.surface.reset();
     view.role = role;
     for (MountedView* child : view.children) assignRoles(*child);
 }
 
+void MountedTree::arrangeAroundPlayers(MountedView& changed) {
+    MountedView* top = &changed;
+    while (top->parent && top->parent->role != MountRole::structural) top = top->parent;
+    if (top->role == MountRole::structural || (players_.empty() && !top->holdsPlayer)) return;
+    const bool held = top->holdsPlayer;
+    if (noteHolders(*top) || held) liftFromPlayers(*top);
+}
+
+void MountedTree::liftFromPlayers(MountedView& parent) {
+    bool isInFront = false;
+    for (MountedView* child : parent.children) {
+        if (child->isInFront != isInFront) {
+            observer_.viewWillLeave(*child);
+            child->isInFront = isInFront;
+            assignRoles(*child);
+            parent.childrenDirty = true;
+            markPictureDirty(parent);
+        }
+        liftFromPlayers(*child);
+        isInFront |= child->holdsPlayer;
+    }
+}
+
 void MountedTree::noteFocus(const MountedView& view) {
     const auto* input = std::get_if<TextInputContent>(&view.state->content);
-    const bool focused = input && input->focused;
-    const auto found = std::find(focusedInputs_.begin(), focusedInputs_.end(), view.tag);
-    if (focused && found == focusedInputs_.end()) {
-        focusedInputs_.push_back(view.tag);
-    } else if (!focused && found != focusedInputs_.end()) {
-        focusedInputs_.erase(found);
+    setMember(focusedInputs_, view.tag, input && input->focused);
+}
+
+void MountedTree::noteContent(const MountedView& view) {
+    const ViewContent& content = view.state->content;
+    setMember(players_, view.tag, std::holds_alternative<PlayerContent>(content));
+    setMember(blurs_, view.tag, std::holds_alternative<BlurContent>(content));
+}
+
+void MountedTree::markBlursAbove(const MountedView& changed) {
+    for (const ViewTag tag : blurs_) {
+        MountedView* const blur = find(tag);
+        // Within a surface it is painted with what lies beneath.
+        if (!blur || !blur->parent || blur->role == MountRole::painted) continue;
+        const MountedView* view = &changed;
+        while (view && view != blur->parent && view != blur) view = view->parent;
+        if (view == blur->parent || &changed == blur) blur->pictureDirty = true;
     }
 }
 

@@ -26,17 +26,26 @@ struct MountedView {
     LookKind look = LookKind::none;  ///< what it shows itself; known once its picture is not dirty
     bool pictureDirty = true;        ///< what it shows itself is out of date; not used while painted
     bool childrenDirty = false;      ///< the order of its children's nodes may be
-    bool hasLive = false;  ///< painted with a surface, but itself or a view below has nodes of its own
-    bool scrolls = false;  ///< its content has been moved once
-    bool shown = false;    ///< has nodes, or gets them with the next synchronisation
-    bool queued = false;   ///< waits for the next synchronisation with the scene graph
-    CGPoint base;          ///< the point of the content that its children's nodes are placed from
+    bool hasLive = false;      ///< painted with a surface, but itself or a view below has nodes of its own
+    bool scrolls = false;      ///< its content has been moved once
+    bool shown = false;        ///< has nodes, or gets them with the next synchronisation
+    bool holdsPlayer = false;  ///< in a surface: a player is shown by it or a view below
+    bool isInFront =
+        false;            ///< stands in front of a player of its surface, so that it has a picture of its own
+    bool queued = false;  ///< waits for the next synchronisation with the scene graph
+    CGPoint base;         ///< the point of the content that its children's nodes are placed from
     std::unique_ptr<Surface> surface;
+    QImage video;                              ///< what a player shows
+    std::shared_ptr<const UIImage> lastImage;  ///< painted last; stands in while another one is being decoded
+    QImage lastPicture;                        ///< of `lastImage`, when it was decoded apart
     NodeValues want, have;
     ViewNodes nodes;
 };
 
 /// The mounted views, kept as the transactions tell. Main thread.
+///
+/// A player within a surface is shown above the surface's picture. What stands in front of it in the same surface is
+/// therefore made a surface of its own for as long as the player is there.
 class MountedTree final {
 public:
     class Observer {
@@ -68,12 +77,17 @@ private:
     void update(const Mutation& mutation);
     void destroy(ViewTag tag);
     void assignRoles(MountedView& view);
+    void arrangeAroundPlayers(MountedView& changed);
+    void liftFromPlayers(MountedView& parent);
     void noteFocus(const MountedView& view);
+    void noteContent(const MountedView& view);
+    void markBlursAbove(const MountedView& changed);
 
     Observer& observer_;
     std::unordered_map<ViewTag, std::unique_ptr<MountedView>> views_;
     MountedView* root_ = nullptr;
     std::vector<ViewTag> focusedInputs_;
+    std::vector<ViewTag> players_, blurs_;
 };
 
 }  // namespace ostrel

@@ -3,6 +3,7 @@
 #include "backends/qt/QtConversions.h"
 #include "backends/qt/QtFonts.h"
 #include "backends/qt/QtLocale.h"
+#include "backends/qt/QtPlayer.h"
 #include "backends/qt/QtRunLoop.h"
 #include "backends/qt/QtTextMeasurer.h"
 #include "platform/uikit/UIDevice.h"
@@ -12,6 +13,7 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QGuiApplication>
+#include <QLoggingCategory>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QUrl>
@@ -57,6 +59,12 @@ bool openAddress(const std::string& address) {
 
 void QtPlatform::install(const Options& options) {
     assert(qGuiApp);
+    // Read when the first player is made: of Qt's backends this one plays without a display and turns frames upright.
+    if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND")) qputenv("QT_MEDIA_BACKEND", "ffmpeg");
+    // It tells at length of decoders it does not find, in the category of the application's own messages.
+    if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
+        QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, false);
+    PlayerFactory::install(std::make_shared<QtPlayerFactory>());
     RunLoop::installMain(std::make_shared<QtRunLoop>());
     prepareFonts();
     TextMeasurer::install(std::make_shared<QtTextMeasurer>());

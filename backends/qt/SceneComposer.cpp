@@ -1,6 +1,7 @@
 #include "backends/qt/SceneComposer.h"
 
 #include "backends/qt/SceneNodes.h"
+#include "backends/qt/VideoPicture.h"
 
 #include <algorithm>
 #include <chrono>
@@ -34,15 +35,19 @@ double SceneComposer::Region::distance(const Region& o) const {
 }
 
 SceneComposer::SceneComposer(std::function<void()> workFinished)
-    : store_(workFinished), tree_(*this), pool_(workerCount(), workFinished) {}
+    : workFinished_(std::move(workFinished)),
+      store_(workFinished_),
+      tree_(*this),
+      pool_(workerCount(), workFinished_) {}
 
-SceneComposer::~SceneComposer() = default;
+SceneComposer::~SceneComposer() { hideVideos(); }
 
 void SceneComposer::mount(const MountingTransaction& transaction) { tree_.apply(transaction); }
 
 void SceneComposer::reset() {
     tree_.clear();
     queue_.clear();
+    hideVideos();
 }
 
 void SceneComposer::setViewport(CGSize size, double scale) {
@@ -77,11 +82,15 @@ void SceneComposer::walkTree() {
     waiting_ = 0;
     turning_ = false;
     missesPictures_ = false;
+    const auto watched = std::exchange(videos_, {});
     MountedView* root = tree_.root();
     if (root) {
         const Region window{0, 0, viewport_.width, viewport_.height};
         const bool shown = walk(*root, {0, 0, 0, 0, 0, 0, window, true, nullptr});
         if (!shown) hide(*root);
+    }
+    for (const auto& video : watched) {
+        if (std::find(videos_.begin(), videos_.end(), video) == videos_.end()) video->hide();
     }
     if (outstanding_ > 0) {
         pool_.updateDistances([this](const PaintJob& job) {
@@ -125,7 +134,8 @@ bool SceneComposer::walk(MountedView& view, const Place& place) {
     }
     const bool spins =
         std::holds_alternative<SpinnerContent>(state.content) && (!isExact || frame.intersects(place.clip));
-    if (want.look == LookKind::none && !hasChildren && !spins) {
+    const bool showsVideo = prepareVideo(view, place, frame, isExact);
+    if (want.look == LookKind::none && !hasChildren && !spins && !showsVideo) {
         hide(view);
         return false;
     }
@@ -133,13 +143,14 @@ bool SceneComposer::walk(MountedView& view, const Place& place) {
     // A node that was needed once stays while the view is shown, so that fading and scrolling make none anew.
     const bool sticky = view.shown;
     want.spins = spins;
+    want.video = showsVideo;
     if (spins) prepareSpinner(view);
     want.container = hasChildren || (sticky && want.container);
     want.clips = state.clipsToBounds && want.container;
     want.moves = view.scrolls && want.container;
     want.opacity = state.alpha < 1 || (sticky && want.opacity);
     const bool isTiled = want.look == LookKind::picture && view.surface->tiles.size() > 1;
-    want.placement = want.container || want.spins || want.opacity || isTiled ||
+    want.placement = want.container || want.spins || want.video || want.opacity || isTiled ||
                      !state.transform.isIdentity() || (sticky && want.placement);
     want.width = static_cast<float>(snap(exactX + state.frame.width()) - shownX);
     want.height = static_cast<float>(snap(exactY + state.frame.height()) - shownY);
@@ -240,7 +251,19 @@ void SceneComposer::queue(MountedView& view) {
     queue_.push_back(&view);
 }
 
-void SceneComposer::viewWillLeave(MountedView& view) { hide(view); }
+void SceneComposer::hideVideos() {
+    for (const auto& video : std::exchange(videos_, {})) video->hide();
+}
+
+void SceneComposer::viewWillLeave(MountedView& view) {
+    hide(view);
+    const auto forgetPictures = [](auto& self, MountedView& left) -> void {
+        left.lastImage.reset();
+        left.lastPicture = {};
+        for (MountedView* child : left.children) self(self, *child);
+    };
+    forgetPictures(forgetPictures, view);
+}
 
 void SceneComposer::viewWillBeDestroyed(MountedView& view) {
     if (view.queued) std::erase(queue_, &view);

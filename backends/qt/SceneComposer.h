@@ -16,12 +16,17 @@ QT_END_NAMESPACE
 
 namespace ostrel {
 
+class VideoPicture;
+
 /// Turns the mounted views into pictures and nodes: decides which views are in sight, has surfaces painted by the
 /// workers, nearest first, and keeps one small tree of nodes that moves, fades and clips them.
 ///
 /// A surface's picture is kept while the surface is within two screens of sight, all pictures together up to 64 MiB (what
 /// is in sight always stays). Surfaces are shown above the picture of the surface they are in. Rounded clipping is done
 /// in pictures; surfaces and live views below a rounded view are clipped to its rectangle.
+///
+/// A blur within a surface blurs what the surface paints beneath it; one elsewhere, what its superview and the views
+/// behind it paint, as often as that changes. Wheels, videos and text under edit are not seen through it.
 ///
 /// Main thread, but for `synchronise`, which runs while the main thread is stopped.
 class SceneComposer final : private MountedTree::Observer {
@@ -52,7 +57,7 @@ public:
     /// Everything in sight is painted as it is now.
     bool isSettled() const;
     /// Takes what the workers have finished. False: nothing of it is in sight, so that it can wait for the next frame.
-    bool takeFinishedWork() { return collectResults(); }
+    bool takeFinishedWork() { return collectResults() || !videos_.empty(); }
     /// The content of a view moved within the last moments before `now`.
     bool isScrolling(double now) const { return now - lastScroll_ < 0.15; }
     /// Seconds until a wheel turns on; 0: none turns.
@@ -93,18 +98,25 @@ private:
     void hide(MountedView& view);
     void queue(MountedView& view);
 
+    /// Which views below one come into its list.
+    enum class Below : std::uint8_t { painted, everything };
+
     void refreshLook(MountedView& view);
     LookKind preparePicture(MountedView& view, const Place& place, const Region& frame, bool isExact);
     void takeList(MountedView& view, const Place& place);
-    void addEntries(DisplayList& list, Surface& surface, const MountedView& view, bool isRoot,
-                    CGRect* overflow, CGPoint origin);
+    void addEntries(DisplayList& list, Surface& surface, MountedView& view, bool isRoot, CGRect* overflow,
+                    CGPoint origin, Below below = Below::painted);
+    void takeBeneath(DisplayList& list, Surface& surface, const MountedView& blur);
     void layTiles(Surface& surface, QSize pixels);
     bool isAlone(const MountedView& view) const;
     void prepareSpinner(MountedView& view);
+    bool prepareVideo(MountedView& view, const Place& place, const Region& frame, bool isExact);
+    void hideVideos();
     bool collectResults();
     void dropDistantPictures();
     double snap(double value) const;
 
+    const std::function<void()> workFinished_;
     PictureStore store_;
     SpinnerPictures spinners_;
     MountedTree tree_;
@@ -114,6 +126,7 @@ private:
     std::uint64_t lastVersion_ = 0;
     std::vector<MountedView*> queue_;
     std::vector<QSGNode*> doomed_;
+    std::vector<std::shared_ptr<VideoPicture>> videos_;  // in sight when last walked
     double now_ = 0, lastScroll_ = -1e9;
     bool scrolled_ = false;
     bool reduceMotion_ = false;

@@ -1,5 +1,6 @@
 // The part of the composer that has surfaces painted.
 
+#include "backends/qt/QtPlayer.h"
 #include "backends/qt/SceneComposer.h"
 
 #include <algorithm>
@@ -28,7 +29,7 @@ bool paintsContent(const ViewContent& content) {
     if (const auto* text = std::get_if<TextContent>(&content)) return !text->text.empty();
     if (const auto* image = std::get_if<ImageContent>(&content)) return image->image != nullptr;
     if (const auto* input = std::get_if<TextInputContent>(&content)) return isPainted(*input);
-    return false;
+    return std::holds_alternative<BlurContent>(content);
 }
 
 /// The round corners of `clip` (in the window) as a view of this frame sees them; none when it lies clear of them.
@@ -55,8 +56,9 @@ bool refreshLive(MountedView& view) {
         if (child->role == MountRole::surface) {
             any = true;
         } else if (child->role == MountRole::painted) {
-            child->hasLive =
-                refreshLive(*child) || std::holds_alternative<SpinnerContent>(child->state->content);
+            const ViewContent& content = child->state->content;
+            child->hasLive = refreshLive(*child) || std::holds_alternative<SpinnerContent>(content) ||
+                             std::holds_alternative<PlayerContent>(content);
             any |= child->hasLive;
         }
     }
@@ -177,6 +179,7 @@ void SceneComposer::takeList(MountedView& view, const Place& place) {
     surface.missing.clear();
     CGRect overflow({}, state.frame.size);
     addEntries(*list, surface, view, true, state.clipsToBounds ? nullptr : &overflow, {});
+    if (std::holds_alternative<BlurContent>(state.content) && view.parent) takeBeneath(*list, surface, view);
     double margin = std::max({shadowMargin(state.shadow), -overflow.minX(), -overflow.minY(),
                               overflow.maxX() - state.frame.width(), overflow.maxY() - state.frame.height()});
     if (margin > 0)
@@ -185,7 +188,7 @@ void SceneComposer::takeList(MountedView& view, const Place& place) {
 
     surface.usesGround = false;
     list->corners = surface.corners;
-    if (list->margin == 0 && !list->corners) {
+    if (list->margin == 0 && !list->corners && !list->beneath) {
         if (state.backgroundColor.alpha >= 1 && !isRounded(state)) {
             list->isOpaque = true;
             list->ground = state.backgroundColor;
@@ -210,8 +213,8 @@ void SceneComposer::takeList(MountedView& view, const Place& place) {
     ++statistics_.listsTaken;
 }
 
-void SceneComposer::addEntries(DisplayList& list, Surface& surface, const MountedView& view, bool isRoot,
-                               CGRect* overflow, CGPoint origin) {
+void SceneComposer::addEntries(DisplayList& list, Surface& surface, MountedView& view, bool isRoot,
+                               CGRect* overflow, CGPoint origin, Below below) {
     const std::size_t index = list.entries.size();
     list.entries.push_back({view.state, 0, {}, false});
     const auto* image = std::get_if<ImageContent>(&view.state->content);
@@ -219,13 +222,26 @@ void SceneComposer::addEntries(DisplayList& list, Surface& surface, const Mounte
         const CGRect placed = placedImage(image->image->size(), view.state->frame.size, image->contentMode);
         const PictureKey key =
             PictureStore::keyFor(*image->image, placed.width() * scale_, placed.height() * scale_);
+        bool isKnown = true;
+        QImage picture;
         if (!placed.isEmpty() && !PictureStore::isSmall(*image->image, key)) {
-            bool isKnown = false;
-            list.entries[index].picture = store_.request(image->image, key, isKnown);
+            picture = store_.request(image->image, key, isKnown);
             // A picture that cannot be decoded is left out for good.
-            list.entries[index].pictureMissing = !isKnown || list.entries[index].picture.isNull();
+            list.entries[index].pictureMissing = !isKnown || picture.isNull();
             if (!isKnown) surface.missing.push_back(key);
         }
+        if (isKnown) {
+            view.lastImage = image->image;
+            view.lastPicture = picture;
+        } else if (view.lastImage) {
+            // A thumbnail stays until the picture it stands for is ready.
+            auto state = std::make_shared<ViewState>(*view.state);
+            std::get<ImageContent>(state->content).image = view.lastImage;
+            list.entries[index].state = std::move(state);
+            picture = view.lastPicture;
+            list.entries[index].pictureMissing = false;
+        }
+        list.entries[index].picture = std::move(picture);
     }
     if (!isRoot && overflow) {
         const ViewState& state = *view.state;
@@ -236,17 +252,42 @@ void SceneComposer::addEntries(DisplayList& list, Surface& surface, const Mounte
         *overflow = {x0, y0, std::max(overflow->maxX(), covered.maxX()) - x0,
                      std::max(overflow->maxY(), covered.maxY()) - y0};
     }
-    if (isRoot ? view.role == MountRole::surface : true) {
+    if (!isRoot || view.role == MountRole::surface) {
         const CGPoint bounds = view.state->boundsOrigin;
-        for (const MountedView* child : view.children) {
-            if (child->role != MountRole::painted || child->state->hidden) continue;
+        for (MountedView* child : view.children) {
+            const bool isWanted = below == Below::everything || child->role == MountRole::painted;
+            if (!isWanted || child->state->hidden) continue;
             const CGPoint at{origin.x - bounds.x + child->state->frame.minX(),
                              origin.y - bounds.y + child->state->frame.minY()};
             addEntries(list, surface, *child, false,
-                       !isRoot && view.state->clipsToBounds ? nullptr : overflow, at);
+                       !isRoot && view.state->clipsToBounds ? nullptr : overflow, at, below);
         }
     }
     list.entries[index].end = list.entries.size();
+}
+
+void SceneComposer::takeBeneath(DisplayList& list, Surface& surface, const MountedView& blur) {
+    const MountedView& parent = *blur.parent;
+    auto ground = std::make_shared<ViewState>();
+    ground->frame = CGRect({}, parent.state->frame.size);
+    ground->boundsOrigin = parent.state->boundsOrigin;
+    ground->backgroundColor = parent.state->backgroundColor;
+    ground->content = parent.state->content;
+    auto beneath = std::make_shared<DisplayList>();
+    beneath->scale = scale_;
+    beneath->pictures = &store_;
+    MountedView stand;
+    stand.state = ground;
+    addEntries(*beneath, surface, stand, true, nullptr, {});
+    for (MountedView* sibling : parent.children) {
+        if (sibling == &blur) break;
+        if (!sibling->state->hidden)
+            addEntries(*beneath, surface, *sibling, false, nullptr, {}, Below::everything);
+    }
+    beneath->entries.front().end = beneath->entries.size();
+    list.beneath = std::move(beneath);
+    const CGPoint origin = blur.state->frame.origin;
+    list.beneathOrigin = {origin.x - ground->boundsOrigin.x, origin.y - ground->boundsOrigin.y};
 }
 
 void SceneComposer::layTiles(Surface& surface, QSize pixels) {
@@ -271,6 +312,40 @@ bool SceneComposer::isAlone(const MountedView& view) const {
         if (!state.hidden && sibling->look != LookKind::none && state.frame.intersects(view.state->frame))
             return false;
     }
+    return true;
+}
+
+bool SceneComposer::prepareVideo(MountedView& view, const Place& place, const Region& frame, bool isExact) {
+    const auto* content = std::get_if<PlayerContent>(&view.state->content);
+    const auto* player = content ? dynamic_cast<const QtPlayer*>(content->engine.get()) : nullptr;
+    const CGSize size = view.state->frame.size;
+    const bool isVisible = !isExact || frame.intersects(place.clip);
+    if (!player || !isVisible || view.state->frame.isEmpty()) {
+        view.video = {};
+        return false;
+    }
+    VideoPicture::Place shown;
+    const auto pixels = [&](double points) {
+        return static_cast<int>(
+            std::clamp(std::floor(points * scale_ + 1e-6), 1.0, double(maximumTileWidth)));
+    };
+    shown.bounds = {pixels(size.width), pixels(size.height)};
+    shown.scale = scale_;
+    if (view.state->transform.isIdentity())
+        shown.corners = cornersWithin(place.corners, {{frame.x0, frame.y0}, size}, scale_);
+    videos_.push_back(player->picture());
+    const VideoPicture::Shown now = player->picture()->show(shown, workFinished_);
+    view.video = now.picture;
+    if (now.picture.isNull()) return false;
+    view.want.videoShown = now.sequence;
+    // A picture made for these bounds is shown pixel by pixel; one made for others, until there is a new one, fits them.
+    const CGSize exact{now.picture.width() / scale_, now.picture.height() / scale_};
+    const CGRect fit = placedImage(exact, size, UIViewContentMode::scaleAspectFit);
+    const bool isExactSize = std::abs(fit.width() - exact.width) * scale_ < 1.5 &&
+                             std::abs(fit.height() - exact.height) * scale_ < 1.5;
+    const CGSize placed = isExactSize ? exact : fit.size;
+    view.want.videoRect = {{snap((size.width - placed.width) / 2), snap((size.height - placed.height) / 2)},
+                           placed};
     return true;
 }
 

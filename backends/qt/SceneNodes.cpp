@@ -123,6 +123,7 @@ void SceneNodes::apply(MountedView& view, std::vector<MountedView*>& unordered) 
         view.nodes.content->setMatrix(matrix);
     }
     if (want.spins) applySpinner(view);
+    if (want.video || view.nodes.video) applyVideo(view);
     view.have = want;
 }
 
@@ -215,6 +216,42 @@ void SceneNodes::applySpinner(MountedView& view) {
     view.nodes.spinner->setSourceRect(QRectF(view.want.spinnerPhase * side, 0, side, side));
     // The software renderer does not take that for a change.
     view.nodes.spinner->markDirty(QSGNode::DirtyMaterial);
+}
+
+void SceneNodes::applyVideo(MountedView& view) {
+    const NodeValues& want = view.want;
+    QSGImageNode*& node = view.nodes.video;
+    if (!want.video) {
+        delete node;
+        node = nullptr;
+        return;
+    }
+    const QImage& picture = view.video;
+    if (node && view.have.video && view.have.videoShown == want.videoShown &&
+        view.have.videoRect == want.videoRect)
+        return;
+    const bool isExact = std::abs(want.videoRect.width() * scale_ - picture.width()) < 0.5;
+    const auto filtering = isExact && !isTurnedOrScaled(view) ? QSGTexture::Nearest : QSGTexture::Linear;
+    if (!node) {
+        node = makeImageNode(window_, picture, filtering);
+        if (!node) return;
+        QSGNode* parent =
+            view.nodes.opacity ? static_cast<QSGNode*>(view.nodes.opacity) : view.nodes.placement;
+        if (view.nodes.look) {
+            parent->insertChildNodeAfter(node, view.nodes.look);
+        } else {
+            parent->prependChildNode(node);
+        }
+    } else if (view.have.videoShown != want.videoShown) {
+        QSGTexture* texture = window_.createTextureFromImage(picture);
+        if (!texture) return;
+        node->setTexture(texture);
+        node->setFiltering(filtering);
+        node->setSourceRect(QRectF({}, QSizeF(picture.size())));
+    }
+    node->setRect(toQRectF(want.videoRect));
+    // The software renderer does not take another texture for a change.
+    node->markDirty(QSGNode::DirtyMaterial);
 }
 
 void SceneNodes::orderChildren(MountedView& parent) {

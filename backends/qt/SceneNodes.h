@@ -31,6 +31,7 @@ private:
     QSGNode* makeLook(MountedView& view);
     void placeLook(MountedView& view);
     void applySpinner(MountedView& view);
+    void applyVideo(MountedView& view);
 
     QQuickWindow& window_;
     double scale_;

@@ -55,6 +55,7 @@ enum class LookKind : std::uint8_t { none, rect, picture };
 struct NodeValues {
     // Which nodes there are. Changing any of these makes them anew.
     bool placement = false, opacity = false, clips = false, moves = false, container = false, spins = false;
+    bool video = false;  ///< comes and goes without making the others anew
     LookKind look = LookKind::none;
 
     float x = 0, y = 0;  ///< points, from the parent's base
@@ -66,6 +67,8 @@ struct NodeValues {
     std::uint64_t shown = 0;
     int spinnerPhase = 0;
     std::uint64_t spinnerKey = 0;
+    std::uint64_t videoShown = 0;  ///< counts the pictures of the video
+    CGRect videoRect;              ///< within the view, points
     friend bool operator==(const NodeValues&, const NodeValues&) = default;
 
     bool sameNodes(const NodeValues& o) const {
@@ -74,7 +77,7 @@ struct NodeValues {
     }
 };
 
-/// The nodes of one view: placement > opacity > (look, clip > content > children, spinner). Owned by the scene graph.
+/// The nodes of one view: placement > opacity > (look, video, clip > content > children, spinner). Owned by the scene graph.
 struct ViewNodes {
     QSGNode* top = nullptr;
     QSGTransformNode* placement = nullptr;
@@ -84,6 +87,7 @@ struct ViewNodes {
     QSGTransformNode* content = nullptr;
     QSGNode* container = nullptr;  ///< holds the children's nodes
     QSGImageNode* spinner = nullptr;
+    QSGImageNode* video = nullptr;
 };
 
 }  // namespace ostrel
