@@ -314,6 +314,8 @@ void UIArticleVideoTableViewCell::playContinue() {
 void UIArticleVideoTableViewCell::showPlayingTime() {
     if (!player_) return;
     if (player_->status() == AVPlayerStatus::readyToPlay) actView_->stopAnimating();
+    // It has come to its end, or cannot be played: the symbol is there while nothing plays.
+    if (player_->timeControlStatus() == AVPlayerTimeControlStatus::paused) stateImageView_->setAlpha(1);
     durationLabel_->setText(playingTime(player_->currentTime(), player_->currentItem()->duration()));
 }
 

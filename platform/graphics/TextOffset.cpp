@@ -10,6 +10,10 @@ namespace {
 
 constexpr unsigned char firstIdeograph = 0xE2;  // the lead byte from U+2000 on; what follows breaks anywhere
 
+/// Bytes. In longer paragraphs a line's beginning is estimated by its share of the lines: measuring parts of them would
+/// hold the main loop up.
+constexpr std::size_t longestSearched = 8 * 1024;
+
 bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 std::size_t previousPlace(std::string_view text, std::size_t place) {
@@ -33,10 +37,18 @@ struct Paragraph {
     std::string_view text;
     const UIFont& font;
     CGFloat width;
+    int lines;
 
     /// Where a line begins. Parts of a paragraph break as the whole does but for the word they end within.
     std::size_t lineStart(int line) const {
         if (line <= 0) return 0;
+        if (line >= lines) return text.size();
+        if (text.size() > longestSearched) {
+            std::size_t place =
+                text.size() * static_cast<std::size_t>(line) / static_cast<std::size_t>(lines);
+            while (place > 0 && isContinuation(text[place])) --place;
+            return place;
+        }
         const auto places = placesIn(text, 0, text.size());
         const auto first = std::partition_point(places.begin(), places.end(), [&](std::size_t end) {
             return end == 0 || measurer.measure(text.substr(0, end), font, width).lineCount <= line;
@@ -80,11 +92,12 @@ std::size_t TextMeasurer::offsetAtPoint(std::string_view text, const UIFont& fon
     CGFloat top = 0;
     for (std::size_t begin = 0;;) {
         const std::size_t end = std::min(text.find_first_of("\r\n", begin), text.size());
-        const Paragraph paragraph{*this, text.substr(begin, end - begin), font, width};
-        const TextMetrics metrics = measure(paragraph.text, font, width);
+        const TextMetrics metrics = measure(text.substr(begin, end - begin), font, width);
+        const Paragraph paragraph{*this, text.substr(begin, end - begin), font, width,
+                                  std::max(1, metrics.lineCount)};
         const CGFloat height = std::max(metrics.size.height, lineHeight(font));
         if (point.y < top + height) {
-            const int lines = std::max(1, metrics.lineCount);
+            const int lines = paragraph.lines;
             const int line = std::clamp(static_cast<int>((point.y - top) * lines / height), 0, lines - 1);
             return begin + (paragraph.text.empty() ? 0 : paragraph.offsetInLine(line, point.x));
         }

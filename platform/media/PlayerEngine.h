@@ -24,7 +24,8 @@ public:
     virtual void seekToTime(CMTime time) = 0;
     /// `readyToPlay` from the moment that the first frame or sample can be given; `failed` for good.
     virtual AVPlayerStatus status() const = 0;
-    /// `paused` before the first `play`, after `pause`, at the end of the file, and when the file failed.
+    /// `paused` before the first `play`, after `pause`, at the end of the file, and when the file failed; from the call
+    /// of `play` on waiting or playing.
     virtual AVPlayerTimeControlStatus timeControlStatus() const = 0;
     /// Not known (time scale 0) until the file was opened, and for streams without an end.
     virtual CMTime duration() const = 0;

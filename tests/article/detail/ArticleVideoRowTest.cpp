@@ -210,7 +210,11 @@ TEST_F(ArticleVideoRowTest, AStreamedVideoPlaysPausesAndRewindsAtItsEnd) {
     EXPECT_EQ(players.last().calls, (Lines{"play", "pause", "play"}));
 
     players.last().finish();
+    EXPECT_EQ(row->stateImageView()->alpha(), 0);
+    platform.advance(0.25);
+    EXPECT_EQ(row->stateImageView()->alpha(), 1) << "the symbol comes back at the end";
     row->playOrPause();
+    EXPECT_EQ(row->stateImageView()->alpha(), 0);
     EXPECT_EQ(players.last().calls, (Lines{"play", "pause", "play", "seek 0/600", "play"}));
     row->stop();
     EXPECT_EQ(players.playing(), 0u);

@@ -45,6 +45,15 @@ TEST(TextOffset, TheNearestPlaceToAPointIsFound) {
     }
 }
 
+TEST(TextOffset, AVeryLongParagraphIsEstimatedAtOnce) {
+    HeadlessPlatform platform;
+    std::string text;
+    while (text.size() < 1'000'000) text += "\xE5\xA5\xBD";
+    const std::size_t place = TextMeasurer::shared().offsetAtPoint(text, font, 400, {201, 28 * 8000 + 1});
+    EXPECT_NEAR(static_cast<double>(place), (8000 * 20 + 10) * 3, 3000);
+    EXPECT_EQ(place % 3, 0u) << "between characters";
+}
+
 TEST(TextSelectionWords, AWordEndsWhereAnotherKindOfCharacterBegins) {
     const struct {
         const char* text;
