@@ -10,6 +10,7 @@
 #include "platform/uikit/UIAlertController.h"
 #include "platform/uikit/UIDevice.h"
 #include "platform/uikit/UIWindow.h"
+#include "reader/ReaderMessagesController.h"
 #include "reader/ReaderText.h"
 
 #include <algorithm>
@@ -158,6 +159,9 @@ void ReaderRootController::showAccount() {
     auto sheet =
         make<UIAlertController>(replacingOccurrences(readerText("Signed in as %@"), "%@", user->name), "",
                                 UIAlertController::Style::actionSheet);
+    sheet->addAction({readerText("Messages"), UIAlertAction::Style::defaultStyle, [weak = weakSelf()] {
+                          if (const auto self = weak.lock()) self->showMessages();
+                      }});
     sheet->addAction({readerText("Sign Out"), UIAlertAction::Style::destructive, [weak = weakSelf()] {
                           const auto self = weak.lock();
                           if (!self) return;
@@ -191,6 +195,12 @@ void ReaderRootController::showLogin() {
         UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone
             ? UIModalPresentationStyle::overFullScreen
             : UIModalPresentationStyle::formSheet;
+    presentViewController(navigation, true);
+}
+
+void ReaderRootController::showMessages() {
+    auto navigation = make<UINavigationController>(make<ReaderMessagesController>(framework_));
+    navigation->modalPresentationStyle = UIModalPresentationStyle::formSheet;
     presentViewController(navigation, true);
 }
 

@@ -45,6 +45,7 @@ private:
     void layout();
     void accountChanged();
     void showLogin();
+    void showMessages();
     std::weak_ptr<ReaderRootController> weakSelf();
 
     std::shared_ptr<HttpServerFramework> framework_;

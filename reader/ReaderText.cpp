@@ -10,7 +10,7 @@ namespace ostrel {
 namespace {
 
 using Entry = std::pair<std::string_view, std::string_view>;
-constexpr std::array<Entry, 13> simplifiedChinese{{
+constexpr std::array<Entry, 16> simplifiedChinese{{
     {"Ostrel Reader", "Ostrel 阅读"},
     {"Articles", "文章"},
     {"My Articles", "我的文章"},
@@ -21,6 +21,9 @@ constexpr std::array<Entry, 13> simplifiedChinese{{
     {"Signed in as %@.", "已登录：%@。"},
     {"There are no articles yet.", "还没有文章。"},
     {"You have not written an article yet.", "你还没有写过文章。"},
+    {"Messages", "消息"},
+    {"Close", "关闭"},
+    {"You have no messages.", "没有消息。"},
     {"Signed out.", "已退出登录。"},
     {"The articles could not be loaded. %@", "无法加载文章。%@"},
     {"Try again", "重试"},

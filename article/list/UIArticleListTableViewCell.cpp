@@ -109,6 +109,8 @@ std::shared_ptr<UIButton> UIArticleListTableViewCell::makeButton(
     button->setTitleFont(UIFont::fontWithName("PingFangSC-Light", 12));
     button->setTitleColor(UIColor::black());
     button->titleLabel()->setTextAlignment(NSTextAlignment::left);
+    // Three digits and more would not fit beside the symbol.
+    button->titleLabel()->setAdjustsFontSizeToFitWidth(true);
     button->setBackgroundColor(UIColor::clear());
     button->setContentAlignment(NSTextAlignment::left);
     button->setContentInsets({0, textIndent, 0, 0});

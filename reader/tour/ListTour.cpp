@@ -20,129 +20,29 @@ constexpr char newestIds[] = "SELECT id FROM articles ORDER BY id DESC LIMIT 20"
 constexpr char newName[] = "Tour Guest";
 constexpr char newPassword[] = "a long enough one";
 
-std::string idOf(const UIArticleListTableViewCell& row) {
-    return row.articleDictionary()["id"].text().value_or("");
-}
-
 }  // namespace
 
-ListTour::ListTour(const ReaderOptions& options, ReaderApplication& reader, ArticleServerProcess& server)
-    : options_(options),
-      reader_(reader),
-      server_(server),
-      database_(server.dataFolder() + "/articles.sqlite"),
-      window_(reader),
-      input_(reader.window()) {}
-
-std::vector<TourStep> ListTour::run() {
-    step("everybodys-articles", &ListTour::everybodysArticles);
-    step("like-reaches-the-database", &ListTour::likeReachesTheDatabase);
-    step("like-twice-counts-once", &ListTour::likeTwiceCountsOnce);
-    step("comment-needs-a-login", &ListTour::commentNeedsALogin);
-    step("share-offers-the-link", &ListTour::shareOffersTheLink);
-    step("load-more-pages-on", &ListTour::loadMorePagesOn);
-    step("refresh-keeps-the-list", &ListTour::refreshKeepsTheList);
-    step("key-refreshes", &ListTour::keyRefreshes);
-    step("my-articles-ask-for-a-login", &ListTour::myArticlesAskForALogin);
-    step("wrong-password-is-told", &ListTour::wrongPasswordIsTold);
-    step("owner-sees-own-articles", &ListTour::ownerSeesOwnArticles);
-    step("row-actions-show", &ListTour::rowActionsShow);
-    step("owner-deletes-an-article", &ListTour::ownerDeletesAnArticle);
-    step("signing-out-asks-again", &ListTour::signingOutAsksAgain);
-    step("name-taken-is-told", &ListTour::nameTakenIsTold);
-    step("new-account-is-empty", &ListTour::newAccountIsEmpty);
-    step("second-user-likes", &ListTour::secondUserLikes);
-    step("no-connection-is-told", &ListTour::noConnectionIsTold);
-    step("server-comes-back", &ListTour::serverComesBack);
-    step("window-resizes", &ListTour::windowResizes);
-    return std::move(steps_);
-}
-
-void ListTour::step(const char* name, Body body) {
-    TourStep& current = steps_.emplace_back();
-    current.name = name;
-    QElapsedTimer since;
-    since.start();
-    (this->*body)();
-    check(window_.settle(), "the window comes to rest");
-    current.milliseconds = static_cast<double>(since.nsecsElapsed()) / 1e6;
-    char number[8];
-    std::snprintf(number, sizeof number, "%02zu", steps_.size());
-    current.picture = std::string(number) + "-" + name + ".png";
-    check(window_.savePicture(options_.tourFolder + "/" + current.picture), "a picture is written");
-    std::printf("%s %s (%.0f ms)\n", current.ok() ? "ok    " : "FAILED", current.picture.c_str(),
-                current.milliseconds);
-    for (const auto& failure : current.failed) std::printf("       not so: %s\n", failure.c_str());
-    std::fflush(stdout);
-}
-
-bool ListTour::check(bool held, const std::string& what) {
-    (held ? steps_.back().held : steps_.back().failed).push_back(what);
-    return held;
-}
-
-void ListTour::press(CGPoint point) {
-    if (options_.idiom == UIUserInterfaceIdiom::mac) {
-        input_.click(point);
-    } else {
-        input_.tap(point);
-    }
-}
-
-void ListTour::press(UIView* view, const std::string& what) {
-    if (check(view != nullptr, what + " is on screen")) press(window_.centerOf(*view));
-}
-
-void ListTour::scrollDown() {
-    const CGSize size = reader_.rootView().frame().size;
-    const CGFloat x = size.width * 0.6;
-    if (options_.idiom == UIUserInterfaceIdiom::mac) {
-        input_.wheel({x, size.height / 2}, -8);
-    } else {
-        input_.swipe({x, size.height * 0.75}, {x, size.height * 0.2}, 90);
-    }
-    window_.settle();
-}
-
-void ListTour::openTab(const char* title) {
-    const std::string wanted = readerText(title);
-    UIView* tab = window_.find([&](UIView& view) {
-        const auto* candidate = dynamic_cast<ReaderTab*>(&view);
-        return candidate && candidate->title() == wanted;
-    });
-    press(tab, "the tab " + wanted);
-    window_.settle();
-}
-
-void ListTour::fill(const char* name, const std::string& text) {
-    UIView* field = window_.find([&](UIView& view) {
-        return dynamic_cast<UITextField*>(&view) && view.accessibility().label == name;
-    });
-    press(field, std::string("the field ") + name);
-    window_.settle();
-    input_.key(Qt::Key_A, {}, Qt::ControlModifier);
-    input_.key(Qt::Key_Backspace);
-    input_.type(text);
-    auto* editor = static_cast<UITextField*>(field);
-    check(editor && window_.waitFor([&] { return editor->text() == text; }),
-          std::string(name) + " holds what was typed");
-}
-
-void ListTour::signIn(const std::string& name, const std::string& password) {
-    fill("Name", name);
-    fill("Password", password);
-    input_.key(Qt::Key_Return, "\r");
-}
-
-UIArticleListTableViewCell* ListTour::topRow() {
-    const CGFloat top = 40, bottom = reader_.rootView().frame().height() - ReaderTabs::barHeight;
-    UIArticleListTableViewCell* best = nullptr;
-    for (auto* row : window_.all<UIArticleListTableViewCell>()) {
-        const CGRect rect = window_.rectOf(*row);
-        if (rect.minY() < top || rect.maxY() > bottom) continue;
-        if (!best || rect.minY() < window_.rectOf(*best).minY()) best = row;
-    }
-    return best;
+void ListTour::run() {
+    step("everybodys-articles", [this] { everybodysArticles(); });
+    step("like-reaches-the-database", [this] { likeReachesTheDatabase(); });
+    step("like-twice-counts-once", [this] { likeTwiceCountsOnce(); });
+    step("comment-needs-a-login", [this] { commentNeedsALogin(); });
+    step("share-offers-the-link", [this] { shareOffersTheLink(); });
+    step("load-more-pages-on", [this] { loadMorePagesOn(); });
+    step("refresh-keeps-the-list", [this] { refreshKeepsTheList(); });
+    step("key-refreshes", [this] { keyRefreshes(); });
+    step("my-articles-ask-for-a-login", [this] { myArticlesAskForALogin(); });
+    step("wrong-password-is-told", [this] { wrongPasswordIsTold(); });
+    step("owner-sees-own-articles", [this] { ownerSeesOwnArticles(); });
+    step("row-actions-show", [this] { rowActionsShow(); });
+    step("owner-deletes-an-article", [this] { ownerDeletesAnArticle(); });
+    step("signing-out-asks-again", [this] { signingOutAsksAgain(); });
+    step("name-taken-is-told", [this] { nameTakenIsTold(); });
+    step("new-account-is-empty", [this] { newAccountIsEmpty(); });
+    step("second-user-likes", [this] { secondUserLikes(); });
+    step("no-connection-is-told", [this] { noConnectionIsTold(); });
+    step("server-comes-back", [this] { serverComesBack(); });
+    step("window-resizes", [this] { windowResizes(); });
 }
 
 bool ListTour::listShows(const UIArticleListTableViewController& list, const std::vector<std::string>& ids) {

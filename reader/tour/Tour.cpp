@@ -1,5 +1,6 @@
 #include "reader/tour/Tour.h"
 
+#include "reader/tour/DetailTour.h"
 #include "reader/tour/ListTour.h"
 
 #include <QDir>
@@ -33,8 +34,8 @@ int runTour(const ReaderOptions& options) {
     {
         ReaderApplication reader(options, server.address(), std::make_shared<MemorySessionStore>());
         if (!reader.open(&error)) return fail(error);
-        ListTour tour(options, reader, server);
-        steps = tour.run();
+        ListTour(options, reader, server, steps).run();
+        DetailTour(options, reader, server, steps).run();
     }
     const std::string report = options.tourFolder + "/tour.json";
     if (!writeTourReport(report, options.idiomName, steps))

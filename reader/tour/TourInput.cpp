@@ -11,10 +11,6 @@
 
 namespace ostrel {
 
-namespace {
-constexpr int clickMilliseconds = 30;
-}
-
 TourInput::TourInput(QQuickWindow& window)
     : window_(window),
       touchscreen_(new QPointingDevice("tour touchscreen", 1000, QInputDevice::DeviceType::TouchScreen,
@@ -46,16 +42,16 @@ void TourInput::moveMouse(CGPoint point) {
     pass(1);
 }
 
-void TourInput::click(CGPoint point, Qt::MouseButton button) {
+void TourInput::click(CGPoint point, Qt::MouseButton button, int milliseconds) {
     const QPointF local = native(point);
     const QPointF global = window_.handle()->mapToGlobal(local.toPoint());
     moveMouse(point);
     QWindowSystemInterface::handleMouseEvent(&window_, local, global, button, button,
                                              QEvent::MouseButtonPress);
-    pass(clickMilliseconds);
+    pass(milliseconds);
     QWindowSystemInterface::handleMouseEvent(&window_, local, global, Qt::NoButton, button,
                                              QEvent::MouseButtonRelease);
-    pass(clickMilliseconds);
+    pass(briefly);
 }
 
 void TourInput::wheel(CGPoint point, int notches) {
@@ -80,11 +76,11 @@ void TourInput::touch(CGPoint point, int state) {
     pass(0);
 }
 
-void TourInput::tap(CGPoint point) {
+void TourInput::tap(CGPoint point, int milliseconds) {
     touch(point, QEventPoint::Pressed);
-    pass(clickMilliseconds);
+    pass(milliseconds);
     touch(point, QEventPoint::Released);
-    pass(clickMilliseconds);
+    pass(briefly);
 }
 
 void TourInput::swipe(CGPoint from, CGPoint to, int milliseconds, int restFor, int steps) {

@@ -15,13 +15,16 @@ namespace ostrel {
 /// real ones. Points are the window's.
 class TourInput final {
 public:
+    /// How long a button or a finger stays down, in milliseconds.
+    static constexpr int briefly = 30;
+
     explicit TourInput(QQuickWindow& window);
     ~TourInput();
 
-    void click(CGPoint point, Qt::MouseButton button = Qt::LeftButton);
+    void click(CGPoint point, Qt::MouseButton button = Qt::LeftButton, int milliseconds = briefly);
     void moveMouse(CGPoint point);
     void wheel(CGPoint point, int notches);
-    void tap(CGPoint point);
+    void tap(CGPoint point, int milliseconds = briefly);
     /// One finger from `from` to `to` in `steps` moves, `milliseconds` in all; it rests at the end for `restFor`.
     void swipe(CGPoint from, CGPoint to, int milliseconds, int restFor = 0, int steps = 12);
     void key(int key, const QString& text = {}, Qt::KeyboardModifiers modifiers = Qt::NoModifier);

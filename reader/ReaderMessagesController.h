@@ -1,0 +1,44 @@
+#pragma once
+
+#include "ostrelserver/UserNotification.h"
+#include "platform/uikit/UILabel.h"
+#include "platform/uikit/UITableViewController.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ostrel {
+
+class HttpServerFramework;
+
+/// The signed-in user's messages from other readers, newest first; further pages come as the list is scrolled. What has
+/// been shown is marked as read. Main thread.
+class ReaderMessagesController final : public UITableViewController {
+public:
+    explicit ReaderMessagesController(std::shared_ptr<HttpServerFramework> framework);
+
+    const std::vector<UserNotification>& messages() const { return messages_; }
+
+    void viewDidLoad() override;
+    void viewDidLayoutSubviews() override;
+    std::int64_t numberOfSectionsInTableView(UITableView& table) override;
+    std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
+    CGFloat tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
+                                                                    NSIndexPath path) override;
+
+private:
+    void load();
+    void show(const UserNotificationPage& page, const std::optional<std::string>& error);
+    void setHint(const std::string& text);
+
+    std::shared_ptr<HttpServerFramework> framework_;
+    std::vector<UserNotification> messages_;
+    std::optional<std::string> next_;
+    bool isLoading_ = false;
+    std::shared_ptr<UILabel> hint_;
+};
+
+}  // namespace ostrel
