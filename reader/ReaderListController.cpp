@@ -2,6 +2,7 @@
 
 #include "article/server/OstrelServer.h"
 #include "platform/foundation/RunLoop.h"
+#include "platform/uikit/UINavigationController.h"
 #include "reader/ReaderText.h"
 
 namespace ostrel {
@@ -14,6 +15,21 @@ constexpr CGFloat hintWidth = 300;
 
 ReaderListController::~ReaderListController() {
     if (timer_) RunLoop::main().cancel(timer_);
+}
+
+bool ReaderListController::isCovered() const {
+    const UINavigationController* const navigation = navigationController();
+    return navigation && navigation->topViewController().get() != this;
+}
+
+void ReaderListController::viewWillAppear(bool animated) {
+    UIArticleListTableViewController::viewWillAppear(animated);
+    if (coverChanged) coverChanged();
+}
+
+void ReaderListController::viewWillDisappear(bool animated) {
+    UIArticleListTableViewController::viewWillDisappear(animated);
+    if (coverChanged) coverChanged();
 }
 
 std::int64_t ReaderListController::numberOfSectionsInTableView(UITableView& table) {

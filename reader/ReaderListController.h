@@ -4,6 +4,7 @@
 #include "platform/uikit/UILabel.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace ostrel {
@@ -13,6 +14,13 @@ class ReaderListController final : public UIArticleListTableViewController {
 public:
     ~ReaderListController() override;
 
+    /// Another screen was pushed over the list, or has left it.
+    std::function<void()> coverChanged;
+    /// Whether a screen that was pushed lies over the list.
+    bool isCovered() const;
+
+    void viewWillAppear(bool animated) override;
+    void viewWillDisappear(bool animated) override;
     void viewDidLayoutSubviews() override;
     std::int64_t numberOfSectionsInTableView(UITableView& table) override;
 

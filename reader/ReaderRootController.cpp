@@ -39,6 +39,9 @@ void ReaderRootController::initialise() {
     for (std::size_t index = 0; index < 2; ++index) {
         lists_[index] = make<ReaderListController>();
         lists_[index]->setTitle(readerText(titles[index]));
+        lists_[index]->coverChanged = [weak = weakSelf()] {
+            if (const auto self = weak.lock()) self->layout();
+        };
         lists_[index]->setIsMySelfOnly(index == 1);
         navigations_[index] = make<UINavigationController>(lists_[index]);
         addChildViewController(navigations_[index]);
@@ -92,7 +95,12 @@ void ReaderRootController::layout() {
     const CGSize size = view()->frame().size;
     const bool sidebar = hasSidebar();
     tabs_->setSidebar(sidebar);
-    if (sidebar) {
+    // An article is as wide as the window.
+    const bool isCovered = sidebar && lists_[selected_]->isCovered();
+    tabs_->setHidden(isCovered);
+    if (isCovered) {
+        content_->setFrame({{}, size});
+    } else if (sidebar) {
         tabs_->setFrame({0, 0, ReaderTabs::sidebarWidth, size.height});
         content_->setFrame(
             {ReaderTabs::sidebarWidth, 0, std::max(0.0, size.width - ReaderTabs::sidebarWidth), size.height});

@@ -147,11 +147,7 @@ std::optional<std::string> NSBundle::pathForResource(std::string_view name, std:
 
 std::shared_ptr<NSBundle> NSBundle::bundleForResource(std::string_view name) const {
     const auto path = pathForResource(name, "bundle");
-    if (!path) return nullptr;
-    const std::lock_guard lock(mutex_);
-    auto& bundle = bundles_[*path];
-    if (!bundle) bundle = bundleWithPath(*path);
-    return bundle;
+    return path ? bundleWithPath(*path) : nullptr;
 }
 
 std::string NSBundle::localizedString(std::string_view key, std::string_view defaultValue,

@@ -46,7 +46,6 @@ private:
     mutable std::mutex mutex_;  // guards what follows
     mutable std::map<std::string, std::optional<Table>, std::less<>> tables_;
     mutable std::map<std::string, std::string, std::less<>> paths_;  // of resources that were found
-    mutable std::map<std::string, std::shared_ptr<NSBundle>, std::less<>> bundles_;
 };
 
 }  // namespace ostrel

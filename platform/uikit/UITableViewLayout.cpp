@@ -381,11 +381,6 @@ void UITableView::Implementation::tile(Transition* transition) {
         };
         const CGFloat above = reach(-velocity), below = reach(velocity);
         int budget = rowsMadeAhead;
-        // Rows that are left behind serve for those that come.
-        if (!transition) {
-            const CGFloat expected = top() - anchor->screenY;
-            letGoOutside(expected - above, expected + viewport + below, nullptr);
-        }
         const auto mayMake = [&](NSIndexPath path, CGFloat distance, CGFloat farthest) {
             if (distance < overscan) return true;
             return distance < farthest && (rows.contains(path) || budget-- > 0);
