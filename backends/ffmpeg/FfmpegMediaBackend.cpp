@@ -29,7 +29,7 @@ std::shared_ptr<MediaFile> FfmpegMediaBackend::open(const NSURL& url, std::optio
     }
     auto file = InputFile::open(url.path(), error);
     if (!file) return nullptr;
-    auto reader = InputReader::open(file, InputReader::Detail::facts, nullptr, error);
+    auto reader = InputReader::open(file, InputReader::Detail::beginning, nullptr, error);
     if (!reader) return nullptr;
     return std::make_shared<FfmpegMediaFile>(std::move(reader), files_);
 }

@@ -211,13 +211,32 @@ std::vector<std::string> FfmpegMediaFile::exportPresets() const {
 }
 
 std::shared_ptr<const CGImage> FfmpegMediaFile::copyImage(CMTime time, std::optional<NSError>* error) {
-    const auto fail = [&](const char* why) -> std::shared_ptr<const CGImage> {
+    const bool isFirst = !time.isKnown() || time.value <= 0;
+    FramePointer frame;
+    if (isFirst && isAtStart_) {
+        isAtStart_ = false;
+        frame = frameAt(*reader_, time, error);
+    }
+    // The beginning of the index may not hold what is asked for: an edit list can begin anywhere.
+    if (!frame) {
+        const auto whole =
+            InputReader::open(reader_->sharedFile(), InputReader::Detail::streams, nullptr, error);
+        if (whole) frame = frameAt(*whole, time, error);
+    }
+    if (!frame) return nullptr;
+    auto image = imageOfFrame(*frame, error);
+    if (image && error) error->reset();
+    return image;
+}
+
+FramePointer FfmpegMediaFile::frameAt(InputReader& reader, CMTime time, std::optional<NSError>* error) const {
+    const auto fail = [&](const char* why) -> FramePointer {
         if (error) *error = NSError{why};
         return nullptr;
     };
-    const int video = reader_->videoStream();
+    const int video = reader.videoStream();
     if (video < 0) return fail("The clip has no pictures.");
-    AVFormatContext& format = reader_->format();
+    AVFormatContext& format = reader.format();
     AVStream& stream = *format.streams[video];
     for (unsigned i = 0; i < format.nb_streams; ++i)
         format.streams[i]->discard = static_cast<int>(i) == video ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
@@ -226,18 +245,13 @@ std::shared_ptr<const CGImage> FfmpegMediaFile::copyImage(CMTime time, std::opti
     if (!decoder) return nullptr;
 
     const std::int64_t start = stream.start_time != AV_NOPTS_VALUE ? stream.start_time : 0;
+    const bool isFirst = !time.isKnown() || time.value <= 0;
     const std::int64_t wanted =
-        start + (time.isKnown() && time.value > 0
-                     ? av_rescale_q(time.value, AVRational{1, time.timescale}, stream.time_base)
-                     : 0);
-    if (!isAtStart_ || wanted > start) {
-        if (av_seek_frame(&format, video, wanted, AVSEEK_FLAG_BACKWARD) < 0)
-            return fail("The clip cannot be searched.");
-    }
-    isAtStart_ = false;
-    const FramePointer frame = FrameFinder(format, stream, *decoder, wanted).find();
-    if (!frame) return fail("The clip has no picture that can be decoded.");
-    return imageOfFrame(*frame, error);
+        isFirst ? start : start + av_rescale_q(time.value, AVRational{1, time.timescale}, stream.time_base);
+    if (!isFirst && av_seek_frame(&format, video, wanted, AVSEEK_FLAG_BACKWARD) < 0)
+        return fail("The clip cannot be searched.");
+    FramePointer frame = FrameFinder(format, stream, *decoder, wanted).find();
+    return frame ? std::move(frame) : fail("The clip has no picture that can be decoded.");
 }
 
 std::shared_ptr<MediaExport> FfmpegMediaFile::makeExport(const MediaExportRequest& request) {

@@ -21,12 +21,14 @@ public:
     std::shared_ptr<MediaExport> makeExport(const MediaExportRequest& request) override;
 
 private:
+    FramePointer frameAt(InputReader& reader, CMTime time, std::optional<NSError>* error) const;
+
     std::unique_ptr<InputReader> reader_;
     std::shared_ptr<OutputFiles> files_;
     CMTime duration_;
     std::vector<AVAssetTrack> tracks_;
     std::vector<AVMetadataItem> metadata_;
-    /// The reader stands where it stood when the file was opened.
+    /// No picture has been read yet: the reader stands at its first.
     bool isAtStart_ = true;
 };
 

@@ -1,5 +1,7 @@
 #include "backends/ffmpeg/InputFile.h"
 
+#include "backends/ffmpeg/IndexBeginning.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -185,11 +187,14 @@ bool InputFile::isCutShort() const {
 InputReader::InputReader(std::shared_ptr<const InputFile> file, const std::atomic<bool>* interrupted)
     : file_(std::move(file)), interrupted_(interrupted) {}
 
+InputReader::~InputReader() = default;
+
 int InputReader::readPacket(void* self, std::uint8_t* bytes, int count) {
     auto& reader = *static_cast<InputReader*>(self);
     if (isInterrupted(self)) return AVERROR_EXIT;
     const int got = reader.file_->read(reader.position_, bytes, count);
     if (got <= 0) return got == 0 ? AVERROR_EOF : got;
+    applyPatches(reader.patches_, reader.position_, bytes, got);
     reader.position_ += got;
     return got;
 }
@@ -220,6 +225,7 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
         return nullptr;
     };
     auto reader = std::make_unique<InputReader>(std::move(file), interrupted);
+    if (detail == Detail::beginning) reader->patches_ = beginningOfIndex(*reader->file_);
     auto* buffer = static_cast<unsigned char*>(av_malloc(bufferSize));
     if (!buffer) return fail(NSError{"Memory is short."});
     reader->io_.reset(avio_alloc_context(buffer, bufferSize, 0, reader.get(), readPacket, nullptr, seekTo));
@@ -248,7 +254,7 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
 
     const bool isIsoFile = std::strstr(format->iformat->name, "mp4") != nullptr;
     const bool statesAll =
-        isIsoFile && detail == Detail::facts && format->duration > 0 && format->nb_streams > 0;
+        isIsoFile && detail == Detail::beginning && format->duration > 0 && format->nb_streams > 0;
     if (!statesAll) {
         status = avformat_find_stream_info(format, nullptr);
         if (status < 0) return fail(ffmpegError("The clip's streams cannot be read", status));

@@ -5,8 +5,11 @@
 #include <atomic>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace ostrel {
+
+struct BytePatch;
 
 /// A media file on disk, opened once: whatever happens to its name afterwards, it can be read to the end. Any number of
 /// readers may use it at the same time, each with a position of its own.
@@ -41,8 +44,8 @@ private:
 class InputReader final {
 public:
     enum class Detail {
-        facts,    ///< what the index says; for MP4 and MOV nothing is decoded
-        streams,  ///< streams whose parameters only their data tell are looked into as well
+        beginning,  ///< what the index says, and the first pictures; for MP4 and MOV nothing is decoded
+        streams,    ///< everything; streams whose parameters only their data tell are looked into
     };
 
     /// Null when this is no media file of a known kind. `interrupted`, when given, ends reading early; it must outlive this.
@@ -61,6 +64,7 @@ public:
     std::int64_t position() const { return position_; }
 
     InputReader(std::shared_ptr<const InputFile> file, const std::atomic<bool>* interrupted);
+    ~InputReader();
 
 private:
     static int readPacket(void* self, std::uint8_t* bytes, int count);
@@ -69,6 +73,7 @@ private:
 
     std::shared_ptr<const InputFile> file_;
     const std::atomic<bool>* interrupted_;
+    std::vector<BytePatch> patches_;
     std::int64_t position_ = 0;
     IoPointer io_;
     InputPointer format_;  // after io_: closed before it

@@ -51,10 +51,10 @@ protected:
     }
 
     std::string clip() {
+        ClipMaker::shared().plain("lying.mov", "640x360", 2);
         return ClipMaker::shared().make(
             "clip.mov",
-            "-f lavfi -i testsrc2=s=640x360:r=30:d=2 -f lavfi -i sine=440:d=2 -c:v libx264 -preset ultrafast "
-            "-pix_fmt yuv420p -c:a aac -metadata:s:v rotate=270 -movflags use_metadata_tags "
+            "-i {lying.mov} -c copy -metadata:s:v:0 rotate=270 -movflags use_metadata_tags "
             "-metadata com.apple.quicktime.location.ISO6709=+31.2304+121.4737+012.345/ "
             "-metadata com.apple.quicktime.model='Camera 7' -metadata creation_time=2026-11-21T02:32:38Z");
     }

@@ -45,6 +45,7 @@ TEST_F(RealConversionTest, ProgressRisesAndIsWithinFivePointsOfTheWorkDone) {
 }
 
 TEST_F(RealConversionTest, TheMainLoopKeepsTurningWhileAConversionRuns) {
+    const std::string clip = slowClip();
     int turns = 0;
     double longest = 0;
     auto last = std::chrono::steady_clock::now();
@@ -55,7 +56,7 @@ TEST_F(RealConversionTest, TheMainLoopKeepsTurningWhileAConversionRuns) {
         ++turns;
     });
     const auto start = last;
-    ASSERT_TRUE(convert(slowClip(), out()).succeeded());
+    ASSERT_TRUE(convert(clip, out()).succeeded());
     timer->invalidate();
     const double seconds = Seconds(std::chrono::steady_clock::now() - start).count();
     EXPECT_GT(turns / seconds, 60) << "the longest wait was " << longest << " s";
@@ -170,6 +171,26 @@ TEST_F(RealConversionTest, TheDurationOfTheResultIsInWholeSeconds) {
         EXPECT_TRUE(NSMov2Mp4().mp4Information(NSURL::fileURLWithPath(path), image, duration));
         EXPECT_EQ(duration, whole);
     }
+}
+
+TEST_F(RealConversionTest, TheFirstPictureIsFoundWhereverTheEditListBegins) {
+    // White comes after ten seconds of black in one run of pictures; the edit list begins in the white.
+    const std::string path = ClipMaker::shared().make(
+        "black-white.mov",
+        "-f lavfi -i color=black:s=64x64:r=30:d=10 -f lavfi -i color=white:s=64x64:r=30:d=1 "
+        "-filter_complex concat=n=2:v=1 -c:v libx264 -preset ultrafast -g 9999 -sc_threshold 0 "
+        "-pix_fmt yuv420p");
+    const std::string cut = ClipMaker::shared().make("cut-in.mov", "-ss 10.5 -i {black-white.mov} -c copy");
+    const auto brightness = [&](const std::string& clip) {
+        const auto image = picture(clip);
+        return image ? image->cgImage()->row(30)[120] : -1;
+    };
+    EXPECT_EQ(brightness(path), 0);
+    EXPECT_EQ(brightness(cut), 255);
+    std::shared_ptr<const UIImage> image;
+    float seconds = 0;
+    EXPECT_TRUE(NSMov2Mp4().mp4Information(NSURL::fileURLWithPath(path), image, seconds));
+    EXPECT_EQ(seconds, 11);
 }
 
 TEST_F(RealConversionTest, ALaterPictureIsTheOneShownThen) {

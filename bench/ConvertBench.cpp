@@ -1,0 +1,256 @@
+#include "article/media/NSMov2Mp4.h"
+#include "backends/ffmpeg/FfmpegMediaBackend.h"
+#include "bench/Bench.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <sstream>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace ostrel {
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+/// A folder for clips, gone at the end.
+class WorkFolder final {
+public:
+    WorkFolder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "ostrel-bench-XXXXXX").string();
+        if (::mkdtemp(pattern.data())) path_ = pattern;
+    }
+    ~WorkFolder() {
+        std::error_code ignored;
+        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
+    }
+    WorkFolder(const WorkFolder&) = delete;
+    WorkFolder& operator=(const WorkFolder&) = delete;
+    std::string path(const std::string& name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+};
+
+struct Spent {
+    double seconds = -1;    ///< by the clock; negative: the program failed
+    double mebibytes = -1;  ///< the most that was resident
+};
+
+/// Runs a program to its end. Its standard error goes to `log`, when that is given, else nowhere.
+Spent run(const Arguments& arguments, const std::string& log = {}) {
+    std::vector<char*> texts;
+    for (const std::string& text : arguments) texts.push_back(const_cast<char*>(text.c_str()));
+    texts.push_back(nullptr);
+    Spent spent;
+    rusage usage{};
+    int status = -1;
+    const double seconds = secondsOf([&] {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const int nowhere = ::open("/dev/null", O_RDWR);
+            const int errors =
+                log.empty() ? nowhere : ::open(log.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0600);
+            ::dup2(nowhere, STDIN_FILENO);
+            ::dup2(nowhere, STDOUT_FILENO);
+            ::dup2(errors, STDERR_FILENO);
+            ::execvp(texts[0], texts.data());
+            ::_exit(127);
+        }
+        ::wait4(child, &status, 0, &usage);
+    });
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return spent;
+    spent.seconds = seconds;
+    spent.mebibytes = static_cast<double>(usage.ru_maxrss) / 1024;
+    return spent;
+}
+
+std::string besideThis(const char* program) {
+    return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / program).string();
+}
+
+Arguments joined(Arguments first, const Arguments& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+const Arguments ffmpeg{"ffmpeg", "-nostdin", "-v", "error", "-y"};
+/// The encoders' settings of the medium preset.
+const Arguments encoders{"-c:v", "libx264", "-preset",   "veryfast",  "-profile:v", "high",
+                         "-crf", "23",      "-maxrate",  "1000000",   "-bufsize",   "2000000",
+                         "-g",   "150",     "-c:a",      "aac",       "-b:a",       "128000",
+                         "-ac",  "2",       "-movflags", "+faststart"};
+
+/// Ten seconds of 1920 by 1080 at 30 frames a second, 16 Mbit/s, to be turned by a quarter; false when it cannot be made.
+bool makeClip(const WorkFolder& folder, const std::string& path, const std::string& picture) {
+    const std::string lying = folder.path("lying.mp4");
+    return run(joined(ffmpeg, {"-f",       "lavfi",   "-i",       picture,
+                               "-f",       "lavfi",   "-i",       "sine=440:r=48000:d=10",
+                               "-c:v",     "libx264", "-preset",  "veryfast",
+                               "-b:v",     "16M",     "-minrate", "16M",
+                               "-maxrate", "16M",     "-bufsize", "16M",
+                               "-pix_fmt", "yuv420p", "-c:a",     "aac",
+                               "-ac",      "2",       lying}))
+                   .seconds >= 0 &&
+           run(joined(ffmpeg, {"-i", lying, "-c", "copy", "-metadata:s:v:0", "rotate=270", path})).seconds >=
+               0;
+}
+
+struct Side {
+    double seconds = std::numeric_limits<double>::infinity();
+    double mebibytes = std::numeric_limits<double>::infinity();
+    bool hasFailed = false;
+    void take(const Spent& spent) {
+        hasFailed = hasFailed || spent.seconds < 0;
+        seconds = std::min(seconds, spent.seconds);
+        mebibytes = std::min(mebibytes, spent.mebibytes);
+    }
+};
+
+std::vector<BenchResult> convertTurned(const std::string& name, const std::string& picture, int rounds) {
+    const WorkFolder folder;
+    const std::string clip = folder.path("clip.mp4");
+    BenchResult time{.name = name, .goal = 1.0, .unit = "s", .note = "the same filters and encoder settings"};
+    if (!makeClip(folder, clip, picture)) {
+        time.fault = "the clip could not be made with ffmpeg";
+        return {time};
+    }
+    Side ours, same, usual;
+    for (int round = 0; round < rounds; ++round) {
+        ours.take(run({besideThis("ostrel-convert"), clip, folder.path("ours.mp4"), "--json"}));
+        same.take(run(
+            joined(joined(ffmpeg, {"-noautorotate", "-i", clip, "-vf",
+                                   "scale=640:360:flags=bicubic,transpose=clock,format=yuv420p,setsar=1"}),
+                   joined(encoders, {folder.path("same.mp4")}))));
+        usual.take(run(joined(joined(ffmpeg, {"-i", clip, "-vf", "scale=360:640"}),
+                              joined(encoders, {folder.path("usual.mp4")}))));
+    }
+    const auto result = [&](const std::string& what, double goal, const char* unit, double mine, double other,
+                            const char* note) {
+        BenchResult made{
+            .name = name + what, .ours = mine, .peer = other, .goal = goal, .unit = unit, .note = note};
+        if (ours.hasFailed || same.hasFailed || usual.hasFailed) made.fault = "a conversion failed";
+        return made;
+    };
+    return {result("", 1.0, "s", ours.seconds, same.seconds, "the same filters and encoder settings"),
+            result(".default", 0.85, "s", ours.seconds, usual.seconds, "ffmpeg -vf scale, which turns first"),
+            result(".memory", 1.2, "MiB", ours.mebibytes, same.mebibytes, "most memory, the same filters")};
+}
+
+/// The structural similarity of a clip to the source scaled to its size; negative when it cannot be measured.
+double similarity(const WorkFolder& folder, const std::string& clip, const std::string& source) {
+    const std::string log = folder.path("ssim");
+    Arguments arguments = ffmpeg;
+    arguments[3] = "info";
+    const Spent spent =
+        run(joined(arguments,
+                   {"-i", clip, "-noautorotate", "-i", source, "-lavfi",
+                    "[1:v]scale=640:360:flags=bicubic,transpose=clock[r];[0:v][r]ssim", "-f", "null", "-"}),
+            log);
+    std::ostringstream text;
+    text << std::ifstream(log).rdbuf();
+    const std::string said = text.str();
+    const std::size_t all = said.rfind("All:");
+    return spent.seconds < 0 || all == std::string::npos ? -1 : std::strtod(said.c_str() + all + 4, nullptr);
+}
+
+std::vector<BenchResult> convertQuality(const BenchSettings&) {
+    std::vector<BenchResult> results;
+    for (const auto& [name, picture] :
+         {std::pair<std::string, std::string>{"convert.quality.synthetic", "testsrc2=s=1920x1080:r=30:d=10"},
+          {"convert.quality.noise", "testsrc2=s=1920x1080:r=30:d=10,noise=alls=20:allf=t"}}) {
+        const WorkFolder folder;
+        const std::string clip = folder.path("clip.mp4"), ours = folder.path("ours.mp4"),
+                          peer = folder.path("peer.mp4");
+        BenchResult result{.name = name,
+                           .goal = 1.0,
+                           .unit = "1-SSIM",
+                           .note = "distance from the source scaled to the same size, at the same settings"};
+        const bool isMade =
+            makeClip(folder, clip, picture) &&
+            run({besideThis("ostrel-convert"), clip, ours, "--json"}).seconds >= 0 &&
+            run(joined(joined(ffmpeg, {"-i", clip, "-vf", "scale=360:640"}), joined(encoders, {peer})))
+                    .seconds >= 0;
+        const double mine = isMade ? similarity(folder, ours, clip) : -1;
+        const double other = isMade ? similarity(folder, peer, clip) : -1;
+        if (mine < 0 || other < 0) {
+            result.fault = "the similarity could not be measured";
+        } else {
+            // To the fourth digit, below which nobody sees a difference.
+            constexpr double digits = 1e4;
+            result.ours = std::round((1 - mine) * digits) / digits;
+            result.peer = std::round((1 - other) * digits) / digits;
+        }
+        results.push_back(result);
+    }
+    return results;
+}
+
+double inspectionMilliseconds(const std::string& clip) {
+    std::shared_ptr<const UIImage> image;
+    float seconds = 0;
+    bool hasPicture = false;
+    const double spent = secondsOf(
+        [&] { hasPicture = NSMov2Mp4().mp4Information(NSURL::fileURLWithPath(clip), image, seconds); });
+    return hasPicture ? spent * 1000 : -1;
+}
+
+std::vector<BenchResult> inspect(const BenchSettings& settings) {
+    const WorkFolder folder;
+    MediaBackend::install(std::make_shared<FfmpegMediaBackend>());
+    const auto clipOf = [&](const char* name, int seconds) {
+        const std::string path = folder.path(name), length = std::to_string(seconds);
+        return run(joined(ffmpeg, {"-stream_loop", "-1", "-i", folder.path("second.mp4"), "-t", length, "-c",
+                                   "copy", path}))
+                           .seconds >= 0
+                   ? path
+                   : std::string();
+    };
+    BenchResult failed{
+        .name = "inspect", .goal = 0.25, .unit = "ms", .fault = "the clips could not be made with ffmpeg"};
+    if (run(joined(ffmpeg, {"-f", "lavfi", "-i", "testsrc2=s=640x360:r=30:d=1", "-f", "lavfi", "-i",
+                            "sine=440:r=48000:d=1", "-c:v", "libx264", "-preset", "veryfast", "-pix_fmt",
+                            "yuv420p", "-c:a", "aac", folder.path("second.mp4")}))
+            .seconds < 0)
+        return {failed};
+    const std::string brief = clipOf("brief.mp4", 10), hour = clipOf("hour.mp4", 3600);
+    if (brief.empty() || hour.empty()) return {failed};
+    const int rounds = std::max(3, settings.rounds * 4);
+    BenchResult first = interleaved(
+        "inspect", 0.25, "ms", rounds, [&] { return inspectionMilliseconds(brief); },
+        [&] {
+            return run(joined(ffmpeg, {"-i", brief, "-frames:v", "1", folder.path("frame.bmp")})).seconds *
+                   1000;
+        });
+    first.note = "first frame and facts of 10 seconds, beside the ffmpeg command line's first frame";
+    BenchResult length = interleaved(
+        "inspect.hour", 1.1, "ms", rounds, [&] { return inspectionMilliseconds(hour); },
+        [&] { return inspectionMilliseconds(brief); });
+    length.note = "the same of an hour, beside 10 seconds";
+    return {first, length};
+}
+
+}  // namespace
+
+void addConvertBenches(std::vector<Bench>& benches) {
+    const std::string synthetic = "testsrc2=s=1920x1080:r=30:d=10";
+    benches.push_back({"convert.turned", "a turned clip of 1080p to MP4, beside ffmpeg",
+                       [=](const BenchSettings& settings) {
+                           return convertTurned("convert.turned", synthetic, std::max(3, settings.rounds));
+                       }});
+    benches.push_back({"convert.noise", "the same with noise", [=](const BenchSettings& settings) {
+                           return convertTurned("convert.noise", synthetic + ",noise=alls=20:allf=t",
+                                                std::max(3, settings.rounds));
+                       }});
+    benches.push_back({"convert.quality", "likeness to the source, beside ffmpeg", convertQuality});
+    benches.push_back({"inspect", "first frame and facts of a clip, beside ffmpeg", inspect});
+}
+
+}  // namespace ostrel
