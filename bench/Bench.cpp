@@ -12,6 +12,7 @@ std::vector<Bench> allBenches() {
     addScrollBenches(benches);
     addTableBenches(benches);
     addStartBench(benches);
+    addConvertBenches(benches);
     return benches;
 }
 
