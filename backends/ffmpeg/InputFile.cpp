@@ -255,6 +255,9 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
     const bool isIsoFile = std::strstr(format->iformat->name, "mp4") != nullptr;
     const bool statesAll =
         isIsoFile && detail == Detail::beginning && format->duration > 0 && format->nb_streams > 0;
+    // Without a stated length it is the sum of all samples, so that the whole index is needed.
+    if (!statesAll && !reader->patches_.empty())
+        return open(reader->file_, Detail::streams, interrupted, error);
     if (!statesAll) {
         status = avformat_find_stream_info(format, nullptr);
         if (status < 0) return fail(ffmpegError("The clip's streams cannot be read", status));
