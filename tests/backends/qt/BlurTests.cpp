@@ -27,8 +27,9 @@ TEST(BlurOfPictures, SpreadsAnEdgeAsAGaussianDoes) {
         EXPECT_LE(small.width(), 400);
         const QImage shown = small.scaled(image.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         for (const double distance : {-2.0, -1.0, -0.5, 0.0, 0.5, 1.0, 2.0}) {
-            const double expected = 255 * 0.5 * (1 + std::erf(distance / std::sqrt(2.0)));
             const auto x = static_cast<int>(200 + distance * sigma);
+            // Of the middle of the pixel.
+            const double expected = 255 * 0.5 * (1 + std::erf((x + 0.5 - 200) / (sigma * std::sqrt(2.0))));
             EXPECT_NEAR(shown.pixelColor(x, 30).red(), expected, 14) << sigma << ", " << distance;
         }
         EXPECT_EQ(shown.pixelColor(0, 30), QColor(Qt::black)) << "edges go on as they are";
