@@ -13,6 +13,7 @@ std::vector<Bench> allBenches() {
     addTableBenches(benches);
     addStartBench(benches);
     addConvertBenches(benches);
+    addMediaBenches(benches);
     return benches;
 }
 

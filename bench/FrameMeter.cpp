@@ -1,5 +1,7 @@
 #include "bench/FrameMeter.h"
 
+#include "bench/ProcessMeter.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QQuickWindow>
@@ -8,7 +10,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 #include <thread>
 
 namespace ostrel {
@@ -16,12 +17,6 @@ namespace ostrel {
 namespace {
 
 constexpr auto refresh = std::chrono::microseconds(16667);
-
-double threadSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
-}
 
 }  // namespace
 
