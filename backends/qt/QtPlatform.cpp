@@ -1,5 +1,6 @@
 #include "backends/qt/QtPlatform.h"
 
+#include "backends/qt/QtAccessibility.h"
 #include "backends/qt/QtConversions.h"
 #include "backends/qt/QtFonts.h"
 #include "backends/qt/QtLocale.h"
@@ -69,6 +70,7 @@ void QtPlatform::install(const Options& options) {
     prepareFonts();
     TextMeasurer::install(std::make_shared<QtTextMeasurer>());
     NSLocale::install(std::make_shared<QtLocale>(options.language));
+    installAccessibility();
     UIView::setReduceMotionEnabled(reducesMotion());
     UIApplication& application = UIApplication::sharedApplication();
     application.openURL = openAddress;

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <private/qquickitem_p.h>
+#include <QAccessible>
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -45,6 +47,7 @@ QtWindowView::QtWindowView(std::shared_ptr<UIWindow> window, QQuickItem* parent)
     setAcceptHoverEvents(true);
     setActiveFocusOnTab(false);
     setFocus(true);
+    QQuickItemPrivate::get(this)->setAccessible();
     frameTimer_.setSingleShot(true);
     frameTimer_.setTimerType(Qt::PreciseTimer);
     connect(&frameTimer_, &QTimer::timeout, this, [this] { requestFrame(); });
@@ -72,6 +75,9 @@ void QtWindowView::mount(const MountingTransaction& transaction) {
     composer_->mount(transaction);
     nodesWaiting_ = true;
     requestFrame();
+    if (!QAccessible::isActive()) return;
+    QAccessibleEvent event(this, QAccessible::ObjectReorder);
+    QAccessible::updateAccessibility(&event);
 }
 
 void QtWindowView::requestFrame() {

@@ -18,6 +18,7 @@ class UIWindow;
 /// with this item. All changes of a turn are shown with the next frame. Without a window it shows what is mounted.
 /// Main thread.
 class QtWindowView final : public QQuickItem, public MountingBackend {
+    Q_OBJECT
 public:
     explicit QtWindowView(std::shared_ptr<UIWindow> window, QQuickItem* parent = nullptr);
     ~QtWindowView() override;
@@ -29,6 +30,9 @@ public:
     /// Everything in sight is painted as it is now; animations may run.
     bool hasPaintedEverything() const;
     SceneComposer::Statistics statistics() const { return composer_->statistics(); }
+    /// What is mounted and where it stands, for those who tell it to assistive programs.
+    const SceneComposer& composer() const { return *composer_; }
+    const MountedTree& mountedTree() const { return composer_->tree(); }
     /// The item under edit; null when none is.
     QQuickItem* editorItem() const;
     /// Where text is edited at once the application starts, this spares the first field the wait for its engine.
