@@ -56,15 +56,16 @@ private:
     }
 };
 
-/// Reads how the frames lie. A file tells it at once; a server is asked beside the player, which does not wait for it.
+/// Reads how the frames lie while the player opens the file; it is the sooner of the two. A server is not waited for.
 void findOrientation(const QUrl& url, const std::shared_ptr<VideoPicture>& picture) {
-    if (url.isLocalFile()) {
-        const std::string path = toUtf8(url.toLocalFile());
-        picture->setOrientation(videoOrientationOf("file:" + path, QtPlayer::longestLook));
-        return;
-    }
-    const std::weak_ptr<VideoPicture> weak = picture;
-    QThreadPool::globalInstance()->start([weak, address = url.toString(QUrl::FullyEncoded).toStdString()] {
+    // Apart from other work, and enough of them that some servers that hang do not keep a file waiting.
+    static QThreadPool lookers;
+    lookers.setMaxThreadCount(8);
+    const bool isLocal = url.isLocalFile();
+    if (isLocal) picture->awaitOrientation();
+    std::string address =
+        isLocal ? "file:" + toUtf8(url.toLocalFile()) : url.toString(QUrl::FullyEncoded).toStdString();
+    lookers.start([weak = std::weak_ptr<VideoPicture>(picture), address = std::move(address)] {
         if (weak.expired()) return;
         const VideoOrientation orientation = videoOrientationOf(address, QtPlayer::longestLook);
         if (const auto shown = weak.lock()) shown->setOrientation(orientation);
@@ -109,12 +110,12 @@ public:
                     if (error != QMediaPlayer::NoError) fail();
                 });
         player_->setVideoSink(sink_);
-        // Without a device the sound is left out; an output without one would stop the clock.
-        if (!QMediaDevices::defaultAudioOutput().isNull()) player_->setAudioOutput(new QAudioOutput(this));
         findOrientation(url_, picture_);
         player_->setSource(url_);
         refresh();
     }
+
+    void addSound() { player_->setAudioOutput(new QAudioOutput(this)); }
 
     /// Runs one command of the main thread.
     template <class Command>
@@ -173,6 +174,10 @@ QtPlayer::QtPlayer(const std::string& url)
     QThread* const thread = PlayerThreads::start();
     worker_->moveToThread(thread);
     QMetaObject::invokeMethod(worker_, [worker = worker_] { worker->open(); });
+    // Found meanwhile, and by the main thread, to which what Qt keeps of devices belongs. Without a device the sound is
+    // left out: an output without one would stop the clock.
+    if (QMediaDevices::defaultAudioOutput().isNull()) return;
+    QMetaObject::invokeMethod(worker_, [worker = worker_] { worker->addSound(); });
 }
 
 QtPlayer::~QtPlayer() {
@@ -258,7 +263,8 @@ std::shared_ptr<PlayerEngine> QtPlayerFactory::makePlayer(const std::string& add
     static const QStringList schemes{QStringLiteral("file"), QStringLiteral("http"), QStringLiteral("https")};
     if (!url.isValid() || !schemes.contains(url.scheme())) return nullptr;
     // Loads Qt's media plugin here: what it keeps for the application belongs to the main thread.
-    QMediaDevices::defaultAudioOutput();
+    static const bool isLoaded = QMediaPlayer().isAvailable();
+    if (!isLoaded) return nullptr;
     return std::make_shared<QtPlayer>(address);
 }
 

@@ -238,6 +238,7 @@ void SceneComposer::hide(MountedView& view) {
         if (!hidden.shown) return;
         hidden.shown = false;
         hidden.want = {};
+        hidden.video = {};
         if (hidden.surface) {
             for (Tile& tile : hidden.surface->tiles) tile.visible = false;
         }

@@ -218,7 +218,10 @@ void SceneComposer::addEntries(DisplayList& list, Surface& surface, MountedView&
     const std::size_t index = list.entries.size();
     list.entries.push_back({view.state, 0, {}, false});
     const auto* image = std::get_if<ImageContent>(&view.state->content);
-    if (image && image->image && !image->image->isSymbol()) {
+    if (!image || !image->image) {
+        view.lastImage.reset();
+        view.lastPicture = {};
+    } else if (!image->image->isSymbol()) {
         const CGRect placed = placedImage(image->image->size(), view.state->frame.size, image->contentMode);
         const PictureKey key =
             PictureStore::keyFor(*image->image, placed.width() * scale_, placed.height() * scale_);

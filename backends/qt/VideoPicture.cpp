@@ -54,10 +54,17 @@ void VideoPicture::setFrame(const QVideoFrame& frame) {
 
 void VideoPicture::setOrientation(VideoOrientation orientation) {
     const std::lock_guard lock(mutex_);
-    if (orientation_ == orientation) return;
-    orientation_ = orientation;
-    isOutdated_ = frame_.isValid();
+    awaitsOrientation_ = false;
+    if (orientation_ != orientation) {
+        orientation_ = orientation;
+        isOutdated_ = frame_.isValid();
+    }
     startConverting();
+}
+
+void VideoPicture::awaitOrientation() {
+    const std::lock_guard lock(mutex_);
+    awaitsOrientation_ = true;
 }
 
 VideoPicture::Shown VideoPicture::show(const Place& place, const std::function<void()>& changed) {
@@ -99,7 +106,9 @@ std::uint64_t VideoPicture::conversionCount() const {
 }
 
 void VideoPicture::startConverting() {
-    if (!isOutdated_ || !isTaken_ || isConverting_ || !place_ || place_->bounds.isEmpty()) return;
+    if (!isOutdated_ || !isTaken_ || isConverting_ || awaitsOrientation_ || !place_ ||
+        place_->bounds.isEmpty())
+        return;
     isConverting_ = true;
     converters().start([self = shared_from_this()] { self->convert(); });
 }

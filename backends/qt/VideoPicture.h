@@ -33,6 +33,8 @@ public:
 
     /// From the decoder. Frames that are not valid are left out: the last one stays.
     void setFrame(const QVideoFrame& frame);
+    /// Nothing is converted until the orientation is set.
+    void awaitOrientation();
     /// What the file says of how its frames lie; frames that tell it themselves are not asked.
     void setOrientation(VideoOrientation orientation);
     /// The newest picture for `place`. From now on frames are converted for it, and `changed` is called, from any
@@ -60,6 +62,7 @@ private:
     bool isTaken_ = true;      // the picture was given to the one who looks
     bool isOutdated_ = false;  // the picture is not of the last frame, orientation and place
     bool isConverting_ = false;
+    bool awaitsOrientation_ = false;
     std::uint64_t frames_ = 0;
 };
 

@@ -140,6 +140,30 @@ TEST(Pictures, OfAJpegCutShortTheFirstPartIsShown) {
     EXPECT_TRUE(isNear(picture.pixelColor(10, 10), QColor(128, 0, 0), 10));
 }
 
+TEST(Pictures, OneStaysUntilTheNextIsDecoded) {
+    const auto solid = [](const QColor& color, int side) {
+        QImage image(side, side, QImage::Format_RGB32);
+        image.fill(color);
+        return UIImage::imageWithData(Data::copy(encoded(image, "png")));
+    };
+    QtTestWindow window;
+    Spec picture = box({0, 0, 150, 150}, {});
+    picture.state.content = ImageContent{solid(Qt::red, 300), UIViewContentMode::scaleAspectFit, {}};
+    const auto tags = window.mount(
+        box({0, 0, 200, 200}, UIColor::white(), {surface({0, 0, 200, 200}, UIColor::white(), {picture})}));
+    window.grab();
+    ASSERT_EQ(window.at(75, 75), QColor(Qt::red));
+    // Takes longer to decode than several frames.
+    std::get<ImageContent>(picture.state.content).image = solid(Qt::blue, 4000);
+    window.mount({Mutation::update(tags[2], std::make_shared<ViewState>(picture.state), changedContent)});
+    QColor seen;
+    EXPECT_TRUE(waitUntil([&] {
+        seen = window.window().grabWindow().pixelColor(QPoint(75, 75) * static_cast<int>(window.scale()));
+        EXPECT_TRUE(seen == QColor(Qt::red) || seen == QColor(Qt::blue)) << seen.name().toStdString();
+        return seen == QColor(Qt::blue);
+    }));
+}
+
 TEST(Pictures, KeysStayWithinWhatAPictureMayTake) {
     const std::string bytes = encoded(sample(40, 40), "png");
     struct Case {

@@ -2,6 +2,7 @@
 #include "backends/qt/VideoConversion.h"
 #include "platform/media/AVPlayerLayer.h"
 #include "tests/backends/qt/QtTestWindow.h"
+#include "tests/support/ScriptedHttpServer.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <cmath>
@@ -9,6 +10,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <QElapsedTimer>
 #include <QVideoFrameFormat>
 
 namespace ostrel::test {
@@ -208,6 +210,40 @@ TEST(Player, IsLetGoWhateverItDoes) {
         player.reset();
         EXPECT_TRUE(waitUntil([&] { return picture.expired(); })) << "the decoder goes too";
     }
+}
+
+TEST(Player, StreamsFromServersAndOutlivesTheirFaults) {
+    ScriptedHttpServer server;
+    server.on("/rain.mp4",
+              ScriptedHttpServer::answer(contentsOf(clip("rain.mp4")), 200, "Content-Type: video/mp4\r\n"));
+    server.on("/page.mp4", ScriptedHttpServer::answer("<html><body>Sorry</body></html>"));
+    ScriptedHttpServer::Answer silent;
+    silent.hangs = true;
+    server.on("/silent.mp4", silent);
+    const auto playerAt = [&](const std::string& path) {
+        return std::dynamic_pointer_cast<QtPlayer>(QtPlayerFactory().makePlayer(server.address() + path));
+    };
+    auto streamed = playerAt("/rain.mp4");
+    streamed->play();
+    EXPECT_TRUE(waitUntil([&] {
+        const VideoPicture::Place place{{400, 400}, 1, {}};
+        return streamed->picture()->show(place, [] {}).picture.size() == QSize(225, 400);
+    })) << "upright, though the frames lie on their side";
+    EXPECT_NEAR(streamed->duration().seconds(), 4, 0.1);
+    for (const char* path : {"/page.mp4", "/missing.mp4"}) {
+        auto player = playerAt(path);
+        player->play();
+        EXPECT_TRUE(waitUntil([&] { return player->status() == Status::failed; })) << path;
+    }
+    auto waiting = playerAt("/silent.mp4");
+    waiting->play();
+    EXPECT_TRUE(waitUntil([&] { return server.requestCount("/silent.mp4") > 0; }));
+    EXPECT_EQ(waiting->status(), Status::unknown);
+    EXPECT_EQ(waiting->timeControlStatus(), TimeControl::waitingToPlayAtSpecifiedRate);
+    QElapsedTimer since;
+    since.start();
+    waiting.reset();
+    EXPECT_LT(since.elapsed(), 500) << "letting go does not wait for the server";
 }
 
 /// How different two pictures of one size are: the mean of the differences of all components.
