@@ -225,6 +225,7 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
         return nullptr;
     };
     auto reader = std::make_unique<InputReader>(std::move(file), interrupted);
+    if (detail == Detail::beginning) reader->patches_ = beginningOfIndex(*reader->file_);
     auto* buffer = static_cast<unsigned char*>(av_malloc(bufferSize));
     if (!buffer) return fail(NSError{"Memory is short."});
     reader->io_.reset(avio_alloc_context(buffer, bufferSize, 0, reader.get(), readPacket, nullptr, seekTo));

@@ -21,15 +21,18 @@ public:
     float progress() const override { return done; }
     std::optional<NSError> error() const override { return failure; }
 
-    /// Calls the completion, on the calling thread.
+    /// Calls the completion, on the calling thread; for the last time when the status is final.
     void complete(AVAssetExportSessionStatus status, std::optional<NSError> error = std::nullopt) {
         state = status;
         failure = std::move(error);
-        if (completion_) completion_();
+        const auto completion = completion_;
+        // It holds the session, which holds this.
+        const bool isFinal = status == AVAssetExportSessionStatus::completed ||
+                             status == AVAssetExportSessionStatus::failed ||
+                             status == AVAssetExportSessionStatus::cancelled;
+        if (isFinal) completion_ = nullptr;
+        if (completion) completion();
     }
-    /// The completion will not be called any more.
-    void forget() { completion_ = nullptr; }
-
     MediaExportRequest request;
     AVAssetExportSessionStatus state = AVAssetExportSessionStatus::unknown;
     float done = 0;

@@ -120,7 +120,6 @@ TEST_F(ConversionTest, TheStatusDecidesWhatTheHandlerIsToldAndWhetherTheTimerSto
         // Ends the timers that run on, for the next case.
         running().complete(Status::completed);
         time.loop().runUntilIdle();
-        running().forget();
     }
 }
 
@@ -155,7 +154,6 @@ TEST_F(ConversionTest, NothingOfAConversionIsKeptAfterItsEnd) {
     ticks(3);
     EXPECT_FALSE(kept.expired());
     running().complete(Status::failed, NSError{"No."});
-    running().forget();
     media->exports.clear();
     time.loop().advance(1);
     EXPECT_TRUE(kept.expired());
@@ -167,7 +165,6 @@ TEST_F(ConversionTest, ACancelReachesTheExport) {
     session->cancelExport();
     EXPECT_TRUE(running().isCancelled);
     running().complete(Status::cancelled, NSError{"The conversion was cancelled."});
-    running().forget();
     EXPECT_EQ(session->error(), NSError{"The conversion was cancelled."});
 }
 
