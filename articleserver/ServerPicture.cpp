@@ -96,7 +96,7 @@ ServerResult<ServerPicture> ServerPicture::decode(std::string_view bytes, int ma
 }
 
 ServerResult<ServerPicture> ServerPicture::decodePng(std::string_view bytes, int maximumSide) {
-    // Width and height stand at fixed places of the first chunk (PNG specification, 11.2.2).
+    // Width and height stand at fixed places of the first chunk (PNG, 11.2.2).
     if (bytes.size() < 24 || bytes.substr(12, 4) != "IHDR") return brokenPicture();
     auto side = static_cast<std::uint32_t>(maximumSide);
     if (bigEndian(bytes.substr(16)) > side || bigEndian(bytes.substr(20)) > side)

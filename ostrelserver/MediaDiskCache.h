@@ -41,7 +41,7 @@ public:
 
     MediaDiskCache(std::string folder, Limits limits);
 
-    /// "$XDG_CACHE_HOME/ostrel/media", or below "$HOME/.cache" (XDG Base Directory Specification).
+    /// "$XDG_CACHE_HOME/ostrel/media", or below "$HOME/.cache" (XDG base directories).
     static std::string defaultFolder();
 
     Lookup find(const std::string& url, Checking checking);
