@@ -9,6 +9,7 @@ namespace ostrel {
 std::vector<Bench> allBenches() {
     std::vector<Bench> benches;
     addDecodeBenches(benches);
+    addAnswerBench(benches);
     addScrollBenches(benches);
     addTableBenches(benches);
     addStartBench(benches);

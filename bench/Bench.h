@@ -35,6 +35,7 @@ std::vector<Bench> allBenches();
 // One for each source.
 void addDecodeBenches(std::vector<Bench>& benches);
 void addTableBenches(std::vector<Bench>& benches);
+void addAnswerBench(std::vector<Bench>& benches);
 void addScrollBenches(std::vector<Bench>& benches);
 void addStartBench(std::vector<Bench>& benches);
 void addConvertBenches(std::vector<Bench>& benches);

@@ -82,6 +82,7 @@ int runBenchChild(const std::string& what, int argc, char** argv) {
     if (what == "million") return runMillionChild(argc, argv);
     if (what == "insert") return runInsertChild(argc, argv);
     if (what == "startpeer") return runStartPeerChild(argc, argv);
+    if (what == "answers") return runAnswersChild(argc, argv);
     if (what == "thumbnail") return runThumbnailChild(argc, argv);
     if (what == "videofirst") return runVideoFirstChild(argc, argv);
     if (what == "videoplay") return runVideoPlayChild(argc, argv);

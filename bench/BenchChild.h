@@ -23,6 +23,7 @@ int runListViewChild(int argc, char** argv);
 int runMillionChild(int argc, char** argv);
 int runInsertChild(int argc, char** argv);
 int runStartPeerChild(int argc, char** argv);
+int runAnswersChild(int argc, char** argv);
 int runThumbnailChild(int argc, char** argv);
 int runVideoFirstChild(int argc, char** argv);
 int runVideoPlayChild(int argc, char** argv);

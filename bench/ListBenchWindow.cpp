@@ -7,13 +7,18 @@
 
 namespace ostrel {
 
-ListBenchWindow::ListBenchWindow(std::size_t count, bool own) : count_(count) {
+ListBenchWindow::ListBenchWindow(std::size_t count, bool own)
+    : ListBenchWindow(std::make_shared<BenchServer>(count), count, own) {}
+
+ListBenchWindow::ListBenchWindow(std::shared_ptr<OstrelServerFramework> framework, std::size_t count,
+                                 bool own)
+    : count_(count) {
     const std::string path = QDir(QCoreApplication::applicationDirPath() + "/../share/ostrel-article")
                                  .canonicalPath()
                                  .toStdString();
     NSBundle::setMainBundlePath(path);
     NSBundle::registerBundle(OstrelArticleBundleIdentifier, path);
-    OstrelServerFramework::install(std::make_shared<BenchServer>(count));
+    OstrelServerFramework::install(std::move(framework));
     // On this idiom the list has no refresh control, whose animation would run beside the measure.
     UIDevice::currentDevice().setUserInterfaceIdiom(UIUserInterfaceIdiom::mac);
     root_ = make<UIWindow>(CGSize{width, height});

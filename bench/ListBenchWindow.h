@@ -18,6 +18,8 @@ public:
 
     /// `own`: the signed-in user's own list.
     ListBenchWindow(std::size_t count, bool own);
+    /// With a server framework that is to send `count` articles.
+    ListBenchWindow(std::shared_ptr<OstrelServerFramework> framework, std::size_t count, bool own);
     ~ListBenchWindow();
 
     /// Shows it and waits until the list is loaded and painted.

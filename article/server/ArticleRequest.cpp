@@ -195,7 +195,9 @@ ArticleAnswer ArticleRequest::judge(const std::optional<std::string>& answer,
     judged.error = error;
     bool good = !error;
     if (good && rule.reading == Reading::result) {
-        judged.result = OstrelServerHtmlResultObject::initWithHtml(answer ? *answer : std::string());
+        static const std::string nothing;
+        // The very text that was handed over, not a copy: the framework may keep its parsed form ready.
+        judged.result = OstrelServerHtmlResultObject::initWithHtml(answer ? *answer : nothing);
         judged.error = judged.result->errString();
         good = !judged.error && (!rule.needsSuccess || judged.result->success());
     } else if (good && rule.reading == Reading::json) {

@@ -1,3 +1,4 @@
+#include "article/server/ArticleRequest.h"
 #include "tests/ostrelserver/FrameworkTest.h"
 
 #include <string>
@@ -191,6 +192,20 @@ TEST_F(AnswerTest, theResultIsReadyWhenTheHandlerRuns) {
     EXPECT_TRUE(again);
     EXPECT_EQ(framework().statistics().answersParsedAhead, 1u);
     EXPECT_EQ(framework().statistics().answersParsedOnTheSpot, 1u);
+}
+
+TEST_F(AnswerTest, theModulesJudgingUsesTheResultThatIsReady) {
+    server_.on("/article/articles_json.html",
+               ScriptedHttpServer::answer(R"({"success":true,"results":[{"id":1}]})"));
+    start();
+    OstrelServerFramework::install(framework_);
+    std::size_t records = 0;
+    ArticleRequest::listArticles().send(
+        [&](const ArticleAnswer& answer) { records = answer.result->resultsArray().size(); });
+    const bool arrived = runUntil([&] { return records > 0; });
+    OstrelServerFramework::install(nullptr);
+    ASSERT_TRUE(arrived);
+    EXPECT_EQ(framework().statistics().answersParsedOnTheSpot, 0u);
 }
 
 TEST_F(AnswerTest, nestingWithoutEndIsAnErrorOfTheResult) {
