@@ -158,7 +158,8 @@ bool HttpTransfer::addBody() {
             complete = curl_mime_data(part, text->data(), text->size()) == CURLE_OK;
             continue;
         }
-        const Data& data = std::get<Data>(content);
+        const auto* made = std::get_if<UploadFile>(&content);
+        const Data data = made ? made->contents() : std::get<Data>(content);
         if (data.isNull()) {
             ownError_ = "The file \"" + name + "\" cannot be read.";
             return false;

@@ -114,8 +114,8 @@ ArticleRequest ArticleRequest::updateArticle(const Value& id, std::string title,
     return request;
 }
 
-ArticleRequest ArticleRequest::uploadImage(const std::string& articleId, std::int64_t position, Data jpeg,
-                                           std::string text) {
+ArticleRequest ArticleRequest::uploadImage(const std::string& articleId, std::int64_t position,
+                                           UploadPart jpeg, std::string text) {
     ArticleRequest request(ArticleRequestKind::uploadImage,
                            uploadPath("article/image_update", articleId, position));
     request.body_.emplace("image.jpg", std::move(jpeg));
@@ -125,7 +125,8 @@ ArticleRequest ArticleRequest::uploadImage(const std::string& articleId, std::in
 }
 
 ArticleRequest ArticleRequest::uploadVideo(const std::string& articleId, std::int64_t position,
-                                           Data thumbnailJpeg, Data mp4, const ArticleVideoFields& fields) {
+                                           UploadPart thumbnailJpeg, UploadPart mp4,
+                                           const ArticleVideoFields& fields) {
     ArticleRequest request(ArticleRequestKind::uploadVideo,
                            uploadPath("article/video_update", articleId, position));
     request.body_.emplace("thumbnail.jpg", std::move(thumbnailJpeg));

@@ -69,11 +69,12 @@ public:
     static ArticleRequest addComment(const std::string& articleId, std::string text);
     static ArticleRequest createArticle(std::string title, std::string text);
     static ArticleRequest updateArticle(const Value& id, std::string title, std::string text);
-    /// `position` counts from 0; an empty `text` is not sent.
-    static ArticleRequest uploadImage(const std::string& articleId, std::int64_t position, Data jpeg,
+    /// `position` counts from 0; an empty `text` is not sent. The files may be data or `UploadFile`.
+    static ArticleRequest uploadImage(const std::string& articleId, std::int64_t position, UploadPart jpeg,
                                       std::string text);
-    static ArticleRequest uploadVideo(const std::string& articleId, std::int64_t position, Data thumbnailJpeg,
-                                      Data mp4, const ArticleVideoFields& fields);
+    static ArticleRequest uploadVideo(const std::string& articleId, std::int64_t position,
+                                      UploadPart thumbnailJpeg, UploadPart mp4,
+                                      const ArticleVideoFields& fields);
     static ArticleRequest setImageCaption(const Value& imageId, const std::string& text);
     static ArticleRequest setImagePosition(const Value& imageId, int position);
     static ArticleRequest removeImage(const Value& imageId);
@@ -105,6 +106,9 @@ private:
     UploadBody body_;
     ErrorFile errorFile_ = ErrorFile::none;
 };
+
+/// The quality at which pictures and thumbnails are encoded for an upload.
+inline constexpr double uploadedJpegQuality = 0.7;
 
 /// "42.125%" for 0.42125: a sent fraction as the progress of uploads is logged.
 std::string uploadProgressText(double fraction);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "article/server/OstrelServerUserObject.h"
+#include "article/server/UploadFile.h"
 #include "platform/foundation/Data.h"
 #include "platform/foundation/Value.h"
 
@@ -18,8 +19,8 @@ namespace ostrel {
 using AnswerHandler =
     std::function<void(const std::optional<std::string>& answer, const std::optional<std::string>& error)>;
 using FormFields = std::map<std::string, std::string>;
-/// A file (data; the key is its file name) or a plain field (text).
-using UploadPart = std::variant<Data, std::string>;
+/// A file (data, or one that is read or made when it is sent; the key is its file name) or a plain field (text).
+using UploadPart = std::variant<Data, std::string, UploadFile>;
 using UploadBody = std::map<std::string, UploadPart>;
 /// The fraction sent so far, 0 to 1; any thread.
 using ProgressHandler = std::function<void(double fraction)>;
