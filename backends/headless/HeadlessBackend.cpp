@@ -39,7 +39,7 @@ std::uint32_t differences(const ViewState& a, const ViewState& b) {
     if (a.frame.origin != b.frame.origin) changes |= changedFrameOrigin;
     if (a.frame.size != b.frame.size) changes |= changedFrameSize;
     if (a.boundsOrigin != b.boundsOrigin) changes |= changedBoundsOrigin;
-    if (a.transform != b.transform) changes |= changedTransform;
+    if (a.transform != b.transform || a.rotation != b.rotation) changes |= changedTransform;
     if (a.alpha != b.alpha || a.hidden != b.hidden) changes |= changedAlpha;
     if (a.clipsToBounds != b.clipsToBounds || a.backgroundColor != b.backgroundColor ||
         a.cornerRadius != b.cornerRadius || a.roundsTop != b.roundsTop || a.roundsBottom != b.roundsBottom ||

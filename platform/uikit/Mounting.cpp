@@ -1,5 +1,7 @@
 #include "platform/uikit/Mounting.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace ostrel {
@@ -21,5 +23,26 @@ Mutation Mutation::update(ViewTag tag, std::shared_ptr<const ViewState> state, s
 }
 
 Mutation Mutation::destroy(ViewTag tag) { return {.type = Type::destroy, .tag = tag, .state = nullptr}; }
+
+bool LayerRotation::isMoving(double time) const {
+    return angles.size() > 1 && duration > 0 && time - begin < duration * repeatCount;
+}
+
+double LayerRotation::angleAt(double time) const {
+    if (angles.empty()) return 0;
+    if (angles.size() == 1 || !(duration > 0)) return angles.front();
+    double runs = std::max(0.0, (time - begin) / duration);
+    if (runs >= repeatCount) {
+        if (!staysAtEnd) return 0;
+        runs = repeatCount;
+    }
+    double within = runs - std::floor(runs);
+    // A whole number of runs ends where a run ends.
+    if (within == 0 && runs >= repeatCount && runs > 0) within = 1;
+    const double step = within * static_cast<double>(angles.size() - 1);
+    const auto first = std::min(static_cast<std::size_t>(step), angles.size() - 2);
+    const double share = step - static_cast<double>(first);
+    return angles[first] + (angles[first + 1] - angles[first]) * share;
+}
 
 }  // namespace ostrel

@@ -5,6 +5,7 @@
 #include "platform/graphics/UIColor.h"
 #include "platform/graphics/UIFont.h"
 #include "platform/graphics/UIImage.h"
+#include "platform/uikit/UIReturnKeyType.h"
 
 #include <cstdint>
 #include <memory>
@@ -68,6 +69,7 @@ struct TextInputContent {
     bool enabled = true;
     bool focused = false;
     std::size_t maximumLength = 0;  ///< UTF-16 units; 0: no limit
+    UIReturnKeyType returnKey = UIReturnKeyType::standard;
     UIEdgeInsets insets;
     friend bool operator==(const TextInputContent&, const TextInputContent&) = default;
 };
@@ -97,6 +99,19 @@ struct LayerShadow {
     friend bool operator==(const LayerShadow&, const LayerShadow&) = default;
 };
 
+/// A view that turns about its centre by itself, on top of its transform: the backend moves it with the display's own
+/// frames while it is mounted and in sight. Immutable.
+struct LayerRotation {
+    std::vector<double> angles;  ///< radians, clockwise, evenly over a run; at least one
+    double duration = 0;         ///< seconds of a run; 0: stands at the first angle
+    double repeatCount = 1;
+    double begin = 0;         ///< monotonic seconds of the first run's start
+    bool staysAtEnd = false;  ///< after the last run, at where that ended; else not turned any more
+    /// Whether it goes on moving after `time`.
+    bool isMoving(double time) const;
+    double angleAt(double time) const;
+};
+
 enum class CursorShape { arrow, pointingHand, text };
 enum class AccessibilityRole { none, text, button, image, textField, list, listItem, link, alert, window };
 
@@ -112,6 +127,7 @@ struct ViewState {
     CGRect frame;  ///< in the parent's coordinates; the parent's `boundsOrigin` is where its content begins
     CGPoint boundsOrigin;         ///< children are shown moved by its negative (a scroll offset)
     CGAffineTransform transform;  ///< about the centre of the frame
+    std::shared_ptr<const LayerRotation> rotation;  ///< null: does not turn
     double alpha = 1;
     bool hidden = false;
     bool clipsToBounds = false;  ///< to the frame with rounded corners
@@ -133,9 +149,9 @@ enum ViewStateChange : std::uint32_t {
     changedFrameOrigin = 1,
     changedFrameSize = 2,
     changedBoundsOrigin = 4,
-    changedTransform = 8,
-    changedAlpha = 16,  ///< alpha or hidden
-    changedLayer = 32,  ///< colours, corners, border, shadow, clipping, surface
+    changedTransform = 8,  ///< also the rotation
+    changedAlpha = 16,     ///< alpha or hidden
+    changedLayer = 32,     ///< colours, corners, border, shadow, clipping, surface
     changedContent = 64,
     changedAccessibility = 128,  ///< also the cursor
     changedAll = 255,

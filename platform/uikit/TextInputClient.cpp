@@ -17,4 +17,13 @@ std::string_view prefixOfUtf16Length(std::string_view text, std::size_t units) {
     return text.substr(0, end);
 }
 
+std::size_t utf16Length(std::string_view text) {
+    std::size_t length = 0;
+    for (const char byte : text) {
+        const auto lead = static_cast<unsigned char>(byte);
+        if ((lead & 0xC0) != 0x80) length += lead >= 0xF0 ? 2 : 1;
+    }
+    return length;
+}
+
 }  // namespace ostrel

@@ -86,6 +86,7 @@ public:
     void deleteSections(std::int64_t first, std::int64_t count, UITableViewRowAnimation animation);
     /// Asks for the row anew, its height too.
     void reloadRow(NSIndexPath path, UITableViewRowAnimation animation);
+    void reloadRowsAtIndexPaths(const std::vector<NSIndexPath>& paths, UITableViewRowAnimation animation);
 
     std::shared_ptr<UITableViewCell> dequeueReusableCell(const std::string& identifier);
     /// Null when the row is not on screen (or near it). Makes the rows first when they are still to be made.

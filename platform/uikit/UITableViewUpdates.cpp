@@ -39,6 +39,13 @@ void UITableView::reloadRow(NSIndexPath path, UITableViewRowAnimation animation)
     endUpdates();
 }
 
+void UITableView::reloadRowsAtIndexPaths(const std::vector<NSIndexPath>& paths,
+                                         UITableViewRowAnimation animation) {
+    implementation_->updateDepth++;
+    for (const NSIndexPath path : paths) implementation_->batch.reloads.push_back({path, animation});
+    endUpdates();
+}
+
 /// Where a section from before is afterwards; none when it is deleted. `inserts` are in ascending order.
 std::optional<std::int64_t> UITableView::Implementation::sectionAfter(const Batch& update,
                                                                       std::int64_t section) {

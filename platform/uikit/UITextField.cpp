@@ -30,6 +30,11 @@ void UITextField::setFont(UIFont font) {
     contentDidChange();
 }
 
+void UITextField::setReturnKeyType(UIReturnKeyType type) {
+    content_.returnKey = type;
+    contentDidChange();
+}
+
 void UITextField::setTextColor(UIColor color) {
     content_.color = color;
     contentDidChange();
@@ -70,6 +75,13 @@ void UITextField::firstResponderDidChange(bool isFirst) {
     content_.focused = isFirst;
     contentDidChange();
     sendActions(isFirst ? UIControlEvent::editingDidBegin : UIControlEvent::editingDidEnd);
+    const auto delegate = delegate_.lock();
+    if (!delegate) return;
+    if (isFirst) {
+        delegate->textFieldDidBeginEditing(*this);
+    } else {
+        delegate->textFieldDidEndEditing(*this);
+    }
 }
 
 void UITextField::focusDidChange(bool focused, bool byKeyboard) {
@@ -101,8 +113,9 @@ void UITextField::editorTextChanged(const std::string& text) {
     if (!isEnabled()) return;
     std::string accepted = text;
     if (content_.maximumLength) accepted.resize(prefixOfUtf16Length(text, content_.maximumLength).size());
-    // The editor shows more than is accepted: it has to be told.
-    if (accepted.size() != text.size()) {
+    if (accepted != content_.text && !mayChangeTo(accepted)) accepted = content_.text;
+    // The editor shows other than what is accepted: it has to be told.
+    if (accepted != text) {
         ++content_.revision;
         contentDidChange();
     }
@@ -110,6 +123,28 @@ void UITextField::editorTextChanged(const std::string& text) {
     content_.text = std::move(accepted);
     contentDidChange();
     sendActions(UIControlEvent::editingChanged);
+}
+
+/// Asks the delegate, for whom the change is the one stretch in which the texts differ.
+bool UITextField::mayChangeTo(const std::string& text) {
+    const auto delegate = delegate_.lock();
+    if (!delegate) return true;
+    const std::string& old = content_.text;
+    const auto isInside = [](const std::string& s, std::size_t at) {
+        return at < s.size() && (static_cast<unsigned char>(s[at]) & 0xC0) == 0x80;
+    };
+    std::size_t begin = 0;
+    const std::size_t shorter = std::min(old.size(), text.size());
+    while (begin < shorter && old[begin] == text[begin]) ++begin;
+    while (begin > 0 && (isInside(old, begin) || isInside(text, begin))) --begin;
+    std::size_t oldEnd = old.size(), newEnd = text.size();
+    while (oldEnd > begin && newEnd > begin && old[oldEnd - 1] == text[newEnd - 1]) --oldEnd, --newEnd;
+    while (isInside(old, oldEnd) || isInside(text, newEnd)) ++oldEnd, ++newEnd;
+    const std::string_view before = old;
+    const NSRange range{utf16Length(before.substr(0, begin)),
+                        utf16Length(before.substr(begin, oldEnd - begin))};
+    return delegate->textFieldShouldChangeCharactersInRangeReplacementString(
+        *this, range, text.substr(begin, newEnd - begin));
 }
 
 void UITextField::editorFocusChanged(bool focused) {
@@ -121,6 +156,10 @@ void UITextField::editorFocusChanged(bool focused) {
 }
 
 void UITextField::editorReturn() {
+    const auto kept = shared_from_this();
+    const auto delegate = delegate_.lock();
+    if (delegate && !delegate->textFieldShouldReturn(*this)) return;
+    if (delegate && !hasTarget(UIControlEvent::editingDidEndOnExit)) return;
     if (!hasTarget(UIControlEvent::editingDidEndOnExit)) {
         UIPress press;
         press.key = {.code = UIKeyCode::enter, .characters = "\r"};

@@ -5,9 +5,25 @@
 
 namespace ostrel {
 
+class UITextField;
+
+class UITextFieldDelegate {
+public:
+    virtual ~UITextFieldDelegate() = default;
+    virtual void textFieldDidBeginEditing(UITextField&) {}
+    virtual void textFieldDidEndEditing(UITextField&) {}
+    /// Return was pressed; true: the field does what it does with one.
+    virtual bool textFieldShouldReturn(UITextField&) { return true; }
+    /// The user wants `range` (UTF-16 units) of the field's text replaced; false leaves the text as it is.
+    virtual bool textFieldShouldChangeCharactersInRangeReplacementString(UITextField&, NSRange /*range*/,
+                                                                         const std::string& /*replacement*/) {
+        return true;
+    }
+};
+
 /// One line of text under edit. The backend's own editor does the editing; this holds what it reports. Sends
 /// editingChanged, editingDidBegin, editingDidEnd, and editingDidEndOnExit for Return; a Return that nobody is a target
-/// of goes up the responder chain as a key.
+/// of, and that no delegate has taken, goes up the responder chain as a key.
 class UITextField : public UIControl, public TextInputClient {
 public:
     explicit UITextField(CGRect frame = {});
@@ -16,7 +32,13 @@ public:
     void setText(std::string text);
     void setPlaceholder(std::string placeholder);
     const std::string& placeholder() const { return content_.placeholder; }
+    void setTextFieldDelegate(std::weak_ptr<UITextFieldDelegate> delegate) {
+        delegate_ = std::move(delegate);
+    }
+    const UIFont& font() const { return content_.font; }
     void setFont(UIFont font);
+    UIReturnKeyType returnKeyType() const { return content_.returnKey; }
+    void setReturnKeyType(UIReturnKeyType type);
     void setTextColor(UIColor color);
     void setSecureTextEntry(bool secure);
     bool isSecureTextEntry() const { return content_.secure; }
@@ -44,6 +66,8 @@ protected:
 
 private:
     void contentDidChange();
+    bool mayChangeTo(const std::string& text);
+    std::weak_ptr<UITextFieldDelegate> delegate_;
     TextInputContent content_{.color = UIColor::label(), .placeholderColor = UIColor::placeholderText()};
 };
 

@@ -29,6 +29,8 @@ void UITextView::setText(std::string text) {
     if (text == content_.text) return;
     if (selection_) selection_->clear();
     content_.text = std::move(text);
+    editedHeight_.reset();
+    selectedRange_ = {utf16Length(content_.text), 0};
     ++revision_;
     if (!editable_) setDefaultAccessibility(AccessibilityRole::text, content_.text);
     contentDidChange();
@@ -55,6 +57,12 @@ void UITextView::setMaximumLength(std::size_t length) {
 void UITextView::setFont(UIFont font) {
     if (font == content_.font) return;
     content_.font = std::move(font);
+    contentDidChange();
+}
+
+void UITextView::setReturnKeyType(UIReturnKeyType type) {
+    if (type == returnKey_) return;
+    returnKey_ = type;
     contentDidChange();
 }
 
@@ -104,6 +112,15 @@ CGSize UITextView::sizeThatFits(CGSize size) const {
     const CGSize text = TextMeasurer::shared().measure(content_.text, content_.font, width).size;
     return {std::ceil(text.width) + insets.left + insets.right,
             std::ceil(text.height) + insets.top + insets.bottom};
+}
+
+CGSize UITextView::contentSize() const {
+    const CGFloat width = bounds().width();
+    const UIEdgeInsets& insets = content_.insets;
+    if (editing_ && editedHeight_) return {width, *editedHeight_ + insets.top + insets.bottom};
+    // An empty text is one line high.
+    const CGFloat least = TextMeasurer::shared().lineHeight(content_.font) + insets.top + insets.bottom;
+    return {width, std::max(least, sizeThatFits({std::max(1.0, width), 0}).height)};
 }
 
 // Editing
@@ -166,9 +183,17 @@ void UITextView::editorTextChanged(const std::string& text) {
     }
     if (accepted == content_.text) return;
     content_.text = std::move(accepted);
+    editedHeight_.reset();
     contentDidChange();
     if (const auto delegate = delegate_.lock()) delegate->textViewDidChange(*this);
     NSNotificationCenter::defaultCenter().postNotification(UITextViewTextDidChangeNotification);
+}
+
+void UITextView::editorSelectionChanged(NSRange selection, CGFloat height) {
+    if (!canBecomeFirstResponder()) return;
+    editedHeight_ = height;
+    selectedRange_ = selection;
+    if (const auto delegate = delegate_.lock()) delegate->textViewDidChangeSelection(*this);
 }
 
 bool UITextView::canBeSelected() const {
@@ -196,6 +221,7 @@ ViewContent UITextView::makeContent() const {
                                 .multiline = true,
                                 .focused = editing_,
                                 .maximumLength = maximumLength_,
+                                .returnKey = returnKey_,
                                 .insets = textInsets()};
     }
     if (content_.text.empty()) return {};

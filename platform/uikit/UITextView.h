@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace ostrel {
 
@@ -17,6 +18,8 @@ public:
     virtual void textViewDidBeginEditing(UITextView&) {}
     virtual void textViewDidChange(UITextView&) {}
     virtual void textViewDidEndEditing(UITextView&) {}
+    /// The caret or the selection moved, also by typing (then after `textViewDidChange`).
+    virtual void textViewDidChangeSelection(UITextView&) {}
 };
 
 /// Posted, without an object, whenever the user changed the text of any text view.
@@ -49,6 +52,12 @@ public:
     const std::shared_ptr<TextSelection>& selection() const { return selection_; }
     bool isScrollEnabled() const { return scrollEnabled_; }
     void setScrollEnabled(bool enabled) { scrollEnabled_ = enabled; }
+    UIReturnKeyType returnKeyType() const { return returnKey_; }
+    void setReturnKeyType(UIReturnKeyType type);
+    /// The whole text's, with its insets: as the editor has laid it out while the text is under edit, else measured.
+    CGSize contentSize() const;
+    /// What is selected of text under edit, or where its caret stands; UTF-16 units.
+    NSRange selectedRange() const { return selectedRange_; }
     void setShowsVerticalScrollIndicator(bool shows) { showsIndicator_ = shows; }
     void setLineBreakMode(NSLineBreakMode mode);
     UIEdgeInsets textContainerInset() const { return content_.insets; }
@@ -69,6 +78,7 @@ public:
     void editorTextChanged(const std::string& text) override;
     void editorFocusChanged(bool focused) override;
     void editorReturn() override {}
+    void editorSelectionChanged(NSRange selection, CGFloat height) override;
 
 protected:
     ViewContent makeContent() const override;
@@ -81,6 +91,9 @@ private:
     std::string placeholder_;
     std::uint64_t revision_ = 0;
     std::size_t maximumLength_ = 0;
+    UIReturnKeyType returnKey_ = UIReturnKeyType::standard;
+    NSRange selectedRange_;
+    std::optional<CGFloat> editedHeight_;  ///< of the text as the editor shows it; absent: not known
     bool editing_ = false;
     TextContent content_{.color = UIColor::label(),
                          .lineBreakMode = NSLineBreakMode::byWordWrapping,

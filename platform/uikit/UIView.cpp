@@ -1,5 +1,6 @@
 #include "platform/uikit/UIView.h"
 
+#include "platform/foundation/Clock.h"
 #include "platform/foundation/RunLoop.h"
 #include "platform/uikit/Autoresizing.h"
 #include "platform/uikit/UIGestureRecognizer.h"
@@ -7,6 +8,7 @@
 #include "platform/uikit/UIWindow.h"
 #include "platform/uikit/ViewAnimator.h"
 
+#include <algorithm>
 #include <cassert>
 
 namespace ostrel {
@@ -34,8 +36,15 @@ CGRect sane(CGRect frame) {
 
 constexpr int maximumLayoutPasses = 8;
 constexpr CGFloat focusRingWidth = 2;
+constexpr const char* rotationKeyPath = "transform.rotation";
 
 }  // namespace
+
+struct UIView::Animation {
+    std::string key;
+    CAKeyframeAnimation animation;
+    std::shared_ptr<const LayerRotation> rotation;
+};
 
 UIView::UIView(CGRect frame) : tag_(nextTag()) { state_.frame = sane(frame); }
 
@@ -153,6 +162,21 @@ CGRect UIView::convertRectToView(const CGRect& rect, const UIView* view) const {
     return {low, {high.x - low.x, high.y - low.y}};
 }
 
+CGRect UIView::visibleRect() const {
+    if (!window_) return {};
+    CGRect rect = bounds();
+    CGFloat dx = 0, dy = 0;  // from this view's coordinates to those of `view`
+    for (const UIView* view = this; view->superview_; view = view->superview_) {
+        if (view->state_.hidden) return {};
+        const UIView& above = *view->superview_;
+        dx += view->state_.frame.origin.x - view->state_.boundsOrigin.x;
+        dy += view->state_.frame.origin.y - view->state_.boundsOrigin.y;
+        if (above.state_.clipsToBounds || !above.superview_)
+            rect = rect.intersection(above.bounds().offsetBy(-dx, -dy));
+    }
+    return rect;
+}
+
 CGSize UIView::sizeThatFits(CGSize) const { return state_.frame.size; }
 
 void UIView::sizeToFit() { setFrame({state_.frame.origin, sizeThatFits(state_.frame.size)}); }
@@ -201,6 +225,63 @@ void UIView::setDefaultAccessibility(AccessibilityRole role, const std::string& 
 
 void UIView::setAccessibilityDisabled(bool disabled) {
     changeState(state_.accessibility.disabled, disabled, changedAccessibility);
+}
+
+// Animations of the layer
+
+void UIView::addAnimationForKey(const CAKeyframeAnimation& animation, const std::string& key) {
+    const bool isFinite = std::all_of(animation.values.begin(), animation.values.end(),
+                                      [](double value) { return std::isfinite(value); });
+    std::erase_if(animations_, [&](const Animation& other) { return other.key == key; });
+    if (animation.keyPath != rotationKeyPath || animation.values.empty() || !isFinite)
+        return updateRotation();
+    auto rotation = std::make_shared<LayerRotation>();
+    rotation->angles = animation.values;
+    rotation->begin = Clock::shared().monotonicSeconds();
+    if (animation.duration > 0 && animation.repeatCount > 0 && !isReduceMotionEnabled()) {
+        rotation->duration = animation.duration;
+        rotation->repeatCount = animation.repeatCount;
+    } else {
+        rotation->angles.resize(1);
+    }
+    rotation->staysAtEnd =
+        !animation.removedOnCompletion && animation.fillMode == CAMediaTimingFillMode::forwards;
+    animations_.push_back({key, animation, rotation});
+    updateRotation();
+    const double length = rotation->duration * rotation->repeatCount;
+    constexpr double longest = 1e6;  // seconds; what takes longer is taken away by whoever added it
+    if (!animation.removedOnCompletion || !(length < longest) || !RunLoop::hasMain()) return;
+    RunLoop::main().performAfter(length, [weak = weak_from_this(), key, ended = std::weak_ptr(rotation)] {
+        const auto view = weak.lock();
+        const auto present = ended.lock();
+        if (!view || !present) return;
+        const auto& all = view->animations_;
+        if (std::any_of(all.begin(), all.end(), [&](const Animation& a) { return a.rotation == present; }))
+            view->removeAnimationForKey(key);
+    });
+}
+
+void UIView::removeAnimationForKey(const std::string& key) {
+    if (std::erase_if(animations_, [&](const Animation& other) { return other.key == key; }))
+        updateRotation();
+}
+
+void UIView::removeAllAnimations() {
+    if (animations_.empty()) return;
+    animations_.clear();
+    updateRotation();
+}
+
+const CAKeyframeAnimation* UIView::animationForKey(const std::string& key) const {
+    for (const Animation& other : animations_) {
+        if (other.key == key) return &other.animation;
+    }
+    return nullptr;
+}
+
+void UIView::updateRotation() {
+    changeState(state_.rotation, animations_.empty() ? nullptr : animations_.back().rotation,
+                changedTransform);
 }
 
 // Tree

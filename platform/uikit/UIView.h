@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Object.h"
+#include "platform/uikit/CAKeyframeAnimation.h"
 #include "platform/uikit/Mounting.h"
 #include "platform/uikit/NSLayoutConstraint.h"
 #include "platform/uikit/UIResponder.h"
@@ -58,6 +59,9 @@ public:
     CGRect convertRectToView(const CGRect& rect, const UIView* view) const;
     virtual CGSize sizeThatFits(CGSize size) const;
     void sizeToFit();
+    /// The part of the bounds that neither an ancestor nor the window clips away; empty outside of a window. Transforms
+    /// are left out.
+    CGRect visibleRect() const;
 
     // Layer
     UIColor backgroundColor() const { return state_.backgroundColor; }
@@ -79,6 +83,14 @@ public:
     /// Painted as one picture with its subviews: for rows, bars, sheets that move or fade as a whole.
     void setSurface(bool isSurface);
     const ViewState& state() const { return state_; }
+    /// Runs the animation from now on, in place of the one of that key; it moves only while the view is in sight of a
+    /// window. Where motion is reduced, the view stands at its first value instead. Of several with the same key path
+    /// the one added last shows. Nothing with a key path that is not known, or without finite values.
+    void addAnimationForKey(const CAKeyframeAnimation& animation, const std::string& key);
+    void removeAnimationForKey(const std::string& key);
+    void removeAllAnimations();
+    /// Null when there is none of that key (any more).
+    const CAKeyframeAnimation* animationForKey(const std::string& key) const;
 
     // Tree, back to front
     UIView* superview() const { return superview_; }
@@ -155,6 +167,9 @@ protected:
     /// What a kind of view says of itself; does nothing once `setAccessibility` was called.
     void setDefaultAccessibility(AccessibilityRole role, const std::string& label);
     void setAccessibilityDisabled(bool disabled);
+    /// From now on `visibleRectDidChange` is called, before a flush, whenever `visibleRect` is another one.
+    void setObservesVisibleRect() { observesVisibleRect_ = true; }
+    virtual void visibleRectDidChange() {}
     /// Called when the size of a subview changed, so that a row can tell its table.
     virtual void subviewSizeDidChange(UIView& subview);
 
@@ -166,6 +181,7 @@ private:
     void markChildrenChanged();
     void resizeSubviews(CGSize oldSize);
     void layoutNow();
+    void updateRotation();
     CGPoint pointToSuperview(CGPoint point) const;
     CGPoint pointFromSuperview(CGPoint point) const;
     template <class T>
@@ -180,6 +196,7 @@ private:
     bool childrenChanged_ = false;
     bool accessibilityIsExplicit_ = false;
     bool userInteractionEnabled_ = true;
+    bool observesVisibleRect_ = false;
     unsigned autoresizingMask_ = autoresizingNone;
     UIView* superview_ = nullptr;
     UIWindow* window_ = nullptr;
@@ -188,6 +205,8 @@ private:
     std::vector<NSLayoutConstraint> constraints_;
     std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers_;
     std::shared_ptr<UIView> focusRing_;
+    struct Animation;
+    std::vector<Animation> animations_;  ///< of the layer, in the order added
 };
 
 }  // namespace ostrel

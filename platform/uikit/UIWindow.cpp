@@ -114,12 +114,15 @@ void UIWindow::viewNeedsLayout(UIView& view) {
 
 void UIWindow::viewEntered(UIView& view) {
     implementation_->views.emplace(view.tag(), &view);
+    if (view.observesVisibleRect_) implementation_->watched.emplace_back(&view, CGRect{});
     viewChanged(view);
     if (view.needsLayout_) viewNeedsLayout(view);
 }
 
 void UIWindow::viewLeft(UIView& view) {
     implementation_->views.erase(view.tag());
+    if (view.observesVisibleRect_)
+        std::erase_if(implementation_->watched, [&](const auto& entry) { return entry.first == &view; });
     animator_->viewLeft(view);
     if (firstResponder_ == &view) {
         firstResponder_ = nullptr;
@@ -143,6 +146,19 @@ void UIWindow::requestFlush() {
     backend_->setNeedsFlush();
 }
 
+void UIWindow::Implementation::checkVisibleRects() {
+    const auto views = watched;
+    for (const auto& [view, last] : views) {
+        const auto entry = std::find_if(watched.begin(), watched.end(),
+                                        [view = view](const auto& other) { return other.first == view; });
+        if (entry == watched.end()) continue;
+        const CGRect rect = view->visibleRect();
+        if (rect == entry->second) continue;
+        entry->second = rect;
+        view->visibleRectDidChange();
+    }
+}
+
 void UIWindow::flush() {
     Implementation& self = *implementation_;
     if (self.flushing) return;
@@ -154,7 +170,9 @@ void UIWindow::flush() {
         int depth;
         std::shared_ptr<UIView> view;
     };
-    for (int pass = 0; !self.layout.empty() && pass < maximumLayoutPasses; ++pass) {
+    for (int pass = 0; pass < maximumLayoutPasses; ++pass) {
+        if (self.layout.empty()) self.checkVisibleRects();
+        if (self.layout.empty()) break;
         std::vector<Waiting> waiting;
         for (const ViewTag tag : std::exchange(self.layout, {})) {
             UIView* const view = viewWithTag(tag);

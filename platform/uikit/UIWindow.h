@@ -61,6 +61,8 @@ public:
     void textInputChanged(ViewTag tag, const std::string& text);
     void textInputFocusChanged(ViewTag tag, bool focused);
     void textInputReturn(ViewTag tag);
+    /// See `TextInputClient::editorSelectionChanged`.
+    void textInputSelectionChanged(ViewTag tag, NSRange selection, CGFloat height);
     /// The window came to the front or left it.
     void setActive(bool active);
     bool isActive() const { return active_; }

@@ -34,6 +34,8 @@ struct UIWindow::Implementation {
     // Out
     std::unordered_map<ViewTag, UIView*> views;  ///< every view in the window
     std::vector<ViewTag> dirty, layout;          ///< may name views that have left
+    std::vector<std::pair<UIView*, CGRect>>
+        watched;  ///< views that are told of their visible rectangle, with the last
     ViewMounter mounter;
     bool flushing = false, flushRequested = false, framesWanted = false;
     std::map<std::uint64_t, std::function<bool(double)>> frameCallbacks;
@@ -46,6 +48,8 @@ struct UIWindow::Implementation {
     bool focusByKeyboard = false;
     std::weak_ptr<TextSelection> selection;
 
+    /// Tells the views whose visible rectangle has changed.
+    void checkVisibleRects();
     static bool isUnder(const std::weak_ptr<UIView>& view, const UIView& root);
     void cancelTouchOfView(Touching& touching);
 };

@@ -218,6 +218,12 @@ void UIWindow::textInputReturn(ViewTag tag) {
     if (auto* client = dynamic_cast<TextInputClient*>(view.get())) client->editorReturn();
 }
 
+void UIWindow::textInputSelectionChanged(ViewTag tag, NSRange selection, CGFloat height) {
+    const auto view = sharedViewWithTag(tag);
+    if (auto* client = dynamic_cast<TextInputClient*>(view.get()))
+        client->editorSelectionChanged(selection, height);
+}
+
 std::shared_ptr<UIView> UIWindow::sharedViewWithTag(ViewTag tag) const {
     UIView* const view = viewWithTag(tag);
     return view ? view->weak_from_this().lock() : nullptr;
