@@ -1,5 +1,6 @@
 #include "ostrelserver/AnswerDesk.h"
 
+#include "platform/foundation/PreparedText.h"
 #include "platform/foundation/RunLoop.h"
 #include "platform/foundation/Text.h"
 
@@ -30,7 +31,10 @@ JudgedAnswer judge(HttpAnswer answer) {
     judged.status = answer.status;
     judged.setsCookies = answer.setsCookies;
     const bool isText = validUtf8Prefix(answer.body) == answer.body.size();
-    if (isText && !answer.body.empty()) judged.result = ServerResult::parse(answer.body);
+    if (isText && !answer.body.empty()) {
+        judged.document = Value::parse(answer.body, &judged.documentError);
+        judged.result = ServerResult::of(judged.document, judged.documentError);
+    }
 
     const bool refused = answer.status >= 400;
     if (!answer.cancelled && refused && judged.result && judged.result->isReadable() &&
@@ -73,9 +77,15 @@ void AnswerDesk::deliver(HttpAnswer answer, std::shared_ptr<Ticket> ticket) {
 }
 
 void AnswerDesk::handOver(std::shared_ptr<Delivery> delivery, const JudgedHandler& handler) {
-    delivery->outer = std::exchange(current_, delivery.get());
-    handler(delivery->answer);
-    current_ = delivery->outer;
+    const JudgedAnswer& answer = delivery->answer;
+    {
+        std::optional<PreparedText> prepared;
+        if (answer.text && answer.result)
+            prepared.emplace(*answer.text, answer.document, answer.documentError);
+        delivery->outer = std::exchange(current_, delivery.get());
+        handler(answer);
+        current_ = delivery->outer;
+    }
     worker_.post([delivery = std::move(delivery)] {});
 }
 

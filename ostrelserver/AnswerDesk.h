@@ -21,6 +21,9 @@ struct JudgedAnswer {
     std::optional<std::string> error;
     /// The parsed form of `text`; null when there is none.
     std::shared_ptr<const ServerResult> result;
+    /// `text` as JSON: absent when it is none, and then why.
+    Value document;
+    std::string documentError;
     long status = 0;
     bool setsCookies = false;
 };

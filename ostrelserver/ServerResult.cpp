@@ -7,9 +7,13 @@
 namespace ostrel {
 
 std::shared_ptr<const ServerResult> ServerResult::parse(std::string_view text) {
-    auto result = std::make_shared<ServerResult>();
     std::string error;
     const Value document = Value::parse(text, &error);
+    return of(document, error);
+}
+
+std::shared_ptr<const ServerResult> ServerResult::of(const Value& document, const std::string& error) {
+    auto result = std::make_shared<ServerResult>();
     if (document.isAbsent()) {
         result->refuse(error.empty() ? "it is not JSON" : error);
     } else if (!document.isDictionary()) {

@@ -20,6 +20,8 @@ public:
 
     /// Parses `text`. Never null.
     static std::shared_ptr<const ServerResult> parse(std::string_view text);
+    /// Reads what has been parsed; absent: the text was no JSON, and `error` says why. Never null.
+    static std::shared_ptr<const ServerResult> of(const Value& document, const std::string& error);
 
     /// The member "error": its text, or the JSON of another type than string or null. For a text that cannot be read:
     /// "The answer cannot be read: " and why.

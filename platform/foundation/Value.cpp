@@ -2,6 +2,7 @@
 
 #include "platform/foundation/JsonTape.h"
 #include "platform/foundation/NumberText.h"
+#include "platform/foundation/PreparedText.h"
 #include "platform/foundation/Text.h"
 
 #include <algorithm>
@@ -177,6 +178,10 @@ Place placeOf(const JsonDocument& document, std::size_t index) {
 }  // namespace
 
 Value Value::parse(std::string_view json, std::string* error) {
+    if (const PreparedText* prepared = PreparedText::find(json)) {
+        if (error) *error = prepared->error();
+        return prepared->value();
+    }
     auto document = JsonDocument::parse(json, error);
     return document ? Value(std::move(document), rootValueIndex) : Value();
 }

@@ -183,6 +183,9 @@ TEST_F(AnswerTest, theResultIsReadyWhenTheHandlerRuns) {
     client().request("/page", [&](const auto& answer, const auto& error) {
         ASSERT_FALSE(error);
         records = framework().parseResult(*answer)->resultsArray().size();
+        // Whoever reads the text itself gets the document that the result was read from.
+        EXPECT_EQ(Value::parse(*answer)["results"].elements().front()["title"].string().data(),
+                  framework().parseResult(*answer)->resultsArray().front()["title"].string().data());
         EXPECT_EQ(framework().statistics().answersParsedOnTheSpot, 0u);
         // A text that only looks the same is another one.
         again = framework().parseResult(std::string(*answer))->success();
