@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <utility>
 
 namespace ostrel {
 
@@ -16,6 +17,57 @@ std::string rounded(float value) {
 }
 
 }  // namespace
+
+void VideoCollectionViewCell::initialise() {
+    MediaCollectionViewCell::initialise();
+    const CGSize picture = img()->frame().size;
+    durationLabel_ = make<UILabel>(CGRect(0, picture.height - 14, picture.width - 8, 11));
+    durationLabel_->setAutoresizingMask(flexibleWidth | flexibleTopMargin);
+    durationLabel_->setBackgroundColor(UIColor::clear());
+    durationLabel_->setTextAlignment(NSTextAlignment::center);
+    durationLabel_->setTextColor(UIColor::white());
+    durationLabel_->setFont(UIFont::fontWithName("PingFangSC-Medium", 10));
+    durationLabel_->setText("");
+    img()->addSubview(durationLabel_);
+}
+
+void VideoCollectionViewCell::setDelegate(std::shared_ptr<VideoCollectionViewCellDelegate> delegate) {
+    delegate_ = std::move(delegate);
+}
+
+/// A tile kept for reuse, or of a strip that has gone, holds nobody.
+void VideoCollectionViewCell::didMoveToSuperview() {
+    MediaCollectionViewCell::didMoveToSuperview();
+    if (!superview()) delegate_ = nullptr;
+}
+
+void VideoCollectionViewCell::setVideoObject(std::shared_ptr<NSArticleVideoObject> item) {
+    const bool isAnother = item != videoObject_;
+    if (isAnother) endEditing();
+    videoObject_ = std::move(item);
+    if (!videoObject_) return;
+    if (const Dictionary& record = videoObject_->videoDictionary()) {
+        // The length of what the tile showed before stays.
+        showExisting(record, isAnother, Wheel::stopsForCachedData);
+    } else {
+        durationLabel_->setText(durationString(videoObject_->duration()));
+        showNew(videoObject_->thumbnail(), videoObject_->text());
+    }
+}
+
+void VideoCollectionViewCell::remove() {
+    if (const auto delegate = delegate_) delegate->removeImageCollectionViewCell(*this);
+}
+
+void VideoCollectionViewCell::keepCaption(const std::string& text) {
+    if (!videoObject_) return;
+    videoObject_->setText(text);
+    videoObject_->setTextChanged(true);
+}
+
+void VideoCollectionViewCell::captionDidChange() {
+    if (const auto delegate = delegate_) delegate->textChangedCollectionViewCell(*this);
+}
 
 std::string VideoCollectionViewCell::durationString(float seconds) {
     if (!std::isfinite(seconds) || seconds >= 0x1p63f) return "0:00";

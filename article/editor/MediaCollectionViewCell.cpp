@@ -1,0 +1,202 @@
+#include "article/editor/MediaCollectionViewCell.h"
+
+#include "article/records/ArticleNotifications.h"
+#include "article/resources/ArticleBundles.h"
+#include "article/server/OstrelRequestManager.h"
+#include "platform/foundation/Text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ostrel {
+
+namespace {
+
+enum Style : std::int64_t { list = 0, grid = 1 };
+
+constexpr CGFloat pictureSide = 167;
+constexpr CGFloat pictureRadius = 5;
+constexpr CGSize listPicture{117, 86};
+constexpr CGFloat removeSide = 30;
+constexpr char shakeKey[] = "shake";
+/// UTF-16 units of a caption that are read out as part of the tile's name; the caption's editor has the rest.
+constexpr std::size_t spokenCaptionLength = 200;
+
+}  // namespace
+
+void MediaCollectionViewCell::initialise() {
+    myBundle_ = openFrameworkArticleBundle();
+    ostrelArticleBundle_ = openApplicationArticleBundle();
+    contentView()->setBackgroundColor(UIColor::clear());
+    setClipsToBounds(true);
+
+    img_ = make<UIImageView>(CGRect(0, 0, pictureSide, pictureSide));
+    img_->setContentMode(UIViewContentMode::scaleAspectFill);
+    img_->setClipsToBounds(true);
+    img_->setCornerRadius(pictureRadius);
+    img_->setBackgroundColor({0.96f, 0.96f, 0.97f, 1});
+    img_->setImage(imageInBundle(ostrelArticleBundle_, "loading"));
+    contentView()->addSubview(img_);
+
+    actView_ = make<UIActivityIndicatorView>(UIActivityIndicatorView::Style::medium);
+    actView_->setCenter(img_->center());
+    img_->addSubview(actView_);
+    actView_->startAnimating();
+
+    myTextView_ = make<UITextView>();
+    myTextView_->setTextViewDelegate(
+        std::static_pointer_cast<MediaCollectionViewCell>(shared_from_this()));
+    myTextView_->setFont(UIFont::fontWithName("PingFangSC-Regular", 14));
+    myTextView_->setAccessibility(AccessibilityRole::textField, articleText("Caption"));
+
+    myTextPlaceholder_ = make<UITextField>(CGRect(0, 9, std::max(0.0, myTextView_->frame().width() - 1), 16));
+    myTextPlaceholder_->setAutoresizingMask(flexibleWidth);
+    myTextPlaceholder_->setFont(myTextView_->font());
+    myTextPlaceholder_->setPlaceholder(articleText("Say something ... "));
+    myTextPlaceholder_->setUserInteractionEnabled(false);
+    myTextView_->addSubview(myTextPlaceholder_);
+    contentView()->addSubview(myTextView_);
+
+    removeButton_ = make<UIButton>(UIButton::Type::custom,
+                                   CGRect(frame().width() - removeSide, 0, removeSide, removeSide));
+    removeButton_->setAutoresizingMask(flexibleLeftMargin | flexibleBottomMargin);
+    removeButton_->setBackgroundColor(UIColor::clear());
+    // The picture is as large as the button.
+    removeButton_->setImage(imageInBundle(myBundle_, "close"));
+    removeButton_->setAccessibility(AccessibilityRole::button, articleText(removeNameKey()));
+    removeButton_->addTarget([this] { remove(); }, UIControlEvent::touchUpInside);
+    contentView()->addSubview(removeButton_);
+}
+
+// Layout
+
+void MediaCollectionViewCell::setFrame(const CGRect& frame) {
+    const CGSize before = this->frame().size;
+    UICollectionViewCell::setFrame(frame);
+    if (removeButton_ && before != frame.size) layoutForStyle();
+}
+
+void MediaCollectionViewCell::setArticleEditStyle(std::int64_t style) {
+    articleEditStyle_ = style;
+    layoutForStyle();
+}
+
+void MediaCollectionViewCell::layoutForStyle() {
+    if (articleEditStyle_ == list) {
+        img_->setFrame({{0, 0}, listPicture});
+        myTextView_->setFrame(
+            {119, 3, std::max(0.0, frame().width() - 121), std::max(0.0, frame().height() - 6)});
+        myTextPlaceholder_->setFrame({8, myTextPlaceholder_->frame().minY(),
+                                      std::max(0.0, myTextView_->frame().width() - 9), 16});
+    } else if (articleEditStyle_ == grid) {
+        // As large as it was, although the tile is smaller and clips it.
+        img_->setFrame({{0, 0}, img_->frame().size});
+        myTextView_->setFrame({});
+        myTextPlaceholder_->setFrame({});
+    } else {
+        return;
+    }
+    actView_->setCenter(img_->center());
+}
+
+void MediaCollectionViewCell::beginShake() {
+    addAnimationForKey({.keyPath = "transform.rotation",
+                        .values = {-0.03, 0.03, -0.03},
+                        .duration = 0.2,
+                        .repeatCount = CAKeyframeAnimation::forever,
+                        .removedOnCompletion = false,
+                        .fillMode = CAMediaTimingFillMode::forwards},
+                       shakeKey);
+    removeButton_->setAlpha(0);
+}
+
+void MediaCollectionViewCell::stopShake() {
+    removeButton_->setAlpha(1);
+    removeAllAnimations();
+}
+
+// The item
+
+void MediaCollectionViewCell::setImage(std::shared_ptr<const UIImage> image) {
+    shownData_ = {};
+    img_->setImage(std::move(image));
+}
+
+void MediaCollectionViewCell::showData(const Data& data) {
+    const bool isShown = shownData_ && shownData_.bytes() == data.bytes() && shownData_.size() == data.size();
+    if (isShown) return;
+    setImage(UIImage::imageWithData(data));
+    shownData_ = data;
+}
+
+void MediaCollectionViewCell::endEditing() {
+    if (myTextView_->isFirstResponder()) myTextView_->resignFirstResponder();
+}
+
+void MediaCollectionViewCell::showExisting(const Dictionary& record, bool isAnother, Wheel wheel) {
+    // The record's caption even when the item holds an edited one: a tile shown anew shows what the server has, on purpose.
+    showCaption(recordText(record, "text"));
+    const auto weak = std::weak_ptr(std::static_pointer_cast<MediaCollectionViewCell>(shared_from_this()));
+    const Data cached = OstrelRequestManager::defaultOstrelRequestManager().request(
+        recordText(record, "thumbnail"), [weak](const Data& data, bool loaded, const auto&) {
+            // Also when the tile shows another item by now.
+            const auto tile = weak.lock();
+            if (!tile) return;
+            if (loaded) tile->showData(data);
+            tile->actView_->stopAnimating();
+        });
+    if (cached) {
+        showData(cached);
+        if (wheel == Wheel::stopsForCachedData) actView_->stopAnimating();
+    } else if (isAnother) {
+        setImage(imageInBundle(ostrelArticleBundle_, "loading"));
+    }
+}
+
+void MediaCollectionViewCell::showNew(std::shared_ptr<const UIImage> picture,
+                                      const std::optional<std::string>& caption) {
+    setImage(std::move(picture));
+    showCaption(caption.value_or(""));
+    actView_->stopAnimating();
+}
+
+// The caption
+
+void MediaCollectionViewCell::showCaption(const std::string& text) {
+    myTextView_->setText(text);
+    // An empty text leaves the placeholder as it was.
+    if (!text.empty()) myTextPlaceholder_->setAlpha(0);
+    updateName();
+}
+
+void MediaCollectionViewCell::textViewDidChange(UITextView& textView) {
+    keepCaption(textView.text());
+    myTextPlaceholder_->setAlpha(textView.text().empty() ? 1 : 0);
+    updateName();
+    captionDidChange();
+}
+
+void MediaCollectionViewCell::textViewDidEndEditing(UITextView& textView) {
+    keepCaption(textView.text());
+    captionDidChange();
+}
+
+// Accessibility
+
+void MediaCollectionViewCell::setPlace(std::size_t index, std::size_t count) {
+    if (index == index_ && count == count_) return;
+    index_ = index;
+    count_ = count;
+    updateName();
+}
+
+void MediaCollectionViewCell::updateName() {
+    const std::string_view caption = prefixOfUtf16Length(myTextView_->text(), spokenCaptionLength);
+    std::string name = articleText(caption.empty() ? nameKey() : captionedNameKey());
+    name = formatLong(name, static_cast<std::int64_t>(index_) + 1);
+    name = formatLong(name, static_cast<std::int64_t>(count_));
+    if (const auto place = name.find("%@"); place != std::string::npos) name.replace(place, 2, caption);
+    setAccessibility(AccessibilityRole::listItem, std::move(name));
+}
+
+}  // namespace ostrel
