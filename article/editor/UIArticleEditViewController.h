@@ -9,12 +9,16 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace ostrel {
+
+class ArticleRequest;
+struct ArticleAnswer;
 
 /// The screen on which a user writes a new article or changes an existing one: a title line, a text box, a strip of images
 /// and a strip of videos. Pushed or presented within a navigation controller. "POST" is enabled by the first change;
@@ -80,6 +84,16 @@ public:
 
 private:
     std::weak_ptr<UIArticleEditViewController> weakSelf();
+    std::shared_ptr<UIArticleEditViewController> strongSelf() { return weakSelf().lock(); }
+
+    // Saving
+    /// Sends a request that the end of a save waits for; it holds the screen until it is answered.
+    void sendCounted(const ArticleRequest& request,
+                     std::function<void(const ArticleAnswer& answer)> answered = {});
+    void uploadEverything(const std::string& articleId);
+    void articleWasReloaded(const ArticleAnswer& answer, bool isNewArticle);
+    void showPosting();
+    void presentFailure();
 
     Dictionary articleDictionary_;
     std::int64_t articleEditStyle_ = 0;

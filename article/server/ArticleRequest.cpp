@@ -169,19 +169,21 @@ ArticleRequest ArticleRequest::removeVideo(const Value& videoId) {
 }
 
 void ArticleRequest::send(Handler handler) const {
-    auto& server = OstrelServer::shareServer();
-    const auto answered = [request = *this, handler = std::move(handler)](const auto& answer,
-                                                                          const auto& error) {
-        const ArticleAnswer judged = request.judge(answer, error);
-        if (handler) handler(judged);
-    };
+    sendUnjudged(OstrelServer::shareServer(),
+                 [request = *this, handler = std::move(handler)](const auto& answer, const auto& error) {
+                     const ArticleAnswer judged = request.judge(answer, error);
+                     if (handler) handler(judged);
+                 });
+}
+
+void ArticleRequest::sendUnjudged(OstrelServer& server, AnswerHandler handler) const {
     switch (ruleOf(kind_).transport) {
-    case Transport::get: server.request(path_, answered); break;
-    case Transport::form: server.postURL(path_, fields_, answered); break;
+    case Transport::get: server.request(path_, std::move(handler)); break;
+    case Transport::form: server.postURL(path_, fields_, std::move(handler)); break;
     case Transport::multipart: {
         const char* format = kind_ == ArticleRequestKind::uploadImage ? "upload image progress:%@"
                                                                       : "upload video progress:%@";
-        server.postManyDataURL(path_, body_, answered,
+        server.postManyDataURL(path_, body_, std::move(handler),
                                [format](double fraction) { NSLog(format, uploadProgressText(fraction)); });
         break;
     }
@@ -202,7 +204,10 @@ ArticleAnswer ArticleRequest::judge(const std::optional<std::string>& answer,
         judged.error = judged.result->errString();
         good = !judged.error && (!rule.needsSuccess || judged.result->success());
     } else if (good && rule.reading == Reading::json) {
-        judged.record = Dictionary::parse(answer ? std::string_view(*answer) : std::string_view());
+        const auto read =
+            Value::parse(answer ? std::string_view(*answer) : std::string_view(), &judged.parseError);
+        judged.record = Dictionary(read);
+        if (!read.isAbsent() && !judged.record) judged.parseError = "The answer is no JSON object.";
         good = rule.informs || judged.record;
     }
     if (rule.judged)

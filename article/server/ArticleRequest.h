@@ -41,6 +41,8 @@ struct ArticleAnswer {
         error;  ///< the server framework's error text, else the server's own (`errString`)
     std::shared_ptr<const OstrelServerHtmlResultObject> result;  ///< of requests that answer with a result
     Dictionary record;  ///< of requests that answer with one object of JSON
+    std::string
+        parseError;  ///< why `record` could not be read, a sentence; empty when it was, or is not asked for
     bool succeeded() const { return verdict == Verdict::succeeded; }
 };
 
@@ -90,6 +92,8 @@ public:
     /// Sends it through the shared server; any thread. `handler` runs once, on the main thread, with the judged answer.
     /// A failure leaves the error file as the catalogue says before the handler runs. The progress of uploads is logged.
     void send(Handler handler) const;
+    /// Sends it through `server`; any thread. `handler` gets the answer as it is, for `judge`.
+    void sendUnjudged(OstrelServer& server, AnswerHandler handler) const;
     /// Judges an answer to this request without sending it, and writes the error file where that is due.
     ArticleAnswer judge(const std::optional<std::string>& answer,
                         const std::optional<std::string>& error) const;

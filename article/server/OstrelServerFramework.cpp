@@ -2,29 +2,46 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 #include <utility>
 
 namespace ostrel {
 
 namespace {
-std::shared_ptr<OstrelServerFramework>& slot() {
-    static std::shared_ptr<OstrelServerFramework> framework;
-    return framework;
+
+struct Slot {
+    std::mutex mutex;  // guards framework
+    std::shared_ptr<OstrelServerFramework> framework;
+};
+
+Slot& slot() {
+    // Never destroyed: a thread may still look while the process ends.
+    static Slot& slot = *new Slot;
+    return slot;
 }
+
 }  // namespace
 
 void OstrelServerFramework::install(std::shared_ptr<OstrelServerFramework> framework) {
-    slot() = std::move(framework);
+    // The former one goes after the lock: what it cancels may look for the one in use.
+    const std::lock_guard lock(slot().mutex);
+    slot().framework.swap(framework);
+}
+
+std::shared_ptr<OstrelServerFramework> OstrelServerFramework::current() {
+    const std::lock_guard lock(slot().mutex);
+    return slot().framework;
 }
 
 OstrelServerFramework& OstrelServerFramework::installed() {
-    if (!slot()) {
+    const auto framework = current();
+    if (!framework) {
         std::fputs(
             "OstrelArticle: no server framework is installed; call OstrelServerFramework::install first\n",
             stderr);
         std::abort();
     }
-    return *slot();
+    return *framework;
 }
 
 OstrelServer& OstrelServer::shareServer() { return OstrelServerFramework::installed().shareServer(); }

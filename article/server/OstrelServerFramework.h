@@ -25,6 +25,8 @@ public:
 
     /// Replaces the framework in use; null removes it. Main thread, while no request is under way.
     static void install(std::shared_ptr<OstrelServerFramework> framework);
+    /// The framework in use, which lives at least as long as it is held; null when there is none. Any thread.
+    static std::shared_ptr<OstrelServerFramework> current();
     /// The framework in use. Calling it with none installed is a programming error and ends the process with a message.
     static OstrelServerFramework& installed();
 };

@@ -20,7 +20,8 @@ public:
 };
 
 std::shared_ptr<Clock>& installed() {
-    static std::shared_ptr<Clock> clock = std::make_shared<SystemClock>();
+    // Never destroyed: threads may still sleep while the process ends.
+    static auto& clock = *new std::shared_ptr<Clock>(std::make_shared<SystemClock>());
     return clock;
 }
 

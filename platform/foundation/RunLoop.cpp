@@ -15,7 +15,8 @@ namespace {
 constexpr double shortestInterval = 0.0001;
 
 std::shared_ptr<RunLoop>& installed() {
-    static std::shared_ptr<RunLoop> loop;
+    // Never destroyed: threads may still hand work over while the process ends.
+    static auto& loop = *new std::shared_ptr<RunLoop>();
     return loop;
 }
 

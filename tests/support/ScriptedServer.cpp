@@ -60,7 +60,21 @@ std::shared_ptr<UIViewController> ScriptedServer::loginController(LoginHandler h
     return loginScreen;
 }
 
+void ScriptedServer::cancelAll() {
+    for (const Call& call : std::exchange(calls, {})) call.handler(std::nullopt, "cancelled");
+}
+
 void ScriptedServer::record(Call call) {
+    if (RunLoop::hasMain() && !NSThread::isMainThread()) {
+        call.cameFromMainThread = false;
+        // Shared, so that the handler has no copy on the thread that sent it.
+        const auto sent = std::make_shared<Call>(std::move(call));
+        RunLoop::main().perform([this, sent] {
+            paths.push_back(sent->path);
+            calls.push_back(std::move(*sent));
+        });
+        return;
+    }
     paths.push_back(call.path);
     calls.push_back(std::move(call));
 }

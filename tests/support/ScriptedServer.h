@@ -13,7 +13,8 @@
 
 namespace ostrel {
 
-/// The server framework of the module's tests: it records every call and answers when the test says so, in any order.
+/// The server framework of the module's tests: it records every call and answers when the test says so, in any order. A
+/// call from another thread is recorded in the next turn of the main run loop.
 class ScriptedServer final : public OstrelServerFramework, public OstrelServer, public OstrelRequestManager {
 public:
     enum class Method { get, form, multipart };
@@ -24,6 +25,7 @@ public:
         UploadBody body;
         AnswerHandler handler;
         ProgressHandler progress;
+        bool cameFromMainThread = true;
     };
 
     struct MediaCall {
@@ -50,6 +52,8 @@ public:
     void signIn() { user = std::make_shared<OstrelServerUserObject>(OstrelServerUserObject{7, "Ada"}); }
     /// Answers the oldest call that waits; it is a test's mistake when there is none.
     void answer(std::optional<std::string> text, std::optional<std::string> error = {});
+    /// Answers every call that waits with the error "cancelled", as a framework does that goes.
+    void cancelAll();
     /// Media requests not answered yet, in the order they came; waits until the threads that send some have ended.
     std::vector<std::string> mediaUrls();
     /// Answers the oldest media request for `url`; null data: it failed. A test's mistake when none waits.
