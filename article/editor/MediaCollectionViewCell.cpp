@@ -44,8 +44,7 @@ void MediaCollectionViewCell::initialise() {
     actView_->startAnimating();
 
     myTextView_ = make<UITextView>();
-    myTextView_->setTextViewDelegate(
-        std::static_pointer_cast<MediaCollectionViewCell>(shared_from_this()));
+    myTextView_->setTextViewDelegate(std::static_pointer_cast<MediaCollectionViewCell>(shared_from_this()));
     myTextView_->setFont(UIFont::fontWithName("PingFangSC-Regular", 14));
     myTextView_->setAccessibility(AccessibilityRole::textField, articleText("Caption"));
 
@@ -86,8 +85,8 @@ void MediaCollectionViewCell::layoutForStyle() {
         img_->setFrame({{0, 0}, listPicture});
         myTextView_->setFrame(
             {119, 3, std::max(0.0, frame().width() - 121), std::max(0.0, frame().height() - 6)});
-        myTextPlaceholder_->setFrame({8, myTextPlaceholder_->frame().minY(),
-                                      std::max(0.0, myTextView_->frame().width() - 9), 16});
+        myTextPlaceholder_->setFrame(
+            {8, myTextPlaceholder_->frame().minY(), std::max(0.0, myTextView_->frame().width() - 9), 16});
     } else if (articleEditStyle_ == grid) {
         // As large as it was, although the tile is smaller and clips it.
         img_->setFrame({{0, 0}, img_->frame().size});

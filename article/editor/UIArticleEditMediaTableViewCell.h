@@ -96,7 +96,8 @@ private:
     void updatePlaces();
 
     std::shared_ptr<UICollectionView> collectionView_;
-    std::shared_ptr<UILongPressGestureRecognizer> gesture_;  ///< drags tiles while they shake; made on first use
+    std::shared_ptr<UILongPressGestureRecognizer>
+        gesture_;  ///< drags tiles while they shake; made on first use
     bool isItemShake_ = false;
     std::int64_t articleEditStyle_ = 0;
 };

@@ -141,9 +141,10 @@ void UIArticleEditVideosTableViewCell::addVideoItemWith(const std::shared_ptr<NS
     if (!videosArray_) videosArray_.emplace();
     videosArray_->push_back(item);
     insertLastTile();
-    collectionView()->performBatchUpdates([] {}, [weak = weakSelf<UIArticleEditVideosTableViewCell>()](bool) {
-        if (const auto row = weak.lock()) row->numberDidChange();
-    });
+    collectionView()->performBatchUpdates([] {},
+                                          [weak = weakSelf<UIArticleEditVideosTableViewCell>()](bool) {
+                                              if (const auto row = weak.lock()) row->numberDidChange();
+                                          });
 }
 
 UIArticleEditVideosTableViewCell::~UIArticleEditVideosTableViewCell() { cancelConversions(); }

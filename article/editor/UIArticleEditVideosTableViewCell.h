@@ -1,8 +1,8 @@
 #pragma once
 
 #include "article/editor/AddMediaCollectionViewCell.h"
-#include "article/editor/VideoCollectionViewCell.h"
 #include "article/editor/UIArticleEditMediaTableViewCell.h"
+#include "article/editor/VideoCollectionViewCell.h"
 #include "platform/media/AVAssetExportSession.h"
 
 #include <map>

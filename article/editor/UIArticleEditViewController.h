@@ -25,6 +25,8 @@ struct ArticleAnswer;
 /// nothing compares with how things were. Cancel closes without asking. Main thread, but for the thread that waits for a
 /// save's requests.
 class UIArticleEditViewController final : public UITableViewController,
+                                          public UIScrollViewDelegate,
+                                          public UITextFieldDelegate,
                                           public UITextViewDelegate,
                                           public UIArticleEditImagesTableViewCellDelegate,
                                           public UIArticleEditVideosTableViewCellDelegate {
@@ -80,10 +82,50 @@ public:
     const std::shared_ptr<UIArticlePostingView>& postingView() const { return postingView_; }
 
     void viewDidLoad() override;
+    void viewWillAppear(bool animated) override;
     void viewDidAppear(bool animated) override;
+    void viewDidDisappear(bool animated) override;
+    void didMoveToParentViewController(UIViewController* parent) override;
+    /// Escape ends reordering before it closes anything.
+    bool cancelOperation() override;
+
+    /// The identifier of the row at `path`; none where the table has no section.
+    static std::optional<std::string> cellIdentifierFor(NSIndexPath path);
+    std::int64_t numberOfSectionsInTableView(UITableView& table) override;
+    std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
+                                                                    NSIndexPath path) override;
+    CGFloat tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
+    CGFloat tableViewHeightForHeaderInSection(UITableView& table, std::int64_t section) override;
+    void scrollViewWillBeginDragging(UIScrollView& scrollView) override;
+
+    bool textFieldShouldReturn(UITextField& field) override;
+    bool textFieldShouldChangeCharactersInRangeReplacementString(UITextField& field, NSRange range,
+                                                                 const std::string& replacement) override;
+    /// Makes the text box as high as its text, within bounds, and its row with it.
+    void textViewDidChangeSelection(UITextView& textView) override;
+
+    void textAndValueChangedFromArticleEditImagesTableViewCell(
+        UIArticleEditImagesTableViewCell& strip) override;
+    void imageNumberChanged(UIArticleEditImagesTableViewCell& strip) override;
+    void textAndValueChangedFromArticleEditVideosTableViewCell(
+        UIArticleEditVideosTableViewCell& strip) override;
+    void videoNumberChanged(UIArticleEditVideosTableViewCell& strip) override;
 
 private:
     std::weak_ptr<UIArticleEditViewController> weakSelf();
+    void didChange();
+    std::shared_ptr<UITableViewCell> imagesRow(NSIndexPath path);
+    std::shared_ptr<UITableViewCell> videosRow(NSIndexPath path);
+    std::shared_ptr<UITableViewCell> titleRow(UITableView& table);
+    std::shared_ptr<UITableViewCell> textRow(UITableView& table, NSIndexPath path);
+    ArticleImages initialImages() const;
+    ArticleVideos initialVideos() const;
+    /// Whether neither a navigation controller, a presenting screen nor a window holds this screen.
+    bool isClosed() const;
+    /// This screen and its strips hold each other; when it has been closed they let go.
+    void letGoOfStripsWhenClosed();
+    void holdStrips();
     std::shared_ptr<UIArticleEditViewController> strongSelf() { return weakSelf().lock(); }
 
     // Saving

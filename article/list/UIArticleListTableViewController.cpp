@@ -1,6 +1,7 @@
 #include "article/list/UIArticleListTableViewController.h"
 
 #include "article/detail/UIArticleViewController.h"
+#include "article/editor/UIArticleEditViewController.h"
 #include "article/list/UIArticleListTableViewCell.h"
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
@@ -263,7 +264,9 @@ void UIArticleListTableViewController::loginNow() {
 }
 
 void UIArticleListTableViewController::write_article() {
-    if (!somebodyIsSignedIn()) NSLog("NOT login can NOT new article.");
+    if (!somebodyIsSignedIn()) return NSLog("NOT login can NOT new article.");
+    if (auto* const navigation = navigationController())
+        navigation->pushViewController(make<UIArticleEditViewController>(), true);
 }
 
 void UIArticleListTableViewController::openArticle(const Dictionary& record) {
@@ -272,7 +275,14 @@ void UIArticleListTableViewController::openArticle(const Dictionary& record) {
     if (auto* const navigation = navigationController()) navigation->pushViewController(detail, true);
 }
 
-void UIArticleListTableViewController::editArticleFor(NSIndexPath) {}
+void UIArticleListTableViewController::editArticleFor(NSIndexPath path) {
+    const Dictionary* const record = articleAt(path);
+    auto* const navigation = navigationController();
+    if (!record || !navigation) return;
+    auto editor = make<UIArticleEditViewController>();
+    editor->setArticleDictionary(*record);
+    navigation->pushViewController(editor, true);
+}
 
 void UIArticleListTableViewController::removeArticleFor(NSIndexPath path) {
     const Dictionary* found = articleAt(path);

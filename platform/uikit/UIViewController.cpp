@@ -9,13 +9,17 @@
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 namespace ostrel {
 
 UIViewController::~UIViewController() {
     if (presentation_) presentation_->abandon();
-    for (const auto& child : children_) child->parent_ = nullptr;
     if (view_) view_->setViewController(nullptr);
+    for (const auto& child : std::exchange(children_, {})) {
+        child->parent_ = nullptr;
+        child->didMoveToParentViewController(nullptr);
+    }
 }
 
 const std::shared_ptr<UIView>& UIViewController::view() {
@@ -58,6 +62,7 @@ void UIViewController::addChildViewController(const std::shared_ptr<UIViewContro
     child->removeFromParentViewController();
     child->parent_ = this;
     children_.push_back(child);
+    child->didMoveToParentViewController(this);
 }
 
 void UIViewController::removeFromParentViewController() {
@@ -68,6 +73,7 @@ void UIViewController::removeFromParentViewController() {
     if (self == siblings.end()) return;
     const auto keptAlive = *self;
     siblings.erase(self);
+    didMoveToParentViewController(nullptr);
 }
 
 void UIViewController::viewWillTransitionToSize(CGSize size) {

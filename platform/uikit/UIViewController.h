@@ -51,6 +51,8 @@ public:
     const std::vector<std::shared_ptr<UIViewController>>& childViewControllers() const { return children_; }
     void addChildViewController(const std::shared_ptr<UIViewController>& child);
     void removeFromParentViewController();
+    /// This screen has become a child of `parent`, or of none (null): it was removed, or its parent has gone.
+    virtual void didMoveToParentViewController(UIViewController* /*parent*/) {}
     /// Sends the appearance calls: will and did appear (or disappear), each once per change; a call that changes nothing
     /// is ignored. A change that is taken back before its end is reported as such: will disappear, will appear, did
     /// appear.
