@@ -23,6 +23,8 @@ void UIArticleViewTitleTableViewCell::initialise() {
     titleLabel_->setFont(UIFont::fontWithName("PingFangSC-Regular", 24));
     titleLabel_->setTextAlignment(NSTextAlignment::center);
     titleLabel_->setAutoresizingMask(flexibleWidth);
+    // A long press on the row is for its handler.
+    titleLabel_->setSelectable(true, false);
     addSubview(titleLabel_);
     addGestureRecognizer(
         std::make_shared<UILongPressGestureRecognizer>([this](UIGestureRecognizer&) { longpress(); }));

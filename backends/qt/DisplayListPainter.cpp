@@ -15,6 +15,9 @@ namespace ostrel {
 
 namespace {
 
+/// Behind selected text: the system's blue, thin enough for text of any colour to stay readable.
+const QColor selectionColor(0, 122, 255, 71);
+
 QTransform toQTransform(const CGAffineTransform& t, CGPoint center) {
     QTransform result;
     result.translate(center.x, center.y);
@@ -309,6 +312,15 @@ private:
         painter.save();
         if (overflows) {
             painter.setClipRect(QRectF(0, 0, view.frame.width(), view.frame.height()), Qt::IntersectClip);
+        }
+        if (content.selectionEnd > content.selectionBegin) {
+            const QRectF seen = visible(painter);
+            const auto covered = block.coverOf(TextBlock::unitsOf(content.text, content.selectionBegin),
+                                               TextBlock::unitsOf(content.text, content.selectionEnd),
+                                               seen.top() - y, seen.bottom() - y);
+            for (const QRectF& part : covered) {
+                painter.fillRect(snapped(painter, part.translated(box.x(), y)), selectionColor);
+            }
         }
         painter.setPen(toQColor(content.color));
         block.draw(painter, {box.x(), y}, visible(painter));

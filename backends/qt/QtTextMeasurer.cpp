@@ -10,6 +10,8 @@ namespace {
 constexpr std::size_t maximumEntries = 4096;
 constexpr std::size_t maximumTextBytes = 4 << 20;
 constexpr std::size_t maximumLineHeights = 256;
+/// Points. Of a longer text only as much is laid out as a pointer reaches.
+constexpr double firstReach = 2048;
 
 std::size_t mixed(std::size_t seed, std::size_t value) {
     return seed ^ (value + 0x9E3779B97F4A7C15ull + (seed << 6) + (seed >> 2));
@@ -65,6 +67,19 @@ CGFloat QtTextMeasurer::lineHeight(const UIFont& font) {
     if (found != lineHeights_.end()) return found->second;
     if (lineHeights_.size() >= maximumLineHeights) lineHeights_.clear();
     return lineHeights_[key] = TextBlock::lineHeight(qtFont(font));
+}
+
+std::size_t QtTextMeasurer::offsetAtPoint(std::string_view text, const TextLayout& layout, CGPoint point) {
+    double reach = firstReach;
+    while (reach < point.y + 1 && reach < CGFLOAT_MAX_TEXT) reach *= 2;
+    TextBlock::Options options;
+    options.width = layout.width;
+    options.maximumLines = layout.maximumLines;
+    if (layout.maximumLines <= 0) options.height = reach;
+    options.lineBreakMode = layout.lineBreakMode;
+    options.alignment = layout.alignment;
+    const TextBlock block(text, qtFont(layout.font), options);
+    return TextBlock::bytesOf(text, block.placeAt({point.x, point.y}));
 }
 
 }  // namespace ostrel

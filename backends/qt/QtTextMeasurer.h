@@ -15,6 +15,7 @@ class QtTextMeasurer final : public TextMeasurer {
 public:
     TextMetrics measure(std::string_view text, const UIFont& font, CGFloat width, int maximumLines) override;
     CGFloat lineHeight(const UIFont& font) override;
+    std::size_t offsetAtPoint(std::string_view text, const TextLayout& layout, CGPoint point) override;
 
     std::size_t cachedCount() const { return recent_.size(); }
 

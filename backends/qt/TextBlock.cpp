@@ -63,6 +63,8 @@ TextBlock::TextBlock(std::string_view text, const QFont& font, const Options& op
     Options limits = options;
     limits.width = std::clamp(options.width, 0.0, widest);
     const double oneLine = lineHeight(font);
+    boxWidth_ = limits.width;
+    leastLineHeight_ = oneLine;
     const double lines =
         options.maximumLines > 0 ? options.maximumLines : std::ceil(options.height / oneLine) + 1;
     const double pixelSize = std::max(1, QFontInfo(font).pixelSize());
@@ -151,6 +153,8 @@ void TextBlock::elide(int start, double y, const Options& options) {
         lay(shown);
         columns = lastLine_.previousCursorPosition(columns);
     }
+    cutStart_ = start;
+    cutLength_ = columns;
     line.setPosition({alignedX(line, options), y});
     width_ = std::max(std::min(width_, options.width), line.naturalTextWidth());
 }
@@ -170,6 +174,106 @@ double TextBlock::alignedX(const QTextLine& line, const Options& options) const 
     case NSTextAlignment::right: return room - own;
     default: return -own;
     }
+}
+
+// Selecting
+
+TextBlock::ShownLine TextBlock::shownLine(int index) const {
+    const QTextLine line = layout_.lineAt(index);
+    const bool isCut = lastLine_.lineCount() > 0 && index == lineCount_ - 1;
+    if (isCut) return {lastLine_.lineAt(0), cutStart_, cutStart_ + cutLength_, cutStart_};
+    return {line, line.textStart(), line.textStart() + line.textLength(), 0};
+}
+
+QRectF TextBlock::lineBox(int index) const {
+    const QTextLine line = shownLine(index).line;
+    // Lines of small letters take as much room as others.
+    const double height = std::max(line.height(), leastLineHeight_);
+    return {0, line.y() - (height - line.height()) / 2, boxWidth_, height};
+}
+
+std::vector<QRectF> TextBlock::coverOf(int begin, int end, double top, double bottom) const {
+    std::vector<QRectF> covered;
+    for (int i = 0; i < lineCount_; ++i) {
+        const QRectF box = lineBox(i);
+        if (box.top() > bottom || box.bottom() < top) continue;
+        const ShownLine line = shownLine(i);
+        const int first = std::max(begin, line.start), last = std::min(end, line.end);
+        // Text of two directions within a line: what is selected need not lie side by side.
+        std::vector<std::pair<double, double>> parts;
+        for (int at = first; at < last; ++at) {
+            const auto [left, right] =
+                std::minmax({line.line.cursorToX(at - line.offset, QTextLine::Leading),
+                             line.line.cursorToX(at - line.offset, QTextLine::Trailing)});
+            if (right <= left) continue;
+            if (!parts.empty() && left <= parts.back().second + 0.5 && right >= parts.back().first - 0.5) {
+                parts.back() = {std::min(left, parts.back().first), std::max(right, parts.back().second)};
+            } else {
+                parts.push_back({left, right});
+            }
+        }
+        // A selection that goes on below takes the rest of the line too, be there text in it or not.
+        const bool hasEdge = boxWidth_ < widest;
+        if (begin < line.end && end > line.end && hasEdge) {
+            const QRectF ink = line.line.naturalTextRect();
+            if (rightToLeft_) {
+                parts.push_back({0, ink.left()});
+            } else {
+                parts.push_back({ink.right(), boxWidth_});
+            }
+        }
+        for (auto [left, right] : parts) {
+            // Blanks at the end of a line hang beyond the edge.
+            if (hasEdge) right = std::min(right, boxWidth_);
+            if (right > left) covered.push_back({left, box.top(), right - left, box.height()});
+        }
+    }
+    return covered;
+}
+
+int TextBlock::placeAt(QPointF point) const {
+    if (lineCount_ == 0 || point.y() < 0) return 0;
+    int index = 0;
+    while (index < lineCount_ && lineBox(index).bottom() <= point.y()) ++index;
+    if (index == lineCount_ && lineCount_ > 1) return static_cast<int>(layout_.text().size());
+    const ShownLine line = shownLine(std::min(index, lineCount_ - 1));
+    // QTextLine::xToCursor is off by the blanks that hang over the left end of a line from right to left.
+    int place = line.start;
+    double nearest = std::numeric_limits<double>::infinity();
+    for (int at = line.start; at < line.end && layout_.text().at(at) != QChar::LineSeparator;) {
+        const int next = std::max(at + 1, layout_.nextCursorPosition(at));
+        const double leading = line.line.cursorToX(at - line.offset, QTextLine::Leading);
+        const double trailing = line.line.cursorToX(at - line.offset, QTextLine::Trailing);
+        const auto [left, right] = std::minmax({leading, trailing});
+        const double distance = std::max({0.0, left - point.x(), point.x() - right});
+        if (distance < nearest) {
+            nearest = distance;
+            place = std::abs(point.x() - leading) <= std::abs(point.x() - trailing) ? at : next;
+        }
+        at = next;
+    }
+    return place;
+}
+
+int TextBlock::unitsOf(std::string_view text, std::size_t bytes) {
+    int units = 0;
+    for (std::size_t i = 0; i < std::min(bytes, text.size()); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if ((byte & 0xC0) == 0x80 || (byte == '\n' && i > 0 && text[i - 1] == '\r')) continue;
+        units += byte >= 0xF0 ? 2 : 1;
+    }
+    return units;
+}
+
+std::size_t TextBlock::bytesOf(std::string_view text, int units) {
+    std::size_t i = 0;
+    for (int passed = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if ((byte & 0xC0) == 0x80 || (byte == '\n' && i > 0 && text[i - 1] == '\r')) continue;
+        if (passed >= units) break;
+        passed += byte >= 0xF0 ? 2 : 1;
+    }
+    return i;
 }
 
 void TextBlock::draw(QPainter& painter, QPointF origin, const QRectF& visible) {

@@ -15,6 +15,15 @@ enum class NSLineBreakMode { byWordWrapping, byCharWrapping, byTruncatingTail };
 /// The largest width or height: "unbounded".
 inline constexpr CGFloat CGFLOAT_MAX_TEXT = 3.4028234663852886e38;
 
+/// How a text is laid out.
+struct TextLayout {
+    UIFont font;
+    CGFloat width = CGFLOAT_MAX_TEXT;  ///< of the lines, points
+    NSTextAlignment alignment = NSTextAlignment::left;
+    NSLineBreakMode lineBreakMode = NSLineBreakMode::byWordWrapping;
+    int maximumLines = 0;  ///< 0: no limit
+};
+
 struct TextMetrics {
     CGSize size;  ///< the bounding rectangle of all lines, leading included, not rounded
     int lineCount = 0;
@@ -32,10 +41,9 @@ public:
                                 int maximumLines = 0) = 0;
     virtual CGFloat lineHeight(const UIFont& font) = 0;
     /// The place in `text` (bytes, between characters) that is nearest to `point`, in points from the upper left corner
-    /// of the text laid out from left to right in lines of at most `width`. The default finds it by measuring parts of
-    /// the paragraph there; a backend that keeps its layouts may know better.
-    virtual std::size_t offsetAtPoint(std::string_view text, const UIFont& font, CGFloat width,
-                                      CGPoint point);
+    /// of the text as it is laid out. The default finds it by measuring parts of the paragraph there, and takes all text
+    /// to run from left to right; a backend knows better by its own layout.
+    virtual std::size_t offsetAtPoint(std::string_view text, const TextLayout& layout, CGPoint point);
     /// The width of `text` on one line; breaks are shown as blanks.
     CGFloat singleLineWidth(std::string_view text, const UIFont& font) {
         return measure(text, font, CGFLOAT_MAX_TEXT, 1).size.width;

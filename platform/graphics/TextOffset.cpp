@@ -66,7 +66,7 @@ struct Paragraph {
         return fits ? word : found;
     }
 
-    std::size_t offsetInLine(int line, CGFloat x) const {
+    std::size_t offsetInLine(int line, CGFloat x, CGFloat room, NSTextAlignment alignment) const {
         const std::size_t begin = lineStart(line);
         std::size_t end = std::max(begin, lineStart(line + 1));
         // Blanks at the end of a line hang beyond its edge.
@@ -75,6 +75,11 @@ struct Paragraph {
         const auto widthTo = [&](std::size_t place) {
             return place > begin ? measurer.singleLineWidth(text.substr(begin, place - begin), font) : 0;
         };
+        const bool isMoved = alignment == NSTextAlignment::center || alignment == NSTextAlignment::right;
+        if (isMoved && room < CGFLOAT_MAX_TEXT) {
+            const CGFloat free = std::max(0.0, room - widthTo(end));
+            x -= alignment == NSTextAlignment::center ? free / 2 : free;
+        }
         const auto after = std::partition_point(places.begin(), places.end(),
                                                 [&](std::size_t place) { return widthTo(place) <= x; });
         if (after == places.begin()) return begin;
@@ -86,20 +91,27 @@ struct Paragraph {
 
 }  // namespace
 
-std::size_t TextMeasurer::offsetAtPoint(std::string_view text, const UIFont& font, CGFloat width,
-                                        CGPoint point) {
+std::size_t TextMeasurer::offsetAtPoint(std::string_view text, const TextLayout& layout, CGPoint point) {
+    const UIFont& font = layout.font;
+    const bool oneLine = layout.maximumLines == 1;
+    const CGFloat width = oneLine ? CGFLOAT_MAX_TEXT : layout.width;
+    // The one line is there however high or low the point is.
+    if (oneLine) point.y = 0;
     if (point.y < 0) return 0;
     CGFloat top = 0;
     for (std::size_t begin = 0;;) {
-        const std::size_t end = std::min(text.find_first_of("\r\n", begin), text.size());
-        const TextMetrics metrics = measure(text.substr(begin, end - begin), font, width);
+        const std::size_t end =
+            oneLine ? text.size() : std::min(text.find_first_of("\r\n", begin), text.size());
+        const TextMetrics metrics =
+            measure(text.substr(begin, end - begin), font, width, layout.maximumLines);
         const Paragraph paragraph{*this, text.substr(begin, end - begin), font, width,
                                   std::max(1, metrics.lineCount)};
         const CGFloat height = std::max(metrics.size.height, lineHeight(font));
         if (point.y < top + height) {
             const int lines = paragraph.lines;
             const int line = std::clamp(static_cast<int>((point.y - top) * lines / height), 0, lines - 1);
-            return begin + (paragraph.text.empty() ? 0 : paragraph.offsetInLine(line, point.x));
+            if (paragraph.text.empty()) return begin;
+            return begin + paragraph.offsetInLine(line, point.x, layout.width, layout.alignment);
         }
         if (end == text.size()) return end;
         top += height;

@@ -1,6 +1,5 @@
 #include "platform/uikit/TextSelection.h"
 
-#include "platform/graphics/TextMeasurer.h"
 #include "platform/uikit/ContextMenu.h"
 #include "platform/uikit/PlatformText.h"
 #include "platform/uikit/UIGestureRecognizer.h"
@@ -47,7 +46,7 @@ TextSelection::~TextSelection() = default;
 void TextSelection::initialise() {
     press_ = std::make_shared<UILongPressGestureRecognizer>(
         [this](UIGestureRecognizer& press) { pressed(press); });
-    press_->shouldBegin = [this](UIGestureRecognizer&) { return !layout_().text.empty(); };
+    press_->shouldBegin = [this](UIGestureRecognizer&) { return selectsByPress_ && !layout_().text.empty(); };
     view_.addGestureRecognizer(press_);
 }
 
@@ -73,6 +72,20 @@ std::pair<std::size_t, std::size_t> TextSelection::wordAt(std::string_view text,
     return {begin, end};
 }
 
+std::pair<std::size_t, std::size_t> TextSelection::paragraphAt(std::string_view text, std::size_t offset) {
+    constexpr std::string_view breaks = "\r\n";
+    offset = std::min(offset, text.size());
+    const std::size_t before = offset > 0 ? text.find_last_of(breaks, offset - 1) : std::string_view::npos;
+    const std::size_t begin = before == std::string_view::npos ? 0 : before + 1;
+    return {begin, std::min(text.find_first_of(breaks, offset), text.size())};
+}
+
+bool TextSelection::selectAll() {
+    const std::size_t end = layout_().text.size();
+    select(0, end);
+    return end > 0;
+}
+
 void TextSelection::select(std::size_t begin, std::size_t end) {
     if (begin == begin_ && end == end_) return;
     begin_ = begin;
@@ -94,8 +107,18 @@ std::size_t TextSelection::offsetAt(CGPoint pointInWindow) const {
     const UIWindow* const window = view_.window();
     if (!window || layout.text.empty()) return 0;
     const CGPoint point = window->convertPointToView(pointInWindow, &view_);
-    return TextMeasurer::shared().offsetAtPoint(layout.text, layout.font, layout.width,
+    return TextMeasurer::shared().offsetAtPoint(layout.text, layout.lines,
                                                 {point.x - layout.origin.x, point.y - layout.origin.y});
+}
+
+std::pair<std::size_t, std::size_t> TextSelection::unitAt(CGPoint pointInWindow) const {
+    const std::size_t place = offsetAt(pointInWindow);
+    switch (unit_) {
+    case Unit::word: return wordAt(layout_().text, place);
+    case Unit::paragraph: return paragraphAt(layout_().text, place);
+    case Unit::character: break;
+    }
+    return {place, place};
 }
 
 bool TextSelection::touchBegan(const UITouch& touch) {
@@ -103,11 +126,12 @@ bool TextSelection::touchBegan(const UITouch& touch) {
     if (touch.button == UIButtonMask::secondary) return openMenu(touch.location);
     clear();
     if (touch.type != UITouchType::pointer) return false;
-    anchorBegin_ = anchorEnd_ = offsetAt(touch.location);
-    if (touch.tapCount < 2) return false;
-    std::tie(anchorBegin_, anchorEnd_) = wordAt(layout_().text, anchorBegin_);
+    unit_ = touch.tapCount < 2 ? Unit::character : touch.tapCount == 2 ? Unit::word : Unit::paragraph;
+    std::tie(anchorBegin_, anchorEnd_) = unitAt(touch.location);
+    // From now on the keys are for this text, though nothing of it is selected yet.
+    if (UIWindow* const window = view_.window()) window->setTextSelection(shared_from_this());
     select(anchorBegin_, anchorEnd_);
-    return true;
+    return unit_ != Unit::character;
 }
 
 void TextSelection::touchMoved(const UITouch& touch) {
@@ -117,8 +141,8 @@ void TextSelection::touchMoved(const UITouch& touch) {
         moved < dragThreshold || layout_().text.empty()) {
         return;
     }
-    const std::size_t place = offsetAt(touch.location);
-    select(std::min(anchorBegin_, place), std::max(anchorEnd_, place));
+    const auto [begin, end] = unitAt(touch.location);
+    select(std::min(anchorBegin_, begin), std::max(anchorEnd_, end));
 }
 
 void TextSelection::pressed(UIGestureRecognizer& press) {

@@ -58,7 +58,8 @@ void UILabel::setAdjustsFontSizeToFitWidth(bool adjusts, CGFloat minimumScale) {
     setNeedsDisplay();
 }
 
-void UILabel::setSelectable(bool selectable) {
+void UILabel::setSelectable(bool selectable, bool byPress) {
+    if (selection_) selection_->setSelectsByPress(byPress);
     if (selectable == selectable_) return;
     selectable_ = selectable;
     setUserInteractionEnabled(selectable);
@@ -69,13 +70,19 @@ void UILabel::setSelectable(bool selectable) {
         [this] {
             const CGSize size = bounds().size;
             const CGFloat height =
-                TextMeasurer::shared().measure(content_.text, content_.font, size.width).size.height;
+                TextMeasurer::shared()
+                    .measure(content_.text, content_.font, size.width, content_.numberOfLines)
+                    .size.height;
             return TextSelection::Layout{selectable_ ? std::string_view(content_.text) : std::string_view(),
-                                         content_.font,
-                                         {0, std::max(0.0, (size.height - height) / 2)},
-                                         size.width};
+                                         {.font = content_.font,
+                                          .width = size.width,
+                                          .alignment = content_.alignment,
+                                          .lineBreakMode = content_.lineBreakMode,
+                                          .maximumLines = content_.numberOfLines},
+                                         {0, std::max(0.0, (size.height - height) / 2)}};
         },
         [this] { setNeedsDisplay(); });
+    selection_->setSelectsByPress(byPress);
 }
 
 void UILabel::touchesBegan(const UITouch& touch) {

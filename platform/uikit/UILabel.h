@@ -26,8 +26,8 @@ public:
     /// Shrinks the font, down to `minimumScale` of its size, until the text fits the width on one line.
     void setAdjustsFontSizeToFitWidth(bool adjusts, CGFloat minimumScale = 0.5);
     /// Whether parts of the text can be selected and copied (see TextSelection). Such a label takes touches; those it has
-    /// no use for are its superview's. For text that begins at the left.
-    void setSelectable(bool selectable);
+    /// no use for are its superview's. `byPress` is false where a long press means something else.
+    void setSelectable(bool selectable, bool byPress = true);
     bool isSelectable() const { return selectable_; }
     CGSize sizeThatFits(CGSize size) const override;
     void touchesBegan(const UITouch& touch) override;

@@ -15,11 +15,13 @@ void UITextView::contentDidChange() {
         *this,
         [this] {
             const UIEdgeInsets insets = textInsets();
-            return TextSelection::Layout{canBeSelected() ? std::string_view(content_.text)
-                                                         : std::string_view(),
-                                         content_.font,
-                                         {insets.left, insets.top},
-                                         std::max(0.0, bounds().width() - insets.left - insets.right)};
+            return TextSelection::Layout{
+                canBeSelected() ? std::string_view(content_.text) : std::string_view(),
+                {.font = content_.font,
+                 .width = std::max(0.0, bounds().width() - insets.left - insets.right),
+                 .alignment = content_.alignment,
+                 .lineBreakMode = content_.lineBreakMode},
+                {insets.left, insets.top}};
         },
         [this] { setNeedsDisplay(); });
 }

@@ -181,12 +181,14 @@ bool UIWindow::sendKey(const UIPress& press) {
         const auto keptScroll = scroll ? scroll->weak_from_this().lock() : nullptr;
         if (scroll && scroll != screen && scroll->pressesBegan(press)) return true;
     }
-    // Some keyboards type Control+C as the control character that it is in ASCII.
+    // Some keyboards type Control with a letter as the control character that it is in ASCII.
     const std::string& typed = press.key.characters;
-    const bool copies = (typed == "c" || typed == "C" || typed == "\x03") &&
-                        (press.key.modifiers & (modifierControl | modifierCommand));
-    if (const auto selection = implementation_->selection.lock(); copies && selection && selection->copy())
-        return true;
+    const bool commands = press.key.modifiers & (modifierControl | modifierCommand);
+    const auto selection = implementation_->selection.lock();
+    if (commands && selection) {
+        if ((typed == "c" || typed == "C" || typed == "\x03") && selection->copy()) return true;
+        if ((typed == "a" || typed == "A" || typed == "\x01") && selection->selectAll()) return true;
+    }
     constexpr unsigned others = modifierControl | modifierAlternate | modifierCommand;
     if (press.key.modifiers & others) return false;
     if (press.key.code == UIKeyCode::tab) {

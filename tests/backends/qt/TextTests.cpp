@@ -6,6 +6,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <QImage>
+#include <set>
 
 namespace ostrel::test {
 
@@ -197,6 +198,78 @@ TEST(Text, ShrinksToFitDownToItsLeast) {
     const QRectF least = inkOf(painted(shown, {whole * 0.3, 40}, 2), 2);
     EXPECT_NEAR(least.height(), full * 0.5, 1);
     EXPECT_LE(least.right(), whole * 0.3 + 0.5);
+}
+
+TEST(Text, EveryCharacterIsFoundWhereItsSelectionIsShown) {
+    using enum NSTextAlignment;
+    const struct {
+        const char* text;
+        double width;
+        NSTextAlignment alignment;
+        int lines = 0;
+    } cases[] = {
+        {"one two three four", 60, left},          {"one two three four", 60, center},
+        {"one\r\ntwo\n\nthree", 200, right},       {"a\xF0\x9F\x98\x80z\xC3\xA4", 200, natural},
+        {"敏捷的棕色狐狸跳过了懒狗", 70, natural}, {"שלום עולם טוב", 70, natural},
+        {"שלום abc עולם", 300, natural},           {"abc שלום", 300, center},
+        {"a title of one line", 60, center, 1},    {"cut in its second line here", 60, left, 2},
+    };
+    const UIFont font = UIFont::system(15);
+    QtTextMeasurer measurer;
+    for (const auto& [text, width, alignment, lines] : cases) {
+        SCOPED_TRACE(text);
+        TextBlock::Options options;
+        options.width = width;
+        options.maximumLines = lines;
+        options.alignment = alignment;
+        if (lines > 0) options.lineBreakMode = NSLineBreakMode::byTruncatingTail;
+        const TextBlock block(text, qtFont(font), options);
+        const TextLayout layout{font, width, alignment, options.lineBreakMode, lines};
+        const std::string_view all = text;
+        std::size_t found = 0;
+        for (std::size_t begin = 0, end = 0; begin < all.size(); begin = end) {
+            do ++end;
+            while (end < all.size() && (static_cast<unsigned char>(all[end]) & 0xC0) == 0x80);
+            const auto cover =
+                block.coverOf(TextBlock::unitsOf(all, begin), TextBlock::unitsOf(all, end), 0, 1e6);
+            const char first = all[begin];
+            if (first == ' ' || first == '\n' || first == '\r' || cover.empty()) continue;
+            ++found;
+            ASSERT_EQ(cover.size(), 1u) << begin;
+            std::set<std::size_t> places;
+            for (const double part : {0.2, 0.8}) {
+                const QRectF& rect = cover.front();
+                places.insert(measurer.offsetAtPoint(all, layout,
+                                                     {rect.left() + rect.width() * part, rect.center().y()}));
+            }
+            EXPECT_EQ(places, (std::set{begin, end})) << begin;
+        }
+        EXPECT_GT(found, 3u);
+        const auto whole = block.coverOf(0, TextBlock::unitsOf(all, all.size()), 0, 1e6);
+        QRectF united;
+        for (const QRectF& part : whole) united |= part;
+        EXPECT_NEAR(united.height(), block.size().height(), 0.1) << "no gaps between the lines";
+        EXPECT_LE(united.right(), width + 0.1);
+        EXPECT_GE(united.left(), -0.1);
+    }
+}
+
+TEST(Text, SelectedTextStandsOnBlue) {
+    TextContent shown = content("one two three", UIFont::system(20), 1);
+    shown.insets = {5, 10, 5, 10};
+    shown.selectionBegin = 4;
+    shown.selectionEnd = 7;
+    QtTextMeasurer measurer;
+    const double begin = 10 + measurer.singleLineWidth("one ", shown.font);
+    const double end = 10 + measurer.singleLineWidth("one two", shown.font);
+    const QImage image = painted(shown, {200, 40}, 2);
+    const auto isBlue = [&](double x) {
+        const QColor color = image.pixelColor(static_cast<int>(x * 2), 14);
+        return color.blue() > color.red() + 20 && color.red() > 100;
+    };
+    for (const auto& [x, blue] :
+         {std::pair{begin - 2, false}, {begin + 1, true}, {end - 1, true}, {end + 2, false}})
+        EXPECT_EQ(isBlue(x), blue) << x;
 }
 
 TEST(Text, VeryLongTextIsLaidOutAsFarAsItIsSeen) {

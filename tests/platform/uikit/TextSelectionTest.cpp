@@ -40,7 +40,7 @@ TEST(TextOffset, TheNearestPlaceToAPointIsFound) {
         {"abc", 0, {0, 10}, 0},
     };
     for (const auto& [text, width, point, place] : cases) {
-        EXPECT_EQ(TextMeasurer::shared().offsetAtPoint(text, font, width, point), place)
+        EXPECT_EQ(TextMeasurer::shared().offsetAtPoint(text, {.font = font, .width = width}, point), place)
             << text << " at " << point.x << ", " << point.y;
     }
 }
@@ -49,9 +49,29 @@ TEST(TextOffset, AVeryLongParagraphIsEstimatedAtOnce) {
     HeadlessPlatform platform;
     std::string text;
     while (text.size() < 1'000'000) text += "\xE5\xA5\xBD";
-    const std::size_t place = TextMeasurer::shared().offsetAtPoint(text, font, 400, {201, 28 * 8000 + 1});
+    const std::size_t place =
+        TextMeasurer::shared().offsetAtPoint(text, {.font = font, .width = 400}, {201, 28 * 8000 + 1});
     EXPECT_NEAR(static_cast<double>(place), (8000 * 20 + 10) * 3, 3000);
     EXPECT_EQ(place % 3, 0u) << "between characters";
+}
+
+TEST(TextOffset, LinesStandWhereTheirAlignmentPutsThem) {
+    HeadlessPlatform platform;
+    const struct {
+        NSTextAlignment alignment;
+        int lines;
+        CGPoint point;
+        std::size_t place;
+    } cases[] = {
+        {NSTextAlignment::center, 0, {41, 10}, 1}, {NSTextAlignment::center, 0, {50, 30}, 6},
+        {NSTextAlignment::right, 0, {81, 10}, 1},  {NSTextAlignment::right, 0, {5, 30}, 4},
+        {NSTextAlignment::left, 1, {61, 90}, 6},   {NSTextAlignment::right, 1, {31, -4}, 1},
+    };
+    for (const auto& [alignment, lines, point, place] : cases) {
+        const TextLayout layout{.font = font, .width = 100, .alignment = alignment, .maximumLines = lines};
+        EXPECT_EQ(TextMeasurer::shared().offsetAtPoint("abc\ndefg", layout, point), place)
+            << point.x << ", " << point.y << " of " << lines;
+    }
 }
 
 TEST(TextSelectionWords, AWordEndsWhereAnotherKindOfCharacterBegins) {
@@ -200,9 +220,67 @@ TEST_F(TextSelectionTest, APointerSelectsByDraggingAndAWordByTwoPresses) {
     second.phase = UITouchPhase::moved;
     second.location = {95, 111};
     platform.window().sendTouch(second);
-    EXPECT_EQ(selected(), "two t") << "and goes on from there";
+    EXPECT_EQ(selected(), "two three") << "and goes on by words";
     second.phase = UITouchPhase::ended;
     platform.window().sendTouch(second);
+}
+
+TEST_F(TextSelectionTest, ThreePressesSelectAParagraphAndDraggingGoesOnByThem) {
+    view->setText("one two\nthree\r\n\nfour");
+    UITouch press{.type = UITouchType::pointer, .view = {}};
+    const auto send = [&](UITouchPhase phase, CGPoint location, int taps) {
+        press.phase = phase;
+        press.location = location;
+        press.tapCount = taps;
+        platform.window().sendTouch(press);
+    };
+    const struct {
+        int taps;
+        CGPoint from, to;
+        const char* selected;
+    } cases[] = {
+        {2, {15, 110}, {56, 111}, "one two"},
+        {2, {55, 110}, {15, 111}, "one two"},
+        {3, {15, 110}, {15, 110}, "one two"},
+        {3, {15, 138}, {15, 139}, "three"},
+        {3, {15, 166}, {15, 166}, ""},
+        {3, {15, 138}, {15, 105}, "one two\nthree"},
+        {4, {15, 110}, {15, 194}, "one two\nthree\r\n\nfour"},
+    };
+    for (const auto& [taps, from, to, expected] : cases) {
+        send(UITouchPhase::began, from, taps);
+        send(UITouchPhase::moved, to, taps);
+        EXPECT_EQ(selected(), expected) << taps << " presses at " << from.y;
+        send(UITouchPhase::ended, to, taps);
+    }
+}
+
+TEST_F(TextSelectionTest, AllIsSelectedOfTheTextThatWasPressedLast) {
+    const auto selectAll = [&] { return platform.key(UIKeyCode::other, modifierControl, "\x01"); };
+    EXPECT_FALSE(selectAll()) << "no text is meant";
+    usePointer(UIButtonMask::primary);
+    platform.tap(CGPoint{50, 110});
+    EXPECT_EQ(selected(), "");
+    EXPECT_TRUE(selectAll());
+    EXPECT_EQ(selected(), "one two three");
+    platform.tap(CGPoint{100, 600});
+    EXPECT_FALSE(selectAll());
+    EXPECT_EQ(selected(), "");
+}
+
+TEST_F(TextSelectionTest, WhereAPressMeansSomethingElseOnlyThePointerSelects) {
+    const auto label = make<UILabel>(CGRect{10, 300, 300, 28});
+    label->setFont(font);
+    label->setTextAlignment(NSTextAlignment::center);
+    label->setText("atitle");
+    label->setSelectable(true, false);
+    view->superview()->addSubview(label);
+    platform.press({160, 310}, 0.6);
+    EXPECT_EQ(selected(*label), "");
+    EXPECT_FALSE(closeMenu());
+    usePointer(UIButtonMask::primary);
+    platform.drag({141, 310}, {169, 312});
+    EXPECT_EQ(selected(*label), "tit");
 }
 
 TEST_F(TextSelectionTest, AWindowHasOneSelectionWhichATouchElsewhereEnds) {
