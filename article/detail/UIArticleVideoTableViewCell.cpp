@@ -215,8 +215,10 @@ bool UIArticleVideoTableViewCell::isStreamsServer(const std::string& address) {
 }
 
 void UIArticleVideoTableViewCell::playOrPause() {
-    if (player_ && player_->timeControlStatus() == AVPlayerTimeControlStatus::playing) return pause();
-    if (player_ && player_->timeControlStatus() == AVPlayerTimeControlStatus::paused) {
+    // A player that has failed plays nothing more; the next press tries with a new one.
+    const bool isUsable = player_ && player_->status() != AVPlayerStatus::failed;
+    if (isUsable && player_->timeControlStatus() == AVPlayerTimeControlStatus::playing) return pause();
+    if (isUsable && player_->timeControlStatus() == AVPlayerTimeControlStatus::paused) {
         const CMTime duration = player_->currentItem()->duration();
         // Only the values are compared, whatever their time scales.
         if (duration.value == player_->currentTime().value)
@@ -313,9 +315,12 @@ void UIArticleVideoTableViewCell::playContinue() {
 
 void UIArticleVideoTableViewCell::showPlayingTime() {
     if (!player_) return;
-    if (player_->status() == AVPlayerStatus::readyToPlay) actView_->stopAnimating();
+    // One that has failed is not waited for: without its wheel the symbol offers to try again.
+    const bool hasFailed = player_->status() == AVPlayerStatus::failed;
+    if (hasFailed || player_->status() == AVPlayerStatus::readyToPlay) actView_->stopAnimating();
     // It has come to its end, or cannot be played: the symbol is there while nothing plays.
-    if (player_->timeControlStatus() == AVPlayerTimeControlStatus::paused) stateImageView_->setAlpha(1);
+    if (hasFailed || player_->timeControlStatus() == AVPlayerTimeControlStatus::paused)
+        stateImageView_->setAlpha(1);
     durationLabel_->setText(playingTime(player_->currentTime(), player_->currentItem()->duration()));
 }
 

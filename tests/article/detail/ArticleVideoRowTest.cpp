@@ -332,6 +332,30 @@ TEST_F(ArticleVideoRowTest, WhatCannotPlayIsLogged) {
     EXPECT_EQ(logged(), Lines{"playURL init failed."}) << "the file could not be written";
 }
 
+TEST_F(ArticleVideoRowTest, APlayerThatFailedOffersToTryAgainWithANewOne) {
+    for (const bool hasPlayed : {false, true}) {
+        showVideo(remote);
+        row->playOrPause();
+        const auto made = players.urls().size();
+        if (hasPlayed) players.last().becomeReady(CMTimeMake(10 * 600, 600));
+        platform.advance(0.25);
+        players.last().currentStatus = AVPlayerStatus::failed;
+        // However the platform's player tells that it does not play.
+        players.last().control = hasPlayed ? AVPlayerTimeControlStatus::playing
+                                           : AVPlayerTimeControlStatus::waitingToPlayAtSpecifiedRate;
+        platform.advance(0.25);
+        EXPECT_FALSE(row->actView()->isAnimating()) << "nothing is waited for";
+        EXPECT_EQ(row->stateImageView()->alpha(), 1);
+        row->playOrPause();
+        EXPECT_EQ(players.urls().size(), made + 1);
+        EXPECT_EQ(players.last().calls, Lines{"play"});
+        EXPECT_TRUE(row->actView()->isAnimating());
+        row->stop();
+    }
+    platform.settle();
+    EXPECT_EQ(players.alive(), 1u);
+}
+
 TEST_F(ArticleVideoRowTest, ARowThatGoesTakesPlayerAndTimerWithIt) {
     auto gone = make<VideoRow>(UITableViewCellStyle::defaultStyle, "video");
     gone->setVideoDictionary(record(videoRecord(remote)));
