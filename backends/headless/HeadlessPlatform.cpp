@@ -1,5 +1,7 @@
 #include "backends/headless/HeadlessPlatform.h"
 
+#include "platform/uikit/TextInputClient.h"
+
 #include <algorithm>
 
 namespace ostrel {
@@ -158,7 +160,15 @@ bool HeadlessPlatform::type(std::string_view text) {
 bool HeadlessPlatform::typeOver(std::string_view text) {
     const TextInputContent* const editor = focusedEditor();
     if (!editor || !editor->enabled) return false;
-    window().textInputChanged(window().firstResponder()->tag(), std::string(text));
+    UIView& view = *window().firstResponder();
+    const CGFloat width = view.bounds().width() - editor->insets.left - editor->insets.right;
+    const UIFont font = editor->font;
+    const auto kept = view.shared_from_this();
+    window().textInputChanged(view.tag(), std::string(text));
+    // The caret goes behind what was typed. An empty text is one line high.
+    const CGFloat height = std::max(TextMeasurer::shared().lineHeight(font),
+                                    TextMeasurer::shared().measure(text, font, width).size.height);
+    window().textInputSelectionChanged(view.tag(), {utf16Length(text), 0}, height);
     settle();
     return true;
 }

@@ -22,6 +22,7 @@ constexpr std::pair<std::string_view, std::string_view> simplifiedChinese[] = {
     {"Done", "完成"},
     {"Edit", "编辑"},
     {"More Info", "详细信息"},
+    {"Moved", "已移动"},
     {"Open in Browser", "在浏览器中打开"},
     {"Send by Mail", "用邮件发送"},
     {"Share", "分享"},

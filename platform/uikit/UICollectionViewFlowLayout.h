@@ -45,6 +45,8 @@ public:
     Range itemsBetween(CGFloat top, CGFloat bottom) const;
     /// The item at the point; `count()` when it is beside all of them.
     std::size_t itemAt(CGPoint point) const;
+    /// The item at the point, else the nearest across in the line that is nearest; `count()` without items.
+    std::size_t itemNear(CGPoint point) const;
     /// The item in the next line below or above that is nearest across; `count()` when there is no such line.
     std::size_t itemBeyond(std::size_t item, int lines) const;
 

@@ -82,6 +82,8 @@ UILongPressGestureRecognizer::~UILongPressGestureRecognizer() {
 void UILongPressGestureRecognizer::touchesBegan(const UITouch& touch) {
     location_ = touch.location;
     if (!isPrimary(touch)) return setState(UIGestureRecognizerState::failed);
+    // At once, so that it has the touch before anybody else does anything with it.
+    if (!(minimumPressDuration > 0)) return setState(UIGestureRecognizerState::began);
     timer_ = RunLoop::main().performAfter(minimumPressDuration, [this, alive = alive_] {
         if (!*alive) return;
         timer_ = 0;

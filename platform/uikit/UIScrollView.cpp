@@ -84,7 +84,7 @@ void UIScrollView::initialise() {
     });
     pan_->axis = UIPanGestureRecognizer::Axis::vertical;
     pan_->allowsPointer = !isMac();
-    pan_->shouldBegin = [this](UIGestureRecognizer&) { return canScroll(); };
+    pan_->shouldBegin = [this](UIGestureRecognizer&) { return canScroll() && !leavesDragToOuter(); };
     addGestureRecognizer(pan_);
 }
 
@@ -99,6 +99,19 @@ CGFloat UIScrollView::maximumOffsetY() const {
 
 bool UIScrollView::canScroll() const {
     return scrollEnabled_ && (alwaysBounces() || maximumOffsetY() > minimumOffsetY());
+}
+
+/// A drag that this view cannot follow, being at its end, is for the scroll view that it stands in.
+bool UIScrollView::leavesDragToOuter() const {
+    if (alwaysBounces()) return false;
+    const CGFloat way = pan_->translation().y != 0 ? pan_->translation().y : pan_->velocity().y;
+    const CGFloat y = contentOffset().y;
+    const bool isAtEnd = way > 0 ? y <= minimumOffsetY() : y >= maximumOffsetY();
+    for (const UIView* above = superview(); isAtEnd && above; above = above->superview()) {
+        const auto* const outer = dynamic_cast<const UIScrollView*>(above);
+        if (outer && outer->canScroll()) return true;
+    }
+    return false;
 }
 
 void UIScrollView::setContentSize(CGSize size) {

@@ -94,6 +94,7 @@ private:
     void placeIndicator();
     void fadeIndicatorAfter(double delay);
     bool canScroll() const;
+    bool leavesDragToOuter() const;
 
     CGSize contentSize_;
     UIEdgeInsets contentInset_;

@@ -134,6 +134,8 @@ void UITextView::firstResponderDidChange(bool isFirst) {
     if (!delegate) return;
     if (isFirst) {
         delegate->textViewDidBeginEditing(*this);
+        // The caret has come.
+        if (editing_) delegate->textViewDidChangeSelection(*this);
     } else {
         delegate->textViewDidEndEditing(*this);
     }

@@ -147,8 +147,8 @@ void UIWindow::requestFlush() {
 }
 
 void UIWindow::Implementation::checkVisibleRects() {
-    const auto views = watched;
-    for (const auto& [view, last] : views) {
+    const auto present = watched;
+    for (const auto& [view, last] : present) {
         const auto entry = std::find_if(watched.begin(), watched.end(),
                                         [view = view](const auto& other) { return other.first == view; });
         if (entry == watched.end()) continue;

@@ -1,0 +1,15 @@
+#include "platform/uikit/UICollectionViewCell.h"
+
+#include "platform/foundation/Object.h"
+
+namespace ostrel {
+
+UICollectionViewCell::UICollectionViewCell(CGRect frame)
+    : UIView(frame), contentView_(make<UIView>(CGRect({}, frame.size))) {
+    setSurface(true);
+    setDefaultAccessibility(AccessibilityRole::listItem, {});
+    contentView_->setAutoresizingMask(flexibleWidth | flexibleHeight);
+    addSubview(contentView_);
+}
+
+}  // namespace ostrel
