@@ -3,6 +3,7 @@
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/RunLoop.h"
 
+#include <random>
 #include <utility>
 
 namespace ostrel {
@@ -23,26 +24,34 @@ JudgedHandler textsOnly(AnswerHandler handler) {
     return [handler = std::move(handler)](const JudgedAnswer& answer) { handler(answer.text, answer.error); };
 }
 
-class UploadTransfer final : public Transfer {
-public:
-    UploadTransfer(std::weak_ptr<HttpTransport> transport, std::uint64_t id)
-        : transport_(std::move(transport)), id_(id) {}
-    void cancel() override {
-        if (const auto transport = transport_.lock()) transport->cancel(id_);
-    }
+/// What stands for the answer of a request that was not sent.
+HttpAnswer refusalAnswer(std::string error) {
+    HttpAnswer answer;
+    answer.cancelled = error == cancelledText;
+    answer.error = std::move(error);
+    return answer;
+}
 
-private:
-    const std::weak_ptr<HttpTransport> transport_;
-    const std::uint64_t id_;
-};
+/// A line of its own for each upload, by which a server knows one that arrives twice: a connection may break after the
+/// body and before the answer, and is then tried once more.
+std::string idempotencyKeyLine() {
+    static constexpr char digits[] = "0123456789abcdef";
+    constexpr int length = 32;
+    std::random_device device;
+    std::string line = "Idempotency-Key: \"";
+    for (int i = 0; i < length; ++i) line += digits[device() % 16];
+    return line + "\"";
+}
 
 }  // namespace
 
 HttpServer::HttpServer(Settings settings, std::shared_ptr<Session> session,
-                       std::shared_ptr<HttpTransport> transport, std::shared_ptr<AnswerDesk> desk)
+                       std::shared_ptr<HttpTransport> transport, std::shared_ptr<UploadQueue> uploads,
+                       std::shared_ptr<AnswerDesk> desk)
     : settings_(std::move(settings)),
       session_(std::move(session)),
       transport_(std::move(transport)),
+      uploads_(std::move(uploads)),
       desk_(std::move(desk)) {}
 
 void HttpServer::initialise() {
@@ -62,33 +71,39 @@ HttpRequest HttpServer::requestTo(std::string address) const {
     return request;
 }
 
-std::uint64_t HttpServer::send(Sending sending, JudgedHandler handler) {
-    const std::uint64_t generation = session_->generation();
+HttpRequest HttpServer::answeredRequest(std::string address) const {
+    HttpRequest request = requestTo(std::move(address));
+    request.headers.emplace_back("Accept: application/json");
+    request.maximumBytes = settings_.maximumAnswerBytes;
+    request.takesCompressed = true;
+    return request;
+}
+
+HttpServer::Ticket HttpServer::ticketFor(OnUnauthorized onUnauthorized, JudgedHandler handler) {
     auto ticket = std::make_shared<AnswerDesk::Ticket>();
-    ticket->handler = [server = weak_from_this(), generation, onUnauthorized = sending.onUnauthorized,
+    ticket->handler = [server = weak_from_this(), generation = session_->generation(), onUnauthorized,
                        handler = std::move(handler)](const JudgedAnswer& answer) {
         if (const auto self = server.lock()) self->takeNote(answer, generation, onUnauthorized);
         if (handler) handler(answer);
     };
-    ticket->progress = std::move(sending.progress);
+    return ticket;
+}
 
+std::optional<std::string> HttpServer::addressOf(const std::string& path, const Ticket& ticket) {
     std::string error;
-    const auto address = settings_.base.join(sending.path, &error);
-    if (!address) {
-        HttpAnswer answer;
-        answer.error = error;
-        desk_->deliver(std::move(answer), std::move(ticket));
-        return 0;
-    }
-    HttpRequest request = requestTo(*address);
+    auto address = settings_.base.join(path, &error);
+    if (!address) desk_->deliver(refusalAnswer(std::move(error)), ticket);
+    return address;
+}
+
+void HttpServer::send(Sending sending, JudgedHandler handler) {
+    const Ticket ticket = ticketFor(sending.onUnauthorized, std::move(handler));
+    const auto address = addressOf(sending.path, ticket);
+    if (!address) return;
+    HttpRequest request = answeredRequest(*address);
     if (sending.jar) request.cookies = std::move(sending.jar);
-    request.headers.emplace_back("Accept: application/json");
-    request.maximumBytes = settings_.maximumAnswerBytes;
-    request.takesCompressed = true;
     if (sending.form) request.form = formBody(*sending.form);
-    request.upload = std::move(sending.upload);
-    if (ticket->progress) request.progress = [ticket](double fraction) { ticket->progress(fraction); };
-    return transport_->start(std::move(request), [desk = desk_, ticket](HttpAnswer answer) {
+    transport_->start(std::move(request), [desk = desk_, ticket](HttpAnswer answer) {
         desk->deliver(std::move(answer), ticket);
     });
 }
@@ -118,12 +133,55 @@ void HttpServer::postURL(const std::string& path, const FormFields& fields, Answ
 
 std::shared_ptr<Transfer> HttpServer::postManyDataURL(const std::string& path, const UploadBody& body,
                                                       AnswerHandler handler, ProgressHandler progress) {
-    Sending sending;
-    sending.path = path;
-    sending.upload = std::make_shared<const UploadBody>(body);
-    sending.progress = std::move(progress);
-    const std::uint64_t id = send(std::move(sending), textsOnly(std::move(handler)));
-    return std::make_shared<UploadTransfer>(transport_, id);
+    const Ticket ticket = ticketFor(OnUnauthorized::endSession, textsOnly(std::move(handler)));
+    ticket->progress = std::move(progress);
+    UploadQueue::Order order;
+    order.body = std::make_shared<const UploadBody>(body);
+    order.refuse = [desk = desk_, ticket](const std::string& error) {
+        desk->deliver(refusalAnswer(error), ticket);
+    };
+    order.cancel = [transport = transport_](std::uint64_t number) { transport->cancel(number); };
+    order.send = [server = weak_from_this(), desk = desk_, path, ticket,
+                  generation = session_->generation()](std::shared_ptr<PreparedUpload> prepared,
+                                                       ProgressHandler shown, Task ended) -> std::uint64_t {
+        if (const auto self = server.lock())
+            return self->sendUpload({path, ticket, generation}, std::move(prepared), std::move(shown),
+                                    std::move(ended));
+        desk->deliver(refusalAnswer(cancelledText), ticket);
+        ended();
+        return 0;
+    };
+    return uploads_->add(std::move(order));
+}
+
+std::uint64_t HttpServer::sendUpload(const UploadTarget& target, std::shared_ptr<PreparedUpload> prepared,
+                                     ProgressHandler shown, Task ended) {
+    const Ticket& ticket = target.ticket;
+    const auto leave = [&]() -> std::uint64_t {
+        ended();
+        return 0;
+    };
+    // What waited for its turn must not go out in the name of somebody else.
+    if (session_->generation() != target.generation) {
+        desk_->deliver(refusalAnswer(cancelledText), ticket);
+        return leave();
+    }
+    const auto address = addressOf(target.path, ticket);
+    if (!address) return leave();
+    HttpRequest request = answeredRequest(*address);
+    request.headers.push_back(idempotencyKeyLine());
+    request.upload = std::move(prepared);
+    if (shown || ticket->progress) {
+        request.progress = [ticket, shown = std::move(shown)](double fraction) {
+            if (shown) shown(fraction);
+            if (ticket->progress) ticket->progress(fraction);
+        };
+    }
+    return transport_->start(std::move(request),
+                             [desk = desk_, ticket, ended = std::move(ended)](HttpAnswer answer) {
+                                 desk->deliver(std::move(answer), ticket);
+                                 ended();
+                             });
 }
 
 void HttpServer::loadUserFace(const std::string& userId, FaceHandler handler) {

@@ -5,6 +5,7 @@
 #include "ostrelserver/FaceLoader.h"
 #include "ostrelserver/HttpTransport.h"
 #include "ostrelserver/Session.h"
+#include "ostrelserver/UploadQueue.h"
 #include "ostrelserver/WebAddress.h"
 
 #include <cstddef>
@@ -27,21 +28,19 @@ public:
     struct Sending {
         std::string path;
         std::optional<FormFields> form;
-        std::shared_ptr<const UploadBody> upload;
-        ProgressHandler progress;
         OnUnauthorized onUnauthorized = OnUnauthorized::endSession;
         /// The cookies to use in place of the session's; null: the session's.
         std::shared_ptr<CookieJar> jar;
     };
 
     HttpServer(Settings settings, std::shared_ptr<Session> session, std::shared_ptr<HttpTransport> transport,
-               std::shared_ptr<AnswerDesk> desk);
+               std::shared_ptr<UploadQueue> uploads, std::shared_ptr<AnswerDesk> desk);
     /// Second phase: what refers back to this object.
     void initialise();
 
     /// Sends a request. A 401 answer ends the session it was made with, unless told otherwise, before the handler is
-    /// called. Returns the number by which the transport cancels it. Any thread.
-    std::uint64_t send(Sending sending, JudgedHandler handler);
+    /// called. Any thread.
+    void send(Sending sending, JudgedHandler handler);
 
     std::shared_ptr<const OstrelServerUserObject> currentUser() const override {
         return session_->currentUser();
@@ -54,7 +53,21 @@ public:
     void notificationUserID(const Value& userId, const std::string& title, const std::string& text) override;
 
 private:
+    using Ticket = std::shared_ptr<AnswerDesk::Ticket>;
+
     HttpRequest requestTo(std::string address) const;
+    HttpRequest answeredRequest(std::string address) const;
+    Ticket ticketFor(OnUnauthorized onUnauthorized, JudgedHandler handler);
+    /// The absolute address of a path; when it has none, the ticket's handler gets the error.
+    std::optional<std::string> addressOf(const std::string& path, const Ticket& ticket);
+    /// Where an upload goes, who waits for its answer, and who was signed in when it was handed over.
+    struct UploadTarget {
+        const std::string& path;
+        const Ticket& ticket;
+        std::uint64_t generation;
+    };
+    std::uint64_t sendUpload(const UploadTarget& target, std::shared_ptr<PreparedUpload> prepared,
+                             ProgressHandler shown, Task ended);
     void fetchFace(const std::string& userId, const std::string& entityTag,
                    std::function<void(HttpAnswer)> done);
     void takeNote(const JudgedAnswer& answer, std::uint64_t generation, OnUnauthorized onUnauthorized);
@@ -62,6 +75,7 @@ private:
     const Settings settings_;
     const std::shared_ptr<Session> session_;
     const std::shared_ptr<HttpTransport> transport_;
+    const std::shared_ptr<UploadQueue> uploads_;
     const std::shared_ptr<AnswerDesk> desk_;
     std::shared_ptr<FaceLoader> faces_;
 };

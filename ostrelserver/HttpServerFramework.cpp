@@ -8,6 +8,7 @@
 #include "ostrelserver/MediaFetcher.h"
 #include "ostrelserver/Notifications.h"
 #include "ostrelserver/Session.h"
+#include "ostrelserver/UploadQueue.h"
 #include "ostrelserver/WebAddress.h"
 #include "platform/foundation/Object.h"
 
@@ -17,6 +18,7 @@ namespace ostrel {
 
 struct HttpServerFramework::Parts {
     std::shared_ptr<HttpTransport> transport;
+    std::shared_ptr<UploadQueue> uploads;
     std::shared_ptr<AnswerDesk> desk;
     std::shared_ptr<Session> session;
     std::shared_ptr<HttpServer> server;
@@ -48,11 +50,14 @@ std::shared_ptr<HttpServerFramework> HttpServerFramework::create(Options options
 
     auto parts = std::make_unique<Parts>();
     parts->transport = std::make_shared<HttpTransport>(transportLimits);
+    UploadQueue::Limits uploadLimits;
+    uploadLimits.simultaneous = limits.simultaneousUploads;
+    parts->uploads = std::make_shared<UploadQueue>(uploadLimits);
     parts->desk = std::make_shared<AnswerDesk>();
     parts->session = std::make_shared<Session>(base->origin(), options.sessionStore);
     parts->server =
         make<HttpServer>(HttpServer::Settings{*base, options.userAgent, limits.maximumAnswerBytes, {}},
-                         parts->session, parts->transport, parts->desk);
+                         parts->session, parts->transport, parts->uploads, parts->desk);
     parts->media =
         std::make_shared<MediaFetcher>(mediaLimits, options.userAgent, parts->transport, std::move(disk));
     parts->accounts = std::make_shared<Accounts>(parts->server, parts->session);
@@ -64,6 +69,7 @@ HttpServerFramework::HttpServerFramework(std::unique_ptr<Parts> parts) : parts_(
 
 HttpServerFramework::~HttpServerFramework() {
     // In this order every answer, the cancelled ones too, has reached the main run loop before the desk closes.
+    parts_->uploads->stop();
     parts_->transport->stop();
     parts_->desk->stop();
 }

@@ -36,8 +36,10 @@ public:
         double connectTimeoutSeconds = 10;
         /// A transfer that moves nothing for so long is given up; a transfer as a whole may take any time.
         int stallTimeoutSeconds = 30;
-        /// Two more than media can take, so that the other requests never wait for them.
-        int connectionsPerHost = 8;
+        /// Uploads at a time, those included whose pictures are being encoded; others wait.
+        int simultaneousUploads = 6;
+        /// Two more than media and uploads can take, so that the other requests never wait for them.
+        int connectionsPerHost = 14;
     };
     struct Options {
         /// http or https, with a path prefix if need be; a slash at the end makes no difference.

@@ -11,23 +11,25 @@
 
 namespace ostrel {
 
-struct HttpTransfer::PartReader {
-    Data data;
-    std::size_t offset = 0;
+/// A file of the body as libcurl reads it.
+struct HttpTransfer::FilePart {
+    HttpTransfer& transfer;
+    const std::string& name;
+    UploadFileReader& file;
 
     static std::size_t read(char* to, std::size_t size, std::size_t count, void* self) {
-        auto& reader = *static_cast<PartReader*>(self);
-        const std::size_t length = std::min(size * count, reader.data.size() - reader.offset);
-        if (length > 0) std::memcpy(to, reader.data.bytes() + reader.offset, length);
-        reader.offset += length;
-        return length;
+        auto& part = *static_cast<FilePart*>(self);
+        const auto length = part.file.read(to, size * count);
+        if (length) return *length;
+        part.transfer.ownError_ = "The file \"" + part.name + "\" changed while it was sent.";
+        return CURL_READFUNC_ABORT;
     }
     static int seek(void* self, curl_off_t offset, int origin) {
-        auto& reader = *static_cast<PartReader*>(self);
-        if (origin != SEEK_SET || offset < 0 || static_cast<std::size_t>(offset) > reader.data.size()) {
+        auto& file = static_cast<FilePart*>(self)->file;
+        if (origin != SEEK_SET || offset < 0 || static_cast<std::size_t>(offset) > file.size()) {
             return CURL_SEEKFUNC_FAIL;
         }
-        reader.offset = static_cast<std::size_t>(offset);
+        file.rewind(static_cast<std::size_t>(offset));
         return CURL_SEEKFUNC_OK;
     }
 };
@@ -150,25 +152,20 @@ bool HttpTransfer::addBody() {
     curl_mime* mime = curl_mime_init(handle_);
     mime_ = mime;
     bool complete = mime != nullptr;
-    for (const auto& [name, content] : *request_.upload) {
+    for (const PreparedUpload::Part& content : request_.upload->parts) {
         curl_mimepart* part = complete ? curl_mime_addpart(mime) : nullptr;
-        complete = part && curl_mime_name(part, name.c_str()) == CURLE_OK;
+        complete = part && curl_mime_name(part, content.name.c_str()) == CURLE_OK;
         if (!complete) break;
-        if (const auto* text = std::get_if<std::string>(&content)) {
-            complete = curl_mime_data(part, text->data(), text->size()) == CURLE_OK;
+        if (!content.file) {
+            complete = curl_mime_data(part, content.text.data(), content.text.size()) == CURLE_OK;
             continue;
         }
-        const auto* made = std::get_if<UploadFile>(&content);
-        const Data data = made ? made->contents() : std::get<Data>(content);
-        if (data.isNull()) {
-            ownError_ = "The file \"" + name + "\" cannot be read.";
-            return false;
-        }
-        auto& reader = readers_.emplace_back(std::make_unique<PartReader>(PartReader{data}));
-        complete = curl_mime_filename(part, name.c_str()) == CURLE_OK &&
-                   curl_mime_type(part, contentTypeOf(name)) == CURLE_OK &&
-                   curl_mime_data_cb(part, static_cast<curl_off_t>(data.size()), &PartReader::read,
-                                     &PartReader::seek, nullptr, reader.get()) == CURLE_OK;
+        // RFC 7578, section 4.2: a file name that is no ASCII stands as its UTF-8 bytes.
+        auto& file = fileParts_.emplace_back(std::make_unique<FilePart>(*this, content.name, *content.file));
+        complete = curl_mime_filename(part, content.name.c_str()) == CURLE_OK &&
+                   curl_mime_type(part, contentTypeOf(content.name)) == CURLE_OK &&
+                   curl_mime_data_cb(part, static_cast<curl_off_t>(content.file->size()), &FilePart::read,
+                                     &FilePart::seek, nullptr, file.get()) == CURLE_OK;
     }
     if (!complete) {
         ownError_ = "There is not enough memory for the request.";
@@ -184,7 +181,7 @@ void HttpTransfer::dropBody() {
     curl_easy_setopt(handle_, CURLOPT_HTTPGET, 1L);
     curl_mime_free(static_cast<curl_mime*>(mime_));
     mime_ = nullptr;
-    readers_.clear();
+    fileParts_.clear();
     request_.form.reset();
     request_.upload.reset();
 }
@@ -284,7 +281,8 @@ int HttpTransfer::reportProgress(void* self, std::int64_t, std::int64_t, std::in
                                  std::int64_t sent) {
     auto& transfer = *static_cast<HttpTransfer*>(self);
     // The last step is told when the answer says that all has arrived, not when the last byte left.
-    if (total <= 0 || sent >= total) return 0;
+    transfer.hasSentAll_ = total > 0 && sent >= total;
+    if (total <= 0 || transfer.hasSentAll_) return 0;
     const double fraction = static_cast<double>(sent) / static_cast<double>(total);
     const auto now = std::chrono::steady_clock::now();
     const std::chrono::duration<double> passed = now - transfer.reportedAt_;
@@ -376,7 +374,7 @@ void HttpTransfer::finishCancelled() {
 
 void HttpTransfer::complete() {
     assert(completion_);
-    if (answer_.error.empty() && request_.progress) request_.progress(1);
+    if (answer_.error.empty() && hasSentAll_ && request_.progress) request_.progress(1);
     const HttpCompletion completion = std::exchange(completion_, nullptr);
     completion(std::move(answer_));
 }

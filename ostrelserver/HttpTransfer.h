@@ -2,6 +2,7 @@
 
 #include "article/server/OstrelServer.h"
 #include "ostrelserver/CookieJar.h"
+#include "ostrelserver/PreparedUpload.h"
 
 #include <chrono>
 #include <cstddef>
@@ -48,8 +49,8 @@ struct HttpRequest {
     std::shared_ptr<CookieJar> cookies;
     /// A body of the type application/x-www-form-urlencoded, encoded already.
     std::optional<std::string> form;
-    /// A body of the type multipart/form-data. Its data are read from where they are while they are sent.
-    std::shared_ptr<const UploadBody> upload;
+    /// A body of the type multipart/form-data. Its files are read while they are sent, by this request alone.
+    std::shared_ptr<PreparedUpload> upload;
     std::size_t maximumBytes = 0;
     /// Where the body of an answer with a status of 200 to 299 goes; the bodies of others are then dropped. Null: the
     /// body goes into the answer.
@@ -60,7 +61,8 @@ struct HttpRequest {
     double maximumSeconds = 0;
     bool takesCompressed = false;
     bool usesProxy = true;
-    /// The fraction sent, never falling, at most `progressPerSecond` times; 1 once when all went well. Network thread.
+    /// The fraction of the body sent, never falling, at most `progressPerSecond` times; 1 once, with the answer, when all
+    /// of it was. Network thread.
     ProgressHandler progress;
 };
 
@@ -118,7 +120,7 @@ public:
     void finishCancelled();
 
 private:
-    struct PartReader;
+    struct FilePart;
     bool writeToSink(std::string_view bytes);
     void readCachingHeader(std::string_view line);
     static std::size_t writeBody(char* bytes, std::size_t size, std::size_t count, void* self);
@@ -138,7 +140,7 @@ private:
     void* handle_ = nullptr;
     void* headers_ = nullptr;
     void* mime_ = nullptr;
-    std::vector<std::unique_ptr<PartReader>> readers_;
+    std::vector<std::unique_ptr<FilePart>> fileParts_;
 
     HttpAnswer answer_;
     /// A failure found by this object, which libcurl only knows as an abort.
@@ -148,6 +150,8 @@ private:
     std::size_t sinkBytes_ = 0;
     int redirects_ = 0;
     double reported_ = -1;
+    /// All of the body has left.
+    bool hasSentAll_ = false;
     std::chrono::steady_clock::time_point reportedAt_;
 };
 
