@@ -1,4 +1,5 @@
 #include "article/detail/UIArticleViewController.h"
+#include "article/editor/UIArticleEditViewController.h"
 #include "tests/article/ArticleListTest.h"
 
 namespace ostrel {
@@ -369,6 +370,33 @@ TEST_F(ArticleListControllerTest, HostileRecordsAreListed) {
         platform.advance(1);
     }
     EXPECT_EQ(rows(), Lines{""}) << "the one article of the last answer";
+}
+
+TEST_F(ArticleListControllerTest, TheOwnersListOpensTheEditorForNewAndExistingArticles) {
+    const auto opened = [this] {
+        platform.advance(1);
+        const auto editor =
+            std::dynamic_pointer_cast<UIArticleEditViewController>(navigation->topViewController());
+        const std::string id =
+            editor ? recordId(editor->articleDictionary()).value_or("new") : std::string("no editor");
+        navigation->popToRootViewControllerAnimated(false);
+        platform.advance(1);
+        return id;
+    };
+    showArticles({article(4, "four"), article(5, "five")}, {}, Mode::owner);
+    list->navigationItem().rightBarButtonItem()->press();
+    EXPECT_EQ(opened(), "new");
+    list->tableViewEditActionsForRowAtIndexPath(table(), {1, 0}).front().handler({1, 0});
+    EXPECT_EQ(opened(), "5");
+    tap(table().cellForRowAtIndexPath({0, 0})->accessoryButton());
+    EXPECT_EQ(opened(), "4");
+    list->editArticleFor({9, 0});
+    EXPECT_EQ(opened(), "no editor");
+    server->user = nullptr;
+    logged();
+    list->write_article();
+    EXPECT_EQ(opened(), "no editor");
+    EXPECT_EQ(logged().front(), "NOT login can NOT new article.");
 }
 
 }  // namespace

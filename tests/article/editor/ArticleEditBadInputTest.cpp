@@ -1,0 +1,75 @@
+#include "tests/article/editor/ArticleEditTest.h"
+
+namespace ostrel {
+namespace {
+
+TEST_F(ArticleEditTest, HostileRecordsOpenAndClose) {
+    for (std::string article : hostileRecords()) {
+        showExisting(article);
+        dragTable();
+        settleRequests();
+    }
+    const char* const elements[] = {"{}",
+                                    "null",
+                                    "7",
+                                    "\"x\"",
+                                    "[]",
+                                    R"({"id":{},"text":[],"thumbnail":7})",
+                                    R"({"text":7,"thumbnail":"\u0000"})"};
+    for (const char* element : elements) {
+        const std::string list = std::string("[") + element + "," + element + "]";
+        showExisting(R"({"id":1,"images":)" + list + R"(,"videos":)" + list + "}");
+        const bool isRecord = *element == '{';
+        EXPECT_EQ(images().imagesArray()->size(), isRecord ? 2u : 0u) << element;
+        EXPECT_EQ(videos().videosArray()->size(), isRecord ? 2u : 0u) << element;
+        settleRequests();
+    }
+}
+
+TEST_F(ArticleEditTest, FiveHundredImagesAreAFewTiles) {
+    showExisting(articleWith(500));
+    EXPECT_EQ(table().rectForRowAtIndexPath({1, 0}).height(), 502 * 10 + 501 * 86);
+    EXPECT_LT(images().collectionView()->liveCellCount(), 40u);
+    table().setContentOffset({0, 20'000});
+    platform.settle();
+    EXPECT_LT(images().collectionView()->liveCellCount(), 60u);
+    const std::int64_t index = 20'000 / 96;
+    ASSERT_NE(image(index), nullptr);
+    image(index)->remove();
+    platform.advance(1);
+    EXPECT_EQ(images().imagesArray()->size(), 499u);
+    EXPECT_EQ(recordText(images().removedImagesDictionaryArray()->front(), "id"), std::to_string(index + 1));
+}
+
+TEST_F(ArticleEditTest, CaptionsOfEveryKindAreKept) {
+    showExisting(articleWith(1));
+    for (const std::string& caption :
+         {std::string(100'000, 'w'), std::string("\xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d \xe2\x80\xae"),
+          std::string("e\xcc\x81\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x9a\x80"),
+          std::string("%@ %ld \n\r\n")}) {
+        typeCaption(image(0), caption);
+        EXPECT_EQ(images().imagesArray()->front()->text(), caption);
+    }
+}
+
+TEST_F(ArticleEditTest, OddNamesOfClipsBecomeFilesOfThatName) {
+    showNew();
+    for (const std::string& name : {std::string("a b'c\"%20 \xf0\x9f\x98\x80.mov"),
+                                    std::string(251, 'n') + ".mov", std::string("..")}) {
+        finishPicking(pickFrom(videos()), "public.movie", nullptr, NSURL::fileURLWithPath("/films/" + name));
+        platform.advance(1);
+        EXPECT_EQ(videos().videosArray()->back()->videoFile(), home.path("Documents/" + name));
+    }
+}
+
+TEST_F(ArticleEditTest, APictureThatIsNoneLeavesAnEmptyTile) {
+    showExisting(articleWith(1));
+    server->mediaUrls();
+    server->answerMedia("http://h/imageA", Data::copy("<html>404"));
+    platform.settle();
+    EXPECT_EQ(image(0)->img()->image(), nullptr);
+    EXPECT_FALSE(image(0)->actView()->isAnimating());
+}
+
+}  // namespace
+}  // namespace ostrel
