@@ -45,7 +45,7 @@ public:
 
     bool eventFilter(QObject* object, QEvent* event) override;
 
-private slots:
+private Q_SLOTS:
     void textDidChange();
     void didAccept();
     void activeFocusDidChange();
