@@ -156,7 +156,9 @@ void UIArticleEditViewController::holdStrips() {
 void UIArticleEditViewController::cancel() {
     if (presentingViewController()) {
         dismissViewControllerAnimated(true);
-    } else if (auto* const navigation = navigationController()) {
+    } else if (auto* const navigation = navigationController();
+               navigation && navigation->topViewController().get() == this) {
+        // Only itself: a second save must not close the screen below.
         navigation->popViewControllerAnimated(true);
     }
 }
