@@ -15,6 +15,9 @@ bool hasPaintedChildren(const MountedView& view) {
                        [](const MountedView* child) { return child->role == MountRole::painted; });
 }
 
+/// What turns by itself is one picture that is turned.
+bool isSurfaceOfItsOwn(const ViewState& state) { return state.isSurface || state.rotation; }
+
 /// Whether a surface that `content` belongs to looks the same without knowing about the change: spinners, players and
 /// text under edit have nodes of their own.
 bool isLive(const ViewContent& content) {
@@ -80,7 +83,7 @@ void MountedTree::create(ViewTag tag, std::shared_ptr<const ViewState> state) {
     auto view = std::make_unique<MountedView>();
     view->tag = tag;
     view->state = std::move(state);
-    view->role = view->state->isSurface ? MountRole::surface : MountRole::structural;
+    view->role = isSurfaceOfItsOwn(*view->state) ? MountRole::surface : MountRole::structural;
     if (!root_) root_ = view.get();
     noteFocus(*view);
     noteContent(*view);
@@ -122,14 +125,15 @@ void MountedTree::update(const Mutation& mutation) {
     assert(view && mutation.state);
     if (!view || !mutation.state) return;
     std::uint32_t changes = mutation.changes;
-    const bool wasSurface = view->state->isSurface;
+    const bool wasSurface = isSurfaceOfItsOwn(*view->state);
     const bool showed = std::holds_alternative<PlayerContent>(view->state->content);
     if (isLive(view->state->content) && view->state->content.index() == mutation.state->content.index() &&
         isLive(mutation.state->content)) {
         changes &= ~changedContent;
     }
+    const bool startsOrEndsTurning = !view->state->rotation != !mutation.state->rotation;
     view->state = mutation.state;
-    if (wasSurface != view->state->isSurface) {
+    if (wasSurface != isSurfaceOfItsOwn(*view->state)) {
         observer_.viewWillLeave(*view);
         if (view->parent) view->parent->childrenDirty = true;
         assignRoles(*view);
@@ -145,7 +149,7 @@ void MountedTree::update(const Mutation& mutation) {
     if (view->role == MountRole::painted) {
         if (changes & visibleChanges) markPictureDirty(*view);
     } else {
-        if (changes & ownPictureChanges) view->pictureDirty = true;
+        if ((changes & ownPictureChanges) || startsOrEndsTurning) view->pictureDirty = true;
         if (changes & changedBoundsOrigin) {
             if (view->role == MountRole::surface && hasPaintedChildren(*view)) view->pictureDirty = true;
             observer_.contentDidScroll();
@@ -174,7 +178,7 @@ void MountedTree::destroy(ViewTag tag) {
 
 void MountedTree::assignRoles(MountedView& view) {
     const bool inSurface = view.parent && view.parent->role != MountRole::structural;
-    const bool isApart = view.state->isSurface || (inSurface && view.isInFront);
+    const bool isApart = isSurfaceOfItsOwn(*view.state) || (inSurface && view.isInFront);
     const MountRole role = isApart     ? MountRole::surface
                            : inSurface ? MountRole::painted
                                        : MountRole::structural;

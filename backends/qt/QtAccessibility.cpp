@@ -3,12 +3,15 @@
 #include "backends/qt/QtConversions.h"
 #include "backends/qt/QtWindowView.h"
 #include "platform/foundation/Clock.h"
+#include "platform/uikit/UIDevice.h"
 #include "platform/uikit/UIWindow.h"
 
 #include <QAccessible>
 #include <QAccessibleObject>
+#include <QGuiApplication>
 #include <QPointer>
 #include <QQuickWindow>
+#include <QTimer>
 #include <unordered_map>
 
 namespace ostrel {
@@ -16,6 +19,7 @@ namespace ostrel {
 namespace {
 
 constexpr double leastAlpha = 0.01;
+constexpr int announcementDuration = 5000;  // milliseconds in which a reader may ask what it was
 
 QAccessible::Role roleOf(AccessibilityRole role) {
     switch (role) {
@@ -80,11 +84,49 @@ private:
     const ViewTag tag_;
 };
 
+/// What was announced last, read as an alert.
+class AnnouncementInterface final : public QAccessibleInterface {
+public:
+    AnnouncementInterface(WindowInterface& window, QString text) : window_(window), text_(std::move(text)) {}
+
+    bool isValid() const override { return true; }
+    QObject* object() const override { return nullptr; }
+    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
+    QAccessibleInterface* parent() const override;
+    QAccessibleInterface* child(int) const override { return nullptr; }
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
+    QString text(QAccessible::Text kind) const override {
+        return kind == QAccessible::Name ? text_ : QString();
+    }
+    void setText(QAccessible::Text, const QString&) override {}
+    QRect rect() const override { return {}; }
+    QAccessible::Role role() const override { return QAccessible::AlertMessage; }
+    QAccessible::State state() const override { return {}; }
+
+private:
+    WindowInterface& window_;
+    const QString text_;
+};
+
 class WindowInterface final : public QAccessibleObject {
 public:
     explicit WindowInterface(QtWindowView& item) : QAccessibleObject(&item) {}
     ~WindowInterface() override {
         for (const auto& [tag, id] : known_) QAccessible::deleteAccessibleInterface(id);
+        if (announcement_) QAccessible::deleteAccessibleInterface(announcement_);
+    }
+    void announce(const QString& text) {
+        endAnnouncement();
+        auto* made = new AnnouncementInterface(*this, text);
+        announcement_ = QAccessible::registerAccessibleInterface(made);
+        for (const auto type : {QAccessible::ObjectCreated, QAccessible::ObjectShow, QAccessible::Alert}) {
+            QAccessibleEvent event(made, type);
+            QAccessible::updateAccessibility(&event);
+        }
+        QTimer::singleShot(announcementDuration, object(), [this, id = announcement_] {
+            if (announcement_ == id) endAnnouncement();
+        });
     }
 
     QtWindowView* item() const { return static_cast<QtWindowView*>(object()); }
@@ -117,10 +159,12 @@ public:
     }
     int childCount() const override {
         const_cast<WindowInterface*>(this)->forgetGone();
-        return static_cast<int>(children().size());
+        return static_cast<int>(children().size()) + (announcement_ ? 1 : 0);
     }
     QAccessibleInterface* child(int index) const override {
         const auto all = children();
+        if (announcement_ && index == static_cast<int>(all.size()))
+            return QAccessible::accessibleInterface(announcement_);
         if (index < 0 || index >= static_cast<int>(all.size())) return nullptr;
         return const_cast<WindowInterface*>(this)->interfaceOf(*all[static_cast<std::size_t>(index)]);
     }
@@ -158,8 +202,15 @@ private:
         });
     }
 
+    void endAnnouncement() {
+        if (announcement_) QAccessible::deleteAccessibleInterface(std::exchange(announcement_, 0));
+    }
+
     std::unordered_map<ViewTag, QAccessible::Id> known_;
+    QAccessible::Id announcement_ = 0;
 };
+
+QAccessibleInterface* AnnouncementInterface::parent() const { return &window_; }
 
 const MountedView* ViewInterface::view() const { return window_.find(tag_); }
 
@@ -219,7 +270,10 @@ QAccessible::State ViewInterface::state() const {
     const auto* input = std::get_if<TextInputContent>(&shown->state->content);
     state.editable = input && input->enabled;
     state.passwordEdit = input && input->secure;
-    state.focused = input && input->focused;
+    const auto window = window_.item() ? window_.item()->uiWindow() : nullptr;
+    const UIView* const focused = window ? window->focusedView() : nullptr;
+    state.focused = (input && input->focused) || (focused && focused->tag() == tag_);
+    state.focusable = state.focused;
     return state;
 }
 
@@ -246,9 +300,38 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object) {
     return item ? new WindowInterface(*item) : nullptr;
 }
 
+QtWindowView* viewIn(const QQuickItem* item) {
+    for (QQuickItem* child : item->childItems()) {
+        if (auto* const view = dynamic_cast<QtWindowView*>(child)) return view;
+        if (QtWindowView* const view = viewIn(child)) return view;
+    }
+    return nullptr;
+}
+
+WindowInterface* interfaceOf(QtWindowView& item) {
+    return dynamic_cast<WindowInterface*>(QAccessible::queryAccessibleInterface(&item));
+}
+
+void announce(const std::string& text) {
+    if (!QAccessible::isActive() || text.empty()) return;
+    const auto* const window = qobject_cast<const QQuickWindow*>(QGuiApplication::focusWindow());
+    QtWindowView* const view = window ? viewIn(window->contentItem()) : nullptr;
+    if (WindowInterface* const told = view ? interfaceOf(*view) : nullptr) told->announce(toQString(text));
+}
+
 }  // namespace
 
+void tellAccessibleFocus(QtWindowView& item, ViewTag tag) {
+    if (!QAccessible::isActive()) return;
+    WindowInterface* const window = interfaceOf(item);
+    const MountedView* const view = window ? window->find(tag) : nullptr;
+    if (!view || view->state->accessibility.role == AccessibilityRole::none) return;
+    QAccessibleEvent event(window->interfaceOf(*view), QAccessible::Focus);
+    QAccessible::updateAccessibility(&event);
+}
+
 void installAccessibility() {
+    UIApplication::sharedApplication().announce = announce;
     QAccessible::removeFactory(makeInterface);
     QAccessible::installFactory(makeInterface);
 }

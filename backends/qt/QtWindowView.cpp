@@ -1,5 +1,6 @@
 #include "backends/qt/QtWindowView.h"
 
+#include "backends/qt/QtAccessibility.h"
 #include "backends/qt/QtConversions.h"
 #include "backends/qt/TextEditor.h"
 #include "platform/foundation/Clock.h"
@@ -129,6 +130,7 @@ void QtWindowView::updatePolish() {
             window_->flush();
         }
         composer_->setReduceMotion(UIView::isReduceMotionEnabled());
+        tellFocus();
     }
     nodesWaiting_ = composer_->prepare(time);
     polishing_ = false;
@@ -138,9 +140,15 @@ void QtWindowView::updatePolish() {
     scheduleFrame();
 }
 
+void QtWindowView::tellFocus() {
+    const UIView* const focused = window_->focusedView();
+    const ViewTag tag = focused ? focused->tag() : 0;
+    if (std::exchange(toldFocus_, tag) != tag && tag) tellAccessibleFocus(*this, tag);
+}
+
 void QtWindowView::scheduleFrame() {
     double interval = composer_->spinnerInterval();
-    if (framesWanted_) interval = refreshInterval();
+    if (framesWanted_ || composer_->turnsViews()) interval = refreshInterval();
     if (interval <= 0) return;
     const int wait = static_cast<int>(std::max(0.0, (interval - requestLead) * 1000));
     if (!frameTimer_.isActive() || frameTimer_.remainingTime() > wait) frameTimer_.start(wait);
@@ -187,6 +195,9 @@ void QtWindowView::placeEditor() {
         TextEditor::Handlers handlers;
         const ViewTag tag = view->tag;
         handlers.changed = [this, tag](const std::string& text) { window_->textInputChanged(tag, text); };
+        handlers.selectionChanged = [this, tag](NSRange selection, double height) {
+            window_->textInputSelectionChanged(tag, selection, height);
+        };
         handlers.returned = [this, tag] { window_->textInputReturn(tag); };
         handlers.focusLost = [this, tag] { window_->textInputFocusChanged(tag, false); };
         handlers.key = [this](const QKeyEvent& key) { return sendKey(key); };

@@ -68,6 +68,7 @@ private:
     void placeEditor();
     void endEditor();
     void scheduleFrame();
+    void tellFocus();
     void requestFrame();
     void sendPointer(UITouchPhase phase, QPointF point);
     void cancelFingers();
@@ -87,6 +88,7 @@ private:
     bool polishing_ = false;
     bool updateRequested_ = false;  // of this item, until it has been synchronised
     double lastFrame_ = -1e9;
+    ViewTag toldFocus_ = 0;  // to assistive programs
 
     TapCounter taps_;
     UITouch pointer_;

@@ -80,7 +80,7 @@ bool SceneComposer::prepare(double now) {
 
 void SceneComposer::walkTree() {
     waiting_ = 0;
-    turning_ = false;
+    turning_ = viewsTurn_ = false;
     missesPictures_ = false;
     const auto watched = std::exchange(videos_, {});
     MountedView* root = tree_.root();
@@ -110,7 +110,8 @@ bool SceneComposer::walk(MountedView& view, const Place& place) {
     }
     const double x = place.originX + state.frame.minX(), y = place.originY + state.frame.minY();
     const Region frame{x, y, x + state.frame.width(), y + state.frame.height()};
-    const bool isExact = place.isExact && state.transform.isIdentity();
+    const bool turns = prepareRotation(view, place, frame);
+    const bool isExact = place.isExact && state.transform.isIdentity() && !turns;
     const bool clips = state.clipsToBounds && view.role != MountRole::painted;
     if (isExact && clips && view.role == MountRole::structural && !frame.intersects(place.clip)) {
         hide(view);
@@ -151,7 +152,7 @@ bool SceneComposer::walk(MountedView& view, const Place& place) {
     want.opacity = state.alpha < 1 || (sticky && want.opacity);
     const bool isTiled = want.look == LookKind::picture && view.surface->tiles.size() > 1;
     want.placement = want.container || want.spins || want.video || want.opacity || isTiled ||
-                     !state.transform.isIdentity() || (sticky && want.placement);
+                     !state.transform.isIdentity() || turns || (sticky && want.placement);
     want.width = static_cast<float>(snap(exactX + state.frame.width()) - shownX);
     want.height = static_cast<float>(snap(exactY + state.frame.height()) - shownY);
     if (want.look == LookKind::rect) {
@@ -269,6 +270,20 @@ void SceneComposer::viewWillLeave(MountedView& view) {
 void SceneComposer::viewWillBeDestroyed(MountedView& view) {
     if (view.queued) std::erase(queue_, &view);
     // A job of it that has not begun goes with the next walk, for its surface is not found any more.
+}
+
+/// Whether the view is shown turned. One that is wholly out of sight is left as it lies.
+bool SceneComposer::prepareRotation(MountedView& view, const Place& place, const Region& frame) {
+    view.want.angle = 0;
+    const LayerRotation* const rotation = view.state->rotation.get();
+    if (!rotation) return false;
+    const double reach = std::hypot(frame.x1 - frame.x0, frame.y1 - frame.y0) / 2;
+    const double x = (frame.x0 + frame.x1) / 2, y = (frame.y0 + frame.y1) / 2;
+    const Region around{x - reach, y - reach, x + reach, y + reach};
+    if (place.isExact && !around.intersects(place.clip)) return false;
+    view.want.angle = static_cast<float>(rotation->angleAt(now_));
+    viewsTurn_ |= rotation->isMoving(now_);
+    return true;
 }
 
 void SceneComposer::prepareSpinner(MountedView& view) {

@@ -62,6 +62,8 @@ public:
     bool isScrolling(double now) const { return now - lastScroll_ < 0.15; }
     /// Seconds until a wheel turns on; 0: none turns.
     double spinnerInterval() const;
+    /// A view in sight turns about itself: each frame of the display shows another angle.
+    bool turnsViews() const { return viewsTurn_; }
     void setReduceMotion(bool reduce) { reduceMotion_ = reduce; }
     const MountedTree& tree() const { return tree_; }
     /// Where a view stands in the window, transforms left out; `clip` is the part of the window that its ancestors let
@@ -109,6 +111,7 @@ private:
     void takeBeneath(DisplayList& list, Surface& surface, const MountedView& blur);
     void layTiles(Surface& surface, QSize pixels);
     bool isAlone(const MountedView& view) const;
+    bool prepareRotation(MountedView& view, const Place& place, const Region& frame);
     void prepareSpinner(MountedView& view);
     bool prepareVideo(MountedView& view, const Place& place, const Region& frame, bool isExact);
     void hideVideos();
@@ -130,7 +133,8 @@ private:
     double now_ = 0, lastScroll_ = -1e9;
     bool scrolled_ = false;
     bool reduceMotion_ = false;
-    bool turning_ = false;  // a wheel in sight turns
+    bool turning_ = false;    // a wheel in sight turns
+    bool viewsTurn_ = false;  // by their own rotation
     bool everythingLost_ = false;
     bool hasShown_ = false;        // a frame has been made
     int waiting_ = 0;              // tiles in sight that are not painted as they are now

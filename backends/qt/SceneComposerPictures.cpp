@@ -32,6 +32,16 @@ bool paintsContent(const ViewContent& content) {
     return std::holds_alternative<BlurContent>(content);
 }
 
+/// Whether `view` adds anything to the picture of the surface that it is painted with.
+bool paintsSomething(const MountedView& view) {
+    const ViewState& state = *view.state;
+    if (view.role != MountRole::painted || state.hidden) return false;
+    return !state.backgroundColor.isClear() || !state.shadow.color.isClear() ||
+           (state.borderWidth > 0 && !state.borderColor.isClear()) || paintsContent(state.content) ||
+           std::any_of(view.children.begin(), view.children.end(),
+                       [](const MountedView* child) { return paintsSomething(*child); });
+}
+
 /// The round corners of `clip` (in the window) as a view of this frame sees them; none when it lies clear of them.
 std::optional<CornerClip> cornersWithin(const CornerClip* clip, CGRect frame, double scale) {
     if (!clip) return std::nullopt;
@@ -72,9 +82,8 @@ void SceneComposer::refreshLook(MountedView& view) {
     const bool isSurface = view.role == MountRole::surface;
     view.hasLive = isSurface && refreshLive(view);
     const bool paintsChildren =
-        isSurface && std::any_of(view.children.begin(), view.children.end(), [](const MountedView* child) {
-            return child->role == MountRole::painted && !child->state->hidden;
-        });
+        isSurface && std::any_of(view.children.begin(), view.children.end(),
+                                 [](const MountedView* child) { return paintsSomething(*child); });
     const bool hasBorder = state.borderWidth > 0 && !state.borderColor.isClear();
     if (paintsChildren || hasBorder || !state.shadow.color.isClear() || paintsContent(state.content)) {
         view.look = LookKind::picture;
@@ -184,6 +193,8 @@ void SceneComposer::takeList(MountedView& view, const Place& place) {
                               overflow.maxX() - state.frame.width(), overflow.maxY() - state.frame.height()});
     if (margin > 0)
         margin = std::ceil(std::min(margin, std::max(maximumOverflow, shadowMargin(state.shadow))) * scale_);
+    // What is turned gets an edge of clear pixels, so that its own are smooth.
+    if (state.rotation) margin = std::max(margin, 1.0);
     list->margin = static_cast<int>(margin);
 
     surface.usesGround = false;

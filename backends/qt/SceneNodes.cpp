@@ -2,6 +2,7 @@
 
 #include "backends/qt/QtConversions.h"
 
+#include <cmath>
 #include <QMatrix4x4>
 #include <QQuickWindow>
 #include <QSGClipNode>
@@ -35,13 +36,15 @@ QMatrix4x4 placementMatrix(const MountedView& view) {
     const NodeValues& want = view.want;
     QMatrix4x4 matrix;
     matrix.translate(want.x, want.y);
-    if (!want.transform.isIdentity()) {
+    if (!want.transform.isIdentity() || want.angle != 0) {
         const CGAffineTransform& t = want.transform;
         const CGSize size = view.state->frame.size;
         const auto cx = static_cast<float>(size.width / 2), cy = static_cast<float>(size.height / 2);
         matrix.translate(cx, cy);
         matrix *= QMatrix4x4(float(t.a), float(t.c), 0, float(t.tx), float(t.b), float(t.d), 0, float(t.ty),
                              0, 0, 1, 0, 0, 0, 0, 1);
+        const float sine = std::sin(want.angle), cosine = std::cos(want.angle);
+        matrix *= QMatrix4x4(cosine, -sine, 0, 0, sine, cosine, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1);
         matrix.translate(-cx, -cy);
     }
     return matrix;
@@ -50,7 +53,7 @@ QMatrix4x4 placementMatrix(const MountedView& view) {
 bool isTurnedOrScaled(const MountedView& view) {
     for (const MountedView* v = &view; v; v = v->parent) {
         const CGAffineTransform& t = v->state->transform;
-        if (t.a != 1 || t.b != 0 || t.c != 0 || t.d != 1) return true;
+        if (t.a != 1 || t.b != 0 || t.c != 0 || t.d != 1 || v->state->rotation) return true;
     }
     return false;
 }
@@ -97,8 +100,8 @@ void SceneNodes::apply(MountedView& view, std::vector<MountedView*>& unordered) 
     if (view.childrenDirty) unordered.push_back(&view);
 
     const NodeValues& have = view.have;
-    const bool moved =
-        rebuilds || have.x != want.x || have.y != want.y || !(have.transform == want.transform);
+    const bool moved = rebuilds || have.x != want.x || have.y != want.y || have.angle != want.angle ||
+                       !(have.transform == want.transform);
     if (view.nodes.placement) {
         if (moved) view.nodes.placement->setMatrix(placementMatrix(view));
     }

@@ -60,6 +60,7 @@ struct NodeValues {
 
     float x = 0, y = 0;  ///< points, from the parent's base
     CGAffineTransform transform;
+    float angle = 0;  ///< that a turning view shows now, radians
     float alpha = 1;
     float width = 0, height = 0;       ///< of the clip, or of a plain rectangle
     float contentX = 0, contentY = 0;  ///< where the content's base is shown

@@ -22,6 +22,8 @@ const char* const placeholderSource = R"(
     property string placeholder
     property color placeholderColor
     property font placeholderFont
+    property int returnKey
+    EnterKey.type: returnKey
     Text {
         anchors.fill: parent
         visible: !parent.length && !parent.preeditText
@@ -76,6 +78,19 @@ Recipes& recipes() {
     return *made;
 }
 
+Qt::EnterKeyType toEnterKey(UIReturnKeyType type) {
+    switch (type) {
+    case UIReturnKeyType::standard: break;
+    case UIReturnKeyType::go: return Qt::EnterKeyGo;
+    case UIReturnKeyType::next:
+    case UIReturnKeyType::continueKey: return Qt::EnterKeyNext;
+    case UIReturnKeyType::search: return Qt::EnterKeySearch;
+    case UIReturnKeyType::send: return Qt::EnterKeySend;
+    case UIReturnKeyType::done: return Qt::EnterKeyDone;
+    }
+    return Qt::EnterKeyDefault;
+}
+
 Qt::Alignment toAlignment(NSTextAlignment alignment) {
     switch (alignment) {
     case NSTextAlignment::center: return Qt::AlignHCenter;
@@ -116,6 +131,10 @@ TextEditor::TextEditor(QQuickItem& host, ViewTag tag, bool multiline, Handlers h
     connect(item_, SIGNAL(activeFocusChanged(bool)), this, SLOT(activeFocusDidChange()));
     if (multiline_) {
         connect(item_, SIGNAL(cursorRectangleChanged()), this, SLOT(showCaret()));
+        for (const char* moved : {SIGNAL(cursorPositionChanged()), SIGNAL(selectionStartChanged()),
+                                  SIGNAL(selectionEndChanged()), SIGNAL(contentSizeChanged())}) {
+            connect(item_, moved, this, SLOT(selectionDidChange()));
+        }
     } else {
         connect(item_, SIGNAL(accepted()), this, SLOT(didAccept()));
     }
@@ -159,6 +178,7 @@ void TextEditor::style(const TextInputContent& content) {
     item_->setProperty("placeholder", toQString(content.placeholder));
     item_->setProperty("placeholderColor", toQColor(content.placeholderColor));
     item_->setProperty("readOnly", !content.enabled);
+    item_->setProperty("returnKey", static_cast<int>(toEnterKey(content.returnKey)));
     if (content.alignment != NSTextAlignment::natural) {
         item_->setProperty("horizontalAlignment", static_cast<int>(toAlignment(content.alignment)));
     }
@@ -232,6 +252,22 @@ void TextEditor::textDidChange() {
         applying_ = false;
     }
     if (handlers_.changed) handlers_.changed(toUtf8(text));
+}
+
+void TextEditor::selectionDidChange() {
+    // One keystroke moves all of them, and the text is told first.
+    if (!std::exchange(reports_, true)) {
+        QMetaObject::invokeMethod(this, &TextEditor::reportSelection, Qt::QueuedConnection);
+    }
+}
+
+void TextEditor::reportSelection() {
+    reports_ = false;
+    if (!item_ || !handlers_.selectionChanged) return;
+    const auto begin = static_cast<std::size_t>(std::max(0, item_->property("selectionStart").toInt()));
+    const auto end = static_cast<std::size_t>(std::max(0, item_->property("selectionEnd").toInt()));
+    handlers_.selectionChanged({begin, end - std::min(begin, end)},
+                               item_->property("contentHeight").toDouble());
 }
 
 void TextEditor::didAccept() {

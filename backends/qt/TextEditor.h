@@ -20,6 +20,8 @@ class TextEditor final : public QObject {
 public:
     struct Handlers {
         std::function<void(const std::string& text)> changed;
+        /// Of a text of many lines, once a turn: the caret or the selection moved, or the text's height (points) changed.
+        std::function<void(NSRange selection, double height)> selectionChanged;
         std::function<void()> returned;
         std::function<void()> focusLost;
         /// Keys that move the focus or close something, before the editor sees them; true when used.
@@ -48,6 +50,8 @@ public:
 private Q_SLOTS:
     void textDidChange();
     void didAccept();
+    void selectionDidChange();
+    void reportSelection();
     void activeFocusDidChange();
     void showCaret();
 
@@ -64,6 +68,7 @@ private:
     qsizetype maximumLength_ = 0;
     double boxHeight_ = 0, top_ = 0;
     bool applying_ = false;
+    bool reports_ = false;  // the selection, later in this turn
 };
 
 }  // namespace ostrel

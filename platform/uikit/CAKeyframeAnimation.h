@@ -13,7 +13,7 @@ enum class CAMediaTimingFillMode { removed, forwards };
 /// "transform.rotation": radians, clockwise on screen, about the centre of the view, on top of its transform.
 struct CAKeyframeAnimation {
     /// A repeat count that does not end by itself.
-    static constexpr double forever = std::numeric_limits<float>::max();
+    static constexpr double withoutEnd = std::numeric_limits<float>::max();
 
     std::string keyPath;
     std::vector<double> values;
