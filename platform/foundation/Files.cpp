@@ -1,12 +1,15 @@
 #include "platform/foundation/Files.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <mutex>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <vector>
 
@@ -47,6 +50,51 @@ bool writeAll(int descriptor, std::string_view text) {
     return true;
 }
 
+/// A regular file opened for reading, and its size.
+struct Source {
+    int descriptor = -1;
+    std::size_t size = 0;
+
+    Source() = default;
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+    ~Source() {
+        if (descriptor >= 0) ::close(descriptor);
+    }
+
+    /// Opened without blocking: a path may name a pipe, which is refused.
+    bool open(const std::string& path, std::size_t limit, std::string* error) {
+        const auto fail = [&](const std::string& reason) {
+            if (error) *error = "The file \"" + path + "\" cannot be read: " + reason + ".";
+            return false;
+        };
+        descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        struct stat status {};
+        if (descriptor < 0 || ::fstat(descriptor, &status) != 0)
+            return fail(std::generic_category().message(errno));
+        if (!S_ISREG(status.st_mode)) return fail("it is no regular file");
+        if (static_cast<std::uint64_t>(status.st_size) > limit)
+            return fail("it is larger than " + std::to_string(limit >> 20) + " MiB");
+        size = static_cast<std::size_t>(status.st_size);
+        return true;
+    }
+
+    /// Hands on the bytes in pieces, up to the size that the file had when it was opened: it may grow or shrink.
+    template <class Take>
+    bool read(const Take& take) const {
+        std::vector<char> piece(std::min<std::size_t>(size, 256 << 10));
+        for (std::size_t done = 0; done < size;) {
+            const ssize_t count = ::read(descriptor, piece.data(), std::min(piece.size(), size - done));
+            if (count < 0 && errno == EINTR) continue;
+            if (count < 0) return false;
+            if (count == 0) return true;
+            if (!take(std::string_view(piece.data(), static_cast<std::size_t>(count)))) return false;
+            done += static_cast<std::size_t>(count);
+        }
+        return true;
+    }
+};
+
 }  // namespace
 
 std::string NSHomeDirectory() {
@@ -83,6 +131,39 @@ bool writeFileAtomically(const std::string& path, std::string_view text) {
     if (isWritten && ::rename(temporary.c_str(), path.c_str()) == 0) return true;
     ::unlink(temporary.c_str());
     return false;
+}
+
+Data readFile(const std::string& path, std::size_t limit, std::string* error) {
+    Source source;
+    if (!source.open(path, limit, error)) return {};
+    std::string bytes;
+    bytes.reserve(source.size);
+    if (source.read([&](std::string_view piece) { return bytes.append(piece), true; }))
+        return Data::take(std::move(bytes));
+    if (error)
+        *error = "The file \"" + path + "\" cannot be read: " + std::generic_category().message(errno) + ".";
+    return {};
+}
+
+Data snapshotOfFile(const std::string& path, std::size_t limit, std::string* error) {
+    Source source;
+    if (!source.open(path, limit, error)) return {};
+    std::error_code failure;
+    std::string copy = (std::filesystem::temp_directory_path(failure) / "ostrel-XXXXXX").string();
+    const int descriptor = failure ? -1 : ::mkostemp(copy.data(), O_CLOEXEC);
+    const bool isCopied =
+        descriptor >= 0 && source.read([&](std::string_view piece) { return writeAll(descriptor, piece); });
+    const int reason = errno;
+    if (descriptor >= 0) ::close(descriptor);
+    Data data;
+    if (isCopied) {
+        data = Data::mapFile(copy, error);
+    } else if (error) {
+        *error =
+            "The file \"" + path + "\" cannot be copied: " + std::generic_category().message(reason) + ".";
+    }
+    if (descriptor >= 0) ::unlink(copy.c_str());
+    return data;
 }
 
 }  // namespace ostrel

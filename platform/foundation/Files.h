@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/foundation/Data.h"
+
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -13,5 +16,13 @@ void setHomeDirectory(std::string path);
 /// the old content or the whole new one. Creates the parent folder. False, and nothing changed, when that
 /// fails.
 bool writeFileAtomically(const std::string& path, std::string_view text);
+
+/// The bytes of a regular file, read into memory; what happens to the file later changes nothing. Null data with a
+/// sentence in `error`, when given, for a file that cannot be read or is larger than `limit` bytes. Any thread; blocks.
+Data readFile(const std::string& path, std::size_t limit, std::string* error = nullptr);
+
+/// The same without taking memory: the bytes are copied to a file without a name in the temporary folder, which goes with
+/// the data (its `filePath` leads nowhere).
+Data snapshotOfFile(const std::string& path, std::size_t limit, std::string* error = nullptr);
 
 }  // namespace ostrel

@@ -1,36 +1,19 @@
 #include "platform/graphics/CGImage.h"
+#include "platform/graphics/ImageDecoder.h"
+#include "platform/graphics/JpegErrors.h"
 
 #include <algorithm>
 #include <cmath>
-#include <csetjmp>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
-#include <jpeglib.h>
 #include <png.h>
 
 namespace ostrel {
 
 namespace {
 
-/// libjpeg reports errors through a function that must not return.
-struct JpegErrors {
-    jpeg_error_mgr manager;  // first: libjpeg hands back a pointer to it
-    std::jmp_buf escape;
-};
-
-void escapeFromJpeg(j_common_ptr codec) {
-    std::longjmp(reinterpret_cast<JpegErrors*>(codec->err)->escape, 1);
-}
-void keepQuiet(j_common_ptr) {}
-
-jpeg_error_mgr* prepareErrors(JpegErrors& errors) {
-    jpeg_error_mgr* manager = jpeg_std_error(&errors.manager);
-    manager->error_exit = escapeFromJpeg;
-    manager->output_message = keepQuiet;
-    return manager;
-}
+using detail::JpegErrors;
 
 /// Nothing with a destructor lives between setjmp and longjmp in the two functions below.
 bool startReading(jpeg_decompress_struct& reader, JpegErrors& errors, const Data& data) {
@@ -53,7 +36,7 @@ bool readRows(jpeg_decompress_struct& reader, JpegErrors& errors, CGImage& image
 std::shared_ptr<const CGImage> decodeJpeg(const Data& data) {
     JpegErrors errors;
     jpeg_decompress_struct reader{};
-    reader.err = prepareErrors(errors);
+    reader.err = errors.prepare();
     jpeg_create_decompress(&reader);
     std::shared_ptr<CGImage> image;
     if (startReading(reader, errors, data)) {
@@ -110,13 +93,14 @@ std::shared_ptr<const CGImage> CGImage::decode(const Data& data) {
     const std::string_view bytes = data.view();
     if (bytes.starts_with("\xFF\xD8")) return decodeJpeg(data);
     if (bytes.starts_with("\x89PNG")) return decodePng(data);
-    return nullptr;
+    const ImageDecoder decoder = installedImageDecoder();
+    return decoder ? decoder(data) : nullptr;
 }
 
 Data CGImage::jpeg(double quality) const {
     JpegErrors errors;
     jpeg_compress_struct writer{};
-    writer.err = prepareErrors(errors);
+    writer.err = errors.prepare();
     jpeg_create_compress(&writer);
     unsigned char* bytes = nullptr;
     unsigned long size = 0;

@@ -1,6 +1,11 @@
 #include "platform/media/AVAssetExportSession.h"
 
+#include "platform/foundation/NSProgress.h"
+#include "platform/foundation/Text.h"
+#include "platform/uikit/PlatformText.h"
+
 #include <cassert>
+#include <utility>
 
 namespace ostrel {
 
@@ -34,7 +39,28 @@ void AVAssetExportSession::exportAsynchronouslyWithCompletionHandler(std::functi
         if (handler) handler();
         return;
     }
-    export_->start(std::move(handler));
+    const auto work = publish();
+    export_->start([work, handler = std::move(handler)] {
+        work->unpublish();
+        if (handler) handler();
+    });
+}
+
+/// The work in progress that users see. It asks the export, and does not keep it.
+std::shared_ptr<NSProgress> AVAssetExportSession::publish() const {
+    auto work = NSProgress::progressWithTotalUnitCount(0);
+    work->setLocalizedDescription(
+        replacingOccurrences(platformText("Converting “%@”"), "%@", asset_->URL().lastPathComponent()));
+    const auto weak = std::weak_ptr(export_);
+    work->setFractionSource([weak] {
+        const auto running = weak.lock();
+        return running ? double{running->progress()} : 1.0;
+    });
+    work->setCancellationHandler([weak] {
+        if (const auto running = weak.lock()) running->cancel();
+    });
+    work->publish();
+    return work;
 }
 
 void AVAssetExportSession::cancelExport() {

@@ -10,7 +10,7 @@ inline constexpr std::string_view AVAssetExportPresetMediumQuality = "AVAssetExp
 inline constexpr std::string_view AVAssetExportPresetLowQuality = "AVAssetExportPresetLowQuality";
 inline constexpr std::string_view AVFileTypeMPEG4 = "public.mpeg-4";
 
-/// Writes an asset again with the settings of a preset, on a thread of its own. Set up and started by one thread;
+/// Writes an asset again with the settings of a preset, on a thread of its own, in the list of work in progress. Set up and started by one thread;
 /// `cancelExport`, `status`, `progress` and `error` are for any.
 class AVAssetExportSession final {
 public:
@@ -41,6 +41,7 @@ public:
 
 private:
     std::optional<NSError> prepare();
+    std::shared_ptr<class NSProgress> publish() const;
 
     std::shared_ptr<const AVAsset> asset_;
     MediaExportRequest request_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/graphics/Geometry.h"
+#include "platform/uikit/UITransfer.h"
 
 #include <functional>
 #include <memory>
@@ -52,6 +53,13 @@ public:
     std::function<bool(const std::string& url)> openURL;
     /// Puts text on the system's clipboard; set by the backend.
     std::function<void(const std::string& text)> setPasteboardText;
+    /// What is on the system's clipboard; `handler` runs once, on the main thread. Set by the backend; absent: nothing.
+    std::function<void(std::function<void(UITransferItems)> handler)> readPasteboard;
+    /// Lets the user choose a file in the system's dialog, over `window`; `handler` runs once, on the main thread, with
+    /// the paths chosen, none when it was cancelled. Set by the backend; absent: there is no such dialog.
+    std::function<void(UIWindow* window, const UIFileRequest& request,
+                       std::function<void(std::vector<std::string> paths)> handler)>
+        chooseFiles;
     /// Says `text` to a screen reader; set by the backend.
     std::function<void(const std::string& text)> announce;
 

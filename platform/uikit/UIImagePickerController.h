@@ -3,6 +3,7 @@
 #include "platform/foundation/NSURL.h"
 #include "platform/graphics/UIImage.h"
 #include "platform/uikit/UINavigationController.h"
+#include "platform/uikit/UITransfer.h"
 
 #include <memory>
 #include <optional>
@@ -13,6 +14,7 @@
 namespace ostrel {
 
 class UIImagePickerController;
+class UIImagePickerGridController;
 
 /// Media types (uniform type identifiers) that a picker offers.
 inline constexpr std::string_view UTTypeImage = "public.image";
@@ -43,7 +45,7 @@ public:
 /// Lets the user choose a picture or a clip: a grid of those in the folders of the installed `MediaLibrary`, newest
 /// first, any other file by the system's file dialog, files dropped on it, a picture pasted into it. Presented full
 /// screen or as a form sheet; what is asked of the disk is asked off the main thread. Main thread.
-class UIImagePickerController final : public UINavigationController {
+class UIImagePickerController final : public UINavigationController, public UIDropTarget {
 public:
     UIImagePickerController();
     ~UIImagePickerController() override;
@@ -64,11 +66,18 @@ public:
 
     /// Escape or "Cancel": tells the delegate; without one the picker is dismissed.
     bool cancelOperation() override;
+    /// Control+V and Command+V choose what is on the clipboard.
+    bool pressesBegan(const UIPress& press) override;
+    bool canTakeDrop(const UITransferItems& items, CGPoint location) override;
+    void dropHoverDidChange(bool isInside) override;
+    void takeDrop(const UITransferItems& items, CGPoint location) override;
 
 private:
     friend class UIImagePickerGridController;
+    explicit UIImagePickerController(std::shared_ptr<UIImagePickerGridController> grid);
     void finishPicking(const UIImagePickerMediaInfo& info);
 
+    const std::shared_ptr<UIImagePickerGridController> grid_;
     UIImagePickerControllerSourceType sourceType_ = UIImagePickerControllerSourceType::photoLibrary;
     std::vector<std::string> mediaTypes_{std::string(UTTypeImage)};
     bool allowsEditing_ = false;

@@ -70,6 +70,7 @@ void UINavigationController::viewDidLoad() {
     content_ = make<UIView>();
     content_->setClipsToBounds(true);
     view()->addSubview(content_);
+    if (accessory_) view()->addSubview(accessory_);
     view()->addSubview(bar_);
     dim_ = make<UIView>();
     dim_->setBackgroundColor(UIColor::black().withAlpha(0.1f));
@@ -104,12 +105,46 @@ void UINavigationController::layoutTop() {
         window ? std::max(0.0, window->safeAreaInsets().top - distanceFromTop(*view())) : 0;
     const CGFloat top = covered + UINavigationBar::barHeight();
     bar_->setFrame({0, 0, size.width, std::min(top, size.height)});
-    content_->setFrame({0, top, size.width, std::max(0.0, size.height - top)});
+    const CGFloat extra = isAccessoryShown_ ? accessoryHeight_ : 0;
+    // Hidden it lies behind the bar.
+    if (accessory_) accessory_->setFrame({0, top + extra - accessoryHeight_, size.width, accessoryHeight_});
+    content_->setFrame({0, top + extra, size.width, std::max(0.0, size.height - top - extra)});
     const auto& shown = topViewController()->view();
     if (!shown->superview()) content_->addSubview(shown);
     for (const auto& screen : content_->subviews()) {
         if (screen->viewController()) screen->setFrame(screenFrame(*screen->viewController()));
     }
+}
+
+void UINavigationController::setAccessoryView(std::shared_ptr<UIView> view, CGFloat height) {
+    if (accessory_) accessory_->removeFromSuperview();
+    accessory_ = std::move(view);
+    accessoryHeight_ = accessory_ ? height : 0;
+    isAccessoryShown_ = false;
+    if (accessory_) accessory_->setHidden(true);
+    if (!isViewLoaded()) return;
+    if (accessory_) this->view()->insertSubview(accessory_, 1);
+    layoutTop();
+}
+
+void UINavigationController::setAccessoryShown(bool shown, double seconds) {
+    if (!accessory_ || shown == std::exchange(isAccessoryShown_, shown)) return;
+    if (shown) accessory_->setHidden(false);
+    const auto hideAtEnd = [weak = weak_from_this()](bool) {
+        const auto self = std::static_pointer_cast<UINavigationController>(weak.lock());
+        if (self && self->accessory_ && !self->isAccessoryShown_) self->accessory_->setHidden(true);
+    };
+    if (!isViewLoaded() || !view()->window()) {
+        if (isViewLoaded()) layoutTop();
+        return hideAtEnd(true);
+    }
+    UIView::animate(
+        seconds,
+        [this] {
+            layoutTop();
+            view()->layoutIfNeeded();
+        },
+        hideAtEnd, UIViewAnimationCurve::easeOut);
 }
 
 CGRect UINavigationController::screenFrame(const UIViewController& screen) const {

@@ -48,6 +48,11 @@ public:
     const std::shared_ptr<UIViewController>& topViewController() const { return stack_.back(); }
     const std::vector<std::shared_ptr<UIViewController>>& viewControllers() const { return stack_; }
     const std::shared_ptr<UINavigationBar>& navigationBar() const { return bar_; }
+    /// A view as wide as the bar and `height` points high that can be shown under it, above every screen of the stack; it
+    /// begins hidden. Null removes it.
+    void setAccessoryView(std::shared_ptr<UIView> view, CGFloat height);
+    /// The screens make room for it, or take it back, in `seconds`.
+    void setAccessoryShown(bool shown, double seconds);
 
     void loadView() override;
     void viewDidLoad() override;
@@ -79,6 +84,9 @@ private:
     std::vector<std::shared_ptr<UIViewController>> stack_;
     std::shared_ptr<UINavigationBar> bar_;
     std::shared_ptr<UIView> content_, dim_, edge_;
+    std::shared_ptr<UIView> accessory_;
+    CGFloat accessoryHeight_ = 0;
+    bool isAccessoryShown_ = false;
     std::unique_ptr<Transition> transition_;
     std::uint64_t generation_ =
         0;  ///< tells the end of an animation whether its change is still the present one

@@ -57,6 +57,12 @@ public:
     /// neither responder nor focus then to the frontmost scroll view of that controller and up from there. Then Tab moves
     /// the focus and Escape asks the topmost controllers to cancel. True when the key was used.
     bool sendKey(const UIPress& press);
+    /// Something is dragged over the window, at a point of it. True when it can be dropped there.
+    bool sendDrag(const UITransferItems& items, CGPoint location);
+    /// It left the window, or was dropped elsewhere.
+    void sendDragExited();
+    /// True when somebody took it.
+    bool sendDrop(const UITransferItems& items, CGPoint location);
     // From text editors of the backend
     void textInputChanged(ViewTag tag, const std::string& text);
     void textInputFocusChanged(ViewTag tag, bool focused);
@@ -98,6 +104,8 @@ private:
     UIView& keyRoot();
     UIView* topControllerView();
     bool cancelTopmost();
+    UIView* dropTargetAt(const UITransferItems& items, CGPoint location);
+    void setDropTarget(UIView* view);
     void revealFocus();
     std::shared_ptr<UIView> sharedViewWithTag(ViewTag tag) const;
     MountingBackend* backend_ = nullptr;

@@ -46,6 +46,7 @@ struct UIWindow::Implementation {
     std::vector<std::weak_ptr<UIView>> hovered;  ///< the view under the pointer and its ancestors
     std::vector<Modal> modals;
     bool focusByKeyboard = false;
+    std::weak_ptr<UIView> dropTarget;  ///< what is dragged is over it
     std::weak_ptr<TextSelection> selection;
 
     /// Tells the views whose visible rectangle has changed.

@@ -1,0 +1,142 @@
+#include "platform/media/MediaThumbnails.h"
+
+#include "platform/foundation/Files.h"
+#include "platform/foundation/NSThread.h"
+#include "platform/graphics/ImageThumbnail.h"
+#include "platform/media/AVAssetImageGenerator.h"
+
+#include <utility>
+
+namespace ostrel {
+
+namespace {
+
+std::size_t costOf(const MediaThumbnail& thumbnail) {
+    constexpr std::size_t bookkeeping = 512;
+    if (!thumbnail.image) return bookkeeping;
+    const ImageHeader& header = thumbnail.image->header();
+    return bookkeeping + static_cast<std::size_t>(header.pixelWidth) *
+                             static_cast<std::size_t>(header.pixelHeight) * CGImage::bytesPerPixel;
+}
+
+MediaThumbnail unusable(std::string problem) {
+    return {.image = nullptr, .duration = 0, .problem = std::move(problem)};
+}
+
+MediaThumbnail thumbnailOfClip(const std::string& path, int side) {
+    std::optional<NSError> error;
+    const auto asset = AVAsset::assetWithURL(NSURL::fileURLWithPath(path), &error);
+    const AVAssetTrack* const track = asset ? asset->firstTrack(AVMediaType::video) : nullptr;
+    if (!asset) return unusable(error ? error->localizedDescription : "It is no clip.");
+    if (!track) return unusable("There is no video in it.");
+    const auto generator = AVAssetImageGenerator::assetImageGeneratorWithAsset(asset);
+    const auto frame = generator ? generator->copyCGImageAtTime(CMTimeMake(0, 1), &error) : nullptr;
+    if (!frame) return unusable(error ? error->localizedDescription : "No picture of it can be decoded.");
+    return {.image = UIImage::imageWithCGImage(squareThumbnail(*frame, track->preferredTransform, side)),
+            .duration = asset->duration().seconds(),
+            .problem = {}};
+}
+
+}  // namespace
+
+MediaThumbnail MediaThumbnails::make(const Data& picture, int side) {
+    std::string problem;
+    auto image = UIImage::imageWithCGImage(squareThumbnail(picture, side, &problem));
+    // Encoded here rather than on the thread that first shows it.
+    if (image) image->representation(1);
+    return {.image = std::move(image), .duration = 0, .problem = std::move(problem)};
+}
+
+MediaThumbnail MediaThumbnails::make(const MediaLibraryItem& item, int side) {
+    if (item.kind == MediaKind::clip) {
+        MediaThumbnail thumbnail = thumbnailOfClip(item.path, side);
+        if (thumbnail.image) thumbnail.image->representation(1);
+        return thumbnail;
+    }
+    std::string problem;
+    // Read, not mapped: a file that is cut short meanwhile must not end the process.
+    const Data data = readFile(item.path, largestFile, &problem);
+    return data ? make(data, side) : unusable(std::move(problem));
+}
+
+void MediaThumbnails::setSide(int side) {
+    if (side == std::exchange(side_, side)) return;
+    recent_.clear();
+    byPath_.clear();
+    bytes_ = 0;
+}
+
+const MediaThumbnail* MediaThumbnails::find(const std::string& path) {
+    const auto found = byPath_.find(path);
+    if (found == byPath_.end()) return nullptr;
+    recent_.splice(recent_.begin(), recent_, found->second);
+    return &recent_.front().thumbnail;
+}
+
+void MediaThumbnails::request(const MediaLibraryItem& item, Handler handler) {
+    forget(item.path);
+    const std::uint64_t number = nextNumber_++;
+    waiting_[number] = item.path;
+    requests_[item.path] = {.item = item, .handler = std::move(handler), .number = number};
+    startNext();
+}
+
+void MediaThumbnails::forget(const std::string& path) {
+    const auto found = requests_.find(path);
+    if (found == requests_.end()) return;
+    waiting_.erase(found->second.number);
+    requests_.erase(found);
+}
+
+void MediaThumbnails::stop() {
+    waiting_.clear();
+    requests_.clear();
+}
+
+void MediaThumbnails::startNext() {
+    while (running_ < mostThreads && !waiting_.empty()) {
+        const auto last = std::prev(waiting_.end());
+        Request& request = requests_.at(last->second);
+        waiting_.erase(last);
+        ++running_;
+        NSThread::detachNewThread([weak = weak_from_this(), item = request.item, number = request.number,
+                                   side = side_] {
+            MediaThumbnail made = make(item, side);
+            if (!RunLoop::hasMain()) return;
+            RunLoop::main().perform([weak, path = item.path, number, side, made = std::move(made)]() mutable {
+                if (const auto self = weak.lock()) self->finished(path, number, side, std::move(made));
+            });
+        });
+    }
+}
+
+void MediaThumbnails::finished(const std::string& path, std::uint64_t number, int side,
+                               MediaThumbnail thumbnail) {
+    --running_;
+    if (side == side_) keep(path, thumbnail);
+    const auto found = requests_.find(path);
+    if (found != requests_.end() && found->second.number == number) {
+        const Handler handler = std::move(found->second.handler);
+        requests_.erase(found);
+        handler(thumbnail);
+    }
+    startNext();
+}
+
+void MediaThumbnails::keep(const std::string& path, const MediaThumbnail& thumbnail) {
+    if (const auto former = byPath_.find(path); former != byPath_.end()) {
+        bytes_ -= costOf(former->second->thumbnail);
+        recent_.erase(former->second);
+        byPath_.erase(former);
+    }
+    recent_.push_front({path, thumbnail});
+    byPath_[path] = recent_.begin();
+    bytes_ += costOf(thumbnail);
+    while (bytes_ > mostBytes && recent_.size() > 1) {
+        bytes_ -= costOf(recent_.back().thumbnail);
+        byPath_.erase(recent_.back().path);
+        recent_.pop_back();
+    }
+}
+
+}  // namespace ostrel
