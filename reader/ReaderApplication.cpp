@@ -1,18 +1,24 @@
 #include "reader/ReaderApplication.h"
 
 #include "article/OstrelArticle.h"
+#include "backends/ffmpeg/FfmpegMediaBackend.h"
 #include "backends/qt/QtWindowView.h"
 #include "ostrelserver/HttpServerFramework.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSThread.h"
 #include "platform/foundation/RunLoop.h"
 #include "platform/foundation/Text.h"
+#include "platform/media/MediaLibrary.h"
 #include "platform/uikit/UIWindow.h"
+#include "reader/ReaderLogController.h"
 #include "reader/ReaderText.h"
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -41,6 +47,7 @@ ReaderApplication::ReaderApplication(const ReaderOptions& options, std::string s
 
 ReaderApplication::~ReaderApplication() {
     setLogSink({});
+    closeLogWindow();
     if (window_) window_->setRootViewController(nullptr);
     root_.reset();
     quickWindow_.reset();
@@ -48,6 +55,24 @@ ReaderApplication::~ReaderApplication() {
     // Rows send their requests from threads, which still look the framework up.
     NSThread::waitForAll(secondsForThreads);
     OstrelServerFramework::install(nullptr);
+    MediaBackend::install(nullptr);
+    MediaLibrary::install(nullptr);
+}
+
+void ReaderApplication::installMedia() {
+    MediaBackend::install(std::make_shared<FfmpegMediaBackend>());
+    const auto folders = [](const std::string& own, QStandardPaths::StandardLocation system) {
+        if (!own.empty()) return std::vector{own};
+        std::vector<std::string> paths;
+        for (const QString& path : QStandardPaths::standardLocations(system)) {
+            // Where the system has no such folder it names the home directory.
+            if (QDir(path) != QDir::home()) paths.push_back(QFile::encodeName(path).toStdString());
+        }
+        return paths;
+    };
+    MediaLibrary::install(std::make_shared<const MediaLibrary>(
+        MediaLibrary::Folders{.pictures = folders(options_.picturesFolder, QStandardPaths::PicturesLocation),
+                              .clips = folders(options_.videosFolder, QStandardPaths::MoviesLocation)}));
 }
 
 bool ReaderApplication::findResources(std::string* error) {
@@ -71,6 +96,7 @@ bool ReaderApplication::open(std::string* error) {
     if (!framework_) return false;
     OstrelServerFramework::install(framework_);
     UIDevice::currentDevice().setUserInterfaceIdiom(options_.idiom);
+    installMedia();
 
     const CGSize size = windowSize(options_);
     window_ = make<UIWindow>(size);
@@ -87,10 +113,12 @@ bool ReaderApplication::open(std::string* error) {
     QObject::connect(quickWindow_.get(), &QWindow::heightChanged, view_,
                      [this] { view_->setHeight(quickWindow_->height()); });
 
-    root_ = make<ReaderRootController>(framework_);
+    root_ = make<ReaderRootController>(framework_, log_);
+    if (options_.idiom == UIUserInterfaceIdiom::mac) root_->openLogWindow = [this] { showLogWindow(); };
     window_->setRootViewController(root_);
     // The module reports a failed load to the log alone; the reader tells its user.
-    setLogSink([weak = std::weak_ptr(root_)](std::string_view line) {
+    setLogSink([weak = std::weak_ptr(root_), log = log_](std::string_view line) {
+        log->append(line);
         std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
         if (!line.starts_with(loadFailure)) return;
         RunLoop::main().perform([weak, reason = std::string(line.substr(loadFailure.size()))] {
@@ -103,6 +131,44 @@ bool ReaderApplication::open(std::string* error) {
     framework_->restoreSession([](const auto&, const auto&) {});
     quickWindow_->show();
     return true;
+}
+
+void ReaderApplication::showLogWindow() {
+    if (logWindow_) {
+        logWindow_->show();
+        logWindow_->raise();
+        logWindow_->requestActivate();
+        return;
+    }
+    constexpr QSize size(760, 420);
+    logView_ = make<UIWindow>(CGSize{double(size.width()), double(size.height())});
+    logView_->setRootViewController(
+        make<UINavigationController>(make<ReaderLogController>(log_, std::function<void()>())));
+    logWindow_ = std::make_unique<QQuickWindow>();
+    logWindow_->setTitle(QString::fromStdString(readerText("Log - Ostrel Reader")));
+    logWindow_->resize(size);
+    logWindow_->setMinimumSize({320, 200});
+    auto* const view = new QtWindowView(logView_, logWindow_->contentItem());
+    view->setSize(QSizeF(size));
+    QObject::connect(logWindow_.get(), &QWindow::widthChanged, view,
+                     [view](int width) { view->setWidth(width); });
+    QObject::connect(logWindow_.get(), &QWindow::heightChanged, view,
+                     [view](int height) { view->setHeight(height); });
+    // In a later turn: the window is in the middle of closing.
+    QObject::connect(logWindow_.get(), &QWindow::visibleChanged, quickWindow_.get(), [this](bool isVisible) {
+        if (!isVisible) QTimer::singleShot(0, quickWindow_.get(), [this] { closeLogWindow(); });
+    });
+    // The log alone does not keep the application running.
+    QObject::connect(quickWindow_.get(), &QWindow::visibleChanged, logWindow_.get(), [this](bool isVisible) {
+        if (!isVisible) logWindow_->close();
+    });
+    logWindow_->show();
+}
+
+void ReaderApplication::closeLogWindow() {
+    if (logView_) logView_->setRootViewController(nullptr);
+    logWindow_.reset();
+    logView_.reset();
 }
 
 void ReaderApplication::quitAfterFirstList() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ostrelserver/SessionStore.h"
+#include "reader/ReaderLog.h"
 #include "reader/ReaderOptions.h"
 #include "reader/ReaderRootController.h"
 
@@ -28,11 +29,18 @@ public:
     QtWindowView& view() { return *view_; }
     ReaderRootController& root() { return *root_; }
     HttpServerFramework& framework() { return *framework_; }
+    ReaderLog& log() { return *log_; }
+    /// Opens the log's own window, or brings it to the front.
+    void showLogWindow();
+    /// Null while it is closed.
+    QQuickWindow* logWindow() { return logWindow_.get(); }
     /// Prints "first list painted" and ends the event loop once everybody's articles are on screen; for measuring starts.
     void quitAfterFirstList();
 
 private:
     bool findResources(std::string* error);
+    void installMedia();
+    void closeLogWindow();
     ReaderOptions options_;
     std::string serverAddress_;
     std::shared_ptr<SessionStore> sessionStore_;
@@ -41,6 +49,9 @@ private:
     std::shared_ptr<UIWindow> window_;
     QtWindowView* view_ = nullptr;
     std::shared_ptr<ReaderRootController> root_;
+    const std::shared_ptr<ReaderLog> log_ = std::make_shared<ReaderLog>();
+    std::unique_ptr<QQuickWindow> logWindow_;
+    std::shared_ptr<UIWindow> logView_;
 };
 
 }  // namespace ostrel

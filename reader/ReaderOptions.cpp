@@ -25,6 +25,9 @@ ReaderCommandLine parseReaderCommandLine(int argc, char** argv) {
     app.add_option("--tour", options.tourFolder,
                    "Use the window by itself on data of its own, check and picture each step")
         ->type_name("DIR");
+    app.add_option("--pictures", options.picturesFolder, "Folder of the pictures to choose from")
+        ->type_name("DIR");
+    app.add_option("--videos", options.videosFolder, "Folder of the clips to choose from")->type_name("DIR");
     app.add_option("--language", options.language, "Language of the texts: en or zh-Hans")->type_name("TAG");
     app.add_option("--width", options.width, "Width of the window in points")->check(CLI::Range(200, 10000));
     app.add_option("--height", options.height, "Height of the window in points")

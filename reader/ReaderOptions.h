@@ -11,10 +11,12 @@ namespace ostrel {
 struct ReaderOptions {
     UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::phone;
     std::string idiomName = "phone";
-    std::string server;         ///< base address of a server elsewhere; empty: start one
-    std::string dataFolder;     ///< empty: the user's own folder for application data
-    std::string tourFolder;     ///< not empty: run the tour and write its pictures there
-    std::string language;       ///< BCP 47 tag; empty: the system's
+    std::string server;      ///< base address of a server elsewhere; empty: start one
+    std::string dataFolder;  ///< empty: the user's own folder for application data
+    std::string tourFolder;  ///< not empty: run the tour and write its pictures there
+    std::string language;    ///< BCP 47 tag; empty: the system's
+    /// Folders of the user's pictures and clips; empty: the system's.
+    std::string picturesFolder, videosFolder;
     int width = 0, height = 0;  ///< points; 0: by idiom
     double scale = 0;           ///< device pixels per point; 0: the screen's
 };

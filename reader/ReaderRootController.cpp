@@ -10,6 +10,8 @@
 #include "platform/uikit/UIAlertController.h"
 #include "platform/uikit/UIDevice.h"
 #include "platform/uikit/UIWindow.h"
+#include "platform/uikit/WorkProgressBar.h"
+#include "reader/ReaderLogController.h"
 #include "reader/ReaderMessagesController.h"
 #include "reader/ReaderText.h"
 
@@ -22,8 +24,9 @@ namespace {
 constexpr double noticeSeconds = 4;
 }
 
-ReaderRootController::ReaderRootController(std::shared_ptr<HttpServerFramework> framework)
-    : framework_(std::move(framework)) {}
+ReaderRootController::ReaderRootController(std::shared_ptr<HttpServerFramework> framework,
+                                           std::shared_ptr<ReaderLog> log)
+    : framework_(std::move(framework)), log_(std::move(log)) {}
 
 ReaderRootController::~ReaderRootController() {
     NSNotificationCenter::defaultCenter().removeObserver(this);
@@ -44,6 +47,7 @@ void ReaderRootController::initialise() {
         };
         lists_[index]->setIsMySelfOnly(index == 1);
         navigations_[index] = make<UINavigationController>(lists_[index]);
+        WorkProgressBar::addTo(*navigations_[index]);
         addChildViewController(navigations_[index]);
     }
     NSNotificationCenter::defaultCenter().addObserver(this, Current_User_Changed_Notification_Name,
@@ -61,6 +65,9 @@ void ReaderRootController::viewDidLoad() {
     };
     tabs_->accountChosen = [weak = weakSelf()] {
         if (const auto self = weak.lock()) self->showAccount();
+    };
+    tabs_->helpChosen = [weak = weakSelf()] {
+        if (const auto self = weak.lock()) self->showHelp();
     };
     view()->addSubview(tabs_);
 
@@ -170,6 +177,9 @@ void ReaderRootController::showAccount() {
     sheet->addAction({readerText("Messages"), UIAlertAction::Style::defaultStyle, [weak = weakSelf()] {
                           if (const auto self = weak.lock()) self->showMessages();
                       }});
+    sheet->addAction({readerText("Log"), UIAlertAction::Style::defaultStyle, [weak = weakSelf()] {
+                          if (const auto self = weak.lock()) self->showLog();
+                      }});
     sheet->addAction({readerText("Sign Out"), UIAlertAction::Style::destructive, [weak = weakSelf()] {
                           const auto self = weak.lock();
                           if (!self) return;
@@ -208,6 +218,28 @@ void ReaderRootController::showLogin() {
 
 void ReaderRootController::showMessages() {
     auto navigation = make<UINavigationController>(make<ReaderMessagesController>(framework_));
+    navigation->modalPresentationStyle = UIModalPresentationStyle::formSheet;
+    presentViewController(navigation, true);
+}
+
+void ReaderRootController::showHelp() {
+    if (presentedViewController()) return;
+    auto menu = make<UIAlertController>(readerText("Help"), "", UIAlertController::Style::actionSheet);
+    menu->addAction({readerText("Log"), UIAlertAction::Style::defaultStyle, [weak = weakSelf()] {
+                         if (const auto self = weak.lock()) self->showLog();
+                     }});
+    menu->modalPresentationStyle = UIModalPresentationStyle::popover;
+    menu->popoverPresentationController.sourceView = tabs_->help();
+    menu->popoverPresentationController.sourceRect = tabs_->help()->bounds();
+    presentViewController(menu, true);
+}
+
+void ReaderRootController::showLog() {
+    if (openLogWindow) return openLogWindow();
+    const auto close = [weak = weakSelf()] {
+        if (const auto self = weak.lock()) self->dismissViewControllerAnimated(true);
+    };
+    auto navigation = make<UINavigationController>(make<ReaderLogController>(log_, close));
     navigation->modalPresentationStyle = UIModalPresentationStyle::formSheet;
     presentViewController(navigation, true);
 }

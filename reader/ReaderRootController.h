@@ -10,6 +10,7 @@
 namespace ostrel {
 
 class HttpServerFramework;
+class ReaderLog;
 
 /// The host's frame around the module: everybody's articles and the user's own, each in a navigation controller, chosen
 /// by tabs at the lower edge on narrow windows and in a sidebar on wide ones, and the account. Main thread.
@@ -18,7 +19,7 @@ public:
     /// Windows at least this wide, in points, have the sidebar (pad and Mac idiom).
     static constexpr CGFloat sidebarFrom = 640;
 
-    explicit ReaderRootController(std::shared_ptr<HttpServerFramework> framework);
+    ReaderRootController(std::shared_ptr<HttpServerFramework> framework, std::shared_ptr<ReaderLog> log);
     ~ReaderRootController() override;
     void initialise();
 
@@ -31,6 +32,11 @@ public:
     void showAccount();
     /// A short message at the lower edge that leaves by itself.
     void showNotice(const std::string& text);
+    /// What is offered for help, now the log alone.
+    void showHelp();
+    /// Shows the log in a window of its own; set by who can open windows. Empty: a sheet.
+    std::function<void()> openLogWindow;
+    void showLog();
 
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
@@ -49,6 +55,7 @@ private:
     std::weak_ptr<ReaderRootController> weakSelf();
 
     std::shared_ptr<HttpServerFramework> framework_;
+    std::shared_ptr<ReaderLog> log_;
     std::shared_ptr<ReaderListController> lists_[2];
     std::shared_ptr<UINavigationController> navigations_[2];
     std::shared_ptr<UIView> content_;

@@ -28,6 +28,14 @@ std::shared_ptr<const UIImage> articlesSymbol() {
     return symbol(std::move(path));
 }
 
+std::shared_ptr<const UIImage> helpSymbol() {
+    Path path;
+    path.ellipse(12, 12, 9, 9);
+    path.moveTo(9.4, 9.6).cubicTo(9.4, 6.4, 14.6, 6.4, 14.6, 9.6).cubicTo(14.6, 11.6, 12, 11.8, 12, 14.1);
+    path.ellipse(12, 17, 0.3, 0.3);
+    return symbol(std::move(path));
+}
+
 std::shared_ptr<const UIImage> myArticlesSymbol() {
     Path path;
     path.moveTo(19, 12.5).lineTo(19, 17.5).cubicTo(19, 18.6, 18.1, 19.5, 17, 19.5).lineTo(6.5, 19.5);
@@ -126,6 +134,14 @@ void ReaderTabs::initialise() {
             UIControlEvent::touchUpInside);
         addSubview(tabs_[index]);
     }
+    help_ = make<ReaderTab>(helpSymbol(), readerText("Help"));
+    help_->setHidden(true);
+    help_->addTarget(
+        [this] {
+            if (helpChosen) helpChosen();
+        },
+        UIControlEvent::touchUpInside);
+    addSubview(help_);
     setSelected(0);
 }
 
@@ -133,6 +149,8 @@ void ReaderTabs::setSidebar(bool sidebar) {
     sidebar_ = sidebar;
     heading_->setHidden(!sidebar);
     for (const auto& tab : tabs_) tab->setBeside(sidebar);
+    help_->setBeside(sidebar);
+    help_->setHidden(!sidebar);
     place();
 }
 
@@ -156,6 +174,7 @@ void ReaderTabs::place() {
         for (std::size_t index = 0; index + 1 < tabs_.size(); ++index, y += 44) {
             tabs_[index]->setFrame({10, y, size.width - 20, 40});
         }
+        help_->setFrame({10, size.height - 98, size.width - 20, 40});
         account()->setFrame({10, size.height - 54, size.width - 20, 40});
     } else {
         line_->setFrame({0, 0, size.width, 0.5});

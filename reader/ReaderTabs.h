@@ -50,10 +50,14 @@ public:
 
     std::function<void(std::size_t)> chosen;
     std::function<void()> accountChosen;
+    std::function<void()> helpChosen;
+    /// Only the sidebar has it.
+    const std::shared_ptr<ReaderTab>& help() const { return help_; }
 
 private:
     void place();
     std::vector<std::shared_ptr<ReaderTab>> tabs_;
+    std::shared_ptr<ReaderTab> help_;
     std::shared_ptr<UIView> line_;
     std::shared_ptr<UILabel> heading_;
     bool sidebar_ = false;

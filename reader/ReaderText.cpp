@@ -10,7 +10,7 @@ namespace ostrel {
 namespace {
 
 using Entry = std::pair<std::string_view, std::string_view>;
-constexpr std::array<Entry, 16> simplifiedChinese{{
+constexpr std::array<Entry, 26> simplifiedChinese{{
     {"Ostrel Reader", "Ostrel 阅读"},
     {"Articles", "文章"},
     {"My Articles", "我的文章"},
@@ -22,6 +22,16 @@ constexpr std::array<Entry, 16> simplifiedChinese{{
     {"There are no articles yet.", "还没有文章。"},
     {"You have not written an article yet.", "你还没有写过文章。"},
     {"Messages", "消息"},
+    {"Help", "帮助"},
+    {"Log", "日志"},
+    {"Log - Ostrel Reader", "日志 - Ostrel 阅读"},
+    {"Nothing has been logged.", "还没有日志。"},
+    {"Follow", "跟随"},
+    {"on", "开"},
+    {"off", "关"},
+    {"Copy All", "全部拷贝"},
+    {"Copied", "已拷贝"},
+    {"Clear", "清除"},
     {"Close", "关闭"},
     {"You have no messages.", "没有消息。"},
     {"Signed out.", "已退出登录。"},

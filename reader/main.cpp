@@ -4,7 +4,7 @@
 #include "reader/ReaderApplication.h"
 #include "reader/tour/Tour.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QStandardPaths>
 
 #include <cstdio>
@@ -35,9 +35,10 @@ int main(int argc, char** argv) {
     if (options.scale > 0) qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale));
     chooseRenderer();
 
-    QGuiApplication application(argc, argv);
-    QGuiApplication::setApplicationName("ostrel-reader");
-    QGuiApplication::setApplicationDisplayName("Ostrel Reader");
+    // With widgets, for the dialog that chooses files.
+    QApplication application(argc, argv);
+    QApplication::setApplicationName("ostrel-reader");
+    QApplication::setApplicationDisplayName("Ostrel Reader");
     QtPlatform::install(QtPlatform::Options{.language = options.language});
     if (!options.tourFolder.empty()) return runTour(options);
 
@@ -62,5 +63,5 @@ int main(int argc, char** argv) {
     ReaderApplication reader(options, address, std::make_shared<KeychainSessionStore>(sessionName));
     if (!reader.open(&error)) return fail(error);
     if (qEnvironmentVariableIsSet("OSTREL_READER_QUIT_AFTER_LIST")) reader.quitAfterFirstList();
-    return QGuiApplication::exec();
+    return QApplication::exec();
 }

@@ -7,6 +7,8 @@
 #include "backends/qt/QtPlayer.h"
 #include "backends/qt/QtRunLoop.h"
 #include "backends/qt/QtTextMeasurer.h"
+#include "backends/qt/QtTransfer.h"
+#include "platform/graphics/ImageDecoder.h"
 #include "platform/uikit/UIDevice.h"
 #include "platform/uikit/UIView.h"
 
@@ -18,6 +20,7 @@
 #include <QSettings>
 #include <QStandardPaths>
 #include <QUrl>
+#include <utility>
 
 namespace ostrel {
 
@@ -77,6 +80,13 @@ void QtPlatform::install(const Options& options) {
     application.setPasteboardText = [](const std::string& text) {
         if (QClipboard* clipboard = QGuiApplication::clipboard()) clipboard->setText(toQString(text));
     };
+    application.readPasteboard = [](std::function<void(UITransferItems)> handler) {
+        QClipboard* const clipboard = QGuiApplication::clipboard();
+        transferItemsWithPicture(clipboard ? clipboard->mimeData() : nullptr, std::move(handler));
+    };
+    application.chooseFiles = nullptr;
+    if (canChooseFiles()) application.chooseFiles = chooseFiles;
+    installImageDecoder(decodeWithQt);
 }
 
 }  // namespace ostrel

@@ -5,7 +5,8 @@
 namespace ostrel {
 
 /// What the platform layer asks of the system, answered by Qt: run loop, text measuring, locale, players, opening of
-/// addresses, clipboard, screen reader and reduced motion.
+/// addresses, clipboard, dialog for files (with a QApplication only), pictures in GIF and WebP, screen reader and reduced
+/// motion.
 class QtPlatform final {
 public:
     struct Options {

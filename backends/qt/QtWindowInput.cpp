@@ -1,13 +1,16 @@
 // The part of the window's view that takes input.
 
+#include "backends/qt/QtTransfer.h"
 #include "backends/qt/QtWindowView.h"
 #include "platform/foundation/Clock.h"
 #include "platform/uikit/UIWindow.h"
 
 #include <algorithm>
 #include <QCursor>
+#include <QDropEvent>
 #include <QHoverEvent>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QTouchEvent>
 #include <QWheelEvent>
@@ -190,6 +193,33 @@ bool QtWindowView::sendKey(const QKeyEvent& event) {
     UIPress press = toPress(event);
     press.timestamp = now();
     return window_->sendKey(press);
+}
+
+void QtWindowView::dragEnterEvent(QDragEnterEvent* event) { dragMoveEvent(event); }
+
+void QtWindowView::dragMoveEvent(QDragMoveEvent* event) {
+    // Copied, never moved: what is dragged stays where it is.
+    const bool isTaken =
+        window_ && window_->sendDrag(transferItems(event->mimeData()), toPoint(event->position()));
+    if (isTaken) event->setDropAction(Qt::CopyAction);
+    event->setAccepted(isTaken);
+}
+
+void QtWindowView::dragLeaveEvent(QDragLeaveEvent*) {
+    if (window_) window_->sendDragExited();
+}
+
+void QtWindowView::dropEvent(QDropEvent* event) {
+    const CGPoint point = toPoint(event->position());
+    const bool isTaken = window_ && window_->sendDrag(transferItems(event->mimeData()), point);
+    if (window_) window_->sendDragExited();
+    event->setDropAction(Qt::CopyAction);
+    event->setAccepted(isTaken);
+    if (!isTaken) return;
+    transferItemsWithPicture(event->mimeData(),
+                             [weak = std::weak_ptr(window_), point](const UITransferItems& items) {
+                                 if (const auto window = weak.lock()) window->sendDrop(items, point);
+                             });
 }
 
 }  // namespace ostrel

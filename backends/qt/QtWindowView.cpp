@@ -46,6 +46,7 @@ QtWindowView::QtWindowView(std::shared_ptr<UIWindow> window, QQuickItem* parent)
     setAcceptedMouseButtons(Qt::LeftButton | Qt::RightButton);
     setAcceptTouchEvents(true);
     setAcceptHoverEvents(true);
+    setFlag(ItemAcceptsDrops);
     setActiveFocusOnTab(false);
     setFocus(true);
     QQuickItemPrivate::get(this)->setAccessible();

@@ -155,6 +155,7 @@ struct PngSource {
         std::memcpy(to, source.rest.data(), count);
         source.rest = source.rest.subspan(count);
     }
+    [[noreturn]] static void fail(png_structp reader, png_const_charp) { png_longjmp(reader, 1); }
     static void warn(png_structp, png_const_charp) {}
 };
 
@@ -190,7 +191,8 @@ std::shared_ptr<const CGImage> reduceWhole(const CGImage& image, int side) {
 
 std::shared_ptr<const CGImage> reducePng(const Data& data, const ImageHeader& header, int side,
                                          bool* isInterlaced) {
-    png_structp reader = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, PngSource::warn);
+    png_structp reader =
+        png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, PngSource::fail, PngSource::warn);
     png_infop info = reader ? png_create_info_struct(reader) : nullptr;
     PngSource source{data.span()};
     std::shared_ptr<const CGImage> result;

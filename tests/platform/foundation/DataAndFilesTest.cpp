@@ -118,5 +118,38 @@ TEST(Data, slicesShareTheStorageAndAreClamped) {
     EXPECT_TRUE(Data().slice(0, 5).isNull());
 }
 
+TEST(Files, WhatWasReadStaysWhateverHappensToTheFile) {
+    TemporaryFolder folder;
+    const std::string name = "odd \"name\" 100% \xF0\x9F\x8E\x88";
+    for (const auto& read : {readFile, snapshotOfFile}) {
+        const std::string path = folder.write(name, std::string(100'000, 'a'));
+        const Data data = read(path, 100'000, nullptr);
+        std::filesystem::resize_file(path, 0);
+        EXPECT_EQ(data.view(), std::string(100'000, 'a'))
+            << "a mapping of the file would end the process here";
+        std::filesystem::remove(path);
+        EXPECT_EQ(data.size(), 100'000u);
+    }
+}
+
+TEST(Files, WhatCannotBeReadIsRefusedWithASentence) {
+    TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    const std::pair<std::string, const char*> cases[] = {
+        {folder.path("absent"), "No such file"},
+        {folder.path(), "no regular file"},
+        {folder.path("pipe"), "no regular file"},
+        {folder.write("large", std::string((1 << 20) + 1, 'a')), "larger than 1 MiB"},
+    };
+    for (const auto& read : {readFile, snapshotOfFile}) {
+        for (const auto& [path, part] : cases) {
+            std::string error;
+            EXPECT_TRUE(read(path, 1 << 20, &error).isNull()) << path;
+            EXPECT_NE(error.find(part), std::string::npos) << error;
+        }
+        EXPECT_TRUE(read(folder.write("empty", ""), 1, nullptr).isEmpty());
+    }
+}
+
 }  // namespace
 }  // namespace ostrel

@@ -1,0 +1,179 @@
+#include "platform/graphics/ImageDecoder.h"
+#include "platform/graphics/ImageThumbnail.h"
+#include "platform/graphics/UIImage.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+
+namespace ostrel {
+namespace {
+
+using Colour = std::function<std::array<int, 4>(int x, int y)>;
+
+std::shared_ptr<const CGImage> draw(int width, int height, const Colour& colour) {
+    auto image = CGImage::make(width, height);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const auto parts = colour(x, y);
+            for (std::size_t i = 0; i < 4; ++i)
+                image->row(y)[static_cast<std::size_t>(x) * 4 + i] = static_cast<std::uint8_t>(parts[i]);
+        }
+    }
+    return image;
+}
+
+std::array<int, 4> at(const CGImage& image, int x, int y) {
+    const std::uint8_t* pixel = image.row(y) + static_cast<std::size_t>(x) * 4;
+    return {pixel[0], pixel[1], pixel[2], pixel[3]};
+}
+
+void expectNear(const std::array<int, 4>& seen, const std::array<int, 4>& wanted, int tolerance,
+                const std::string& where) {
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_NEAR(seen[i], wanted[i], tolerance) << where << ", channel " << i;
+}
+
+/// Red at the upper left, green at the upper right, blue at the lower left, grey at the lower right.
+std::array<int, 4> quarters(bool isRight, bool isLower) {
+    if (isLower) return isRight ? std::array{128, 128, 128, 255} : std::array{0, 0, 255, 255};
+    return isRight ? std::array{0, 255, 0, 255} : std::array{255, 0, 0, 255};
+}
+
+/// The orientation of TIFF 6.0, tag 274, in front of what follows the start of a JPEG.
+Data withOrientation(const Data& jpeg, char orientation) {
+    std::string bytes(jpeg.view());
+    std::string exif("\xFF\xE1\0\x22"
+                     "Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x01\0\0\0\0\0\0\0",
+                     36);
+    exif[28] = orientation;
+    return Data::take(bytes.insert(2, exif));
+}
+
+TEST(Thumbnail, IsTheMiddleOfThePictureAtEverySize) {
+    // A dark frame left and right, or above and below, is cut off.
+    for (const auto& [width, height] :
+         {std::pair{900, 300}, {300, 900}, {301, 300}, {640, 480}, {4000, 3000}}) {
+        const int square = std::min(width, height), left = (width - square) / 2, top = (height - square) / 2;
+        const auto picture = draw(width, height, [&](int x, int y) {
+            const bool isInside = x >= left && x < left + square && y >= top && y < top + square;
+            return isInside ? quarters(x >= left + square / 2, y >= top + square / 2)
+                            : std::array{0, 0, 0, 255};
+        });
+        for (const Data& data : {picture->jpeg(0.95), picture->png()}) {
+            for (const int side : {1, 97, 240, 5000}) {
+                const auto small = squareThumbnail(data, side);
+                const std::string where =
+                    std::to_string(width) + "x" + std::to_string(height) + " to " + std::to_string(side);
+                ASSERT_TRUE(small) << where;
+                EXPECT_EQ(small->width(), std::min(side, square)) << where;
+                EXPECT_EQ(small->height(), small->width());
+                if (side < 97) continue;
+                const int low = small->width() / 5, high = small->width() * 4 / 5;
+                for (const auto& [x, y] : {std::pair{low, low}, {high, low}, {low, high}, {high, high}})
+                    expectNear(at(*small, x, y), quarters(x == high, y == high), 12, where);
+            }
+        }
+    }
+}
+
+TEST(Thumbnail, EveryPixelCountsByItsArea) {
+    // One pixel in 25 is white, and alpha counts like a colour.
+    const auto picture = draw(50, 50, [](int x, int y) {
+        return x % 5 == 2 && y % 5 == 3 ? std::array{250, 250, 250, 250} : std::array{0, 0, 0, 0};
+    });
+    for (const int side : {10, 5, 1}) {
+        const auto small = squareThumbnail(*picture, {}, side);
+        for (int y = 0; y < side; ++y) {
+            for (int x = 0; x < side; ++x)
+                expectNear(at(*small, x, y), {10, 10, 10, 10}, 0, std::to_string(side));
+        }
+    }
+    // Sizes that do not divide each other: the sum stays.
+    const auto even = draw(7, 7, [](int, int) { return std::array{200, 100, 50, 255}; });
+    const auto odd = squareThumbnail(*even, {}, 3);
+    for (int i = 0; i < 9; ++i) expectNear(at(*odd, i % 3, i / 3), {200, 100, 50, 255}, 1, "7 to 3");
+}
+
+TEST(Thumbnail, StandsUprightAsOrientationAndTransformSay) {
+    struct Case {
+        char orientation;
+        CGAffineTransform transform;
+        /// Which stored corner is seen at the upper left and at the upper right: 0 to 3 in reading order.
+        int upperLeft, upperRight;
+    };
+    const Case cases[] = {{1, {1, 0, 0, 1}, 0, 1},   {2, {-1, 0, 0, 1}, 1, 0}, {3, {-1, 0, 0, -1}, 3, 2},
+                          {4, {1, 0, 0, -1}, 2, 3},  {5, {0, 1, 1, 0}, 0, 2},  {6, {0, 1, -1, 0}, 2, 0},
+                          {7, {0, -1, -1, 0}, 3, 1}, {8, {0, -1, 1, 0}, 1, 3}};
+    const auto picture = draw(90, 60, [](int x, int y) { return quarters(x >= 45, y >= 30); });
+    const Data jpeg = picture->jpeg(0.95);
+    for (const Case& each : cases) {
+        const auto fromFile = squareThumbnail(withOrientation(jpeg, each.orientation), 40);
+        const auto fromBitmap = squareThumbnail(*picture, each.transform, 40);
+        for (const auto& seen : {fromFile, fromBitmap}) {
+            ASSERT_TRUE(seen);
+            const std::string where = "orientation " + std::to_string(each.orientation);
+            expectNear(at(*seen, 8, 8), quarters(each.upperLeft % 2, each.upperLeft / 2), 14, where);
+            expectNear(at(*seen, 32, 8), quarters(each.upperRight % 2, each.upperRight / 2), 14, where);
+        }
+    }
+}
+
+TEST(Thumbnail, WhatIsNoUsablePictureGetsASentence) {
+    const auto picture = draw(64, 64, [](int x, int y) {
+        return std::array{x * 3, y * 3, (x * y) % 255, 255};
+    });
+    const std::string png(picture->png().view()), jpeg(picture->jpeg(0.9).view());
+    std::string hugePng = png, hugeJpeg = jpeg;
+    hugePng.replace(16, 8, std::string("\0\0\x4E\x20\0\0\x4E\x20", 8));  // 20,000 by 20,000
+    const auto frame = hugeJpeg.find("\xFF\xC0");
+    ASSERT_NE(frame, std::string::npos);
+    hugeJpeg.replace(frame + 5, 4, "\x4E\x20\x4E\x20");
+    std::string damaged = png;
+    for (std::size_t i = 60; i < 90; ++i) damaged[i] = static_cast<char>(~damaged[i]);
+    struct Case {
+        const char* name;
+        std::string bytes, sentence;
+    };
+    const Case cases[] = {
+        {"empty", "", "It is no picture in a known format."},
+        {"text", "hello", "It is no picture in a known format."},
+        {"start of a JPEG", jpeg.substr(0, 3), "It is no picture in a known format."},
+        {"truncated PNG", png.substr(0, png.size() / 2), "The picture is damaged."},
+        {"damaged PNG", damaged, "The picture is damaged."},
+        {"header alone", png.substr(0, 33), "The picture is damaged."},
+        {"20,000 by 20,000 PNG", hugePng, "The picture is too large."},
+        {"20,000 by 20,000 JPEG", hugeJpeg, "The picture is too large."},
+        {"GIF without a decoder", std::string("GIF89a\1\0\1\0\0\0\0", 13), "The picture is damaged."}};
+    for (const Case& each : cases) {
+        std::string error;
+        EXPECT_FALSE(squareThumbnail(Data::copy(each.bytes), 32, &error)) << each.name;
+        EXPECT_EQ(error, each.sentence) << each.name;
+    }
+    // One pixel is a picture, and so is a JPEG that ends early: its upper part is there.
+    const auto dot = draw(1, 1, [](int, int) { return std::array{9, 8, 7, 255}; });
+    EXPECT_EQ(squareThumbnail(dot->png(), 240)->width(), 1);
+    EXPECT_TRUE(squareThumbnail(Data::copy(std::string_view(jpeg).substr(0, jpeg.size() - 40)), 32));
+}
+
+TEST(Thumbnail, OtherFormatsAreAskedOfTheInstalledDecoder) {
+    const Data gif = Data::copy(std::string_view("GIF89a\4\0\2\0\0\0\0", 13));
+    installImageDecoder([](const Data& data) {
+        return data.view().starts_with("GIF") ? draw(4, 2,
+                                                     [](int, int) {
+                                                         return std::array{1, 2, 3, 255};
+                                                     })
+                                              : nullptr;
+    });
+    const auto small = squareThumbnail(gif, 8);
+    const auto image = UIImage::imageWithData(gif);
+    installImageDecoder({});
+    ASSERT_TRUE(small);
+    EXPECT_EQ(at(*small, 1, 1), (std::array{1, 2, 3, 255}));
+    ASSERT_TRUE(image);
+    EXPECT_FALSE(image->cgImage()) << "the decoder was taken out";
+}
+
+}  // namespace
+}  // namespace ostrel
