@@ -102,7 +102,7 @@ void MediaCollectionViewCell::beginShake() {
     addAnimationForKey({.keyPath = "transform.rotation",
                         .values = {-0.03, 0.03, -0.03},
                         .duration = 0.2,
-                        .repeatCount = CAKeyframeAnimation::forever,
+                        .repeatCount = CAKeyframeAnimation::withoutEnd,
                         .removedOnCompletion = false,
                         .fillMode = CAMediaTimingFillMode::forwards},
                        shakeKey);
