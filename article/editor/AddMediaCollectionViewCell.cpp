@@ -24,8 +24,6 @@ void AddMediaCollectionViewCell::setFrame(const CGRect& frame) {
     if (button_) button_->setFrame({{0, 0}, frame.size});
 }
 
-// A tile kept for reuse, or of a strip that has gone, holds nobody.
-
 void AddImageCollectionViewCell::initialise() { makeButton("add_image", articleText("Add image")); }
 
 void AddImageCollectionViewCell::setDelegate(std::shared_ptr<AddImageCollectionViewCellDelegate> delegate) {
@@ -36,11 +34,6 @@ void AddImageCollectionViewCell::addImageAction() {
     if (const auto delegate = delegate_) delegate->addImageFromAddImageCollectionViewCell(*this);
 }
 
-void AddImageCollectionViewCell::didMoveToSuperview() {
-    AddMediaCollectionViewCell::didMoveToSuperview();
-    if (!superview()) delegate_ = nullptr;
-}
-
 void AddVideoCollectionViewCell::initialise() { makeButton("add_video", articleText("Add video")); }
 
 void AddVideoCollectionViewCell::setDelegate(std::shared_ptr<AddVideoCollectionViewCellDelegate> delegate) {
@@ -49,11 +42,6 @@ void AddVideoCollectionViewCell::setDelegate(std::shared_ptr<AddVideoCollectionV
 
 void AddVideoCollectionViewCell::addVideoAction() {
     if (const auto delegate = delegate_) delegate->addVideoFromAddVideoCollectionViewCell(*this);
-}
-
-void AddVideoCollectionViewCell::didMoveToSuperview() {
-    AddMediaCollectionViewCell::didMoveToSuperview();
-    if (!superview()) delegate_ = nullptr;
 }
 
 }  // namespace ostrel

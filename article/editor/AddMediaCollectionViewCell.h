@@ -41,11 +41,10 @@ public:
     void initialise();
 
     const std::shared_ptr<AddImageCollectionViewCellDelegate>& delegate() const { return delegate_; }
-    /// Held strongly while the tile is in its strip.
+    /// Held strongly; the strip takes itself out when it closes.
     void setDelegate(std::shared_ptr<AddImageCollectionViewCellDelegate> delegate);
     const std::shared_ptr<UIButton>& addImageButton() const { return button(); }
     void addImageAction();
-    void didMoveToSuperview() override;
 
 protected:
     void addAction() override { addImageAction(); }
@@ -69,11 +68,10 @@ public:
     void initialise();
 
     const std::shared_ptr<AddVideoCollectionViewCellDelegate>& delegate() const { return delegate_; }
-    /// Held strongly while the tile is in its strip.
+    /// Held strongly; the strip takes itself out when it closes.
     void setDelegate(std::shared_ptr<AddVideoCollectionViewCellDelegate> delegate);
     const std::shared_ptr<UIButton>& addVideoButton() const { return button(); }
     void addVideoAction();
-    void didMoveToSuperview() override;
 
 protected:
     void addAction() override { addVideoAction(); }

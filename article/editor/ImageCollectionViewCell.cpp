@@ -8,12 +8,6 @@ void ImageCollectionViewCell::setDelegate(std::shared_ptr<ImageCollectionViewCel
     delegate_ = std::move(delegate);
 }
 
-/// A tile kept for reuse, or of a strip that has gone, holds nobody.
-void ImageCollectionViewCell::didMoveToSuperview() {
-    MediaCollectionViewCell::didMoveToSuperview();
-    if (!superview()) delegate_ = nullptr;
-}
-
 void ImageCollectionViewCell::setImageObject(std::shared_ptr<NSArticleImageObject> item) {
     const bool isAnother = item != imageObject_;
     if (isAnother) endEditing();

@@ -23,10 +23,9 @@ public:
     const std::shared_ptr<NSArticleImageObject>& imageObject() const { return imageObject_; }
     void setImageObject(std::shared_ptr<NSArticleImageObject> item);
     const std::shared_ptr<ImageCollectionViewCellDelegate>& delegate() const { return delegate_; }
-    /// Held strongly while the tile is in its strip.
+    /// Held strongly; the strip takes itself out when it closes.
     void setDelegate(std::shared_ptr<ImageCollectionViewCellDelegate> delegate);
     void remove() override;
-    void didMoveToSuperview() override;
 
 protected:
     void keepCaption(const std::string& text) override;

@@ -54,7 +54,9 @@ void UIArticleEditMediaTableViewCell::initialise() {
 }
 
 void UIArticleEditMediaTableViewCell::close() {
-    for (const auto& tile : collectionView_->visibleCells()) releaseTile(*tile);
+    for (const auto& held : std::exchange(tiles_, {})) {
+        if (const auto tile = held.lock()) releaseTile(*tile);
+    }
 }
 
 void UIArticleEditMediaTableViewCell::reopen() { collectionView_->reloadData(); }
@@ -98,8 +100,13 @@ UIEdgeInsets UIArticleEditMediaTableViewCell::collectionViewLayoutInsetForSectio
 std::shared_ptr<UICollectionViewCell> UIArticleEditMediaTableViewCell::collectionViewCellForItemAtIndexPath(
     UICollectionView&, NSIndexPath path) {
     const std::size_t count = itemCount().value_or(0), index = static_cast<std::size_t>(path.row);
-    if (index >= count) return addImageCellWithIndexPath(path);
+    if (index >= count) {
+        auto add = addImageCellWithIndexPath(path);
+        remember(add);
+        return add;
+    }
     auto tile = itemTile(path);
+    remember(tile);
     tile->setArticleEditStyle(articleEditStyle_);
     if (isItemShake_) {
         tile->beginShake();
@@ -109,6 +116,10 @@ std::shared_ptr<UICollectionViewCell> UIArticleEditMediaTableViewCell::collectio
     showItem(*tile, index);
     tile->setPlace(index, count);
     return tile;
+}
+
+void UIArticleEditMediaTableViewCell::remember(const std::shared_ptr<UICollectionViewCell>& tile) {
+    if (tiles_.insert(tile).second) std::erase_if(tiles_, [](const auto& held) { return held.expired(); });
 }
 
 void UIArticleEditMediaTableViewCell::numberDidChange() {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace ostrel {
@@ -82,7 +83,7 @@ protected:
     virtual void willRemoveItemOf(MediaCollectionViewCell& tile) = 0;
     virtual void tellTextAndValueChanged() = 0;
     virtual void tellNumberChanged() = 0;
-    /// No tile in sight holds this row any more.
+    /// Takes this row out of the tile's delegate.
     virtual void releaseTile(UICollectionViewCell& tile) = 0;
 
     template <class Row>
@@ -94,7 +95,10 @@ private:
     void openDropFunction(const UIGestureRecognizer& recognizer);
     void handlelongGesture(const UIGestureRecognizer& recognizer);
     void updatePlaces();
+    void remember(const std::shared_ptr<UICollectionViewCell>& tile);
 
+    /// Those that hold this row, in sight or kept for reuse.
+    std::set<std::weak_ptr<UICollectionViewCell>, std::owner_less<>> tiles_;
     std::shared_ptr<UICollectionView> collectionView_;
     std::shared_ptr<UILongPressGestureRecognizer>
         gesture_;  ///< drags tiles while they shake; made on first use

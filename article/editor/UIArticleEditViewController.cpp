@@ -108,7 +108,10 @@ void UIArticleEditViewController::viewWillAppear(bool animated) {
 void UIArticleEditViewController::viewDidAppear(bool animated) {
     UITableViewController::viewDidAppear(animated);
     navigationItem().rightBarButtonItem()->setEnabled(articleHaveChanged_);
-    if (autoSendPre_) save();
+    if (!autoSendPre_) return;
+    // What is sent is what the rows hold.
+    tableView()->layoutIfNeeded();
+    save();
 }
 
 void UIArticleEditViewController::viewDidDisappear(bool animated) {

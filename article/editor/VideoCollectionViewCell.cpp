@@ -35,12 +35,6 @@ void VideoCollectionViewCell::setDelegate(std::shared_ptr<VideoCollectionViewCel
     delegate_ = std::move(delegate);
 }
 
-/// A tile kept for reuse, or of a strip that has gone, holds nobody.
-void VideoCollectionViewCell::didMoveToSuperview() {
-    MediaCollectionViewCell::didMoveToSuperview();
-    if (!superview()) delegate_ = nullptr;
-}
-
 void VideoCollectionViewCell::setVideoObject(std::shared_ptr<NSArticleVideoObject> item) {
     const bool isAnother = item != videoObject_;
     if (isAnother) endEditing();

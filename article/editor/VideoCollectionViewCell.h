@@ -25,11 +25,10 @@ public:
     const std::shared_ptr<NSArticleVideoObject>& videoObject() const { return videoObject_; }
     void setVideoObject(std::shared_ptr<NSArticleVideoObject> item);
     const std::shared_ptr<VideoCollectionViewCellDelegate>& delegate() const { return delegate_; }
-    /// Held strongly while the tile is in its strip.
+    /// Held strongly; the strip takes itself out when it closes.
     void setDelegate(std::shared_ptr<VideoCollectionViewCellDelegate> delegate);
     const std::shared_ptr<UILabel>& durationLabel() const { return durationLabel_; }
     void remove() override;
-    void didMoveToSuperview() override;
 
     /// A playing time in seconds as a clock-like text: "0:42", "2:05", "1:10:00". The part before the last colon is
     /// rounded, not truncated (90 seconds read "2:30"); so is required, readers of such texts know them so. The minutes

@@ -104,11 +104,12 @@ void UIWindow::sendTouch(UITouch touch) {
         for (const auto& recognizer : touching->recognizers) recognizer->reset();
         touches[touch.identifier] = touching;
 
-        // A press moves the focus, without a ring; but nobody stops writing because a button was pressed.
+        // A press moves the focus, without a ring; but nobody stops writing because a button was pressed. A text takes
+        // the focus itself, once the touch has turned out to be none of a gesture's.
         if (!firstResponder_) {
             UIView* focusable = hit;
             while (focusable && !focusable->canBecomeFocused()) focusable = focusable->superview();
-            setFocusedView(focusable, false);
+            if (!focusable || !focusable->canBecomeFirstResponder()) setFocusedView(focusable, false);
         }
     }
     const auto found = touches.find(touch.identifier);

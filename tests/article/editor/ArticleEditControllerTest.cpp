@@ -160,7 +160,7 @@ TEST_F(ArticleEditTest, ReturnInTheTitleGoesOnToTheText) {
 }
 
 TEST_F(ArticleEditTest, ScrollingTakesTheFocusAndEndsReordering) {
-    showExisting(articleWith(20, 1));
+    showExisting(articleWith(6, 1));
     for (const auto& view : {std::static_pointer_cast<UIView>(editor->titleField()),
                              std::static_pointer_cast<UIView>(editor->textTextField())}) {
         table().setContentOffset({0, 0});

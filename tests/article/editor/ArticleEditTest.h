@@ -66,9 +66,9 @@ protected:
         return R"({"id":42,"title":"A title","text":"Some text","images":[)" + list(images, "image") +
                R"(],"videos":[)" + list(videos, "video") + "]}";
     }
-    /// Answers what was asked for, so that no request outlives the test.
+    /// Refuses what was asked for, so that no request outlives the test.
     void settleRequests() {
-        for (int i = 0; i < 100 && !server->calls.empty(); ++i) server->answer("{}");
+        for (int i = 0; i < 100 && !server->calls.empty(); ++i) server->answer({}, "refused");
         for (const std::string& url : server->mediaUrls()) server->answerMedia(url, {});
         platform.advance(1);
     }
