@@ -59,11 +59,12 @@ MediaThumbnail MediaThumbnails::make(const MediaLibraryItem& item, int side) {
     return data ? make(data, side) : unusable(std::move(problem));
 }
 
-void MediaThumbnails::setSide(int side) {
-    if (side == std::exchange(side_, side)) return;
+bool MediaThumbnails::setSide(int side) {
+    if (side == std::exchange(side_, side)) return false;
     recent_.clear();
     byPath_.clear();
     bytes_ = 0;
+    return true;
 }
 
 const MediaThumbnail* MediaThumbnails::find(const std::string& path) {

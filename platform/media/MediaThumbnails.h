@@ -31,8 +31,8 @@ public:
     /// Of a picture's file: beyond any camera's.
     static constexpr std::size_t largestFile = 256 << 20;
 
-    /// `side`: of the squares, in pixels; of others than the present ones nothing is kept.
-    void setSide(int side);
+    /// `side`: of the squares, in pixels; of others than the present ones nothing is kept. True when it is another one.
+    bool setSide(int side);
 
     /// Null when it is not there (any more).
     const MediaThumbnail* find(const std::string& path);

@@ -55,10 +55,7 @@ std::string shownName(const std::string& path) {
 
 }  // namespace
 
-MediaTile::MediaTile() = default;
-
 void MediaTile::initialise() {
-    setSurface(true);
     setClipsToBounds(true);
     picture_ = make<UIImageView>();
     picture_->setContentMode(UIViewContentMode::scaleAspectFill);
@@ -80,17 +77,54 @@ void MediaTile::initialise() {
     wheel_->setUserInteractionEnabled(false);
     for (const std::shared_ptr<UIView>& view :
          std::initializer_list<std::shared_ptr<UIView>>{symbol_, picture_, badge_, shade_, wheel_}) {
-        addSubview(view);
+        contentView()->addSubview(view);
     }
     setCursor(CursorShape::pointingHand);
 }
 
-void MediaTile::show(const MediaLibraryItem& item, std::size_t position, std::size_t count) {
+void MediaTile::show(const MediaLibraryItem& item, std::size_t position, std::size_t count,
+                     const std::shared_ptr<MediaThumbnails>& thumbnails) {
+    const bool isSame = item == item_ && picture_->image();
     item_ = item;
     position_ = position;
     count_ = count;
-    setThumbnail(nullptr);
-    setBusy(false);
+    thumbnails_ = thumbnails;
+    setPressed(false);
+    const MediaThumbnail* const kept = thumbnails->find(item.path);
+    // Its old picture is better than none, until the new one has come.
+    if (kept || !isSame) setThumbnail(kept);
+    if (kept) return;
+    const auto weak = std::weak_ptr(std::static_pointer_cast<MediaTile>(shared_from_this()));
+    thumbnails->request(item, [weak, path = item.path](const MediaThumbnail& thumbnail) {
+        const auto self = weak.lock();
+        if (self && self->path() == path) self->setThumbnail(&thumbnail);
+    });
+}
+
+void MediaTile::didMoveToSuperview() {
+    UICollectionViewCell::didMoveToSuperview();
+    if (superview()) return;
+    if (const auto thumbnails = thumbnails_.lock()) thumbnails->forget(item_.path);
+}
+
+void MediaTile::touchesBegan(const UITouch& touch) {
+    setPressed(touch.button == UIButtonMask::primary);
+    UICollectionViewCell::touchesBegan(touch);
+}
+
+void MediaTile::touchesEnded(const UITouch& touch) {
+    setPressed(false);
+    UICollectionViewCell::touchesEnded(touch);
+}
+
+void MediaTile::touchesCancelled(const UITouch& touch) {
+    setPressed(false);
+    UICollectionViewCell::touchesCancelled(touch);
+}
+
+void MediaTile::setPressed(bool isPressed) {
+    isPressed_ = isPressed;
+    updateShade();
 }
 
 void MediaTile::setThumbnail(const MediaThumbnail* thumbnail) {
@@ -126,16 +160,17 @@ void MediaTile::setBusy(bool isBusy) {
     } else {
         wheel_->stopAnimating();
     }
-    controlStateDidChange();
+    updateShade();
 }
 
-void MediaTile::controlStateDidChange() {
-    shade_->setBackgroundColor(isBusy_           ? UIColor::black().withAlpha(0.45f)
-                               : isHighlighted() ? UIColor::black().withAlpha(0.25f)
-                                                 : UIColor::clear());
+void MediaTile::updateShade() {
+    shade_->setBackgroundColor(isBusy_      ? UIColor::black().withAlpha(0.45f)
+                               : isPressed_ ? UIColor::black().withAlpha(0.25f)
+                                            : UIColor::clear());
 }
 
 void MediaTile::layoutSubviews() {
+    UICollectionViewCell::layoutSubviews();
     const CGSize size = bounds().size;
     picture_->setFrame({{}, size});
     shade_->setFrame({{}, size});

@@ -2,6 +2,8 @@
 
 #include "reader/tour/DetailTour.h"
 #include "reader/tour/ListTour.h"
+#include "reader/tour/LogTour.h"
+#include "reader/tour/TourMedia.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -32,10 +34,17 @@ int runTour(const ReaderOptions& options) {
     if (!server.start(data.path().toStdString(), &error)) return fail(error);
     std::vector<TourStep> steps;
     {
-        ReaderApplication reader(options, server.address(), std::make_shared<MemorySessionStore>());
+        ReaderOptions own = options;
+        const std::string media = data.path().toStdString() + "/media";
+        if (!makeTourMedia(media, server.dataFolder()))
+            return fail("The pictures of the tour cannot be written to " + media + ".");
+        if (own.picturesFolder.empty()) own.picturesFolder = media + "/pictures";
+        if (own.videosFolder.empty()) own.videosFolder = media + "/videos";
+        ReaderApplication reader(own, server.address(), std::make_shared<MemorySessionStore>());
         if (!reader.open(&error)) return fail(error);
         ListTour(options, reader, server, steps).run();
         DetailTour(options, reader, server, steps).run();
+        LogTour(options, reader, server, steps).run();
     }
     const std::string report = options.tourFolder + "/tour.json";
     if (!writeTourReport(report, options.idiomName, steps))

@@ -109,7 +109,7 @@ TEST(Transfer, APictureOnTheClipboardArrivesEncoded) {
         const auto image = UIImage::imageWithData(read->picture);
         ASSERT_TRUE(image);
         EXPECT_EQ(image->size(), (CGSize{31, 17}));
-        if (isEncodedAlready) EXPECT_EQ(read->picture.view(), png.view());
+        EXPECT_TRUE(!isEncodedAlready || read->picture.view() == png.view()) << "not encoded again";
     }
     clipboard.clear();
 }
