@@ -55,6 +55,8 @@ void logUpload(const char* failure, const char* result, const ArticleAnswer& ans
 // The order of requests
 
 void UIArticleEditViewController::save() {
+    // One that sends itself may appear before its rows were made.
+    view()->layoutIfNeeded();
     showPosting();
     if (const auto& post = navigationItem().rightBarButtonItem()) post->setEnabled(false);
     postingView_->startAnimated();

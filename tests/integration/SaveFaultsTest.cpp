@@ -1,0 +1,140 @@
+#include "tests/integration/SaveOverHttpTest.h"
+#include "tests/support/ScriptedHttpServer.h"
+
+namespace ostrel {
+namespace {
+
+using Answer = ScriptedHttpServer::Answer;
+using Request = ScriptedHttpServer::Request;
+
+/// A server for article 42, and for what is created, with faults.
+class SaveFaultsTest : public SaveOverHttpTest {
+protected:
+    SaveFaultsTest() {
+        for (const char* path : {"image_remove", "video_remove", "image_update", "video_update",
+                                 "update_article_json.html", "article_42_json.html"}) {
+            web.on(std::string("/article/") + path, [this](const Request& request) {
+                return isFaulty(request) ? fault : ScriptedHttpServer::answer(article);
+            });
+        }
+        startFramework(web.address());
+    }
+    ~SaveFaultsTest() override { endFramework(); }
+
+    bool isFaulty(const Request& request) const {
+        const std::string_view target = request.target;
+        return target.substr(0, faulty.size()) == faulty;
+    }
+    std::size_t linesBeginning(std::string_view begin) const {
+        const Lines all = log.lines();
+        return static_cast<std::size_t>(
+            std::ranges::count_if(all, [&](const std::string& line) { return line.starts_with(begin); }));
+    }
+
+    static constexpr char article[] = R"({"id":42,"title":"Fresh"})";
+    /// Set while no request is under way. What begins with `faulty` gets `fault`.
+    std::string faulty = "none";
+    Answer fault;
+    ScriptedHttpServer web;
+};
+
+TEST_F(SaveFaultsTest, EverySaveEndsWhateverTheServerDoesToARequest) {
+    const Answer whole = ScriptedHttpServer::answer(article);
+    Answer closed, cut = whole, garbage, twice = whole, late = whole;
+    cut.cutAfter = whole.bytes.size() - 5;
+    garbage.bytes = "\x01\x02 this is not HTTP\r\n\r\n";
+    garbage.closes = true;
+    twice.bytes += twice.bytes;
+    late.delaySeconds = 0.02;
+    const std::pair<const char*, Answer> faults[] = {
+        {"closed", closed},
+        {"cut", cut},
+        {"garbage", garbage},
+        {"500", ScriptedHttpServer::answer("<h1>oops</h1>", 500)},
+        {"empty", ScriptedHttpServer::answer("")},
+        {"twice", twice},
+        {"late", late},
+    };
+    // Those that leave the answer of a failure, then the rest; the last takes all but the reload.
+    const char* const targets[] = {"/article/image_update?article_id=",
+                                   "/article/video_update?article_id=",
+                                   "/article/update_article_json.html",
+                                   "/article/image_remove",
+                                   "/article/video_remove",
+                                   "/article/image_update?id=",
+                                   "/article/video_update?id=",
+                                   "/article/"};
+    std::size_t saves = 0;
+    for (const auto& [name, answer] : faults) {
+        for (std::size_t i = 0; i < std::size(targets); ++i) {
+            SCOPED_TRACE(std::string(name) + " for " + targets[i]);
+            std::filesystem::remove(home.path("Documents/error.html"));
+            openExistingAndChangeAll();
+            const std::size_t told = linesBeginning("save article failed error: ");
+            faulty = targets[i];
+            fault = answer;
+            editor->save();
+            EXPECT_EQ(editor->uploadTasksNum(), 10);
+            ASSERT_TRUE(waitFor([&] { return editor->uploadTasksNum() == 0; }));
+            faulty = "none";
+            waitForSaves(++saves);
+            EXPECT_EQ(editor->uploadTasksNum(), 0);
+            EXPECT_EQ(navigation->topViewController(), list);
+            if (std::string(name) == "500") {
+                EXPECT_EQ(errorFile(), i < 3 || i == 7 ? "<h1>oops</h1>" : "");
+                EXPECT_EQ(linesBeginning("save article failed error: ") - told, i == 2 || i == 7 ? 1u : 0u);
+            }
+        }
+    }
+    EXPECT_EQ(NSThread::runningCount(), 0);
+}
+
+TEST_F(SaveFaultsTest, ARequestThatIsNeverAnsweredHoldsTheSaveUntilTheFrameworkEnds) {
+    openExistingAndChangeAll();
+    faulty = "/article/image_";
+    fault.hangs = true;
+    editor->save();
+    ASSERT_TRUE(waitFor([&] { return editor->uploadTasksNum() == 5; }));
+    elapse(60);
+    EXPECT_EQ(NSThread::runningCount(), 1);
+    EXPECT_TRUE(isVeiled());
+    endFramework();
+    EXPECT_EQ(editor->uploadTasksNum(), 0);
+    EXPECT_EQ(linesBeginning("post image error:cancelled"), 1u);
+    elapse(0.5);
+    EXPECT_EQ(NSThread::runningCount(), 0);
+    EXPECT_EQ(posted, Lines{});
+}
+
+TEST_F(SaveFaultsTest, MediaThatCannotBeReadFailAlone) {
+    openNew();
+    addImage(nullptr, "no picture");
+    addImage();
+    addVideo(home.path("Documents/gone.mp4"));
+    addVideo(home.write("Documents/there.mp4", "film"));
+    const std::string film = home.write("Documents/late.mp4", "film");
+    addVideo(film);
+    editor->save();
+    std::filesystem::remove(film);  // before its turn comes, which is after the article was created
+    ASSERT_TRUE(waitFor([&] { return editor->uploadTasksNum() == 5; }));
+    waitForSaves(1);
+    EXPECT_EQ(linesBeginning("post image error:The file \"image.jpg\" cannot be read."), 1u);
+    EXPECT_EQ(linesBeginning("post video error:The file \"video.mp4\" cannot be read."), 2u);
+    EXPECT_EQ(linesBeginning("upload image result:{"), 1u);
+    EXPECT_EQ(linesBeginning("upload video result:{"), 1u);
+    EXPECT_EQ(posted, Lines{"NOTIFICATION_KEY_NEW_ARTICLE Fresh"});
+}
+
+TEST_F(SaveFaultsTest, FiveHundredPicturesArriveWithFewConnections) {
+    push(make<UIArticleEditViewController>(UIArticleEditViewController::Images(500, picture()), "", "",
+                                           false));
+    editor->save();
+    ASSERT_TRUE(waitFor([&] { return editor->uploadTasksNum() == 500; }));
+    waitForSaves(1);
+    EXPECT_EQ(web.requestCount("/article/image_update"), 500u);
+    EXPECT_LE(web.mostAtOnce(), 8);
+    EXPECT_EQ(linesBeginning("upload image result:{"), 500u);
+}
+
+}  // namespace
+}  // namespace ostrel

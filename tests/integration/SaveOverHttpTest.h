@@ -1,0 +1,40 @@
+#pragma once
+
+#include "ostrelserver/HttpServerFramework.h"
+#include "tests/article/editor/save/SaveTest.h"
+
+namespace ostrel {
+
+/// The editor over the real server framework: HTTP runs on real threads and real time, the rest on virtual time.
+class SaveOverHttpTest : public SaveTest {
+protected:
+    ~SaveOverHttpTest() override { endFramework(); }
+
+    void startFramework(const std::string& address) {
+        HttpServerFramework::Options options;
+        options.baseAddress = address;
+        options.mediaCacheFolder = "";
+        std::string error;
+        framework = HttpServerFramework::create(options, &error);
+        ASSERT_TRUE(framework) << error;
+        OstrelServerFramework::install(framework);
+    }
+    /// As a host does at its end; what is under way is cancelled.
+    void endFramework() {
+        OstrelServerFramework::install(nullptr);
+        framework.reset();
+        platform.settle();
+    }
+    bool waitFor(const std::function<bool()>& isDone) { return platform.loop().waitFor(isDone, 30); }
+    /// Waits for every counted answer, then for `count` notifications in all.
+    void waitForSaves(std::size_t count) {
+        ASSERT_TRUE(waitFor([&] { return editor->uploadTasksNum() == 0; }));
+        elapse(0.5);
+        ASSERT_TRUE(waitFor([&] { return posted.size() == count; }));
+        platform.advance(1);
+    }
+
+    std::shared_ptr<HttpServerFramework> framework;
+};
+
+}  // namespace ostrel
