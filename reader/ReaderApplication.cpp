@@ -26,8 +26,9 @@ namespace ostrel {
 
 namespace {
 
-/// How long the end waits for threads that are about to send a request, which takes them microseconds.
-constexpr double secondsForThreads = 5;
+/// How long the end waits for threads that are about to send a request, which takes them microseconds. The one of a save
+/// under way goes on until the process ends.
+constexpr double secondsForThreads = 1;
 constexpr std::string_view loadFailure = "request articles error:";
 
 CGSize windowSize(const ReaderOptions& options) {
