@@ -118,9 +118,9 @@ private:
             track_.chunkCountOffset = at;
             track_.chunkCount = number(at);
         } else if (isSizes || type == "stts" || type == "ctts" || type == "stss" || type == "stsc") {
-            if (number(at) <= keptSamples) return;
-            track_.patches.push_back({at, {0, 0, 0, keptSamples}});
-            if (type == "stsc") track_.lastRun = number(at + 4 + std::int64_t{keptSamples - 1} * 12);
+            const std::uint32_t count = std::min(number(at), keptSamples);
+            if (type == "stsc" && count > 0) track_.lastRun = number(at + 4 + (std::int64_t{count} - 1) * 12);
+            if (number(at) > keptSamples) track_.patches.push_back({at, {0, 0, 0, keptSamples}});
         }
     }
 

@@ -249,6 +249,9 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
     options.set("analyzeduration", analysedMicroseconds);
     // Frees the context when it fails.
     int status = avformat_open_input(&format, "", nullptr, options.get());
+    // What an index without its end contradicts may agree with the whole of it.
+    if (status < 0 && !reader->patches_.empty())
+        return open(reader->file_, Detail::streams, interrupted, error);
     if (status < 0) return fail(ffmpegError("This is no clip of a known kind", status));
     reader->format_.reset(format);
 

@@ -68,6 +68,14 @@ TEST_F(SourceTest, EveryContainerAndCodecIsRead) {
         expectConverts(maker.plain(c.name, "640x480", 1, c.encoding), {480, 360, 1, 2, 30});
 }
 
+TEST_F(SourceTest, AFewRunsOfChunksMayReachFarIntoTheIndex) {
+    // At 25 pictures and 46.875 packets of sound a second a run of chunks ends with every eighth.
+    expectConverts(
+        maker.make("runs.mov", "-f lavfi -i testsrc2=s=320x240:r=25:d=4 -f lavfi -i sine=440:r=48000:d=4 " +
+                                   quick + "-c:a aac"),
+        {320, 240, 4, 2, 100});
+}
+
 TEST_F(SourceTest, PicturesFitTheBoxInBothOrientationsWithEvenSidesAndAreNeverEnlarged) {
     struct Case {
         const char* size;
