@@ -86,6 +86,12 @@ std::weak_ptr<ReaderLogController> ReaderLogController::weakSelf() {
     return std::static_pointer_cast<ReaderLogController>(shared_from_this());
 }
 
+bool ReaderLogController::cancelOperation() {
+    if (!close_) return UIViewController::cancelOperation();
+    close_();
+    return true;
+}
+
 void ReaderLogController::viewDidLoad() {
     setTitle(readerText("Log"));
     view()->setBackgroundColor(UIColor::systemBackground());

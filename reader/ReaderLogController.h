@@ -26,6 +26,8 @@ public:
     void setFollowing(bool following);
 
     void viewDidLoad() override;
+    /// Escape closes it.
+    bool cancelOperation() override;
     void viewDidAppear(bool animated) override;
     void viewDidLayoutSubviews() override;
     std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;

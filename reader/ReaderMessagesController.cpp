@@ -106,6 +106,11 @@ void ReaderMessagesController::viewDidLoad() {
     load();
 }
 
+bool ReaderMessagesController::cancelOperation() {
+    dismissViewControllerAnimated(true);
+    return true;
+}
+
 void ReaderMessagesController::load() {
     if (isLoading_) return;
     isLoading_ = true;

@@ -22,6 +22,8 @@ public:
     const std::vector<UserNotification>& messages() const { return messages_; }
 
     void viewDidLoad() override;
+    /// Escape closes it.
+    bool cancelOperation() override;
     void viewDidLayoutSubviews() override;
     std::int64_t numberOfSectionsInTableView(UITableView& table) override;
     std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;

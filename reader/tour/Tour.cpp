@@ -4,6 +4,7 @@
 #include "reader/tour/ListTour.h"
 #include "reader/tour/LogTour.h"
 #include "reader/tour/TourMedia.h"
+#include "reader/tour/WriteTour.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -21,7 +22,8 @@ int fail(const std::string& why) {
 
 }  // namespace
 
-int runTour(const ReaderOptions& options) {
+int runTour(const ReaderOptions& asked) {
+    ReaderOptions options = asked;
     if (!QDir().mkpath(QString::fromStdString(options.tourFolder))) {
         return fail("The folder " + options.tourFolder + " cannot be made.");
     }
@@ -31,20 +33,20 @@ int runTour(const ReaderOptions& options) {
 
     std::string error;
     ArticleServerProcess server;
-    if (!server.start(data.path().toStdString(), &error)) return fail(error);
+    if (!server.start(data.filePath("server").toStdString(), &error)) return fail(error);
     std::vector<TourStep> steps;
     {
-        ReaderOptions own = options;
-        const std::string media = data.path().toStdString() + "/media";
+        const std::string media = data.filePath("media").toStdString();
         if (!makeTourMedia(media, server.dataFolder()))
             return fail("The pictures of the tour cannot be written to " + media + ".");
-        if (own.picturesFolder.empty()) own.picturesFolder = media + "/pictures";
-        if (own.videosFolder.empty()) own.videosFolder = media + "/videos";
-        ReaderApplication reader(own, server.address(), std::make_shared<MemorySessionStore>());
+        options.picturesFolder = media + "/pictures";
+        options.videosFolder = media + "/videos";
+        ReaderApplication reader(options, server.address(), std::make_shared<MemorySessionStore>());
         if (!reader.open(&error)) return fail(error);
         ListTour(options, reader, server, steps).run();
         DetailTour(options, reader, server, steps).run();
         LogTour(options, reader, server, steps).run();
+        WriteTour(options, reader, server, steps).run();
     }
     const std::string report = options.tourFolder + "/tour.json";
     if (!writeTourReport(report, options.idiomName, steps))

@@ -69,6 +69,16 @@ void TourGuide::hold(CGPoint point) {
     }
 }
 
+void TourGuide::drag(CGPoint from, CGPoint to) {
+    constexpr int milliseconds = 500, rest = 200;
+    if (options_.idiom == UIUserInterfaceIdiom::mac) {
+        input_.drag(from, to, milliseconds, rest);
+    } else {
+        input_.swipe(from, to, milliseconds, rest);
+    }
+    window_.settle();
+}
+
 void TourGuide::scrollDown() {
     const CGSize size = reader_.rootView().frame().size;
     const CGFloat x = size.width * 0.6;

@@ -32,6 +32,8 @@ protected:
     void press(UIView* view, const std::string& what);
     /// Presses for longer than a long press takes.
     void hold(CGPoint point);
+    /// Drags what lies at `from` to `to`.
+    void drag(CGPoint from, CGPoint to);
     void scrollDown();
     void openTab(const char* title);
     /// The text field with this accessible name gets this text, typed.

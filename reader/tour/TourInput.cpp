@@ -35,22 +35,36 @@ QPoint TourInput::native(CGPoint point) const {
     return QHighDpi::toNativeLocalPosition(QPointF(point.x, point.y), &window_).toPoint();
 }
 
-void TourInput::moveMouse(CGPoint point) {
+void TourInput::mouse(CGPoint point, Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type) {
     const QPointF local = native(point);
     QWindowSystemInterface::handleMouseEvent(&window_, local, window_.handle()->mapToGlobal(local.toPoint()),
-                                             Qt::NoButton, Qt::NoButton, QEvent::MouseMove);
+                                             buttons, button, type);
+}
+
+void TourInput::moveMouse(CGPoint point) {
+    mouse(point, Qt::NoButton, Qt::NoButton, QEvent::MouseMove);
     pass(1);
 }
 
 void TourInput::click(CGPoint point, Qt::MouseButton button, int milliseconds) {
-    const QPointF local = native(point);
-    const QPointF global = window_.handle()->mapToGlobal(local.toPoint());
     moveMouse(point);
-    QWindowSystemInterface::handleMouseEvent(&window_, local, global, button, button,
-                                             QEvent::MouseButtonPress);
+    mouse(point, button, button, QEvent::MouseButtonPress);
     pass(milliseconds);
-    QWindowSystemInterface::handleMouseEvent(&window_, local, global, Qt::NoButton, button,
-                                             QEvent::MouseButtonRelease);
+    mouse(point, Qt::NoButton, button, QEvent::MouseButtonRelease);
+    pass(briefly);
+}
+
+void TourInput::drag(CGPoint from, CGPoint to, int milliseconds, int restFor, int steps) {
+    moveMouse(from);
+    mouse(from, Qt::LeftButton, Qt::LeftButton, QEvent::MouseButtonPress);
+    for (int i = 1; i <= steps; ++i) {
+        pass(std::max(1, milliseconds / steps));
+        const double part = static_cast<double>(i) / steps;
+        mouse({from.x + (to.x - from.x) * part, from.y + (to.y - from.y) * part}, Qt::LeftButton,
+              Qt::NoButton, QEvent::MouseMove);
+    }
+    pass(restFor);
+    mouse(to, Qt::NoButton, Qt::LeftButton, QEvent::MouseButtonRelease);
     pass(briefly);
 }
 

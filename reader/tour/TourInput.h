@@ -27,12 +27,15 @@ public:
     void tap(CGPoint point, int milliseconds = briefly);
     /// One finger from `from` to `to` in `steps` moves, `milliseconds` in all; it rests at the end for `restFor`.
     void swipe(CGPoint from, CGPoint to, int milliseconds, int restFor = 0, int steps = 12);
+    /// The same with the left button of the mouse.
+    void drag(CGPoint from, CGPoint to, int milliseconds, int restFor = 0, int steps = 12);
     void key(int key, const QString& text = {}, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     void type(const std::string& text);
     /// Runs the event loop for a while.
     static void pass(int milliseconds);
 
 private:
+    void mouse(CGPoint point, Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type);
     void touch(CGPoint point, int state);
     QPoint native(CGPoint point) const;
     QQuickWindow& window_;

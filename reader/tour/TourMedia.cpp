@@ -80,6 +80,11 @@ bool makeTourMedia(const std::string& folder, const std::string& serverFolder) {
     damaged.close();
     if (!setAge(damaged.fileName(), age)) return false;
 
+    const QString turned = root.filePath(QStringLiteral("videos/") + turnedClipName);
+    if (!QFile::copy(":/tour/turned.mov", turned) ||
+        !QFile::setPermissions(turned, QFile::ReadOwner | QFile::WriteOwner) || !setAge(turned, 0)) {
+        return false;
+    }
     int clips = 0;
     QDirIterator files(QFile::decodeName(serverFolder.c_str()), QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext() && clips < 4) {
