@@ -313,7 +313,7 @@ WindowInterface* interfaceOf(QtWindowView& item) {
 }
 
 void announce(const std::string& text) {
-    if (!QAccessible::isActive() || text.empty()) return;
+    if (text.empty()) return;
     const auto* const window = qobject_cast<const QQuickWindow*>(QGuiApplication::focusWindow());
     QtWindowView* const view = window ? viewIn(window->contentItem()) : nullptr;
     if (WindowInterface* const told = view ? interfaceOf(*view) : nullptr) told->announce(toQString(text));

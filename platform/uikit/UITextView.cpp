@@ -119,9 +119,10 @@ CGSize UITextView::sizeThatFits(CGSize size) const {
 CGSize UITextView::contentSize() const {
     const CGFloat width = bounds().width();
     const UIEdgeInsets& insets = content_.insets;
-    if (editing_ && editedHeight_) return {width, *editedHeight_ + insets.top + insets.bottom};
+    if (editing_ && editedHeight_) return {width, std::ceil(*editedHeight_) + insets.top + insets.bottom};
     // An empty text is one line high.
-    const CGFloat least = TextMeasurer::shared().lineHeight(content_.font) + insets.top + insets.bottom;
+    const CGFloat least =
+        std::ceil(TextMeasurer::shared().lineHeight(content_.font)) + insets.top + insets.bottom;
     return {width, std::max(least, sizeThatFits({std::max(1.0, width), 0}).height)};
 }
 

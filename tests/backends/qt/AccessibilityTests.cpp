@@ -1,4 +1,5 @@
 #include "platform/uikit/UIButton.h"
+#include "platform/uikit/UIDevice.h"
 #include "tests/backends/qt/QtTestWindow.h"
 
 #include <gtest/gtest.h>
@@ -75,6 +76,29 @@ TEST(Accessibility, TheWindowLeadsToItAndPressingIsATap) {
     ASSERT_TRUE(found->actionInterface());
     found->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     EXPECT_EQ(taps, 1);
+}
+
+TEST(Accessibility, AnnouncesAndFollowsTheFocus) {
+    const auto uiWindow = make<UIWindow>(CGSize{200, 200});
+    const auto button = make<UIButton>();
+    button->setFrame({0, 0, 80, 40});
+    button->setAccessibility(AccessibilityRole::button, "Add");
+    uiWindow->addSubview(button);
+    QtTestWindow window(uiWindow);
+    window.grab();
+    QAccessibleInterface* const root = QAccessible::queryAccessibleInterface(&window.view());
+    ASSERT_EQ(root->childCount(), 1);
+    EXPECT_FALSE(root->child(0)->state().focused);
+    uiWindow->setFocusedView(button.get(), true);
+    window.grab();
+    EXPECT_TRUE(root->child(0)->state().focused);
+    for (const char* text : {"Moved: Image 2 of 5", "Moved: Image 3 of 5"}) {
+        UIApplication::sharedApplication().announce(text);
+        ASSERT_EQ(root->childCount(), 2) << "one at a time";
+        EXPECT_EQ(root->child(1)->role(), QAccessible::AlertMessage);
+        EXPECT_EQ(root->child(1)->text(QAccessible::Name), text);
+        EXPECT_EQ(root->indexOfChild(root->child(1)), 1);
+    }
 }
 
 }  // namespace

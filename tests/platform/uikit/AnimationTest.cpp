@@ -215,6 +215,59 @@ TEST_F(AnimationTest, FrameCallbacksRunUntilTheyWantNoMore) {
     EXPECT_FALSE(platform.backend().framesWanted());
 }
 
+TEST_F(AnimationTest, KeyFramesTurnTheViewOnTopOfWhatItIs) {
+    struct Case {
+        const char* what;
+        CAKeyframeAnimation animation;
+        std::vector<std::pair<double, double>> angles;  // after seconds
+        bool isMoving, staysOnView;                     // after a second
+    };
+    const std::string key = "transform.rotation";
+    const std::vector<double> shake = {-0.03, 0.03, -0.03};
+    const Case cases[] = {
+        {"without end",
+         {key, shake, 0.2, CAKeyframeAnimation::withoutEnd, false, CAMediaTimingFillMode::forwards},
+         {{0, -0.03}, {0.05, 0}, {0.1, 0.03}, {0.2, -0.03}, {100.1, 0.03}},
+         true,
+         true},
+        {"once, then gone", {key, {0, 1}, 0.4, 1}, {{0.1, 0.25}, {0.5, 0}}, false, false},
+        {"stays where it ended",
+         {key, {0, 1}, 0.4, 1, false, CAMediaTimingFillMode::forwards},
+         {{0.3, 0.75}, {9, 1}},
+         false,
+         true},
+        {"half a run",
+         {key, {0, 1}, 0.4, 0.5, false, CAMediaTimingFillMode::forwards},
+         {{9, 0.5}},
+         false,
+         true},
+        {"no time", {key, {0.5, 1}, 0, 1, false}, {{0, 0.5}, {9, 0.5}}, false, true},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.what);
+        view->removeAllAnimations();
+        view->addAnimationForKey(one.animation, "shake");
+        platform.settle();
+        const auto rotation = shown().rotation;
+        ASSERT_TRUE(rotation);
+        for (const auto& [seconds, angle] : one.angles)
+            EXPECT_NEAR(rotation->angleAt(rotation->begin + seconds), angle, 1e-6) << seconds;
+        EXPECT_EQ(rotation->isMoving(rotation->begin + 1), one.isMoving);
+        EXPECT_FALSE(platform.backend().framesWanted()) << "the display moves it, not the main loop";
+        platform.advance(1);
+        EXPECT_EQ(view->animationForKey("shake") != nullptr, one.staysOnView);
+        EXPECT_EQ(shown().rotation != nullptr, one.staysOnView);
+    }
+    view->addAnimationForKey({"position.x", {1, 2}, 1}, "shake");
+    EXPECT_FALSE(view->animationForKey("shake")) << "not known; the one before has gone";
+    UIView::setReduceMotionEnabled(true);
+    view->addAnimationForKey(cases[0].animation, "shake");
+    platform.settle();
+    EXPECT_EQ(shown().rotation->angleAt(platform.time().clock().monotonicSeconds() + 0.1), -0.03);
+    EXPECT_FALSE(shown().rotation->isMoving(0));
+    UIView::setReduceMotionEnabled(false);
+}
+
 }  // namespace
 
 }  // namespace ostrel

@@ -1,3 +1,4 @@
+#include "platform/uikit/UITextField.h"
 #include "tests/platform/uikit/TableTestSupport.h"
 
 #include "platform/foundation/NSLog.h"
@@ -155,6 +156,46 @@ TEST_F(TableTest, ReloadOneRowAsksForThatRowOnly) {
     EXPECT_EQ(source.cellsAsked, 1);
     EXPECT_EQ(row(2), cell);
     EXPECT_TRUE(platform.sees("77"));
+}
+
+/// The data source gives the same row each time, never one that it dequeued.
+class HeldRowSource final : public ListSource {
+public:
+    std::shared_ptr<NumberedRow> held;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
+                                                                    NSIndexPath path) override {
+        if (path.section != 1) return ListSource::tableViewCellForRowAtIndexPath(table, path);
+        if (!held) held = make<NumberedRow>("held", cellsMade);
+        return held;
+    }
+};
+
+TEST_F(TableTest, ARowThatTheDataSourceHoldsKeepsItsFocusWhenItsHeightIsAskedAgain) {
+    HeldRowSource held;
+    for (int i = 0; i < 30; ++i) held.items.push_back({i, 88});
+    CGFloat height = 150;
+    held.heightOf = [&](NSIndexPath path) {
+        return path.section == 1 ? height : UITableViewAutomaticDimension;
+    };
+    show(0);
+    table->setDataSource(&held);
+    table->setDelegate(&held);
+    platform.settle();
+    const auto field = make<UITextField>(CGRect{0, 0, 100, 30});
+    held.held->addSubview(field);
+    field->becomeFirstResponder();
+    for (const CGFloat next : {300.0, 40.0, 900.0}) {
+        height = next;
+        table->reloadRowsAtIndexPaths({{1, 0}}, Animation::none);
+        EXPECT_TRUE(field->isFirstResponder());
+        EXPECT_EQ(held.held->superview(), table.get());
+        EXPECT_EQ(held.held->frame().height(), next);
+        EXPECT_EQ(table->rectForRowAtIndexPath({2, 0}).minY(),
+                  table->rectForRowAtIndexPath({1, 0}).maxY() + 9);
+        EXPECT_EQ(table->contentOffset().y, 0);
+    }
+    table->setDataSource(nullptr);
+    table->setDelegate(nullptr);
 }
 
 }  // namespace
