@@ -232,6 +232,15 @@ void UIArticleEditViewController::scrollViewWillBeginDragging(UIScrollView&) {
     if (videosCell_) videosCell_->end_drag();
 }
 
+void UIArticleEditViewController::scrollViewDidScroll(UIScrollView&) {
+    const auto end = [](UIArticleEditMediaTableViewCell* strip) {
+        if (strip && strip->isItemShake() && !strip->collectionView()->isInteractiveMovementUnderWay())
+            strip->end_drag();
+    };
+    end(imagesCell_.get());
+    end(videosCell_.get());
+}
+
 // The table
 
 std::optional<std::string> UIArticleEditViewController::cellIdentifierFor(NSIndexPath path) {

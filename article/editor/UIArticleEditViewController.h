@@ -98,6 +98,8 @@ public:
     CGFloat tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
     CGFloat tableViewHeightForHeaderInSection(UITableView& table, std::int64_t section) override;
     void scrollViewWillBeginDragging(UIScrollView& scrollView) override;
+    /// Scrolling by wheel or keys ends reordering too; that under a dragged tile does not.
+    void scrollViewDidScroll(UIScrollView& scrollView) override;
 
     bool textFieldShouldReturn(UITextField& field) override;
     bool textFieldShouldChangeCharactersInRangeReplacementString(UITextField& field, NSRange range,

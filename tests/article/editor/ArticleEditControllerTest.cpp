@@ -172,6 +172,12 @@ TEST_F(ArticleEditTest, ScrollingTakesTheFocusAndEndsReordering) {
         EXPECT_FALSE(view->isFirstResponder());
         EXPECT_FALSE(images().isItemShake());
     }
+    images().start_drag();
+    editor->titleField()->becomeFirstResponder();
+    platform.scroll({180, 400}, -40);
+    platform.advance(1);
+    EXPECT_FALSE(images().isItemShake()) << "by wheel too";
+    EXPECT_TRUE(editor->titleField()->isFirstResponder());
     videos().start_drag();
     platform.settle();
     EXPECT_TRUE(editor->cancelOperation()) << "Escape ends reordering first";
