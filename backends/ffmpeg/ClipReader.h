@@ -60,6 +60,8 @@ private:
     PixelSize scaledSize_;
     ColourTreatment colours_;
     bool isInterlaced_ = false;
+    /// Pictures go through zimg, which is quicker but takes fewer kinds.
+    bool isPlain_ = false;
     int sampleRate_ = 0;
     /// In microseconds: the moment of the source that becomes 0.
     std::int64_t start_ = 0;

@@ -2,7 +2,9 @@
 
 #include "backends/ffmpeg/ClipMetadata.h"
 
+#include <algorithm>
 #include <cmath>
+#include <thread>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -19,6 +21,13 @@ struct ReadBack {
     const OutputFile* file;
     std::int64_t position = 0;
 };
+
+/// One thread encodes small pictures as fast as four cores decode large ones; more wait for each other.
+int encodingThreads() {
+    constexpr unsigned coresForOne = 4, largestThreadCount = 4;
+    return static_cast<int>(
+        std::clamp(std::thread::hardware_concurrency() / coresForOne, 1U, largestThreadCount));
+}
 
 std::int64_t moved(std::int64_t& position, std::int64_t size, std::int64_t offset, int whence) {
     switch (whence & ~AVSEEK_FORCE) {
@@ -155,6 +164,7 @@ int ClipWriter::openVideoEncoder(const AVFrame& first) {
     video_->rc_max_rate = preset_.largestVideoRate;
     video_->rc_buffer_size = static_cast<int>(preset_.videoBuffer);
     video_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    video_->thread_count = encodingThreads();
     FfmpegOptions options;
     options.set("preset", videoEncoderSpeed);
     options.set("profile", "high");
