@@ -26,7 +26,7 @@ public:
     static std::shared_ptr<NSProgress> progressWithTotalUnitCount(std::int64_t totalUnitCount);
     ~NSProgress();
 
-    /// What is done, in the user's language: "Uploading “clip.mp4”". Set before it is published.
+    /// What is done, in the user's language: 'Uploading "clip.mp4"'. Set before it is published.
     const std::string& localizedDescription() const { return description_; }
     void setLocalizedDescription(std::string description) { description_ = std::move(description); }
     void setTotalUnitCount(std::int64_t count) { total_.store(count, std::memory_order_relaxed); }

@@ -50,7 +50,7 @@ void AVAssetExportSession::exportAsynchronouslyWithCompletionHandler(std::functi
 std::shared_ptr<NSProgress> AVAssetExportSession::publish() const {
     auto work = NSProgress::progressWithTotalUnitCount(0);
     work->setLocalizedDescription(
-        replacingOccurrences(platformText("Converting “%@”"), "%@", asset_->URL().lastPathComponent()));
+        replacingOccurrences(platformText("Converting \"%@\""), "%@", asset_->URL().lastPathComponent()));
     const auto weak = std::weak_ptr(export_);
     work->setFractionSource([weak] {
         const auto running = weak.lock();

@@ -111,7 +111,8 @@ MediaLibrary::Contents MediaLibrary::contents(bool pictures, bool clips,
 const std::vector<std::string>& MediaLibrary::extensions(MediaKind kind) {
     static const std::vector<std::string> pictures{"jpg", "jpeg", "jpe", "jfif", "png", "gif", "webp"};
     // The containers that the media backends read.
-    static const std::vector<std::string> clips{"mov", "mp4", "m4v", "qt", "3gp", "3g2", "avi", "mkv", "webm"};
+    static const std::vector<std::string> clips{"mov", "mp4", "m4v", "qt",  "3gp",
+                                                "3g2", "avi", "mkv", "webm"};
     return kind == MediaKind::picture ? pictures : clips;
 }
 

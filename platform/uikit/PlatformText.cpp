@@ -30,7 +30,7 @@ constexpr std::pair<std::string_view, std::string_view> simplifiedChinese[] = {
     {"Cannot be used", "无法使用"},
     {"Choose a File", "选取文件"},
     {"Choose a File…", "选取文件…"},
-    {"Converting “%@”", "正在转换“%@”"},
+    {"Converting \"%@\"", "正在转换“%@”"},
     {"Copied", "已拷贝"},
     {"Copy", "拷贝"},
     {"Copy All", "全部拷贝"},

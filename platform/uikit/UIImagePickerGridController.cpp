@@ -192,7 +192,8 @@ void UIImagePickerGridController::viewDidDisappear(bool animated) {
 
 void UIImagePickerGridController::search() {
     searchStopped_ = std::make_shared<std::atomic<bool>>(false);
-    wheel_->startAnimating();
+    isSearching_ = true;
+    updateWheel();
     NSThread::detachNewThread([weak = weakSelf(), stopped = searchStopped_,
                                library = MediaLibrary::installed(), pictures = wants(MediaKind::picture),
                                clips = wants(MediaKind::clip)] {
@@ -206,7 +207,8 @@ void UIImagePickerGridController::search() {
 }
 
 void UIImagePickerGridController::show(MediaLibrary::Contents contents) {
-    wheel_->stopAnimating();
+    isSearching_ = false;
+    updateWheel();
     const std::size_t count = contents.items.size();
     grid_->setItems(std::move(contents.items));
     const bool pictures = wants(MediaKind::picture), clips = wants(MediaKind::clip);
@@ -324,6 +326,7 @@ void UIImagePickerGridController::choosePicture(Data picture) {
 void UIImagePickerGridController::open(std::vector<std::string> paths, Data picture) {
     ++opening_;
     setBusy(paths, true);
+    updateWheel();
     NSThread::detachNewThread([weak = weakSelf(), paths = std::move(paths), picture = std::move(picture),
                                pictures = wants(MediaKind::picture), clips = wants(MediaKind::clip)] {
         std::vector<Choice> choices;
@@ -340,6 +343,7 @@ void UIImagePickerGridController::opened(std::vector<Choice> choices) {
     const auto self = shared_from_this();
     const auto owner = picker();
     --opening_;
+    updateWheel();
     std::vector<std::string> over;
     for (const Choice& choice : choices) {
         if (choice.info.mediaType != UTTypeMovie) over.push_back(choice.path);
@@ -357,6 +361,8 @@ void UIImagePickerGridController::opened(std::vector<Choice> choices) {
         isAnyUsable = true;
         owner->finishPicking(choice.info);
     }
+    // Nothing has to be done with it.
+    if (opening_ == 0 && NSProgress::published().empty()) setBusy({busy_.begin(), busy_.end()}, false);
     if (!isAnyUsable && !choices.empty()) showProblem(platformText(choices.front().problem));
 }
 
@@ -369,6 +375,19 @@ void UIImagePickerGridController::setBusy(const std::vector<std::string>& paths,
         }
     }
     grid_->setBusyPaths(busy_);
+}
+
+/// What is opened in sight has a wheel of its own.
+void UIImagePickerGridController::updateWheel() {
+    const auto isListed = [&](const std::string& path) {
+        return std::ranges::find(grid_->items(), path, &MediaLibraryItem::path) != grid_->items().end();
+    };
+    const bool isElsewhere = opening_ > 0 && !std::ranges::all_of(busy_, isListed);
+    if (isSearching_ || isElsewhere || (opening_ > 0 && busy_.empty())) {
+        wheel_->startAnimating();
+    } else {
+        wheel_->stopAnimating();
+    }
 }
 
 void UIImagePickerGridController::showProblem(const std::string& problem) {

@@ -51,6 +51,7 @@ private:
     void open(std::vector<std::string> paths, Data picture);
     void opened(std::vector<Choice> choices);
     void setBusy(const std::vector<std::string>& paths, bool isBusy);
+    void updateWheel();
     void showProblem(const std::string& problem);
 
     std::shared_ptr<MediaThumbnails> thumbnails_;
@@ -63,6 +64,7 @@ private:
     std::shared_ptr<std::atomic<bool>> searchStopped_;
     std::set<std::string> busy_;  ///< being opened, or handed on and still being worked at
     int opening_ = 0;
+    bool isSearching_ = false;
 };
 
 }  // namespace ostrel

@@ -15,7 +15,7 @@ namespace ostrel {
 namespace {
 
 constexpr CGFloat margin = 12, gap = 8, lineHeight = 2, badgeHeight = 16, cancelWidth = 36;
-constexpr CGFloat rowHeight = 64, rowMargin = 16, listWidth = 320;
+constexpr CGFloat rowHeight = 64, rowMargin = 16, listWidth = 320, listMargin = 6;
 constexpr double slideSeconds = 0.22;
 constexpr UIColor barColor = UIColor::rgb(0xF7F8FA);
 
@@ -289,6 +289,7 @@ WorkProgressListController::~WorkProgressListController() { NSProgress::removeOb
 void WorkProgressListController::viewDidLoad() {
     UITableViewController::viewDidLoad();
     setTitle(platformText("In progress"));
+    tableView()->setContentInset({listMargin, 0, listMargin, 0});
     const auto weak = std::weak_ptr(std::static_pointer_cast<WorkProgressListController>(shared_from_this()));
     NSProgress::addObserver(this, [weak](const auto& work) {
         if (const auto self = weak.lock()) self->show(work);
@@ -315,8 +316,8 @@ void WorkProgressListController::show(const std::vector<std::shared_ptr<NSProgre
         }
         return;
     }
-    preferredContentSize = {listWidth,
-                            rowHeight * static_cast<CGFloat>(std::min(work_.size(), mostRowsShown))};
+    preferredContentSize = {
+        listWidth, 2 * listMargin + rowHeight * static_cast<CGFloat>(std::min(work_.size(), mostRowsShown))};
     preferredContentSizeDidChange();
     tableView()->reloadData();
 }

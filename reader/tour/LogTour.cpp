@@ -35,7 +35,7 @@ void LogTour::workShowsItself() {
     press(window_.text(readerText("Close")), "the button that closes the messages");
     window_.settle();
     openTab("Articles");
-    first_ = work("Uploading “Harbour at dusk.jpg”", 20, [this] { ++cancelled_; });
+    first_ = work("Uploading \"Harbour at dusk.jpg\"", 20, [this] { ++cancelled_; });
     // A pace is known after a few seconds.
     for (int percent = 20; percent <= 45; ++percent) {
         first_->setCompletedUnitCount(percent);
@@ -46,7 +46,7 @@ void LogTour::workShowsItself() {
 }
 
 void LogTour::workIsListed() {
-    second_ = work("Converting “Clip 1.mov”", 60, {});
+    second_ = work("Converting \"Clip 1.mov\"", 60, {});
     check(window_.waitFor([&] { return window_.text("2") != nullptr; }), "the bar tells how much there is");
     press(window_.text(first_->localizedDescription()), "the bar");
     check(window_.waitFor([&] { return window_.text(second_->localizedDescription()) != nullptr; }),

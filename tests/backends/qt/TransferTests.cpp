@@ -11,9 +11,9 @@
 #include <gtest/gtest.h>
 #include <QBuffer>
 #include <QClipboard>
-#include <QDropEvent>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <qpa/qwindowsysteminterface.h>
 #include <QUrl>
 
 namespace ostrel::test {
@@ -75,13 +75,17 @@ TEST(Transfer, WhatIsDraggedReachesTheViewUnderIt) {
         target->hovers.clear();
         target->taken.clear();
         target->takesPictures = each.takesPictures;
-        QDragEnterEvent enter(each.point, Qt::CopyAction | Qt::MoveAction, &each.data, Qt::LeftButton, {});
-        QCoreApplication::sendEvent(&window.window(), &enter);
+        // The road of the window system.
+        const auto actions = Qt::CopyAction | Qt::MoveAction;
+        const auto drag = QWindowSystemInterface::handleDrag(
+            &window.window(), &each.data, each.point * window.scale(), actions, Qt::LeftButton, {});
+        EXPECT_EQ(drag.isAccepted(), each.isTaken);
         EXPECT_EQ(target->hovers, (each.isTaken ? std::vector{true} : std::vector<bool>{}));
+        const auto drop = QWindowSystemInterface::handleDrop(
+            &window.window(), &each.data, each.point * window.scale(), actions, Qt::LeftButton, {});
+        EXPECT_EQ(drop.isAccepted(), each.isTaken);
         if (!each.isTaken) continue;
-        QDropEvent drop(each.point, Qt::CopyAction | Qt::MoveAction, &each.data, Qt::LeftButton, {});
-        QCoreApplication::sendEvent(&window.window(), &drop);
-        EXPECT_EQ(drop.dropAction(), Qt::CopyAction) << "the other program must not delete its file";
+        EXPECT_EQ(drop.acceptedAction(), Qt::CopyAction) << "the other program must not delete its file";
         ASSERT_TRUE(waitUntil([&] { return !target->taken.empty(); }));
         EXPECT_EQ(target->hovers.back(), false);
         EXPECT_EQ(target->place, (CGPoint{150, 50}));
@@ -116,7 +120,7 @@ TEST(Transfer, APictureOnTheClipboardArrivesEncoded) {
 
 TEST(Transfer, OtherFormatsAreDecoded) {
     const Data gif =
-        Data::copy(std::string_view("GIF89a\1\0\1\0\x80\0\0\xFF\0\0\0\0\0!\xF9\4\1\0\0\0\0,\0\0\0\0\1\0\1\0\0"
+        Data::copy(std::string_view("GIF89a\1\0\1\0\x80\0\0\xFF\0\0\0\0\0!\xF9\4\0\0\0\0\0,\0\0\0\0\1\0\1\0\0"
                                     "\2\2D\1\0;",
                                     43));
     for (const Data& data : {encoded(picture(QColor(250, 10, 10)), "webp"), gif}) {

@@ -23,7 +23,7 @@ TEST(ExportProgress, AnExportIsWorkInProgressUntilItEnds) {
             [&] { wasListedAtEnd = !NSProgress::published().empty(); });
         ASSERT_EQ(NSProgress::published().size(), 1u);
         const auto work = NSProgress::published().front();
-        EXPECT_EQ(work->localizedDescription(), "Converting “film.mov”");
+        EXPECT_EQ(work->localizedDescription(), "Converting \"film.mov\"");
         const auto running = backend->exports.back();
         running->done = 0.25;
         EXPECT_EQ(work->fractionCompleted(), 0.25);
