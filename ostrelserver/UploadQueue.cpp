@@ -1,6 +1,8 @@
 #include "ostrelserver/UploadQueue.h"
 
 #include "ostrelserver/HttpTransfer.h"
+#include "platform/foundation/Text.h"
+#include "platform/uikit/PlatformText.h"
 
 #include <algorithm>
 #include <utility>
@@ -61,7 +63,8 @@ private:
 
     ProgressHandler publish(const PreparedUpload& prepared) {
         progress_ = NSProgress::progressWithTotalUnitCount(static_cast<std::int64_t>(prepared.fileBytes));
-        progress_->setLocalizedDescription("Uploading “" + prepared.title + "”");
+        progress_->setLocalizedDescription(
+            replacingOccurrences(platformText("Uploading \"%@\""), "%@", prepared.title));
         progress_->setCancellationHandler([upload = weak_from_this()] {
             if (const auto self = upload.lock()) self->cancel();
         });

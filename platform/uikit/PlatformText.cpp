@@ -61,6 +61,7 @@ constexpr std::pair<std::string_view, std::string_view> simplifiedChinese[] = {
     {"There is no video in it.", "其中没有视频。"},
     {"There is nothing on the clipboard that can be used here.", "剪贴板上没有可在此使用的内容。"},
     {"This File Cannot Be Used", "无法使用此文件"},
+    {"Uploading \"%@\"", "正在上传“%@”"},
     {"Video %1 of %2", "视频 %1，共 %2"},
     {"Videos", "视频"},
     {"You can also drop a file here or paste a picture.", "也可以将文件拖到这里，或粘贴图片。"},
