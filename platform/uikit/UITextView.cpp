@@ -86,9 +86,13 @@ void UITextView::setLineBreakMode(NSLineBreakMode mode) {
     contentDidChange();
 }
 
+UIEdgeInsets UITextView::textContainerInset() const {
+    return containerInset_.value_or(editable_ ? editableInset : UIEdgeInsets());
+}
+
 void UITextView::setTextContainerInset(UIEdgeInsets insets) {
-    if (insets == content_.insets) return;
-    content_.insets = insets;
+    if (insets == containerInset_) return;
+    containerInset_ = insets;
     contentDidChange();
 }
 
@@ -108,7 +112,7 @@ void UITextView::setEditable(bool editable) {
 }
 
 CGSize UITextView::sizeThatFits(CGSize size) const {
-    const UIEdgeInsets& insets = content_.insets;
+    const UIEdgeInsets insets = textContainerInset();
     const CGFloat width =
         size.width > 0 ? std::max(0.0, size.width - insets.left - insets.right) : CGFLOAT_MAX_TEXT;
     const CGSize text = TextMeasurer::shared().measure(content_.text, content_.font, width).size;
@@ -118,7 +122,7 @@ CGSize UITextView::sizeThatFits(CGSize size) const {
 
 CGSize UITextView::contentSize() const {
     const CGFloat width = bounds().width();
-    const UIEdgeInsets& insets = content_.insets;
+    const UIEdgeInsets insets = textContainerInset();
     if (editing_ && editedHeight_) return {width, std::ceil(*editedHeight_) + insets.top + insets.bottom};
     // An empty text is one line high.
     const CGFloat least =
@@ -207,7 +211,7 @@ bool UITextView::canBeSelected() const {
 
 UIEdgeInsets UITextView::textInsets() const {
     // A content inset moves the text and leaves the width it is laid out in.
-    UIEdgeInsets insets = content_.insets;
+    UIEdgeInsets insets = textContainerInset();
     insets.top += contentInset_.top;
     insets.left += contentInset_.left;
     insets.right -= contentInset_.left;

@@ -60,8 +60,11 @@ public:
     NSRange selectedRange() const { return selectedRange_; }
     void setShowsVerticalScrollIndicator(bool shows) { showsIndicator_ = shows; }
     void setLineBreakMode(NSLineBreakMode mode);
-    UIEdgeInsets textContainerInset() const { return content_.insets; }
+    /// Space between the frame and the text, points. Unless set: none around text at rest, `editableInset` around text
+    /// that can be edited.
+    UIEdgeInsets textContainerInset() const;
     void setTextContainerInset(UIEdgeInsets insets);
+    static constexpr UIEdgeInsets editableInset{8, 5, 8, 5};
     /// Moves the text without changing the width it is laid out in.
     void setContentInset(UIEdgeInsets insets);
     UIEdgeInsets contentInset() const { return contentInset_; }
@@ -101,6 +104,7 @@ private:
                          .vertical = TextContent::Vertical::top,
                          .onlyWholeLines = true};
     UIEdgeInsets contentInset_;
+    std::optional<UIEdgeInsets> containerInset_;
     std::shared_ptr<TextSelection> selection_;  ///< made when the text first can be selected
     bool editable_ = true, selectable_ = true, scrollEnabled_ = true, showsIndicator_ = true;
 };

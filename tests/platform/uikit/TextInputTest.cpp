@@ -98,19 +98,20 @@ TEST_F(TextInputTest, ReturnGoesToTheDelegateAndOnFromThere) {
 }
 
 TEST_F(TextInputTest, CaretAndHeightOfTextUnderEditAreTold) {
-    const CGFloat line = text->contentSize().height;
+    constexpr CGFloat around = UITextView::editableInset.top + UITextView::editableInset.bottom;
+    const CGFloat line = text->contentSize().height - around;
     EXPECT_GT(line, 0) << "an empty text is one line high";
     text->becomeFirstResponder();
     EXPECT_EQ(writer->told, std::vector<std::string>{"caret 0"});
     platform.type("one\ntwo\n😀");
     EXPECT_EQ(writer->told, (std::vector<std::string>{"caret 0", "text", "caret 10"}));
-    EXPECT_EQ(text->contentSize().height, 3 * line);
+    EXPECT_EQ(text->contentSize().height, 3 * line + around);
     // As an editor reports it that lays its text out otherwise.
     platform.window().textInputSelectionChanged(text->tag(), {2, 3}, 77);
-    EXPECT_EQ(text->contentSize().height, 77);
+    EXPECT_EQ(text->contentSize().height, 77 + around);
     EXPECT_EQ(text->selectedRange(), (NSRange{2, 3}));
     text->setText("x");
-    EXPECT_EQ(text->contentSize().height, line);
+    EXPECT_EQ(text->contentSize().height, line + around);
     EXPECT_EQ(text->selectedRange(), (NSRange{1, 0}));
 }
 
