@@ -34,7 +34,7 @@ public:
         text_ = make<UILabel>();
         text_->setFont(lineFont());
         text_->setNumberOfLines(0);
-        text_->setLineBreakMode(NSLineBreakMode::byCharWrapping);
+        text_->setLineBreakMode(NSLineBreakMode::byWordWrapping);
         text_->setSelectable(true);
         addSubview(time_);
         addSubview(text_);

@@ -8,12 +8,14 @@
 #include <cstring>
 #include <QApplication>
 #include <QBuffer>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QImage>
 #include <QImageReader>
 #include <QMimeData>
 #include <QQuickWindow>
+#include <QStandardPaths>
 #include <QUrl>
 #include <QWindow>
 #include <utility>
@@ -73,6 +75,10 @@ void chooseFiles(UIWindow* window, const UIFileRequest& request,
     auto* const dialog = new QFileDialog(nullptr, toQString(request.title));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setOption(QFileDialog::HideNameFilterDetails);
+    // Where the last file was chosen.
+    static QString folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    if (QDir(folder).exists()) dialog->setDirectory(folder);
     if (!request.extensions.empty()) {
         QStringList patterns;
         for (const std::string& extension : request.extensions) {
@@ -89,6 +95,7 @@ void chooseFiles(UIWindow* window, const UIFileRequest& request,
         if (result == QDialog::Accepted) {
             for (const QString& path : dialog->selectedFiles())
                 paths.push_back(QFile::encodeName(path).toStdString());
+            folder = dialog->directory().absolutePath();
         }
         handler(std::move(paths));
     });
