@@ -31,27 +31,31 @@ nlohmann::ordered_json olderCommentsPath(std::int64_t article, const CommentPage
 
 }  // namespace
 
+nlohmann::ordered_json imageJson(const StoredImage& image, const std::string& baseUrl) {
+    return {{"id", image.id},
+            {"image", mediaUrl(baseUrl, image.file)},
+            {"thumbnail", mediaUrl(baseUrl, image.thumbnail)},
+            {"image_width", image.width},
+            {"image_height", image.height},
+            {"text", image.text}};
+}
+
+nlohmann::ordered_json videoJson(const StoredVideo& video, const std::string& baseUrl) {
+    return {{"id", video.id},
+            {"video", mediaUrl(baseUrl, video.file)},
+            {"thumbnail", mediaUrl(baseUrl, video.thumbnail)},
+            {"video_width", video.width},
+            {"video_height", video.height},
+            {"duration", video.duration},
+            {"text", video.text}};
+}
+
 nlohmann::ordered_json articleJson(const StoredArticle& article, const std::string& baseUrl) {
     using Json = nlohmann::ordered_json;
     Json images = Json::array();
-    for (const StoredImage& image : article.images) {
-        images.push_back({{"id", image.id},
-                          {"image", mediaUrl(baseUrl, image.file)},
-                          {"thumbnail", mediaUrl(baseUrl, image.thumbnail)},
-                          {"image_width", image.width},
-                          {"image_height", image.height},
-                          {"text", image.text}});
-    }
+    for (const StoredImage& image : article.images) images.push_back(imageJson(image, baseUrl));
     Json videos = Json::array();
-    for (const StoredVideo& video : article.videos) {
-        videos.push_back({{"id", video.id},
-                          {"video", mediaUrl(baseUrl, video.file)},
-                          {"thumbnail", mediaUrl(baseUrl, video.thumbnail)},
-                          {"video_width", video.width},
-                          {"video_height", video.height},
-                          {"duration", video.duration},
-                          {"text", video.text}});
-    }
+    for (const StoredVideo& video : article.videos) videos.push_back(videoJson(video, baseUrl));
     return {{"id", article.id},
             {"title", article.title},
             {"text", article.text},
@@ -78,7 +82,7 @@ WebReply ArticleService::articlePage(Visit& visit, const std::optional<std::int6
                                      const std::string& path) {
     auto before = pageStart(visit);
     if (!before) return failureReply(before.failure());
-    auto page = store_.articles({author, *before, ServerLimits::pageSize});
+    auto page = store_.articles({author, *before, ServerLimits::pageSize, ServerLimits::articleBytesPerPage});
     if (!page) return failureReply(page.failure());
     std::string base = baseUrl(visit.request);
     ResultAnswer answer;

@@ -33,6 +33,8 @@ struct ArticleService::Route {
     Effect effect;
     std::size_t maximumBody;
     WebReply (ArticleService::*handler)(Visit&);
+    /// For bodies that are taken piece by piece.
+    WebIntake (ArticleService::*admit)(Visit&, std::uint64_t length) = nullptr;
 
     std::optional<std::string_view> match(std::string_view path) const {
         if (variable == Variable::None) {
@@ -60,7 +62,7 @@ struct ArticleServiceRoutes {
 
     static constexpr std::size_t none = 0;
 
-    static constexpr std::array<Route, 19> all = {{
+    static constexpr std::array<Route, 26> all = {{
         {"GET", "/article/articles_json.html", Variable::None, "", Effect::Reads, none,
          &Service::listArticles},
         {"GET", "/article/my_articles_json.html", Variable::None, "", Effect::Reads, none,
@@ -72,6 +74,16 @@ struct ArticleServiceRoutes {
          &Service::loadArticle},
         {"POST", "/article/json_add_comment.html", Variable::None, "", Effect::Changes,
          ServerLimits::commentForm, &Service::addComment},
+        {"POST", "/article/update_article_json.html", Variable::None, "", Effect::Changes,
+         ServerLimits::articleForm, &Service::writeArticle},
+        {"POST", "/article/image_update", Variable::None, "", Effect::Changes, none, &Service::uploadImage,
+         &Service::admitImage},
+        {"POST", "/article/video_update", Variable::None, "", Effect::Changes, none, &Service::uploadVideo,
+         &Service::admitVideo},
+        {"GET", "/article/image_update", Variable::None, "", Effect::Changes, none, &Service::changeImage},
+        {"GET", "/article/video_update", Variable::None, "", Effect::Changes, none, &Service::changeVideo},
+        {"GET", "/article/image_remove", Variable::None, "", Effect::Changes, none, &Service::removeImage},
+        {"GET", "/article/video_remove", Variable::None, "", Effect::Changes, none, &Service::removeVideo},
         {"GET", "/article/comments_json.html", Variable::None, "", Effect::Reads, none,
          &Service::olderComments},
         {"POST", "/account/notify", Variable::None, "", Effect::Changes, ServerLimits::notificationForm,
@@ -120,7 +132,10 @@ ArticleService::ArticleService(ArticleStore& store, MediaFolder& media, std::str
       comments_(ServerLimits::commentsPerAuthor, milliseconds(ServerLimits::attemptWindow),
                 ServerLimits::rememberedAttempters),
       notifications_(ServerLimits::notificationsPerSender, milliseconds(ServerLimits::attemptWindow),
-                     ServerLimits::rememberedAttempters) {}
+                     ServerLimits::rememberedAttempters),
+      articles_(ServerLimits::articlesPerAuthor, milliseconds(ServerLimits::attemptWindow),
+                ServerLimits::rememberedAttempters),
+      pictures_(ServerLimits::picturesAtOnce) {}
 
 ArticleService::Routing ArticleService::routeOf(const WebRequest& request) const {
     Routing routing;
@@ -141,9 +156,24 @@ ArticleService::Routing ArticleService::routeOf(const WebRequest& request) const
     return routing;
 }
 
-std::optional<std::size_t> ArticleService::maximumBody(const WebRequest& request) const {
+namespace {
+
+/// Beside SameSite cookies: browsers say where a request comes from (Fetch Metadata).
+bool isCrossSite(const WebRequest& request) { return request.header("sec-fetch-site") == "cross-site"; }
+
+}  // namespace
+
+WebIntake ArticleService::intake(const WebRequest& request, std::uint64_t length) {
     Routing routing = routeOf(request);
-    return routing.route ? std::optional(routing.route->maximumBody) : std::nullopt;
+    // The refusal of an unknown address is the reply's; it needs no body.
+    if (!routing.route || !routing.route->admit) {
+        if (routing.route && length <= routing.route->maximumBody) return {};
+        if (routing.route) return {refusal(413, "The request is too large."), nullptr};
+        return {reply(request), nullptr};
+    }
+    if (isCrossSite(request)) return {reply(request), nullptr};
+    Visit visit{request, routing.variable};
+    return (this->*routing.route->admit)(visit, length);
 }
 
 WebReply ArticleService::reply(const WebRequest& request) {
@@ -154,8 +184,7 @@ WebReply ArticleService::reply(const WebRequest& request) {
         reply.headers.emplace_back("Allow", routing.allowedMethods);
         return reply;
     }
-    // Beside SameSite cookies: browsers say where a request comes from (Fetch Metadata).
-    if (routing.route->effect == Route::Effect::Changes && request.header("sec-fetch-site") == "cross-site") {
+    if (routing.route->effect == Route::Effect::Changes && isCrossSite(request)) {
         return refusal(403, "Other sites cannot do this.");
     }
     Visit visit{request, routing.variable};

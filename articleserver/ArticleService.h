@@ -7,9 +7,12 @@
 #include "MediaFolder.h"
 #include "PasswordHasher.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <semaphore>
 #include <string>
 #include <string_view>
 
@@ -27,7 +30,7 @@ public:
     /// The address to fall back on when a request names no valid host.
     void setLocalUrl(std::string url) { localUrl_ = std::move(url); }
 
-    std::optional<std::size_t> maximumBody(const WebRequest& request) const override;
+    WebIntake intake(const WebRequest& request, std::uint64_t length) override;
     WebReply reply(const WebRequest& request) override;
     WebReply refusal(int status, const std::string& text) const override;
 
@@ -47,6 +50,29 @@ private:
     WebReply addComment(Visit& visit);
     WebReply olderComments(Visit& visit);
     WebReply articlePage(Visit& visit, const std::optional<std::int64_t>& author, const std::string& path);
+
+    WebReply writeArticle(Visit& visit);
+    WebReply changeImage(Visit& visit);
+    WebReply changeVideo(Visit& visit);
+    WebReply removeImage(Visit& visit);
+    WebReply removeVideo(Visit& visit);
+    WebReply changeMedium(Visit& visit, MediumKind kind);
+    WebReply removeMedium(Visit& visit, MediumKind kind);
+    WebReply uploadImage(Visit& visit);
+    WebReply uploadVideo(Visit& visit);
+    WebIntake admitImage(Visit& visit, std::uint64_t length);
+    WebIntake admitVideo(Visit& visit, std::uint64_t length);
+    struct Admission;
+    WebIntake admit(Visit& visit, std::uint64_t length, const Admission& admission);
+    /// Who sends an upload, and where it goes.
+    struct Upload;
+    ServerResult<Upload> uploadOf(Visit& visit);
+    /// A picture's thumbnail among the media.
+    struct StoredThumbnail;
+    ServerResult<StoredThumbnail> storeThumbnail(std::string_view jpeg, int side);
+    ServerResult<PublishRequest> publishRequest(const Visit& visit, const StoredUser& user) const;
+    /// The article as the store has it now.
+    WebReply articleReply(Visit& visit, std::int64_t id);
 
     WebReply signUp(Visit& visit);
     WebReply signIn(Visit& visit);
@@ -87,6 +113,9 @@ private:
     AttemptLimiter visitors_;
     AttemptLimiter comments_;
     AttemptLimiter notifications_;
+    AttemptLimiter articles_;
+    std::shared_ptr<std::atomic<int>> uploads_ = std::make_shared<std::atomic<int>>(0);  ///< under way
+    std::counting_semaphore<> pictures_;  ///< pictures that may be decoded now
 
     friend struct ArticleServiceRoutes;
 };

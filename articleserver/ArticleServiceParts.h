@@ -35,6 +35,8 @@ WebReply jsonReply(int status, const nlohmann::ordered_json& body);
 nlohmann::ordered_json userJson(const StoredUser& user);
 /// The article record; `baseUrl` goes in front of its addresses.
 nlohmann::ordered_json articleJson(const StoredArticle& article, const std::string& baseUrl);
+nlohmann::ordered_json imageJson(const StoredImage& image, const std::string& baseUrl);
+nlohmann::ordered_json videoJson(const StoredVideo& video, const std::string& baseUrl);
 nlohmann::ordered_json commentJson(const StoredComment& comment);
 
 /// The whole HTML document of an article, everything escaped.

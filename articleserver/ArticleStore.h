@@ -3,6 +3,7 @@
 #include "ServerResult.h"
 #include "ServerText.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -35,6 +36,8 @@ struct StoredVideo {
     int height = 0;
     double duration = 0;  ///< seconds
     std::string text;
+    /// Where it was taken, as it was sent; kept, not shown.
+    std::string altitude, longitude, latitude;
 };
 
 struct StoredComment {
@@ -86,6 +89,8 @@ struct ArticlePageQuery {
     std::optional<std::int64_t> author;
     std::optional<std::int64_t> before;
     int limit = 20;
+    /// The page ends with the article whose texts go beyond it.
+    std::size_t maximumBytes = SIZE_MAX;
 };
 
 /// Which comments of an article: the newest, or the newest of those older than an id. Ends after `limit` comments or
@@ -106,6 +111,33 @@ struct NotificationPage {
     std::vector<StoredNotification> notifications;  ///< newest first
     bool hasMore = false;                           ///< there are older ones
     std::int64_t unread = 0;                        ///< of all, not of this page
+};
+
+enum class MediumKind { Image, Video };
+
+/// A request that may come twice: who sent it, by which key it is known (empty: by none), and when.
+struct PublishRequest {
+    std::int64_t user = 0;
+    std::string key;
+    ServerTime now = 0;
+};
+
+/// Where a new image or video goes.
+struct MediumPlace {
+    std::int64_t article = 0;
+    std::int64_t position = 0;
+};
+
+/// What a request made, now or when it came for the first time.
+struct PublishedId {
+    std::int64_t id = 0;
+    bool isRepeat = false;
+};
+
+/// What is changed of an image or video; absent: left as it is.
+struct MediumChange {
+    std::optional<std::string> text;
+    std::optional<std::int64_t> position;
 };
 
 /// Everything of one article to be brought in at once; ids inside are given by the store.
@@ -154,6 +186,28 @@ public:
     /// Removes the article with its images, videos, comments and likes; answers the names of its media
     /// files, which are the caller's to delete. NotFound, or Forbidden when `user` is not its author.
     virtual ServerResult<std::vector<std::string>> removeArticle(std::int64_t id, std::int64_t user) = 0;
+
+    // Publishing. All but the first are refused as NotFound, or as Forbidden when `user` is not the author; a change of an
+    // image or video is one of its article, too.
+
+    /// Reads title and text. A request whose key is known makes nothing anew.
+    virtual ServerResult<PublishedId> createArticle(const PublishRequest& request,
+                                                    const StoredArticle& article) = 0;
+    virtual ServerResult<ServerDone> updateArticle(std::int64_t id, const PublishRequest& request,
+                                                   std::string_view title, std::string_view text) = 0;
+    /// Whether `user` may change the article: tells before a long upload what it would be told after.
+    virtual ServerResult<ServerDone> checkAuthor(std::int64_t article, std::int64_t user) const = 0;
+    /// TooLarge when the article has as many media, or captions as long, as it may.
+    virtual ServerResult<PublishedId> addImage(const PublishRequest& request, const MediumPlace& place,
+                                               const StoredImage& image) = 0;
+    virtual ServerResult<PublishedId> addVideo(const PublishRequest& request, const MediumPlace& place,
+                                               const StoredVideo& video) = 0;
+    virtual ServerResult<ServerDone> changeMedium(MediumKind kind, std::int64_t id,
+                                                  const PublishRequest& request,
+                                                  const MediumChange& change) = 0;
+    /// The names of its files, which are the caller's to delete.
+    virtual ServerResult<std::vector<std::string>> removeMedium(MediumKind kind, std::int64_t id,
+                                                                const PublishRequest& request) = 0;
 
     /// The like count afterwards. A second like of the same liker changes nothing. NotFound.
     virtual ServerResult<std::int64_t> likeArticle(std::int64_t id, std::string_view liker) = 0;

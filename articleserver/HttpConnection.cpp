@@ -17,6 +17,7 @@ namespace ostrel {
 namespace {
 
 constexpr std::size_t receiveSize = 16 * 1024;
+constexpr std::size_t receiveBodySize = 128 * 1024;
 constexpr std::size_t drainedBytes = 8 * 1024 * 1024;
 constexpr auto drainTime = std::chrono::seconds(1);
 constexpr auto idleSlice = std::chrono::milliseconds(500);
@@ -76,10 +77,10 @@ HttpConnection::Wait HttpConnection::wait(short events, Clock::time_point deadli
     }
 }
 
-bool HttpConnection::receive() {
+bool HttpConnection::receive(std::size_t most) {
     std::size_t size = buffer_.size();
-    buffer_.resize(size + receiveSize);
-    ssize_t count = ::recv(socket_, buffer_.data() + size, receiveSize, MSG_DONTWAIT);
+    buffer_.resize(size + most);
+    ssize_t count = ::recv(socket_, buffer_.data() + size, most, MSG_DONTWAIT);
     buffer_.resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     return count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR));
 }
@@ -94,6 +95,7 @@ HttpConnection::Head HttpConnection::receiveHead(const std::function<std::chrono
     buffer_.erase(0, consumed_);
     consumed_ = 0;
     scanned_ = 0;
+    lineScanned_ = 0;
     held_.clear();
 
     auto idleSince = Clock::now();
@@ -102,7 +104,7 @@ HttpConnection::Head HttpConnection::receiveHead(const std::function<std::chrono
         auto idleEnd = idleSince + idleTime();
         if (now >= idleEnd) return Head::Closed;
         Wait waited = wait(POLLIN, std::min(idleEnd, now + idleSlice));
-        if (waited == Wait::Stopped || (waited == Wait::Ready && !receive())) return Head::Closed;
+        if (waited == Wait::Stopped || (waited == Wait::Ready && !receive(receiveSize))) return Head::Closed;
     }
 
     deadline_ = Clock::now() + ServerLimits::headTime;
@@ -115,7 +117,7 @@ HttpConnection::Head HttpConnection::receiveHead(const std::function<std::chrono
             refuse(408, "The request took too long.");
             return Head::Refused;
         }
-        if (waited == Wait::Stopped || !receive()) return Head::Closed;
+        if (waited == Wait::Stopped || !receive(receiveSize)) return Head::Closed;
     }
 }
 
@@ -129,12 +131,13 @@ std::size_t HttpConnection::headEnd() {
     std::size_t end = buffer_.find("\r\n\r\n", at);
     scanned_ = buffer_.size();
     std::size_t seen = std::min(buffer_.size(), end == std::string::npos ? end : end + 4);
-    std::size_t lineEnd = buffer_.find("\r\n");
+    std::size_t lineEnd = buffer_.find("\r\n", lineScanned_);
+    lineScanned_ = lineEnd == std::string::npos ? std::max<std::size_t>(buffer_.size(), 1) - 1 : lineEnd;
     if (std::min(lineEnd, seen) > ServerLimits::requestLine) {
         refuse(414, "The address of the request is too long.");
         return std::string::npos;
     }
-    if (seen > ServerLimits::head) {
+    if (lineEnd < seen && seen - lineEnd > ServerLimits::head) {
         refuse(431, "The header of the request is too large.");
         return std::string::npos;
     }
@@ -150,7 +153,19 @@ bool HttpConnection::acceptHead(std::size_t end) {
     if (!std::all_of(requestLine.begin(), requestLine.end(), isFieldCharacter)) {
         return refuse(400, "The request is not HTTP.");
     }
-    std::string head(requestLine);
+    // Captions make a query longer than httplib takes; it needs none.
+    const std::size_t question = std::min(requestLine.find('?'), requestLine.size());
+    const std::size_t version = std::max(requestLine.rfind(' '), question);
+    if (version == std::string_view::npos) return refuse(400, "The request is not HTTP.");
+    std::string head(requestLine.substr(0, question));
+    if (question < requestLine.size()) {
+        held_.emplace(std::string(heldPrefix) + std::string(queryHeader),
+                      std::string(requestLine.substr(question + 1, version - question - 1)));
+        head += requestLine.substr(version);
+    }
+    if (head.size() > ServerLimits::requestPath) {
+        return refuse(414, "The address of the request is too long.");
+    }
     head += "\r\n";
     rest.remove_prefix(std::min(lineEnd + 2, rest.size()));
     for (std::size_t count = 0; !rest.empty(); ++count) {
@@ -164,7 +179,10 @@ bool HttpConnection::acceptHead(std::size_t end) {
     head += "\r\n";
     buffer_.replace(0, end + 4, head);
     unread_ = head.size() + contentLength_;
-    deadline_ = Clock::now() + ServerLimits::bodyTime;
+    // A bound on the bytes keeps the sum of times within the clock's range; the service refuses such bodies.
+    constexpr std::uint64_t longest = std::uint64_t{1} << 40;
+    deadline_ = Clock::now() + ServerLimits::bodyTime +
+                std::chrono::seconds(std::min(contentLength_, longest) / ServerLimits::bodySpeed);
     return true;
 }
 
@@ -226,7 +244,8 @@ ssize_t HttpConnection::read(char* bytes, size_t size) {
         buffer_.clear();
         consumed_ = 0;
         auto stall = Clock::now() + ServerLimits::stallTime;
-        if (wait(POLLIN, std::min(stall, deadline_)) != Wait::Ready || !receive()) return -1;
+        const std::size_t most = unread_ > receiveSize ? receiveBodySize : receiveSize;
+        if (wait(POLLIN, std::min(stall, deadline_)) != Wait::Ready || !receive(most)) return -1;
         // A spurious wake-up counts as a stall: the request is given up, never spun on.
         if (buffer_.empty()) return -1;
     }

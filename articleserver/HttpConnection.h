@@ -30,7 +30,10 @@ public:
 
     /// In front of the names of held headers; no header of a client comes through under such a name.
     static constexpr std::string_view heldPrefix = "held-";
-    /// "Content-Type" and "Range" of the current request, as they came.
+    /// The name, without the prefix, under which the query of the address is held; no query: no header. A client's own
+    /// header of that name is dropped.
+    static constexpr std::string_view queryHeader = "query of the address";
+    /// "Content-Type", "Range" and the query of the current request, as they came.
     const httplib::Headers& heldHeaders() const { return held_; }
     std::uint64_t contentLength() const { return contentLength_; }
     /// True while bytes of the request have not been read; such a connection cannot be used again.
@@ -54,8 +57,8 @@ private:
     enum class Wait { Ready, TimedOut, Stopped };
 
     Wait wait(short events, Clock::time_point deadline) const;
-    /// Appends what has arrived to buffer_; false at the end of the stream.
-    bool receive();
+    /// Appends what has arrived, at most so many bytes, to buffer_; false at the end of the stream.
+    bool receive(std::size_t most);
     /// Finds the end of the head in buffer_; npos while it is not there, or with a refusal set.
     std::size_t headEnd();
     bool acceptHead(std::size_t end);
@@ -65,9 +68,10 @@ private:
     int socket_;
     int stopEvent_;
     std::string buffer_;
-    std::size_t consumed_ = 0;  ///< bytes of buffer_ that were handed out
-    std::size_t scanned_ = 0;   ///< bytes of buffer_ that headEnd() has seen
-    std::uint64_t unread_ = 0;  ///< bytes of the current request not yet handed out
+    std::size_t consumed_ = 0;     ///< bytes of buffer_ that were handed out
+    std::size_t scanned_ = 0;      ///< bytes of buffer_ that headEnd() has seen
+    std::size_t lineScanned_ = 0;  ///< where its search for the end of the request line goes on
+    std::uint64_t unread_ = 0;     ///< bytes of the current request not yet handed out
     std::uint64_t contentLength_ = 0;
     bool hasContentLength_ = false;
     Clock::time_point deadline_;

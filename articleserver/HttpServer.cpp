@@ -37,6 +37,10 @@ bool provideFile(const WebFile& file, const std::string& contentType, httplib::R
     return true;
 }
 
+std::uint64_t lengthOf(const httplib::Request& request) {
+    return static_cast<std::uint64_t>(decimalId(request.get_header_value("Content-Length")).value_or(0));
+}
+
 void fill(httplib::Response& response, const WebReply& reply, bool isClosing) {
     response.status = reply.status;
     for (const auto& [name, value] : reply.headers) response.headers.emplace(name, value);
@@ -77,6 +81,9 @@ HttpServer::HttpServer(WebService& service) : service_(service) {
     Post(everything, withBody);
     Put(everything, withBody);
     Patch(everything, withBody);
+    set_expect_100_continue_handler([this](const httplib::Request& request, httplib::Response& response) {
+        return expected(request, response);
+    });
     set_error_handler(
         httplib::Server::HandlerWithResponse([this](const httplib::Request&, httplib::Response& response) {
             if (!response.body.empty()) return HandlerResponse::Unhandled;
@@ -177,25 +184,47 @@ void HttpServer::serve(const httplib::Request& request, httplib::Response& respo
 
 WebReply HttpServer::replyTo(const httplib::Request& request, const httplib::ContentReader* reader,
                              httplib::Response& response) {
-    std::uint64_t length =
-        static_cast<std::uint64_t>(decimalId(request.get_header_value("Content-Length")).value_or(0));
+    const std::uint64_t length = lengthOf(request);
     // Until its body has been read, every answer ends the connection.
     if (length > 0) response.set_header("Connection", "close");
-
     WebRequest asked;
+    if (auto refusal = understand(request, asked)) return *refusal;
+    WebIntake intake = service_.intake(asked, length);
+    if (intake.refusal) return *intake.refusal;
+    if (length > 0 && reader) {
+        std::uint64_t taken = 0;
+        if (!intake.receiver) asked.body.reserve(length);
+        bool isWanted = true;
+        bool isRead = (*reader)([&](const char* bytes, std::size_t size) {
+            taken += size;
+            if (intake.receiver) {
+                isWanted = intake.receiver->take({bytes, size});
+                return isWanted;
+            }
+            asked.body.append(bytes, size);
+            return true;
+        });
+        if (isWanted && (!isRead || taken != length)) {
+            return service_.refusal(400, "The body of the request ended early.");
+        }
+        if (isWanted) response.headers.erase("Connection");
+    }
+    asked.receiver = std::move(intake.receiver);
+    return service_.reply(asked);
+}
+
+int HttpServer::expected(const httplib::Request& request, httplib::Response& response) {
+    WebRequest asked;
+    auto refusal = understand(request, asked);
+    if (!refusal) refusal = service_.intake(asked, lengthOf(request)).refusal;
+    if (!refusal) return 100;
+    fill(response, *refusal, true);
+    return refusal->status;
+}
+
+std::optional<WebReply> HttpServer::understand(const httplib::Request& request, WebRequest& asked) const {
     asked.method = request.method;
     asked.remoteAddress = request.remote_addr;
-    std::string_view target = request.target;
-    std::size_t question = target.find('?');
-    auto path = decodedPercent(target.substr(0, question), PlusSign::IsPlus);
-    if (!path) return service_.refusal(400, path.failure().text);
-    // Clients join base addresses and paths with one slash, two or none.
-    asked.path = "/" + path->substr(std::min(path->find_first_not_of('/'), path->size()));
-    if (question != std::string_view::npos) {
-        auto query = parseFields(target.substr(question + 1));
-        if (!query) return service_.refusal(400, query.failure().text);
-        asked.query = std::move(*query);
-    }
     for (const auto& [name, value] : request.headers) {
         std::string lower = name;
         std::transform(lower.begin(), lower.end(), lower.begin(),
@@ -203,22 +232,17 @@ WebReply HttpServer::replyTo(const httplib::Request& request, const httplib::Con
         if (lower.starts_with(HttpConnection::heldPrefix)) lower.erase(0, HttpConnection::heldPrefix.size());
         asked.headers.emplace(std::move(lower), value);
     }
-
-    auto maximum = service_.maximumBody(asked);
-    if (maximum && length > *maximum) return service_.refusal(413, "The request is too large.");
-    if (maximum && length > 0 && reader) {
-        asked.body.reserve(length);
-        bool isRead = (*reader)([&](const char* bytes, std::size_t size) {
-            if (asked.body.size() + size > *maximum) return false;
-            asked.body.append(bytes, size);
-            return true;
-        });
-        if (!isRead || asked.body.size() != length) {
-            return service_.refusal(400, "The body of the request ended early.");
-        }
-        response.headers.erase("Connection");
-    }
-    return service_.reply(asked);
+    auto path = decodedPercent(request.target, PlusSign::IsPlus);
+    if (!path) return service_.refusal(400, path.failure().text);
+    // Clients join base addresses and paths with one slash, two or none.
+    asked.path = "/" + path->substr(std::min(path->find_first_not_of('/'), path->size()));
+    const auto held = asked.headers.find(HttpConnection::queryHeader);
+    if (held == asked.headers.end()) return std::nullopt;
+    auto query = parseFields(held->second);
+    asked.headers.erase(held);
+    if (!query) return service_.refusal(400, query.failure().text);
+    asked.query = std::move(*query);
+    return std::nullopt;
 }
 
 }  // namespace ostrel

@@ -1,14 +1,19 @@
 #include "MediaFolder.h"
 
+#include "ServerLimits.h"
+
 #include <fcntl.h>
 #include <sodium.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 #include <unordered_set>
 
 namespace ostrel {
@@ -16,6 +21,7 @@ namespace ostrel {
 namespace {
 
 constexpr std::size_t nameDigits = 32;
+constexpr std::size_t writeBlock = 256 * 1024;
 
 std::string_view contentTypeOf(std::string_view extension) {
     if (extension == "jpg") return "image/jpeg";
@@ -104,7 +110,69 @@ ServerResult<std::string> MediaFolder::add(std::string_view bytes, std::string_v
 }
 
 ServerResult<ServerDone> MediaFolder::addAs(const std::string& name, std::string_view bytes) {
-    return write(folder_ / name, bytes);
+    auto written = write(folder_ / name, bytes);
+    std::lock_guard lock(supplierMutex_);
+    if (gone_.contains(name)) ::unlink((folder_ / name).c_str());
+    return written;
+}
+
+ServerResult<std::unique_ptr<IncomingFile>> MediaFolder::receive(std::string_view extension) {
+    std::string name = randomName(extension);
+    std::string path = (folder_ / name).string() + ".part";
+    int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (descriptor < 0) return storageFailure(errno);
+    return std::unique_ptr<IncomingFile>(new IncomingFile(descriptor, std::move(path), std::move(name)));
+}
+
+std::uint64_t MediaFolder::room() const {
+    struct statvfs facts {};
+    if (::statvfs(folder_.c_str(), &facts) != 0) return std::numeric_limits<std::uint64_t>::max();
+    const std::uint64_t free = static_cast<std::uint64_t>(facts.f_bavail) * facts.f_frsize;
+    return free - std::min(free, ServerLimits::freeSpace);
+}
+
+IncomingFile::~IncomingFile() {
+    if (mapping_) ::munmap(mapping_, static_cast<std::size_t>(written_));
+    ::close(descriptor_);
+    if (!path_.empty()) ::unlink(path_.c_str());
+}
+
+ServerResult<ServerDone> IncomingFile::append(std::string_view bytes) {
+    size_ += bytes.size();
+    pending_.append(bytes);
+    if (pending_.size() < writeBlock) return ServerDone{};
+    return flush();
+}
+
+ServerResult<ServerDone> IncomingFile::flush() {
+    if (!writeAll(descriptor_, pending_)) return storageFailure(errno);
+    // The disk works while the rest arrives: what is left to wait for at the end stays short.
+    if (!pending_.empty()) {
+        ::sync_file_range(descriptor_, static_cast<off_t>(written_), static_cast<off_t>(pending_.size()),
+                          SYNC_FILE_RANGE_WRITE);
+    }
+    written_ += pending_.size();
+    pending_.clear();
+    return ServerDone{};
+}
+
+ServerResult<std::string> IncomingFile::keep() {
+    auto flushed = flush();
+    if (!flushed) return flushed.failure();
+    const std::string path = path_.substr(0, path_.size() - std::string_view(".part").size());
+    if (::fsync(descriptor_) != 0 || ::rename(path_.c_str(), path.c_str()) != 0) return storageFailure(errno);
+    path_.clear();
+    return name_;
+}
+
+std::string_view IncomingFile::bytes() {
+    if (!mapping_ && written_ > 0) {
+        void* mapping =
+            ::mmap(nullptr, static_cast<std::size_t>(written_), PROT_READ, MAP_PRIVATE, descriptor_, 0);
+        if (mapping == MAP_FAILED) return {};
+        mapping_ = mapping;
+    }
+    return {static_cast<const char*>(mapping_), mapping_ ? static_cast<std::size_t>(written_) : 0};
 }
 
 void MediaFolder::setSupplier(Supplier supplier) {
@@ -144,6 +212,11 @@ std::optional<MediaFolder::File> MediaFolder::factsOf(std::string_view name) con
 void MediaFolder::remove(const std::vector<std::string>& names) {
     for (const std::string& name : names) {
         if (!isName(name)) continue;
+        {
+            // First, so that a supplier that adds it now finds it gone.
+            std::lock_guard lock(supplierMutex_);
+            if (supplier_) gone_.insert(name);
+        }
         std::string path = folder_ / name;
         if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
             logServerError(std::string("a media file could not be removed: ") + std::strerror(errno));

@@ -6,13 +6,49 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace ostrel {
+
+/// A media file that is still being received. It goes with this object unless it is kept. Owned by one thread at a time.
+class IncomingFile final {
+public:
+    IncomingFile(const IncomingFile&) = delete;
+    IncomingFile& operator=(const IncomingFile&) = delete;
+    ~IncomingFile();
+
+    /// StorageFull, Internal.
+    ServerResult<ServerDone> append(std::string_view bytes);
+    /// Puts everything in the file, for `descriptor` and `bytes` to be read.
+    ServerResult<ServerDone> flush();
+    /// Flushes it and brings it to the disk under its name.
+    ServerResult<std::string> keep();
+
+    std::uint64_t size() const { return size_; }
+    int descriptor() const { return descriptor_; }
+    /// The whole file as memory, mapped; empty when that fails.
+    std::string_view bytes();
+
+private:
+    friend class MediaFolder;
+    IncomingFile(int descriptor, std::string path, std::string name)
+        : descriptor_(descriptor), path_(std::move(path)), name_(std::move(name)) {}
+
+    int descriptor_;
+    std::string path_;  ///< empty when it was kept
+    std::string name_;
+    std::string pending_;
+    std::uint64_t size_ = 0;
+    std::uint64_t written_ = 0;
+    void* mapping_ = nullptr;
+};
 
 /// The folder of media files. Names are random and made here, and a name that this class did not make
 /// never becomes a path. A file never changes under its name. Any thread may call it.
@@ -36,6 +72,11 @@ public:
 
     /// Keeps the bytes under a new name once they are wholly on the disk. StorageFull, Internal.
     ServerResult<std::string> add(std::string_view bytes, std::string_view extension);
+    /// A new file to be received piece by piece. StorageFull, Internal.
+    ServerResult<std::unique_ptr<IncomingFile>> receive(std::string_view extension);
+    /// Bytes that may still be stored, leaving ServerLimits::freeSpace.
+    std::uint64_t room() const;
+
     /// A name for a file that is added later, with addAs.
     static std::string newName(std::string_view extension);
     ServerResult<ServerDone> addAs(const std::string& name, std::string_view bytes);
@@ -57,7 +98,8 @@ private:
 
     std::filesystem::path folder_;
     mutable std::mutex supplierMutex_;
-    Supplier supplier_;  ///< guarded by supplierMutex_
+    Supplier supplier_;                     ///< guarded by supplierMutex_
+    std::unordered_set<std::string> gone_;  ///< removed before they were supplied; guarded by supplierMutex_
 };
 
 }  // namespace ostrel

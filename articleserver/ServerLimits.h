@@ -9,8 +9,10 @@ namespace ostrel {
 /// Every limit of the article server, in one place; docs/protocol.md lists them for clients.
 /// Sizes are bytes unless a name says otherwise.
 struct ServerLimits final {
-    // The head of a request. httplib's own bound of a header line is 8192; ours stays below it.
-    static constexpr std::size_t requestLine = 4096;
+    // The head of a request. httplib's own bound of a header line is 8192; ours stays below it. A caption travels in the
+    // query, three bytes for each of its own.
+    static constexpr std::size_t requestLine = 200 * 1024;
+    static constexpr std::size_t requestPath = 4096;
     static constexpr std::size_t headerLine = 8000;
     static constexpr std::size_t head = 16 * 1024;
     static constexpr std::size_t headers = 64;
@@ -22,6 +24,13 @@ struct ServerLimits final {
     static constexpr std::size_t notificationForm = 32 * 1024;
     static constexpr std::size_t avatarFile = 5 * 1024 * 1024;
     static constexpr std::size_t avatarBody = avatarFile + 64 * 1024;
+    /// A title and a text at their longest, each byte as three.
+    static constexpr std::size_t articleForm = 7 * 1024 * 1024;
+    static constexpr std::uint64_t imageFile = 64 * 1024 * 1024;
+    static constexpr std::uint64_t stillFile = 16 * 1024 * 1024;
+    static constexpr std::uint64_t videoFile = std::uint64_t{8} * 1024 * 1024 * 1024;
+    /// The fields of an upload together, and everything around its files.
+    static constexpr std::size_t uploadFields = 256 * 1024;
     static constexpr std::size_t multipartParts = 16;
     static constexpr std::size_t multipartHeader = 2048;
 
@@ -29,6 +38,8 @@ struct ServerLimits final {
     static constexpr auto headTime = std::chrono::seconds(10);
     static constexpr auto bodyTime = std::chrono::seconds(60);
     static constexpr auto stallTime = std::chrono::seconds(10);
+    /// Bytes a second that a body has to reach on the whole, beyond bodyTime.
+    static constexpr std::uint64_t bodySpeed = 8 * 1024;
     static constexpr auto idleTime = std::chrono::seconds(15);
     static constexpr auto crowdedIdleTime = std::chrono::seconds(1);
 
@@ -37,6 +48,23 @@ struct ServerLimits final {
     static constexpr int crowdedConnections = 48;
     static constexpr std::size_t requestsPerConnection = 1000;
     static constexpr int listenBacklog = 128;
+    /// The other threads are left to those who read.
+    static constexpr int uploadsAtOnce = 56;
+
+    /// What an upload leaves free on the disk, for the database above all.
+    static constexpr std::uint64_t freeSpace = 16 * 1024 * 1024;
+
+    // Articles. The page of a list and the record of an article stay below the 32 MiB that clients take of an answer, JSON
+    // making six bytes of one at most.
+    static constexpr std::size_t titleBytes = 1024 * 1024;
+    static constexpr std::size_t textBytes = 1024 * 1024;
+    static constexpr std::size_t captionBytes = 64 * 1024;
+    static constexpr std::int64_t captionBytesPerArticle = 1024 * 1024;
+    static constexpr std::int64_t mediaPerArticle = 1000;
+    static constexpr std::size_t articleBytesPerPage = 2 * 1024 * 1024;
+    static constexpr std::int64_t position = 1'000'000'000;
+    static constexpr std::size_t placeCharacters = 32;
+    static constexpr double durationSeconds = 1e7;
 
     // Content, in Unicode code points.
     static constexpr std::size_t nameCharacters = 40;
@@ -46,10 +74,9 @@ struct ServerLimits final {
     static constexpr std::size_t notificationTitleCharacters = 100;
     static constexpr std::size_t notificationCharacters = 2000;
     static constexpr int pageSize = 20;
-    /// What one answer holds of an article's comments. JSON makes of a byte six at most, so that an answer stays
-    /// below the 32 MiB that clients take.
+    /// What one answer holds of an article's comments, beside the article itself.
     static constexpr int commentsPerAnswer = 5000;
-    static constexpr std::size_t commentBytesPerAnswer = 4 * 1024 * 1024;
+    static constexpr std::size_t commentBytesPerAnswer = 2 * 1024 * 1024;
     static constexpr int commentsPerPage = 200;
     static constexpr int commentsPerPublicPage = 100;
     static constexpr int notificationsPerUser = 1000;
@@ -58,6 +85,13 @@ struct ServerLimits final {
     static constexpr int avatarSide = 4096;
     static constexpr int storedAvatarSide = 256;
     static constexpr int thumbnailSide = 400;
+    /// A video's still is all that is seen of it before it plays, so it has the width of a screen.
+    static constexpr int stillSide = 1280;
+    static constexpr int pictureSide = 32'767;
+    static constexpr std::int64_t picturePixels = 100'000'000;
+    /// What the coefficients of one picture may take in memory, in bytes, while it is decoded; and how many are at once.
+    static constexpr std::int64_t pictureMemory = 256 * 1024 * 1024;
+    static constexpr int picturesAtOnce = 4;
 
     // Attempts within attemptWindow.
     static constexpr auto attemptWindow = std::chrono::minutes(5);
@@ -67,6 +101,7 @@ struct ServerLimits final {
     static constexpr int newVisitorsPerAddress = 200;
     static constexpr int commentsPerAuthor = 60;
     static constexpr int notificationsPerSender = 30;
+    static constexpr int articlesPerAuthor = 300;
     static constexpr std::size_t rememberedAttempters = 4096;
 
     // Password hashing takes 64 MiB and a processor for about 0.1 seconds each.
@@ -78,6 +113,10 @@ struct ServerLimits final {
     static constexpr auto sessionRenewal = std::chrono::hours(24);
     static constexpr auto visitorLife = std::chrono::hours(24 * 365);
     static constexpr int sessionsPerUser = 32;
+
+    /// For how long a repeated request is known as one (Idempotency-Key); its key.
+    static constexpr auto repeatLife = std::chrono::hours(24);
+    static constexpr std::size_t repeatKey = 128;
 };
 
 }  // namespace ostrel

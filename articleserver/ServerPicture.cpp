@@ -1,6 +1,7 @@
 #include "ServerPicture.h"
 
 #include "ExifOrientation.h"
+#include "ServerLimits.h"
 
 #include <algorithm>
 #include <array>
@@ -8,9 +9,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 // jpeglib.h needs the declarations of cstdio.
 #include <jpeglib.h>
+// The codes of libjpeg's messages.
+#include <jerror.h>
 
 namespace ostrel {
 
@@ -25,13 +29,20 @@ using Context = std::unique_ptr<cairo_t, DestroyContext>;
 struct JpegErrors {
     jpeg_error_mgr manager{};
     std::jmp_buf escape{};
+    bool isCutShort = false;
 };
 
 [[noreturn]] void leaveJpeg(j_common_ptr info) {
     std::longjmp(reinterpret_cast<JpegErrors*>(info->err)->escape, 1);
 }
 
-void ignoreJpegMessage(j_common_ptr, int) {}
+/// libjpeg fills up a picture whose data end early, and only mentions it.
+void noteJpegMessage(j_common_ptr info, int level) {
+    const int code = info->err->msg_code;
+    if (level < 0 && (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER)) {
+        reinterpret_cast<JpegErrors*>(info->err)->isCutShort = true;
+    }
+}
 
 // A small file can hold thousands of scans, each as costly as a whole picture.
 constexpr int maximumScans = 100;
@@ -45,7 +56,7 @@ void limitScans(j_common_ptr info) {
 jpeg_error_mgr* prepare(JpegErrors& errors) {
     jpeg_error_mgr* manager = jpeg_std_error(&errors.manager);
     manager->error_exit = leaveJpeg;
-    manager->emit_message = ignoreJpegMessage;
+    manager->emit_message = noteJpegMessage;
     return manager;
 }
 
@@ -91,8 +102,24 @@ ServerPicture::ServerPicture(int width, int height)
 
 ServerResult<ServerPicture> ServerPicture::decode(std::string_view bytes, int maximumSide) {
     if (bytes.starts_with(pngSignature)) return decodePng(bytes, maximumSide);
-    if (bytes.starts_with(jpegSignature)) return decodeJpeg(bytes, maximumSide);
+    if (bytes.starts_with(jpegSignature)) {
+        auto decoded = decodeJpeg(
+            bytes, {maximumSide, std::int64_t{maximumSide} * maximumSide, ServerLimits::pictureMemory, 0});
+        if (!decoded) return decoded.failure();
+        return std::move(decoded->picture);
+    }
     return ServerFailure{ServerFault::Unsupported, "The picture is neither JPEG nor PNG."};
+}
+
+ServerResult<ServerPicture::Thumbnail> ServerPicture::thumbnail(std::string_view jpeg, int side) {
+    if (!jpeg.starts_with(jpegSignature)) {
+        return ServerFailure{ServerFault::Unsupported, "The picture is not a JPEG file."};
+    }
+    // Twice the size is decoded, so that the scaling has something to average.
+    auto decoded = decodeJpeg(jpeg, {ServerLimits::pictureSide, ServerLimits::picturePixels,
+                                     ServerLimits::pictureMemory, 2 * side});
+    if (!decoded) return decoded.failure();
+    return Thumbnail{decoded->picture.fitted(side), decoded->width, decoded->height};
 }
 
 ServerResult<ServerPicture> ServerPicture::decodePng(std::string_view bytes, int maximumSide) {
@@ -107,7 +134,8 @@ ServerResult<ServerPicture> ServerPicture::decodePng(std::string_view bytes, int
     return picture;
 }
 
-ServerResult<ServerPicture> ServerPicture::decodeJpeg(std::string_view bytes, int maximumSide) {
+ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_view bytes,
+                                                                 const JpegWish& wish) {
     JpegErrors errors;
     jpeg_decompress_struct info{};
     jpeg_progress_mgr progress{};
@@ -126,10 +154,16 @@ ServerResult<ServerPicture> ServerPicture::decodeJpeg(std::string_view bytes, in
     jpeg_mem_src(&info, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
     jpeg_save_markers(&info, exifMarker, 0xFFFF);
     jpeg_read_header(&info, TRUE);
-    auto side = static_cast<JDIMENSION>(maximumSide);
-    if (info.image_width > side || info.image_height > side) {
+    auto side = static_cast<JDIMENSION>(wish.maximumSide);
+    const std::int64_t pixelCount = std::int64_t{info.image_width} * info.image_height;
+    // Of a picture in several scans the decoder keeps every coefficient: two bytes a sample.
+    const std::int64_t coefficients =
+        jpeg_has_multiple_scans(&info) ? pixelCount * info.num_components * 2 : 0;
+    if (info.image_width > side || info.image_height > side || pixelCount > wish.maximumPixels ||
+        coefficients > wish.maximumMemory) {
         jpeg_destroy_decompress(&info);
-        return tooLarge(maximumSide);
+        if (info.image_width > side || info.image_height > side) return tooLarge(wish.maximumSide);
+        return ServerFailure{ServerFault::TooLarge, "The picture has too many pixels."};
     }
     for (auto* marker = info.marker_list; marker && orientation == 1; marker = marker->next) {
         if (marker->marker != exifMarker) continue;
@@ -140,6 +174,11 @@ ServerResult<ServerPicture> ServerPicture::decodeJpeg(std::string_view bytes, in
     if (info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK) {
         jpeg_destroy_decompress(&info);
         return ServerFailure{ServerFault::Unsupported, "The picture's colours are not RGB."};
+    }
+    const JDIMENSION longer = std::max(info.image_width, info.image_height);
+    while (wish.side > 0 && info.scale_denom < 8 &&
+           longer / (info.scale_denom * 2) >= static_cast<JDIMENSION>(wish.side)) {
+        info.scale_denom *= 2;
     }
     jpeg_start_decompress(&info);
     surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(info.output_width),
@@ -152,11 +191,15 @@ ServerResult<ServerPicture> ServerPicture::decodeJpeg(std::string_view bytes, in
         jpeg_read_scanlines(&info, &row, 1);
     }
     jpeg_finish_decompress(&info);
+    int width = static_cast<int>(info.image_width);
+    int height = static_cast<int>(info.image_height);
     jpeg_destroy_decompress(&info);
     cairo_surface_mark_dirty(surface);
     ServerPicture stored(static_cast<cairo_surface_t*>(surface));
-    if (orientation == 1) return stored;
-    return stored.oriented(orientation);
+    if (errors.isCutShort) return brokenPicture();
+    if (orientation == 1) return Thumbnail{std::move(stored), width, height};
+    if (isSidewaysOrientation(orientation)) std::swap(width, height);
+    return Thumbnail{stored.oriented(orientation), width, height};
 }
 
 int ServerPicture::width() const { return cairo_image_surface_get_width(surface()); }

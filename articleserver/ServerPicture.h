@@ -4,6 +4,7 @@
 
 #include <cairo.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -19,6 +20,12 @@ public:
     /// Decodes JPEG or PNG, upright: the Exif orientation of a JPEG is carried out. Unsupported for other bytes, TooLarge when a side exceeds `maximumSide` pixels,
     /// BadInput for a broken file. The size is judged before anything is decoded.
     static ServerResult<ServerPicture> decode(std::string_view bytes, int maximumSide);
+
+    /// A JPEG file scaled while it is decoded, and its size in pixels; both upright. The whole file is read, so that one
+    /// that was cut short is found: BadInput. Unsupported for other bytes and other colours, TooLarge beyond
+    /// ServerLimits::pictureSide, picturePixels and pictureMemory.
+    struct Thumbnail;
+    static ServerResult<Thumbnail> thumbnail(std::string_view jpeg, int side);
 
     int width() const;
     int height() const;
@@ -41,10 +48,24 @@ private:
         void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
     };
     explicit ServerPicture(cairo_surface_t* surface) : surface_(surface) {}
-    static ServerResult<ServerPicture> decodeJpeg(std::string_view bytes, int maximumSide);
+    /// What a picture may have, and at which size it is wanted.
+    struct JpegWish {
+        int maximumSide;
+        std::int64_t maximumPixels;
+        std::int64_t maximumMemory;  ///< of coefficients, in bytes
+        int side;                    ///< the longer side that is enough; 0: all there is
+    };
+    /// With the file's own size, upright.
+    static ServerResult<Thumbnail> decodeJpeg(std::string_view bytes, const JpegWish& wish);
     static ServerResult<ServerPicture> decodePng(std::string_view bytes, int maximumSide);
 
     std::unique_ptr<cairo_surface_t, Destroy> surface_;
+};
+
+struct ServerPicture::Thumbnail {
+    ServerPicture picture;
+    int width;
+    int height;
 };
 
 }  // namespace ostrel

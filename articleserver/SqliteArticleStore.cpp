@@ -51,6 +51,13 @@ bool readMedia(SqliteConnection& connection, StoredArticle& article) {
     return !images.failed() && !videos.failed();
 }
 
+std::size_t textBytesOf(const StoredArticle& article) {
+    std::size_t bytes = article.title.size() + article.text.size();
+    for (const StoredImage& image : article.images) bytes += image.text.size();
+    for (const StoredVideo& video : article.videos) bytes += video.text.size();
+    return bytes;
+}
+
 ServerResult<std::int64_t> insertUser(SqliteConnection& connection, const StoredUser& user, ServerTime now) {
     std::string key = nameKey(user.name);
     SqliteStatement taken = connection.prepare("SELECT 1 FROM users WHERE name_key = ?", key);
@@ -254,8 +261,13 @@ ServerResult<ArticlePage> SqliteArticleStore::articles(const ArticlePageQuery& q
         }
         page.hasMore = page.articles.size() > static_cast<std::size_t>(query.limit);
         if (page.hasMore) page.articles.pop_back();
-        for (StoredArticle& article : page.articles) {
-            if (!readMedia(connection, article)) return connection.failure();
+        std::size_t bytes = 0;
+        for (std::size_t index = 0; index < page.articles.size(); ++index) {
+            if (!readMedia(connection, page.articles[index])) return connection.failure();
+            bytes += textBytesOf(page.articles[index]);
+            if (bytes < query.maximumBytes || index + 1 == page.articles.size()) continue;
+            page.articles.resize(index + 1);
+            page.hasMore = true;
         }
         return page;
     });

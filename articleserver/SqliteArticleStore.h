@@ -35,6 +35,20 @@ public:
     ServerResult<ArticlePage> articles(const ArticlePageQuery& query) const override;
     ServerResult<std::optional<StoredArticle>> article(std::int64_t id) const override;
     ServerResult<std::vector<std::string>> removeArticle(std::int64_t id, std::int64_t user) override;
+    ServerResult<PublishedId> createArticle(const PublishRequest& request,
+                                            const StoredArticle& article) override;
+    ServerResult<ServerDone> updateArticle(std::int64_t id, const PublishRequest& request,
+                                           std::string_view title, std::string_view text) override;
+    ServerResult<ServerDone> checkAuthor(std::int64_t article, std::int64_t user) const override;
+    ServerResult<PublishedId> addImage(const PublishRequest& request, const MediumPlace& place,
+                                       const StoredImage& image) override;
+    ServerResult<PublishedId> addVideo(const PublishRequest& request, const MediumPlace& place,
+                                       const StoredVideo& video) override;
+    ServerResult<ServerDone> changeMedium(MediumKind kind, std::int64_t id, const PublishRequest& request,
+                                          const MediumChange& change) override;
+    ServerResult<std::vector<std::string>> removeMedium(MediumKind kind, std::int64_t id,
+                                                        const PublishRequest& request) override;
+
     ServerResult<std::int64_t> likeArticle(std::int64_t id, std::string_view liker) override;
     ServerResult<std::int64_t> addComment(std::int64_t article, std::int64_t author, std::string_view text,
                                           ServerTime now) override;

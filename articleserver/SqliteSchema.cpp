@@ -8,7 +8,7 @@ namespace {
 
 // Step n takes a file from version n to n + 1. A step that has been released is never edited.
 // AUTOINCREMENT, because the id of a removed article must not come back as another one's.
-constexpr std::array<const char*, 2> migrations = {R"sql(
+constexpr std::array<const char*, 3> migrations = {R"sql(
 CREATE TABLE users (
     id            INTEGER PRIMARY KEY AUTOINCREMENT,
     name          TEXT NOT NULL,
@@ -87,6 +87,16 @@ CREATE TABLE notifications (
 CREATE INDEX notifications_by_recipient ON notifications (recipient_id, id);
 CREATE INDEX notifications_unread ON notifications (recipient_id, is_read);
 CREATE INDEX notifications_by_sender ON notifications (sender_id);
+)sql",
+                                                   R"sql(
+CREATE TABLE published_requests (
+    user_id     INTEGER NOT NULL REFERENCES users (id) ON DELETE CASCADE,
+    request_key TEXT NOT NULL,
+    made_id     INTEGER NOT NULL,
+    published   INTEGER NOT NULL,
+    PRIMARY KEY (user_id, request_key)
+);
+CREATE INDEX published_requests_by_time ON published_requests (published);
 )sql"};
 
 }  // namespace

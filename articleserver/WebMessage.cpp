@@ -1,5 +1,6 @@
 #include "WebMessage.h"
 
+#include "MultipartReader.h"
 #include "ServerLimits.h"
 #include "ServerText.h"
 
@@ -45,36 +46,6 @@ int hexDigit(char character) {
     if (character >= '0' && character <= '9') return character - '0';
     char lower = lowered(character);
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-/// The value of `name=` among the parameters of a header, without its quotes.
-std::optional<std::string> headerParameter(std::string_view header, std::string_view name) {
-    std::size_t at = header.find(';');
-    while (at != std::string_view::npos) {
-        std::string_view rest = trimmedBlanks(header.substr(at + 1));
-        std::size_t equals = rest.find('=');
-        if (equals == std::string_view::npos) return std::nullopt;
-        std::string_view key = trimmedBlanks(rest.substr(0, equals));
-        rest = trimmedBlanks(rest.substr(equals + 1));
-        std::string value;
-        if (rest.starts_with('"')) {
-            std::size_t end = 1;
-            while (end < rest.size() && rest[end] != '"') {
-                if (rest[end] == '\\' && end + 1 < rest.size()) ++end;
-                value += rest[end++];
-            }
-            if (end >= rest.size()) return std::nullopt;
-            rest.remove_prefix(end + 1);
-        } else {
-            value = trimmedBlanks(rest.substr(0, rest.find(';')));
-        }
-        if (key.size() == name.size() && startsWithFolded(key, name)) return value;
-        std::size_t next = rest.find(';');
-        if (next == std::string_view::npos) return std::nullopt;
-        header = rest;
-        at = next;
-    }
-    return std::nullopt;
 }
 
 }  // namespace
@@ -156,53 +127,60 @@ ServerResult<WebFields> parseFields(std::string_view text) {
     return fields;
 }
 
-ServerResult<std::vector<MultipartPart>> parseMultipart(std::string_view contentType, std::string_view body) {
-    auto boundary = headerParameter(contentType, "boundary");
-    // RFC 2046, 5.1.1: 1 to 70 characters.
-    if (!boundary || boundary->empty() || boundary->size() > 70) {
-        return badInput("The multipart body has no valid boundary.");
-    }
-    const ServerFailure broken = badInput("The multipart body is broken.");
-    const std::string delimiter = "\r\n--" + *boundary;
-    std::vector<MultipartPart> parts;
-
-    // The first delimiter may stand at the very start, without its line break.
-    std::size_t at = 0;
-    if (body.starts_with(std::string_view(delimiter).substr(2))) {
-        at = delimiter.size() - 2;
-    } else {
-        at = body.find(delimiter);
-        if (at == std::string_view::npos) return broken;
-        at += delimiter.size();
-    }
-    while (!body.substr(at).starts_with("--")) {
-        if (!body.substr(at).starts_with("\r\n")) return broken;
-        if (parts.size() == ServerLimits::multipartParts) {
-            return badInput("The multipart body has too many parts.");
-        }
-        at += 2;
-        std::size_t headerEnd = body.substr(at, ServerLimits::multipartHeader + 4).find("\r\n\r\n");
-        if (headerEnd == std::string_view::npos) return broken;
-        MultipartPart part;
-        bool isNamed = false;
-        eachPiece(body.substr(at, headerEnd), '\n', [&](std::string_view line) {
-            if (line.ends_with('\r')) line.remove_suffix(1);
-            if (!startsWithFolded(line, "content-disposition:")) return;
-            if (auto name = headerParameter(line, "name")) {
-                part.name = *name;
-                isNamed = true;
+std::optional<std::string> headerParameter(std::string_view header, std::string_view name) {
+    std::size_t at = header.find(';');
+    while (at != std::string_view::npos) {
+        std::string_view rest = trimmedBlanks(header.substr(at + 1));
+        std::size_t equals = rest.find('=');
+        if (equals == std::string_view::npos) return std::nullopt;
+        std::string_view key = trimmedBlanks(rest.substr(0, equals));
+        rest = trimmedBlanks(rest.substr(equals + 1));
+        std::string value;
+        if (rest.starts_with('"')) {
+            std::size_t end = 1;
+            while (end < rest.size() && rest[end] != '"') {
+                if (rest[end] == '\\' && end + 1 < rest.size()) ++end;
+                value += rest[end++];
             }
-            part.fileName = headerParameter(line, "filename").value_or("");
-        });
-        if (!isNamed || !isValidText(part.name)) return broken;
-        at += headerEnd + 4;
-        std::size_t end = body.find(delimiter, at);
-        if (end == std::string_view::npos) return broken;
-        part.content = body.substr(at, end - at);
-        parts.push_back(std::move(part));
-        at = end + delimiter.size();
+            if (end >= rest.size()) return std::nullopt;
+            rest.remove_prefix(end + 1);
+        } else {
+            value = trimmedBlanks(rest.substr(0, rest.find(';')));
+        }
+        if (key.size() == name.size() && startsWithFolded(key, name)) return value;
+        std::size_t next = rest.find(';');
+        if (next == std::string_view::npos) return std::nullopt;
+        header = rest;
+        at = next;
     }
-    return parts;
+    return std::nullopt;
+}
+
+namespace {
+
+class PartCollector final : public MultipartSink {
+public:
+    ServerResult<ServerDone> beginPart(const std::string& name, bool) override {
+        parts.push_back({name, {}});
+        return ServerDone{};
+    }
+    ServerResult<ServerDone> content(std::string_view bytes) override {
+        parts.back().content.append(bytes);
+        return ServerDone{};
+    }
+
+    std::vector<MultipartPart> parts;
+};
+
+}  // namespace
+
+ServerResult<std::vector<MultipartPart>> parseMultipart(std::string_view contentType, std::string_view body) {
+    PartCollector collector;
+    MultipartReader reader(contentType, collector);
+    auto taken = reader.take(body);
+    if (taken) taken = reader.finish();
+    if (!taken) return taken.failure();
+    return std::move(collector.parts);
 }
 
 namespace {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +17,14 @@ namespace ostrel {
 /// Fields of a query or of a form, decoded, each name at most once, all valid UTF-8.
 using WebFields = std::map<std::string, std::string, std::less<>>;
 
+/// Takes the body of a request piece by piece. What it has taken goes with it unless somebody keeps it.
+class WebBodyReceiver {
+public:
+    virtual ~WebBodyReceiver() = default;
+    /// False when no more of the body is wanted; the service then says why.
+    virtual bool take(std::string_view bytes) = 0;
+};
+
 /// One request as the service sees it, apart from any HTTP library.
 struct WebRequest {
     std::string method;
@@ -23,6 +32,7 @@ struct WebRequest {
     WebFields query;
     std::map<std::string, std::string, std::less<>> headers;  ///< names in lower case; the first of equals
     std::string body;
+    std::shared_ptr<WebBodyReceiver> receiver;  ///< has taken the body in the place of `body`; else null
     std::string remoteAddress;
 
     /// Empty when there is no such header.
@@ -46,11 +56,9 @@ struct WebReply {
     std::vector<std::pair<std::string, std::string>> headers;
 };
 
-/// A part of a multipart body; the views look into the body.
 struct MultipartPart {
     std::string name;
-    std::string fileName;
-    std::string_view content;
+    std::string content;
 };
 
 /// The HTTP status of a refusal.
@@ -64,7 +72,10 @@ ServerResult<std::string> decodedPercent(std::string_view text, PlusSign plus);
 /// given twice and whatever decodedPercent refuses.
 ServerResult<WebFields> parseFields(std::string_view text);
 
-/// multipart/form-data (RFC 7578). `contentType` is the header with its boundary.
+/// The value of `name=` among the parameters of a header, without its quotes.
+std::optional<std::string> headerParameter(std::string_view header, std::string_view name);
+
+/// multipart/form-data (RFC 7578) held in memory. `contentType` is the header with its boundary.
 ServerResult<std::vector<MultipartPart>> parseMultipart(std::string_view contentType, std::string_view body);
 
 /// The range of a "bytes=" header for a file of `size` bytes (RFC 9110, 14.1.2).

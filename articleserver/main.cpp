@@ -61,6 +61,8 @@ int main(int argc, char** argv) {
     sigaddset(&signals, SIGINT);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
+    // A file at its largest allowed size is a full disk like any other.
+    std::signal(SIGXFSZ, SIG_IGN);
 
     auto server = ostrel::ArticleServer::start(options);
     if (!server) {

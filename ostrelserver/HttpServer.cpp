@@ -32,8 +32,8 @@ HttpAnswer refusalAnswer(std::string error) {
     return answer;
 }
 
-/// A line of its own for each upload, by which a server knows one that arrives twice: a connection may break after the
-/// body and before the answer, and is then tried once more.
+/// A header of its own for each POST, by which a server knows one that arrives twice: libcurl sends a request once more
+/// when a kept connection turns out to be closed.
 std::string idempotencyKeyLine() {
     static constexpr char digits[] = "0123456789abcdef";
     constexpr int length = 32;
@@ -102,7 +102,10 @@ void HttpServer::send(Sending sending, JudgedHandler handler) {
     if (!address) return;
     HttpRequest request = answeredRequest(*address);
     if (sending.jar) request.cookies = std::move(sending.jar);
-    if (sending.form) request.form = formBody(*sending.form);
+    if (sending.form) {
+        request.form = formBody(*sending.form);
+        request.headers.push_back(idempotencyKeyLine());
+    }
     transport_->start(std::move(request), [desk = desk_, ticket](HttpAnswer answer) {
         desk->deliver(std::move(answer), ticket);
     });
@@ -179,8 +182,8 @@ std::uint64_t HttpServer::sendUpload(const UploadTarget& target, std::shared_ptr
     }
     return transport_->start(std::move(request),
                              [desk = desk_, ticket, ended = std::move(ended)](HttpAnswer answer) {
-                                 desk->deliver(std::move(answer), ticket);
                                  ended();
+                                 desk->deliver(std::move(answer), ticket);
                              });
 }
 

@@ -238,6 +238,7 @@ std::size_t HttpTransfer::readHeader(char* bytes, std::size_t size, std::size_t 
         return 0;
     }
     HttpAnswer& answer = transfer.answer_;
+    transfer.hasWholeHead_ = trimmed(line).empty();
     if (line.substr(0, 5) == "HTTP/") {
         // "HTTP/1.1 404 Not Found"; HTTP/2 has no reason.
         const std::string_view text = trimmed(line);
@@ -362,6 +363,8 @@ std::string HttpTransfer::sentenceFor(int result) const {
 
 void HttpTransfer::finish(int result) {
     if (handle_) curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &answer_.status);
+    if (ownError_.empty() && result == CURLE_OK && !hasWholeHead_)
+        ownError_ = "The answer of the server was cut short.";
     answer_.error = ownError_.empty() ? sentenceFor(result) : ownError_;
     complete();
 }

@@ -146,6 +146,8 @@ private:
     /// A failure found by this object, which libcurl only knows as an abort.
     std::string ownError_;
     std::size_t headerBytes_ = 0;
+    /// The empty line after the headers has arrived. libcurl takes a head that breaks off for a whole answer.
+    bool hasWholeHead_ = false;
     /// Of the body, when it goes to the sink.
     std::size_t sinkBytes_ = 0;
     int redirects_ = 0;

@@ -253,7 +253,7 @@ TEST_F(ArticleRoutesTest, AGiantArticleComesInBoundedAnswers) {
     article.authorId = 0;
     ImportedArticle imported{article, {}, {}};
     for (int count = 1; count <= 5200; ++count) {
-        imported.comments.push_back({0, 0, "", count, std::to_string(count) + std::string(600, 'x')});
+        imported.comments.push_back({0, 0, "", count, std::to_string(count) + std::string(300, 'x')});
     }
     content.articles = {imported};
     stop();

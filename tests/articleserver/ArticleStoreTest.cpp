@@ -236,7 +236,7 @@ TEST_F(ArticleStoreTest, OnlyTheNewestNotificationsOfARecipientAreKept) {
 TEST_F(ArticleStoreTest, AFileOfTheFirstVersionGetsWhatCameLater) {
     addUser("Ada");
     store_.reset();
-    number("DROP TABLE notifications; PRAGMA user_version = 1");
+    number("DROP TABLE notifications; DROP TABLE published_requests; PRAGMA user_version = 1");
     open();
     ASSERT_TRUE(store_->addNotification({0, 1, "", 1, 5, "title", "text", false}));
     EXPECT_EQ(store_->notifications(1, std::nullopt, 9)->notifications.at(0).senderName, "Ada");

@@ -45,6 +45,32 @@ TEST(ServerProgramTest, SampleTellsItsAccountsAfterTheAddress) {
     EXPECT_EQ(server.exitStatus(), 0);
 }
 
+TEST(ServerProgramTest, AFullDiskIsAnErrorAndLeavesNoHalfFile) {
+    TemporaryFolder folder;
+    // Blocks of 512 bytes: no file may have more than 2 MiB.
+    ChildProcess server(
+        {"/bin/sh", "-c", "ulimit -f 4096; exec \"$0\" --data \"$1\" --port 0", binary, folder.path()});
+    httplib::Client client("127.0.0.1", portIn(server.line()));
+    const auto signedUp =
+        client.Post("/account/sign_up", httplib::Params{{"name", "Ada"}, {"password", "long enough"}});
+    ASSERT_TRUE(signedUp);
+    std::string cookie = signedUp->get_header_value("Set-Cookie");
+    const httplib::Headers headers{{"Cookie", cookie.substr(0, cookie.find(';'))}};
+    const httplib::Params article{{"title", "t"}, {"text", "t"}};
+    ASSERT_TRUE(client.Post("/article/update_article_json.html", headers, article));
+    for (const auto& [size, status] : {std::pair(1'000'000, 415), std::pair(9'000'000, 507)}) {
+        const httplib::MultipartFormDataItems parts = {
+            {"image.jpg", std::string(static_cast<std::size_t>(size), 'x'), "a", ""}};
+        const auto answer = client.Post("/article/image_update?article_id=1&value=0", headers, parts);
+        ASSERT_TRUE(answer) << size;
+        EXPECT_EQ(answer->status, status) << answer->body;
+        EXPECT_TRUE(std::filesystem::is_empty(folder.path() / "media"));
+    }
+    const auto list = client.Get("/article/articles_json.html");
+    ASSERT_TRUE(list);
+    EXPECT_EQ(list->status, 200);
+}
+
 TEST(ServerProgramTest, MistakesGetOneSentenceAndAStatus) {
     TemporaryFolder folder;
     TemporaryFolder used;

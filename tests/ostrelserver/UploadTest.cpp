@@ -1,3 +1,4 @@
+#include "platform/foundation/NSProgress.h"
 #include "tests/ostrelserver/FrameworkTest.h"
 
 #include <algorithm>
@@ -6,7 +7,10 @@
 #include <filesystem>
 #include <fstream>
 #include <mutex>
+#include <new>
+#include <random>
 #include <string>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -141,6 +145,137 @@ TEST_F(UploadTest, aRefusalBeforeTheEndGivesTheServersSentence) {
     const Texts texts = upload({{"video.mp4", film}}, [&](double fraction) { finished = fraction == 1; });
     EXPECT_EQ(texts.error, "The file is too large.");
     EXPECT_EQ(texts.answer, R"({"success":false,"error":"The file is too large."})");
+}
+
+TEST_F(UploadTest, everyFaultEndsItOnce) {
+    Answer never, nothing, garbage;
+    never.hangs = true;
+    Answer cut = ScriptedHttpServer::answer(R"({"id":1})");
+    cut.cutAfter = 20;
+    Answer halfBody = ScriptedHttpServer::answer(R"({"id":1})");
+    halfBody.cutAfter = halfBody.bytes.size() - 3;
+    garbage.bytes = "\x16\x03\x01 not a web server\r\n\r\n";
+    garbage.closes = true;
+    const struct {
+        const char* name;
+        Answer answer;
+        bool arrives;  ///< the whole answer did, and with it all of the body
+    } faults[] = {
+        {"nothing", nothing, false},
+        {"cut in the head", cut, false},
+        {"cut in the body", halfBody, false},
+        {"garbage", garbage, false},
+        {"never", never, false},
+        {"500", ScriptedHttpServer::answer("<html>", 500), true},
+        {"507", ScriptedHttpServer::answer(R"({"success":false,"error":"Full."})", 507), true},
+    };
+    start(shortLimits());
+    for (const auto& fault : faults) {
+        server_.on("/upload", fault.answer);
+        int calls = 0;
+        std::optional<std::string> error;
+        std::atomic<double> last{0};
+        client().postManyDataURL(
+            "upload", {{"image.jpg", Data::copy(std::string(400'000, 'x'))}},
+            [&](const auto&, const auto& text) {
+                ++calls;
+                error = text;
+            },
+            [&](double fraction) { last = fraction; });
+        ASSERT_TRUE(runUntil([&] { return calls > 0; })) << fault.name;
+        EXPECT_TRUE(error) << fault.name;
+        EXPECT_EQ(last == 1, fault.arrives) << fault.name;
+        runUntil([] { return false; }, 0.05);
+        EXPECT_EQ(calls, 1) << fault.name;
+        EXPECT_TRUE(NSProgress::published().empty()) << fault.name;
+    }
+}
+
+TEST_F(UploadTest, whatWaitsIsNotMadeYetAndAnotherUserNeverSendsIt) {
+    Answer hanging;
+    hanging.hangs = true;
+    server_.on("/upload", hanging);
+    server_.on("/account/sign_out", ScriptedHttpServer::answer(R"({"success":true,"user":null})"));
+    signIn();
+    std::atomic<int> made{0};
+    int cancelled = 0;
+    constexpr int count = 30, lanes = 6;
+    std::vector<std::shared_ptr<Transfer>> transfers;
+    for (int i = 0; i < count; ++i) {
+        const UploadFile file = UploadFile::madeBy([&made] {
+            ++made;
+            EXPECT_FALSE(RunLoop::main().isMainThread());
+            return Data::copy(std::string(300'000, 'x'));
+        });
+        transfers.push_back(client().postManyDataURL(
+            "upload", {{"image.jpg", file}},
+            [&](const auto&, const auto& error) { cancelled += error == "cancelled"; }, nullptr));
+    }
+    ASSERT_TRUE(runUntil([&] { return server_.requestCount("/upload") == lanes; }));
+    EXPECT_EQ(made, lanes);
+    const auto shown = NSProgress::published();
+    ASSERT_EQ(shown.size(), static_cast<std::size_t>(lanes));
+    EXPECT_EQ(shown[0]->localizedDescription(), "Uploading “image.jpg”");
+    EXPECT_EQ(shown[0]->fractionCompleted().has_value(), true);
+
+    framework().signOut();
+    shown[0]->cancel();
+    for (int i = 1; i < lanes; ++i) transfers[static_cast<std::size_t>(i)]->cancel();
+    ASSERT_TRUE(runUntil([&] { return cancelled == count; })) << cancelled;
+    EXPECT_EQ(server_.requestCount("/upload"), static_cast<std::size_t>(lanes));
+    EXPECT_TRUE(NSProgress::published().empty());
+}
+
+TEST_F(UploadTest, cancellingAtAnyMomentEndsEachOnce) {
+    server_.on("/upload", ScriptedHttpServer::answer("{}"));
+    framework();
+    constexpr int count = 120;
+    std::vector<int> calls(count, 0);
+    std::vector<std::shared_ptr<Transfer>> transfers;
+    std::mt19937 random(5);
+    for (int i = 0; i < count; ++i) {
+        const auto bytes = random() % 600'000;
+        const UploadFile file = UploadFile::madeBy([bytes] { return Data::copy(std::string(bytes, 'x')); });
+        transfers.push_back(client().postManyDataURL(
+            "upload", {{"image.jpg", file}},
+            [&calls, i](const auto&, const auto&) { ++calls[static_cast<std::size_t>(i)]; }, [](double) {}));
+    }
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 3; ++thread) {
+        threads.emplace_back([&transfers, thread] {
+            std::mt19937 own(static_cast<unsigned>(thread));
+            for (int i = 0; i < count; ++i) {
+                if (own() % 3 == 0) transfers[own() % count]->cancel();
+                std::this_thread::sleep_for(std::chrono::microseconds(own() % 1500));
+            }
+        });
+    }
+    runUntil([] { return false; }, 0.1);
+    framework_.reset();
+    for (std::thread& thread : threads) thread.join();
+    while (loop_->runTurn()) {}
+    EXPECT_EQ(calls, std::vector<int>(count, 1));
+}
+
+TEST_F(UploadTest, filesAreReadWhenTheirTurnComes) {
+    server_.on("/upload", ScriptedHttpServer::answer("{}"));
+    const std::string path = cacheFolder_.write("IMG 1.mp4", std::string(500'000, 'f'));
+    EXPECT_FALSE(upload({{"video.mp4", UploadFile::atPath(path)}}).error);
+    EXPECT_NE(server_.requests().back().bodyBegin.find("filename=\"video.mp4\""), std::string::npos);
+    const auto failing = [&](const UploadFile& file) { return upload({{"video.mp4", file}}).error; };
+    const std::string unreadable = "The file \"video.mp4\" cannot be read.";
+    EXPECT_EQ(failing(UploadFile::atPath(path + ".gone")), unreadable);
+    EXPECT_EQ(failing(UploadFile::atPath(cacheFolder_.path())), unreadable);
+    EXPECT_EQ(failing(UploadFile::madeBy([] { return Data(); })), unreadable);
+    EXPECT_EQ(failing(UploadFile::madeBy([]() -> Data { throw std::bad_alloc(); })), unreadable);
+
+    // Cut while the first part of the body waits to be made.
+    const UploadFile cutting = UploadFile::madeBy([&path] {
+        std::filesystem::resize_file(path, 1000);
+        return Data::copy("x");
+    });
+    EXPECT_EQ(upload({{"a.mp4", UploadFile::atPath(path)}, {"b.jpg", cutting}}).error,
+              "The file \"a.mp4\" changed while it was sent.");
 }
 
 TEST_F(UploadTest, cancellingEndsItWithAnError) {
