@@ -15,6 +15,7 @@ std::vector<Bench> allBenches() {
     addStartBench(benches);
     addConvertBenches(benches);
     addMediaBenches(benches);
+    addUploadBench(benches);
     return benches;
 }
 

@@ -87,6 +87,7 @@ int runBenchChild(const std::string& what, int argc, char** argv) {
     if (what == "videofirst") return runVideoFirstChild(argc, argv);
     if (what == "videoplay") return runVideoPlayChild(argc, argv);
     if (what == "detail") return runDetailChild(argc, argv);
+    if (what == "upload") return runUploadChild(argc, argv);
     return 2;
 }
 

@@ -28,5 +28,6 @@ int runThumbnailChild(int argc, char** argv);
 int runVideoFirstChild(int argc, char** argv);
 int runVideoPlayChild(int argc, char** argv);
 int runDetailChild(int argc, char** argv);
+int runUploadChild(int argc, char** argv);
 
 }  // namespace ostrel

@@ -24,6 +24,9 @@ JudgedHandler textsOnly(AnswerHandler handler) {
     return [handler = std::move(handler)](const JudgedAnswer& answer) { handler(answer.text, answer.error); };
 }
 
+/// libcurl takes at most 1 MiB of a request's head; the rest is left to the headers.
+constexpr std::size_t longestAddress = 1'000'000;
+
 /// What stands for the answer of a request that was not sent.
 HttpAnswer refusalAnswer(std::string error) {
     HttpAnswer answer;
@@ -92,6 +95,10 @@ HttpServer::Ticket HttpServer::ticketFor(OnUnauthorized onUnauthorized, JudgedHa
 std::optional<std::string> HttpServer::addressOf(const std::string& path, const Ticket& ticket) {
     std::string error;
     auto address = settings_.base.join(path, &error);
+    if (address && address->size() > longestAddress) {
+        address.reset();
+        error = "The address of the request is too long.";
+    }
     if (!address) desk_->deliver(refusalAnswer(std::move(error)), ticket);
     return address;
 }
