@@ -1,7 +1,12 @@
 #include "article/media/NSMov2Mp4.h"
 #include "backends/ffmpeg/FfmpegMediaBackend.h"
 #include "bench/Bench.h"
+#include "platform/foundation/NSThread.h"
+#include "platform/foundation/SystemRunLoop.h"
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -9,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <random>
 #include <sstream>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -161,36 +167,155 @@ double similarity(const WorkFolder& folder, const std::string& clip, const std::
     return spent.seconds < 0 || all == std::string::npos ? -1 : std::strtod(said.c_str() + all + 4, nullptr);
 }
 
+struct Quality {
+    double distance = -1;  ///< 1 less the similarity; negative: not measured
+    double bytes = 0;
+};
+
+/// The peer's distance from the source at a size of `bytes`, along the line through two of its own results.
+double distanceAt(double bytes, const Quality& one, const Quality& other) {
+    const double slope = (other.distance - one.distance) / (other.bytes - one.bytes);
+    return one.distance + slope * (bytes - one.bytes);
+}
+
 std::vector<BenchResult> convertQuality(const BenchSettings&) {
     std::vector<BenchResult> results;
     for (const auto& [name, picture] :
          {std::pair<std::string, std::string>{"convert.quality.synthetic", "testsrc2=s=1920x1080:r=30:d=10"},
           {"convert.quality.noise", "testsrc2=s=1920x1080:r=30:d=10,noise=alls=20:allf=t"}}) {
         const WorkFolder folder;
-        const std::string clip = folder.path("clip.mp4"), ours = folder.path("ours.mp4"),
-                          peer = folder.path("peer.mp4");
+        const std::string clip = folder.path("clip.mp4");
         BenchResult result{.name = name,
                            .goal = 1.0,
                            .unit = "1-SSIM",
-                           .note = "distance from the source scaled to the same size, at the same settings"};
-        const bool isMade =
-            makeClip(folder, clip, picture) &&
-            run({besideThis("ostrel-convert"), clip, ours, "--json"}).seconds >= 0 &&
-            run(joined(joined(ffmpeg, {"-i", clip, "-vf", "scale=360:640"}), joined(encoders, {peer})))
-                    .seconds >= 0;
-        const double mine = isMade ? similarity(folder, ours, clip) : -1;
-        const double other = isMade ? similarity(folder, peer, clip) : -1;
-        if (mine < 0 || other < 0) {
-            result.fault = "the similarity could not be measured";
-        } else {
-            // To the fourth digit, below which nobody sees a difference.
-            constexpr double digits = 1e4;
-            result.ours = std::round((1 - mine) * digits) / digits;
-            result.peer = std::round((1 - other) * digits) / digits;
+                           .note = "distance from the source scaled to the same size, at the same bit rate"};
+        const auto measure = [&](const std::string& made, const Arguments& command) {
+            Quality quality;
+            if (run(command).seconds < 0) return quality;
+            const double likeness = similarity(folder, made, clip);
+            if (likeness >= 0)
+                quality = {1 - likeness, static_cast<double>(std::filesystem::file_size(made))};
+            return quality;
+        };
+        const auto peer = [&](const std::string& rateFactor) {
+            const std::string made = folder.path("peer.mp4");
+            Arguments command = joined(joined(ffmpeg, {"-i", clip, "-vf", "scale=360:640"}), encoders);
+            *(std::find(command.begin(), command.end(), "-crf") + 1) = rateFactor;
+            return measure(made, joined(command, {made}));
+        };
+        const std::string made = folder.path("ours.mp4");
+        if (makeClip(folder, clip, picture)) {
+            const Quality ours = measure(made, {besideThis("ostrel-convert"), clip, made, "--json"});
+            const Quality same = peer("23"), smaller = peer("23.5");
+            if (ours.distance >= 0 && same.distance >= 0 && smaller.distance >= 0 &&
+                same.bytes > smaller.bytes) {
+                result.ours = ours.distance;
+                result.peer = distanceAt(ours.bytes, same, smaller);
+            }
         }
+        if (result.peer <= 0) result.fault = "the similarity could not be measured";
         results.push_back(result);
     }
     return results;
+}
+
+/// One conversion in this process, on a main loop of its own.
+class Conversion final {
+public:
+    Conversion(const std::string& from, const std::string& to) {
+        RunLoop::installMain(loop_);
+        session_ = NSMov2Mp4().startConversion(NSURL::fileURLWithPath(from), to,
+                                               [this](bool finished, float, const std::optional<NSError>&) {
+                                                   if (finished) isFinished_ = true;
+                                               });
+    }
+    ~Conversion() {
+        finish();
+        RunLoop::installMain(nullptr);
+    }
+    Conversion(const Conversion&) = delete;
+    Conversion& operator=(const Conversion&) = delete;
+
+    void runFor(double seconds) {
+        loop_->run([&] { return isFinished_.load(); }, seconds);
+    }
+    void cancel() {
+        if (session_) session_->cancelExport();
+    }
+    /// Until its thread has ended.
+    void finish() {
+        constexpr double longest = 120;
+        if (session_) runFor(longest);
+        NSThread::waitForAll(longest);
+    }
+
+private:
+    std::shared_ptr<SystemRunLoop> loop_ = std::make_shared<SystemRunLoop>();
+    std::shared_ptr<AVAssetExportSession> session_;
+    std::atomic<bool> isFinished_{false};
+};
+
+std::vector<BenchResult> convertInProcess(const BenchSettings&) {
+    constexpr double milliseconds = 1000, longestCancel = 100, longestTurn = milliseconds / 60;
+    BenchResult middle{.name = "convert.cancel.median",
+                       .peer = longestCancel,
+                       .goal = 1.0,
+                       .unit = "ms",
+                       .note = "from a cancel at a random moment to the end of its thread, beside the limit"};
+    BenchResult worst = middle;
+    worst.name = "convert.cancel.longest";
+    BenchResult turns{.name = "convert.loop",
+                      .peer = longestTurn,
+                      .goal = 1.0,
+                      .unit = "ms",
+                      .note = "99 of 100 waits between turns of the main loop, beside 60 turns a second"};
+    const auto failed = [&](const char* why) {
+        middle.fault = worst.fault = turns.fault = why;
+        return std::vector<BenchResult>{middle, worst, turns};
+    };
+    MediaBackend::install(std::make_shared<FfmpegMediaBackend>());
+    const WorkFolder folder;
+    const std::string clip = folder.path("clip.mp4"), out = folder.path("out/ours.mp4");
+    if (!makeClip(folder, clip, "testsrc2=s=1920x1080:r=30:d=10"))
+        return failed("the clip could not be made with ffmpeg");
+
+    std::vector<double> waits;
+    const double whole = secondsOf([&] {
+        Conversion conversion(clip, out);
+        auto last = std::chrono::steady_clock::now();
+        const auto timer = NSTimer::scheduledTimer(1.0 / 120, true, [&](NSTimer&) {
+            const auto now = std::chrono::steady_clock::now();
+            waits.push_back(std::chrono::duration<double>(now - last).count());
+            last = now;
+        });
+        conversion.finish();
+        timer->invalidate();
+    });
+    if (waits.empty() || !std::filesystem::remove(out)) return failed("the conversion failed");
+    std::sort(waits.begin(), waits.end());
+    turns.ours = waits[waits.size() * 99 / 100] * milliseconds;
+
+    constexpr int cancels = 50;
+    std::mt19937 random(std::random_device{}());
+    std::uniform_real_distribution<double> moment(0, whole);
+    std::vector<double> spent;
+    for (int i = 0; i < cancels; ++i) {
+        Conversion conversion(clip, out);
+        conversion.runFor(moment(random));
+        spent.push_back(secondsOf([&] {
+                            conversion.cancel();
+                            conversion.finish();
+                        }) *
+                        milliseconds);
+        // One that was complete already stands there whole; else there is not even the folder.
+        if (!std::filesystem::remove(out) && std::filesystem::exists(folder.path("out")) &&
+            !std::filesystem::is_empty(folder.path("out")))
+            return failed("a cancelled conversion left a file");
+    }
+    std::sort(spent.begin(), spent.end());
+    middle.ours = spent[spent.size() / 2];
+    worst.ours = spent.back();
+    return {middle, worst, turns};
 }
 
 double inspectionMilliseconds(const std::string& clip) {
@@ -250,6 +375,8 @@ void addConvertBenches(std::vector<Bench>& benches) {
                                                 std::max(3, settings.rounds));
                        }});
     benches.push_back({"convert.quality", "likeness to the source, beside ffmpeg", convertQuality});
+    benches.push_back(
+        {"convert.cancel", "how soon a cancel ends, and how the main loop turns", convertInProcess});
     benches.push_back({"inspect", "first frame and facts of a clip, beside ffmpeg", inspect});
 }
 

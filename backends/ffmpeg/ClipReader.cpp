@@ -189,6 +189,7 @@ bool ClipReader::takeVideo(AVFrame& frame) {
         return false;
     }
     lastTime_ = time;
+    time_.store(time, std::memory_order_relaxed);
     if (!thinner_.keeps(time)) return true;
     frame.pts = time;
     frame.pict_type = AV_PICTURE_TYPE_NONE;

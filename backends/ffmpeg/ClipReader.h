@@ -31,6 +31,8 @@ public:
     double frameRate() const;
     /// Seconds; 0 when the clip does not state its length.
     double duration() const;
+    /// The time of the last picture that was decoded, in `outputTicks`. Any thread.
+    std::int64_t time() const { return time_.load(std::memory_order_relaxed); }
 
     ClipReader(std::unique_ptr<InputReader> reader, const ExportPreset& preset);
 
@@ -66,6 +68,7 @@ private:
     /// In microseconds: the moment of the source that becomes 0.
     std::int64_t start_ = 0;
     std::int64_t lastSourceTime_ = AV_NOPTS_VALUE, lastTime_ = -1;
+    std::atomic<std::int64_t> time_{0};
     std::int64_t packetsWithoutPicture_ = 0;
     FrameQueue* queue_ = nullptr;
     std::optional<NSError> error_;

@@ -14,6 +14,8 @@ namespace ostrel {
 namespace {
 /// What remains when the last picture has been taken: the encoder's last pictures, and the index.
 constexpr double shareOfPictures = 0.98;
+/// Of the work on a picture: three quarters are decoding and scaling, which is ahead of encoding by a full queue at most.
+constexpr double shareOfDecoding = 0.75;
 }  // namespace
 
 FfmpegExport::FfmpegExport(std::shared_ptr<const InputFile> source, const ExportPreset& preset,
@@ -80,7 +82,6 @@ std::optional<NSError> FfmpegExport::convert(OutputFile& output) {
     std::optional<NSError> error;
     const auto reader = ClipReader::open(source_, preset_, isInterrupted_, &error);
     if (!reader) return error;
-    const double duration = reader->duration();
     const auto writer = ClipWriter::make(output, reader->format(), preset_,
                                          {.hasAudio = reader->hasAudio(),
                                           .sampleRate = reader->sampleRate(),
@@ -103,7 +104,7 @@ std::optional<NSError> FfmpegExport::convert(OutputFile& output) {
     } catch (const std::system_error&) {
         return NSError{"No thread can be started."};
     }
-    error = encodeAll(*writer, duration);
+    error = encodeAll(*reader, *writer);
     if (error) {
         isInterrupted_.store(true, std::memory_order_relaxed);
         queue_.stop();
@@ -114,12 +115,15 @@ std::optional<NSError> FfmpegExport::convert(OutputFile& output) {
     return readingError ? readingError : writer->finish();
 }
 
-std::optional<NSError> FfmpegExport::encodeAll(ClipWriter& writer, double duration) {
+std::optional<NSError> FfmpegExport::encodeAll(const ClipReader& reader, ClipWriter& writer) {
+    const double ticks = reader.duration() * outputTicks;
     while (auto queued = queue_.pop()) {
         if (isInterrupted_.load(std::memory_order_relaxed)) break;
         if (auto error = writer.put(*queued->frame, queued->isVideo)) return error;
-        if (duration > 0) {
-            const double done = static_cast<double>(writer.time()) / outputTicks / duration;
+        if (ticks > 0) {
+            const double done = (static_cast<double>(reader.time()) * shareOfDecoding +
+                                 static_cast<double>(writer.time()) * (1 - shareOfDecoding)) /
+                                ticks;
             progress_.store(static_cast<float>(std::clamp(done, 0.0, 1.0) * shareOfPictures),
                             std::memory_order_relaxed);
         }

@@ -30,7 +30,7 @@ private:
     /// Absent when the file is at its place.
     std::optional<NSError> run();
     std::optional<NSError> convert(OutputFile& output);
-    std::optional<NSError> encodeAll(ClipWriter& writer, double duration);
+    std::optional<NSError> encodeAll(const ClipReader& reader, ClipWriter& writer);
     void end(std::optional<NSError> error);
 
     std::shared_ptr<const InputFile> source_;

@@ -179,6 +179,16 @@ TEST_F(SourceTest, FullRangeIsCompressedToLimitedRange) {
     EXPECT_NEAR(last_.brightness.front(), 16, 1.5);
 }
 
+TEST_F(SourceTest, ColourTagsThatContradictTheirSamplesAreNoObstacle) {
+    maker.plain("tagged.mp4", "320x240", 0.2, quick + "-an");
+    // Numbers of ITU-T H.273: RGB, YCgCo, constant luminance, chromaticity-derived, and a reserved one.
+    for (const std::string tags : {"matrix_coefficients=0", "matrix_coefficients=8", "matrix_coefficients=10",
+                                   "matrix_coefficients=12:transfer_characteristics=10",
+                                   "matrix_coefficients=3:colour_primaries=3:transfer_characteristics=3"})
+        expectConverts(maker.make("tags.mp4", "-i {tagged.mp4} -c copy -bsf:v h264_metadata=" + tags),
+                       {320, 240, 0.2, 0});
+}
+
 TEST_F(SourceTest, TheLowPresetKeepsItsNumbers) {
     const std::string path =
         maker.plain("noisy.mp4", "640x360", 4, quick + "-vf noise=alls=60:allf=t -c:a aac");
