@@ -269,6 +269,14 @@ bool ReaderRootController::pressesBegan(const UIPress& press) {
         lists_[selected_]->handleRefresh();
         return true;
     }
+    // A key pressed while the tabs have the focus, or nothing has, is meant for the screen beside them. What that screen
+    // leaves comes back here.
+    if (!std::exchange(offersKey_, true)) {
+        const auto screen = navigations_[selected_]->topViewController();
+        const bool taken = !presentedViewController() && screen && screen->view()->pressesBegan(press);
+        offersKey_ = false;
+        if (taken) return true;
+    }
     return UIViewController::pressesBegan(press);
 }
 

@@ -65,6 +65,7 @@ private:
     std::shared_ptr<UILabel> noticeText_;
     std::uint64_t noticeTimer_ = 0;
     std::size_t selected_ = 0;
+    bool offersKey_ = false;
 };
 
 }  // namespace ostrel

@@ -492,6 +492,9 @@ void WriteTour::readerLikes() {
           "the login screen has left");
     window_.settle();
     openTab("Articles");
+    // The tour before left an article open here.
+    input_.key(Qt::Key_Escape);
+    window_.settle();
     input_.key(Qt::Key_Home);
     window_.settle();
     input_.key(Qt::Key_F, "f");
