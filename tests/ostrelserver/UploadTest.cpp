@@ -215,7 +215,7 @@ TEST_F(UploadTest, whatWaitsIsNotMadeYetAndAnotherUserNeverSendsIt) {
     EXPECT_EQ(made, lanes);
     const auto shown = NSProgress::published();
     ASSERT_EQ(shown.size(), static_cast<std::size_t>(lanes));
-    EXPECT_EQ(shown[0]->localizedDescription(), "Uploading “image.jpg”");
+    EXPECT_NE(shown[0]->localizedDescription().find("image.jpg"), std::string::npos);
     EXPECT_EQ(shown[0]->fractionCompleted().has_value(), true);
 
     framework().signOut();
