@@ -4,6 +4,7 @@
 #include "backends/ffmpeg/FfmpegMediaBackend.h"
 #include "backends/qt/QtWindowView.h"
 #include "ostrelserver/HttpServerFramework.h"
+#include "platform/foundation/Files.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSThread.h"
 #include "platform/foundation/RunLoop.h"
@@ -14,6 +15,7 @@
 #include "reader/ReaderText.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -29,6 +31,8 @@ namespace {
 /// How long the end waits for threads that are about to send a request, which takes them microseconds. The one of a save
 /// under way goes on until the process ends.
 constexpr double secondsForThreads = 1;
+/// Another reader of the same user may still be sending one.
+constexpr int daysClipsAreKept = 2;
 constexpr std::string_view loadFailure = "request articles error:";
 
 CGSize windowSize(const ReaderOptions& options) {
@@ -58,6 +62,21 @@ ReaderApplication::~ReaderApplication() {
     OstrelServerFramework::install(nullptr);
     MediaBackend::install(nullptr);
     MediaLibrary::install(nullptr);
+}
+
+bool ReaderApplication::prepareHome(std::string* error) {
+    const QDir documents(QString::fromStdString(options_.homeFolder) + "/Documents");
+    if (!documents.mkpath(".")) {
+        if (error) *error = "The folder " + documents.path().toStdString() + " cannot be made.";
+        return false;
+    }
+    // Clips of articles that were posted, or given up, by now.
+    const QDateTime old = QDateTime::currentDateTime().addDays(-daysClipsAreKept);
+    for (const QFileInfo& file : documents.entryInfoList(QDir::Files)) {
+        if (file.lastModified() < old && file.fileName() != "error.html") QFile::remove(file.filePath());
+    }
+    setHomeDirectory(options_.homeFolder);
+    return true;
 }
 
 void ReaderApplication::installMedia() {
@@ -90,7 +109,7 @@ bool ReaderApplication::findResources(std::string* error) {
 }
 
 bool ReaderApplication::open(std::string* error) {
-    if (!findResources(error)) return false;
+    if (!findResources(error) || !prepareHome(error)) return false;
     framework_ = HttpServerFramework::create(
         {.baseAddress = serverAddress_, .userAgent = "OstrelReader/1.0", .sessionStore = sessionStore_},
         error);

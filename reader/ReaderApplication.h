@@ -39,6 +39,7 @@ public:
 
 private:
     bool findResources(std::string* error);
+    bool prepareHome(std::string* error);
     void installMedia();
     void closeLogWindow();
     ReaderOptions options_;

@@ -11,7 +11,9 @@ namespace ostrel {
 struct ReaderOptions {
     UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::phone;
     std::string idiomName = "phone";
-    std::string server;      ///< base address of a server elsewhere; empty: start one
+    std::string server;  ///< base address of a server elsewhere; empty: start one
+    /// What the module takes for the user's home: it writes converted clips and unreadable answers into "Documents" there.
+    std::string homeFolder;
     std::string dataFolder;  ///< empty: the user's own folder for application data
     std::string tourFolder;  ///< not empty: run the tour and write its pictures there
     std::string language;    ///< BCP 47 tag; empty: the system's

@@ -31,7 +31,7 @@ void chooseRenderer() {
 int main(int argc, char** argv) {
     const ReaderCommandLine commandLine = parseReaderCommandLine(argc, argv);
     if (!commandLine.options) return commandLine.exitStatus;
-    const ReaderOptions& options = *commandLine.options;
+    ReaderOptions options = *commandLine.options;
     if (options.scale > 0) qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale));
     chooseRenderer();
 
@@ -41,15 +41,14 @@ int main(int argc, char** argv) {
     QApplication::setApplicationDisplayName("Ostrel Reader");
     QtPlatform::install(QtPlatform::Options{.language = options.language});
     if (!options.tourFolder.empty()) return runTour(options);
+    const std::string own = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation).toStdString();
+    options.homeFolder = own + "/home";
 
     std::string error;
     ArticleServerProcess server;
     std::string address = options.server;
     if (address.empty()) {
-        const std::string data =
-            options.dataFolder.empty()
-                ? QStandardPaths::writableLocation(QStandardPaths::AppDataLocation).toStdString() + "/server"
-                : options.dataFolder;
+        const std::string data = options.dataFolder.empty() ? own + "/server" : options.dataFolder;
         if (!server.start(data, &error)) return fail(error);
         address = server.address();
         std::printf("The article server listens on %s, its data are in %s\n", address.c_str(), data.c_str());

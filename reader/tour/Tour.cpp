@@ -39,6 +39,7 @@ int runTour(const ReaderOptions& asked) {
         const std::string media = data.filePath("media").toStdString();
         if (!makeTourMedia(media, server.dataFolder()))
             return fail("The pictures of the tour cannot be written to " + media + ".");
+        options.homeFolder = data.filePath("home").toStdString();
         options.picturesFolder = media + "/pictures";
         options.videosFolder = media + "/videos";
         ReaderApplication reader(options, server.address(), std::make_shared<MemorySessionStore>());
