@@ -45,7 +45,7 @@ public:
     }
     /// A tap, or Return or the space bar on the focused item.
     virtual void collectionViewDidSelectItemAtIndexPath(UICollectionView&, NSIndexPath) {}
-    /// Delete or Backspace on the focused item; false when it cannot be removed.
+    /// Delete or Backspace on the item that shows the focus; false when it cannot be removed.
     virtual bool collectionViewRemoveItemAtIndexPath(UICollectionView&, NSIndexPath) { return false; }
 };
 

@@ -12,4 +12,9 @@ UICollectionViewCell::UICollectionViewCell(CGRect frame)
     addSubview(contentView_);
 }
 
+void UICollectionViewCell::focusDidChange(bool focused, bool byKeyboard) {
+    showsFocus_ = focused && byKeyboard;
+    UIView::focusDidChange(focused, byKeyboard);
+}
+
 }  // namespace ostrel

@@ -21,12 +21,15 @@ public:
     /// The Tab key and the arrows reach it while it is in a collection view. A cell that answers false leaves the focus
     /// to what is in it.
     bool canBecomeFocused() const override { return isInCollectionView_; }
+    void focusDidChange(bool focused, bool byKeyboard) override;
 
 private:
     friend class UICollectionView;
     std::shared_ptr<UIView> contentView_;
     std::string reuseIdentifier_;
     bool isInCollectionView_ = false;
+    bool showsFocus_ = false;  ///< by a ring
+    bool hasPlate_ = false;    ///< a background of its own only while it is lifted
 };
 
 }  // namespace ostrel

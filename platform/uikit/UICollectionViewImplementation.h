@@ -76,6 +76,7 @@ struct UICollectionView::Implementation {
     static void completeLater(std::vector<std::function<void(bool)>> completions, bool finished);
 
     // UICollectionViewMovement.cpp
+    static void takeLiftBack(UICollectionViewCell& cell);
     void putDown(const Cell& cell);
     void follow();
     void makeRoom(std::int64_t position);

@@ -116,7 +116,7 @@ void UICollectionView::Implementation::retireAll() {
 /// What movement and fading may have left.
 void UICollectionView::Implementation::resetLook(UICollectionViewCell& cell) {
     cell.setAlpha(1);
-    cell.setTransform({});
+    takeLiftBack(cell);
     cell.setShadow({});
     cell.setUserInteractionEnabled(true);
 }
@@ -308,7 +308,7 @@ void UICollectionView::Implementation::tile(const Transition* transition) {
                 cell->setAlpha(1);
                 cell->setTransform({});
             }
-            if (transition->settling) transition->settling->setTransform({});
+            if (transition->settling) takeLiftBack(*transition->settling);
             constexpr CGFloat vanishingScale = 0.7;
             for (const Cell& cell : transition->gone) {
                 cell->setAlpha(0);

@@ -35,6 +35,9 @@ bool UICollectionView::beginInteractiveMovementForItemAtIndexPath(NSIndexPath pa
     self.movement = Implementation::Movement{.cell = cell, .from = path, .to = path.row};
     bringSubviewToFront(cell);
     cell->setShadow({UIColor::black().withAlpha(0.35f), 8, {0, 3}});
+    // What throws a shadow is not seen through.
+    cell->hasPlate_ = cell->backgroundColor().isClear();
+    if (cell->hasPlate_) cell->setBackgroundColor(UIColor::systemBackground());
     UIView::animate(liftDuration,
                     [&] { cell->setTransform(CGAffineTransform::scale(liftedScale, liftedScale)); });
     return true;
@@ -109,7 +112,7 @@ void UICollectionView::Implementation::endMovement(bool moves, bool animated) {
     if (row != cells.end()) insertCellView(row->first, row->second);
     if (moves && to != ended.from) return commitMove(ended.from, to);
     if (!animated || !view.window()) {
-        ended.cell->setTransform({});
+        takeLiftBack(*ended.cell);
         putDown(ended.cell);
         view.setNeedsLayout();
         return;
@@ -118,6 +121,13 @@ void UICollectionView::Implementation::endMovement(bool moves, bool animated) {
         .duration = roomDuration, .oldFrame = {}, .gone = {}, .settling = ended.cell, .completion = {}};
     transition.oldFrame = [this](NSIndexPath path) -> std::optional<CGRect> { return frameOf(path); };
     tile(&transition);
+}
+
+/// What can be animated of how a lifted cell looks.
+void UICollectionView::Implementation::takeLiftBack(UICollectionViewCell& cell) {
+    cell.setTransform({});
+    const bool isPlate = std::exchange(cell.hasPlate_, false);
+    if (isPlate && cell.backgroundColor() == UIColor::systemBackground()) cell.setBackgroundColor({});
 }
 
 void UICollectionView::Implementation::putDown(const Cell& cell) {
@@ -146,7 +156,6 @@ void UICollectionView::Implementation::commitMove(NSIndexPath from, NSIndexPath 
     cells = std::move(rearranged);
     for (const auto& [path, shown] : cells) insertCellView(path, shown);
     if (source) source->collectionViewMoveItemAtIndexPathToIndexPath(view, from, to);
-    if (cell) cell->setUserInteractionEnabled(true);
     const std::vector<std::int64_t> wanted = wantedCounts();
     std::vector<std::int64_t> present;
     for (const Section& section : sections) present.push_back(section.count());
@@ -156,7 +165,7 @@ void UICollectionView::Implementation::commitMove(NSIndexPath from, NSIndexPath 
     transition.oldFrame = [this](NSIndexPath path) -> std::optional<CGRect> { return frameOf(path); };
     if (needsNumbers || !view.window()) {
         if (cell) {
-            cell->setTransform({});
+            takeLiftBack(*cell);
             putDown(cell);
         }
         return view.setNeedsLayout();
@@ -310,7 +319,9 @@ bool UICollectionView::Implementation::handleKey(const UIPress& press) {
         return true;
     case UIKeyCode::deleteBackward:
     case UIKeyCode::deleteForward: {
-        if (!itemHasFocus || press.isRepeat || modifiers || !asked) return false;
+        // Nothing is removed that does not show that it is meant.
+        if (!itemHasFocus || !cells.at(*path)->showsFocus_ || press.isRepeat || modifiers || !asked)
+            return false;
         const auto kept = view.shared_from_this();
         if (!asked->collectionViewRemoveItemAtIndexPath(view, *path)) return false;
         layout();
