@@ -16,6 +16,7 @@ std::vector<Bench> allBenches() {
     addConvertBenches(benches);
     addMediaBenches(benches);
     addUploadBench(benches);
+    addEditorBenches(benches);
     return benches;
 }
 

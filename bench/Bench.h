@@ -41,6 +41,7 @@ void addStartBench(std::vector<Bench>& benches);
 void addConvertBenches(std::vector<Bench>& benches);
 void addMediaBenches(std::vector<Bench>& benches);
 void addUploadBench(std::vector<Bench>& benches);
+void addEditorBenches(std::vector<Bench>& benches);
 
 /// Runs `ours` and `peer` in turn, `rounds` times, and keeps the smallest of each. A negative measure is a fault.
 BenchResult interleaved(std::string name, double goal, std::string unit, int rounds,

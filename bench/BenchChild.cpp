@@ -88,6 +88,8 @@ int runBenchChild(const std::string& what, int argc, char** argv) {
     if (what == "videoplay") return runVideoPlayChild(argc, argv);
     if (what == "detail") return runDetailChild(argc, argv);
     if (what == "upload") return runUploadChild(argc, argv);
+    if (what == "editor") return runEditorChild(argc, argv);
+    if (what == "typing") return runTypingChild(argc, argv);
     return 2;
 }
 

@@ -29,5 +29,7 @@ int runVideoFirstChild(int argc, char** argv);
 int runVideoPlayChild(int argc, char** argv);
 int runDetailChild(int argc, char** argv);
 int runUploadChild(int argc, char** argv);
+int runEditorChild(int argc, char** argv);
+int runTypingChild(int argc, char** argv);
 
 }  // namespace ostrel
