@@ -116,7 +116,6 @@ TEST_F(SaveFaultsTest, MediaThatCannotBeReadFailAlone) {
     addVideo(film);
     editor->save();
     std::filesystem::remove(film);  // before its turn comes, which is after the article was created
-    ASSERT_TRUE(waitFor([&] { return editor->uploadTasksNum() == 5; }));
     waitForSaves(1);
     EXPECT_EQ(linesBeginning("post image error:The file \"image.jpg\" cannot be read."), 1u);
     EXPECT_EQ(linesBeginning("post video error:The file \"video.mp4\" cannot be read."), 2u);
@@ -129,7 +128,6 @@ TEST_F(SaveFaultsTest, FiveHundredPicturesArriveWithFewConnections) {
     push(make<UIArticleEditViewController>(UIArticleEditViewController::Images(500, picture()), "", "",
                                            false));
     editor->save();
-    ASSERT_TRUE(waitFor([&] { return editor->uploadTasksNum() == 500; }));
     waitForSaves(1);
     EXPECT_EQ(web.requestCount("/article/image_update"), 500u);
     EXPECT_LE(web.mostAtOnce(), 8);
