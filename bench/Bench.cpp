@@ -15,6 +15,7 @@ std::vector<Bench> allBenches() {
     addStartBench(benches);
     addConvertBenches(benches);
     addMediaBenches(benches);
+    addSaveBenches(benches);
     addUploadBench(benches);
     addEditorBenches(benches);
     return benches;

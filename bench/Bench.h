@@ -40,6 +40,7 @@ void addScrollBenches(std::vector<Bench>& benches);
 void addStartBench(std::vector<Bench>& benches);
 void addConvertBenches(std::vector<Bench>& benches);
 void addMediaBenches(std::vector<Bench>& benches);
+void addSaveBenches(std::vector<Bench>& benches);
 void addUploadBench(std::vector<Bench>& benches);
 void addEditorBenches(std::vector<Bench>& benches);
 

@@ -90,6 +90,7 @@ int runBenchChild(const std::string& what, int argc, char** argv) {
     if (what == "upload") return runUploadChild(argc, argv);
     if (what == "editor") return runEditorChild(argc, argv);
     if (what == "typing") return runTypingChild(argc, argv);
+    if (what == "save") return runSaveChild(argc, argv);
     return 2;
 }
 

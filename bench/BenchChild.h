@@ -28,6 +28,7 @@ int runThumbnailChild(int argc, char** argv);
 int runVideoFirstChild(int argc, char** argv);
 int runVideoPlayChild(int argc, char** argv);
 int runDetailChild(int argc, char** argv);
+int runSaveChild(int argc, char** argv);
 int runUploadChild(int argc, char** argv);
 int runEditorChild(int argc, char** argv);
 int runTypingChild(int argc, char** argv);

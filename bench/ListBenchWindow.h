@@ -25,6 +25,7 @@ public:
     /// Shows it and waits until the list is loaded and painted.
     bool open();
     QQuickWindow& window() { return *window_; }
+    QtWindowView& view() { return *view_; }
     UIWindow& root() { return *root_; }
     UITableView& table() { return *list_->tableView(); }
     UIArticleListTableViewController& list() { return *list_; }

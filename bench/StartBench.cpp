@@ -1,18 +1,12 @@
 #include "bench/Bench.h"
+#include "bench/BenchArticleServer.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFileInfo>
 #include <QProcess>
-#include <QTemporaryDir>
 
 namespace ostrel {
 
 namespace {
-
-QString besideThis(const char* program) {
-    return QFileInfo(QFileInfo("/proc/self/exe").symLinkTarget()).path() + "/" + program;
-}
 
 /// Milliseconds from starting `program` until it says that its list is painted; negative when it does not.
 double timeToList(const QString& program, const QStringList& arguments) {
@@ -44,33 +38,18 @@ double timeToList(const QString& program, const QStringList& arguments) {
 std::vector<BenchResult> start(const BenchSettings& settings) {
     BenchResult failed{
         .name = "start", .goal = 1.2, .unit = "ms", .fault = "the article server did not start"};
-    QTemporaryDir data;
-    QProcess server;
-    server.start(besideThis("ostrel-article-server"),
-                 {"--data", data.path(), "--port", "0", "--sample", "--exit-with-parent"});
-    QString address;
-    QElapsedTimer since;
-    since.start();
-    while (address.isEmpty() && since.elapsed() < 60000 && server.state() != QProcess::NotRunning) {
-        server.waitForReadyRead(200);
-        while (server.canReadLine()) {
-            const QString line = QString::fromUtf8(server.readLine()).trimmed();
-            if (const auto at = line.indexOf("listening on "); at >= 0) address = line.mid(at + 13);
-        }
-    }
-    if (address.isEmpty()) return {failed};
+    const BenchArticleServer server(QStringList{"--sample"});
+    if (server.address().isEmpty()) return {failed};
     BenchResult result = interleaved(
         "start", 1.2, "ms", settings.rounds,
         [&] {
-            return timeToList(besideThis("ostrel-reader"), {"--server", address});
+            return timeToList(besideThis("ostrel-reader"), {"--server", server.address()});
         },
         [&] {
             return timeToList(besideThis("ostrel-bench"), {"--child", "startpeer"});
         });
     result.note = "process start to the first painted list of 20 rows from a server, beside a bare window "
                   "with a ListView";
-    server.terminate();
-    server.waitForFinished(5000);
     return {result};
 }
 

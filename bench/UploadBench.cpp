@@ -1,9 +1,8 @@
 #include "bench/Bench.h"
+#include "bench/BenchArticleServer.h"
 #include "bench/BenchChild.h"
 
-#include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -18,33 +17,6 @@ namespace {
 
 constexpr qint64 megabyte = 1'000'000;
 constexpr int longestSeconds = 300;
-
-/// The article server over an empty folder; its address is empty when it did not start.
-class BenchArticleServer final {
-public:
-    BenchArticleServer() {
-        const QString program =
-            QFileInfo(QFileInfo("/proc/self/exe").symLinkTarget()).path() + "/ostrel-article-server";
-        process_.start(program, {"--data", data_.path(), "--port", "0", "--exit-with-parent"});
-        QElapsedTimer since;
-        since.start();
-        while (address_.isEmpty() && since.elapsed() < 30'000 && process_.state() != QProcess::NotRunning) {
-            process_.waitForReadyRead(200);
-            const QString line = QString::fromUtf8(process_.readLine()).trimmed();
-            if (const auto at = line.indexOf("listening on "); at >= 0) address_ = line.mid(at + 13);
-        }
-    }
-    ~BenchArticleServer() {
-        process_.terminate();
-        if (!process_.waitForFinished(5000)) process_.kill();
-    }
-    const QString& address() const { return address_; }
-
-private:
-    QTemporaryDir data_;
-    QProcess process_;
-    QString address_;
-};
 
 /// A clip of `bytes` bytes: a short one, and after it a box of free space (ISO/IEC 14496-12, 8.1.2).
 bool makeClip(const QString& path, qint64 bytes) {
