@@ -92,21 +92,18 @@ HttpServer::Ticket HttpServer::ticketFor(OnUnauthorized onUnauthorized, JudgedHa
     return ticket;
 }
 
-std::optional<std::string> HttpServer::addressOf(const std::string& path, const Ticket& ticket) {
-    std::string error;
-    auto address = settings_.base.join(path, &error);
-    if (address && address->size() > longestAddress) {
-        address.reset();
-        error = "The address of the request is too long.";
-    }
-    if (!address) desk_->deliver(refusalAnswer(std::move(error)), ticket);
-    return address;
+std::optional<std::string> HttpServer::addressOf(const std::string& path, std::string* error) const {
+    auto address = settings_.base.join(path, error);
+    if (!address || address->size() <= longestAddress) return address;
+    *error = "The address of the request is too long.";
+    return std::nullopt;
 }
 
 void HttpServer::send(Sending sending, JudgedHandler handler) {
     const Ticket ticket = ticketFor(sending.onUnauthorized, std::move(handler));
-    const auto address = addressOf(sending.path, ticket);
-    if (!address) return;
+    std::string error;
+    const auto address = addressOf(sending.path, &error);
+    if (!address) return desk_->deliver(refusalAnswer(std::move(error)), ticket);
     HttpRequest request = answeredRequest(*address);
     if (sending.jar) request.cookies = std::move(sending.jar);
     if (sending.form) {
@@ -157,8 +154,8 @@ std::shared_ptr<Transfer> HttpServer::postManyDataURL(const std::string& path, c
         if (const auto self = server.lock())
             return self->sendUpload({path, ticket, generation}, std::move(prepared), std::move(shown),
                                     std::move(ended));
-        desk->deliver(refusalAnswer(cancelledText), ticket);
         ended();
+        desk->deliver(refusalAnswer(cancelledText), ticket);
         return 0;
     };
     return uploads_->add(std::move(order));
@@ -167,17 +164,17 @@ std::shared_ptr<Transfer> HttpServer::postManyDataURL(const std::string& path, c
 std::uint64_t HttpServer::sendUpload(const UploadTarget& target, std::shared_ptr<PreparedUpload> prepared,
                                      ProgressHandler shown, Task ended) {
     const Ticket& ticket = target.ticket;
-    const auto leave = [&]() -> std::uint64_t {
+    // It has ended before its handler can run: who looks at the work in progress then finds it gone.
+    const auto unsent = [&](std::string error) -> std::uint64_t {
         ended();
+        desk_->deliver(refusalAnswer(std::move(error)), ticket);
         return 0;
     };
     // What waited for its turn must not go out in the name of somebody else.
-    if (session_->generation() != target.generation) {
-        desk_->deliver(refusalAnswer(cancelledText), ticket);
-        return leave();
-    }
-    const auto address = addressOf(target.path, ticket);
-    if (!address) return leave();
+    if (session_->generation() != target.generation) return unsent(cancelledText);
+    std::string error;
+    const auto address = addressOf(target.path, &error);
+    if (!address) return unsent(std::move(error));
     HttpRequest request = answeredRequest(*address);
     request.headers.push_back(idempotencyKeyLine());
     request.upload = std::move(prepared);

@@ -58,8 +58,8 @@ private:
     HttpRequest requestTo(std::string address) const;
     HttpRequest answeredRequest(std::string address) const;
     Ticket ticketFor(OnUnauthorized onUnauthorized, JudgedHandler handler);
-    /// The absolute address of a path; when it has none, the ticket's handler gets the error.
-    std::optional<std::string> addressOf(const std::string& path, const Ticket& ticket);
+    /// The absolute address of a path; none, and a sentence in `error`, when it has none.
+    std::optional<std::string> addressOf(const std::string& path, std::string* error) const;
     /// Where an upload goes, who waits for its answer, and who was signed in when it was handed over.
     struct UploadTarget {
         const std::string& path;
