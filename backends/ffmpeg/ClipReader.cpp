@@ -23,15 +23,20 @@ constexpr const char* plainScaleOptions = ":filter=spline16:dither=ordered:cin=c
 
 /// What zimg takes as it is, and what nearly all clips are.
 bool isPlainPicture(const AVFrame& frame) {
-    return frame.format == AV_PIX_FMT_YUV420P && frame.width % 2 == 0 && frame.height % 2 == 0;
+    static const bool hasZimg = avfilter_get_by_name("zscale") != nullptr;
+    return hasZimg && frame.format == AV_PIX_FMT_YUV420P && frame.width % 2 == 0 && frame.height % 2 == 0;
 }
 
-/// Two more than cores: while one waits for the frame it refers to, or for its picture to be scaled, another goes on. At
-/// most as many as the frames in their hands (3 MB each of 1080p) are worth.
-int decodingThreads() {
-    constexpr int largestThreadCount = 16;
-    return std::min(static_cast<int>(std::max(1U, std::thread::hardware_concurrency())) + 2,
-                    largestThreadCount);
+/// Two more than cores: while one waits for the frame it refers to, or for its picture to be scaled, another goes on.
+/// Fewer when the pictures in their hands, two each, would take too much memory.
+int decodingThreads(const AVCodecParameters& parameters) {
+    constexpr std::int64_t largestThreadCount = 16, picturesEach = 2, largestBytes = std::int64_t{256} << 20;
+    const std::int64_t pictureBytes =
+        std::max<std::int64_t>(1, std::int64_t{parameters.width} * parameters.height * 3 / 2);
+    const std::int64_t fitting =
+        std::clamp<std::int64_t>(largestBytes / (pictureBytes * picturesEach), 2, largestThreadCount);
+    const auto cores = static_cast<std::int64_t>(std::thread::hardware_concurrency());
+    return static_cast<int>(std::min(std::max<std::int64_t>(1, cores) + 2, fitting));
 }
 
 const std::int32_t* displayMatrix(const AVStream& stream) {
@@ -73,7 +78,7 @@ bool ClipReader::openStreams(std::optional<NSError>* error) {
     for (int i = 0; i < static_cast<int>(format.nb_streams); ++i)
         format.streams[i]->discard = i == video || i == audio ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
     video_ = format.streams[video];
-    videoDecoder_ = openDecoder(*video_, decodingThreads(), error);
+    videoDecoder_ = openDecoder(*video_, decodingThreads(*video_->codecpar), error);
     if (!videoDecoder_) return false;
     // Smoothing block edges is a tenth of decoding. In pictures that no other one is decoded from, and which become half
     // the size or less, nothing of it is left to see (SSIM is the same to the fourth digit).

@@ -256,8 +256,11 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
     reader->format_.reset(format);
 
     const bool isIsoFile = std::strstr(format->iformat->name, "mp4") != nullptr;
-    const bool statesAll =
-        isIsoFile && detail == Detail::beginning && format->duration > 0 && format->nb_streams > 0;
+    const int video = reader->videoStream();
+    // MPEG-4 Part 2 states its size in the data, whatever the index says.
+    const bool statesSize = video < 0 || format->streams[video]->codecpar->width > 0;
+    const bool statesAll = isIsoFile && detail == Detail::beginning && format->duration > 0 &&
+                           format->nb_streams > 0 && statesSize;
     // Without a stated length it is the sum of all samples, so that the whole index is needed.
     if (!statesAll && !reader->patches_.empty())
         return open(reader->file_, Detail::streams, interrupted, error);

@@ -146,7 +146,7 @@ std::vector<std::shared_ptr<NSProgress>> NSProgress::published() { return list()
 
 void NSProgress::addObserver(const void* observer, Observer handler) {
     List& all = list();
-    const auto entry = std::make_shared<List::Entry>(observer, std::move(handler));
+    const auto entry = std::make_shared<List::Entry>(List::Entry{observer, std::move(handler)});
     all.observers.push_back(entry);
     {
         const std::lock_guard lock(all.mutex);
