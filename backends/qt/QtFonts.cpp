@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <QFontDatabase>
 #include <QFontInfo>
+#include <QStringList>
 
 namespace ostrel {
 
@@ -10,6 +11,8 @@ namespace {
 
 struct Families {
     QString text, monospace;
+    // For what these lack. Qt's own choice leaves scripts out that the second font it tries does not have.
+    QStringList others;
     double pointsPerPixel = 0.75;
 };
 
@@ -31,6 +34,11 @@ Families findFamilies() {
     }
     if (families.monospace.isEmpty()) {
         families.monospace = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+    }
+    // Coloured pictures before the same in black.
+    for (const char* name :
+         {"Apple Color Emoji", "Segoe UI Emoji", "Noto Color Emoji", "Noto Sans", "DejaVu Sans"}) {
+        if (QFontDatabase::hasFamily(QLatin1String(name))) families.others.append(QLatin1String(name));
     }
     // A font's real size can be set in points only; 72 of them tell how many pixels an inch has here.
     QFont probe;
@@ -66,7 +74,7 @@ void prepareFonts() { families(); }
 QFont qtFont(const UIFont& font, double scale) {
     const Families& found = families();
     const bool monospace = std::string_view(font.name).starts_with("Courier");
-    QFont result(monospace ? found.monospace : found.text);
+    QFont result(QStringList(monospace ? found.monospace : found.text) + found.others);
     const double pixels = std::clamp(font.pointSize * scale, 1.0, 2000.0);
     result.setPointSizeF(pixels * found.pointsPerPixel);
     result.setWeight(weightOf(font.name));

@@ -164,9 +164,8 @@ double TextBlock::alignedX(const QTextLine& line, const Options& options) const 
     if (alignment == NSTextAlignment::natural) {
         alignment = rightToLeft_ ? NSTextAlignment::right : NSTextAlignment::left;
     }
-    // Qt itself puts a line of right-to-left text at the right end of its width.
-    const double free = line.width() - line.naturalTextWidth();
-    const double own = rightToLeft_ ? free : 0;
+    // Where Qt itself puts the text within the width of the line.
+    const double own = line.naturalTextRect().x() - line.x();
     if (options.width >= widest) return -own;
     const double room = std::max(0.0, options.width - line.naturalTextWidth());
     switch (alignment) {
