@@ -22,6 +22,7 @@ namespace ostrel {
 
 namespace {
 
+constexpr CGRect faceFrame{20, 12, 56, 56};
 constexpr CGFloat buttonWidth = 50, buttonHeight = 30;
 /// From the buttons' upper edge to the row's lower one.
 constexpr CGFloat buttonRoom = 35;
@@ -32,6 +33,17 @@ constexpr CGFloat textIndent = 8;
 UIViewController* rootOfFirstWindow() {
     UIWindow* window = UIApplication::sharedApplication().firstWindow();
     return window ? window->rootViewController().get() : nullptr;
+}
+
+const UIFont& bodyFont() {
+    static const UIFont font = UIFont::fontWithName("PingFangSC-Thin", 12);
+    return font;
+}
+
+/// As many as decide the height: what lies below them is cut off in any case.
+int bodyLines() {
+    const CGFloat line = std::max(1.0, TextMeasurer::shared().lineHeight(bodyFont()));
+    return static_cast<int>(largestTextHeight / line) + 1;
 }
 
 std::string bodyText(const Dictionary& record) {
@@ -58,7 +70,7 @@ void UIArticleListTableViewCell::initialise() {
     ostrelArticleBundle_ = openApplicationArticleBundle();
     const CGFloat width = frame().width();
 
-    authFaceImageView_ = make<UIImageView>(CGRect(20, 12, 56, 56));
+    authFaceImageView_ = make<UIImageView>(faceFrame);
     authFaceImageView_->setContentMode(UIViewContentMode::scaleAspectFit);
     authFaceImageView_->setClipsToBounds(true);
     authFaceImageView_->setCornerRadius(28);
@@ -81,7 +93,7 @@ void UIArticleListTableViewCell::initialise() {
     detailTextLabel_->setBackgroundColor(UIColor::clear());
     detailTextLabel_->setLineBreakMode(NSLineBreakMode::byWordWrapping);
     detailTextLabel_->setContentInset({0, textIndent, 0, 0});
-    detailTextLabel_->setFont(UIFont::fontWithName("PingFangSC-Thin", 12));
+    detailTextLabel_->setFont(bodyFont());
     addSubview(detailTextLabel_);
     addConstraint({.toItem = detailTextLabel_, .constant = detailTextLabel_->frame().minY() + buttonRoom});
 
@@ -123,8 +135,10 @@ std::shared_ptr<UIButton> UIArticleListTableViewCell::makeButton(
 }
 
 void UIArticleListTableViewCell::setFrame(const CGRect& frame) {
+    const CGSize former = this->frame().size;
     UITableViewCell::setFrame(frame);
-    if (shareButton_) place();
+    // A table that scrolls gives its rows the frames they have.
+    if (shareButton_ && this->frame().size != former) place();
 }
 
 void UIArticleListTableViewCell::place() {
@@ -159,11 +173,17 @@ void UIArticleListTableViewCell::setArticleDictionary(Dictionary record) {
     requestFace();
 }
 
+void UIArticleListTableViewCell::measureAhead(const Dictionary& record, CGFloat rowWidth, bool isOwners) {
+    const CGFloat room = isOwners ? ownersRoom : plainRoom;
+    TextMeasurer::shared().measureAhead(bodyText(record), bodyFont(),
+                                        std::max(0.0, rowWidth - faceFrame.maxX() - room), bodyLines());
+}
+
 void UIArticleListTableViewCell::showBody() {
     const std::string text = bodyText(articleDictionary_);
     const CGRect old = detailTextLabel_->frame();
     const CGFloat measured =
-        TextMeasurer::shared().measure(text, detailTextLabel_->font(), old.width()).size.height;
+        TextMeasurer::shared().measure(text, bodyFont(), old.width(), bodyLines()).size.height;
     detailTextLabel_->setText(text);
     detailTextLabel_->setFrame(
         {old.origin, {old.width(), std::clamp(measured * 1.04, smallestTextHeight, largestTextHeight)}});

@@ -24,6 +24,8 @@ public:
     /// Stores the record and redraws from it; asks the server for the author's avatar.
     void setArticleDictionary(Dictionary record);
     void setFrame(const CGRect& frame) override;
+    /// Has the text of a record measured for a row of this width that will be made soon.
+    static void measureAhead(const Dictionary& record, CGFloat rowWidth, bool isOwners);
 
     void likeButtonAction();
     void commentButtonAction();
@@ -41,7 +43,8 @@ public:
 
 protected:
     /// What stays free at the right of the text for the accessory, points.
-    virtual CGFloat accessoryRoom() const { return 30; }
+    virtual CGFloat accessoryRoom() const { return plainRoom; }
+    static constexpr CGFloat plainRoom = 30, ownersRoom = 65;
 
 private:
     void updateArticleNotification(const Value& object);
@@ -72,7 +75,7 @@ public:
     void initialise();
 
 protected:
-    CGFloat accessoryRoom() const override { return 65; }
+    CGFloat accessoryRoom() const override { return ownersRoom; }
 };
 
 }  // namespace ostrel

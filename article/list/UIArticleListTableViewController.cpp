@@ -372,6 +372,14 @@ std::shared_ptr<UITableViewCell> UIArticleListTableViewController::tableViewCell
     return cell;
 }
 
+void UIArticleListTableViewController::tableViewPrefetchRowsAtIndexPaths(
+    UITableView& table, const std::vector<NSIndexPath>& paths) {
+    for (const NSIndexPath& path : paths) {
+        const Dictionary* record = articleAt(path);
+        if (record) UIArticleListTableViewCell::measureAhead(*record, table.rowWidth(), isMySelfOnly_);
+    }
+}
+
 CGFloat UIArticleListTableViewController::tableViewHeightForHeaderInSection(UITableView&, std::int64_t) {
     return headerHeight;
 }

@@ -57,6 +57,8 @@ public:
     std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
     std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
                                                                     NSIndexPath path) override;
+    void tableViewPrefetchRowsAtIndexPaths(UITableView& table,
+                                           const std::vector<NSIndexPath>& paths) override;
     CGFloat tableViewHeightForHeaderInSection(UITableView& table, std::int64_t section) override;
     CGFloat tableViewHeightForFooterInSection(UITableView& table, std::int64_t section) override;
     bool tableViewHasUniformSections(UITableView& table) override;

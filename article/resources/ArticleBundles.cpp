@@ -4,11 +4,34 @@
 
 namespace ostrel {
 
+namespace {
+
+/// Every row opens the bundles of its pictures: the one opened last stays open, as long as it is in the same place.
+class OpenBundle final {
+public:
+    std::shared_ptr<NSBundle> open(const std::shared_ptr<NSBundle>& outer, std::string_view name) {
+        if (!outer) return nullptr;
+        if (outer_.lock() != outer || !bundle_) {
+            outer_ = outer;
+            bundle_ = outer->bundleForResource(name);
+        }
+        return bundle_;
+    }
+
+private:
+    std::weak_ptr<NSBundle> outer_;
+    std::shared_ptr<NSBundle> bundle_;
+};
+
+}  // namespace
+
 std::shared_ptr<NSBundle> OstrelArticleBundle;
 
 void loadOstrelArticleBundle() {
     if (OstrelArticleBundle) return;
-    OstrelArticleBundle = openApplicationArticleBundle();
+    // One of its own: its texts are those of the language at this moment.
+    const auto main = NSBundle::mainBundle();
+    OstrelArticleBundle = main ? main->bundleForResource("OstrelArticle") : nullptr;
     if (!OstrelArticleBundle) NSLog("Warning: can NOT FOUND \"OstrelArticle.bundle\" in this target.");
 }
 
@@ -18,13 +41,13 @@ std::string articleText(std::string_view key) {
 }
 
 std::shared_ptr<NSBundle> openFrameworkArticleBundle() {
-    const auto framework = NSBundle::bundleWithIdentifier(OstrelArticleBundleIdentifier);
-    return framework ? framework->bundleForResource("Article") : nullptr;
+    static OpenBundle opened;
+    return opened.open(NSBundle::bundleWithIdentifier(OstrelArticleBundleIdentifier), "Article");
 }
 
 std::shared_ptr<NSBundle> openApplicationArticleBundle() {
-    const auto main = NSBundle::mainBundle();
-    return main ? main->bundleForResource("OstrelArticle") : nullptr;
+    static OpenBundle opened;
+    return opened.open(NSBundle::mainBundle(), "OstrelArticle");
 }
 
 std::shared_ptr<const UIImage> imageInBundle(const std::shared_ptr<NSBundle>& bundle, std::string_view name) {

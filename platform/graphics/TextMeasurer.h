@@ -4,6 +4,7 @@
 #include "platform/graphics/UIFont.h"
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace ostrel {
@@ -40,6 +41,9 @@ public:
     virtual TextMetrics measure(std::string_view text, const UIFont& font, CGFloat width,
                                 int maximumLines = 0) = 0;
     virtual CGFloat lineHeight(const UIFont& font) = 0;
+    /// Says that this will be asked for soon; a backend may measure it on another thread meanwhile.
+    virtual void measureAhead(std::string /*text*/, const UIFont& /*font*/, CGFloat /*width*/,
+                              int /*maximumLines*/ = 0) {}
     /// The place in `text` (bytes, between characters) that is nearest to `point`, in points from the upper left corner
     /// of the text as it is laid out. The default finds it by measuring parts of the paragraph there, and takes all text
     /// to run from left to right; a backend knows better by its own layout.

@@ -29,6 +29,8 @@ public:
     virtual std::int64_t tableViewNumberOfRowsInSection(UITableView&, std::int64_t section) = 0;
     virtual std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView&,
                                                                             NSIndexPath path) = 0;
+    /// Rows that come next when the table is scrolled on, each named once on the way: their data can be made ready.
+    virtual void tableViewPrefetchRowsAtIndexPaths(UITableView&, const std::vector<NSIndexPath>&) {}
     virtual std::string tableViewTitleForHeaderInSection(UITableView&, std::int64_t) { return {}; }
     virtual bool tableViewCanEditRowAtIndexPath(UITableView&, NSIndexPath) { return false; }
     virtual void tableViewCommitEditingStyle(UITableView&, UITableViewCellEditingStyle, NSIndexPath) {}
@@ -59,6 +61,8 @@ class UITableView : public UIScrollView {
 public:
     /// Rows are made this far beyond the upper and lower edge (points), more in the direction of a fling.
     static constexpr CGFloat overscan = 240;
+    /// Rows are named to the data source ahead of being made over this many heights of the table.
+    static constexpr CGFloat prefetchScreens = 3;
     /// Unused rows kept for reuse, over all identifiers; the ones unused longest are let go.
     static constexpr std::size_t reusePoolLimit = 32;
 

@@ -66,6 +66,8 @@ struct UITableView::Implementation {
     void layout();
     /// Makes, measures and places the rows in reach and lets go of the others; the anchor keeps its place.
     void tile(Transition* transition = nullptr);
+    /// Tells the data source what comes next in the direction that the content `moved`.
+    void prefetch(CGFloat moved);
     void letGoOutside(CGFloat lower, CGFloat upper, Transition* transition);
     std::optional<Anchor> findAnchor() const;
     void ensureNumbers();
@@ -138,6 +140,7 @@ struct UITableView::Implementation {
     bool needsRows = true;      // the rows may have changed since the last layout
     bool reloadsAfter = false;  // asked for while rows were being laid out
     bool settlesAfter = false;  // the offset may lie outside of the content
+    std::optional<std::pair<NSIndexPath, NSIndexPath>> prefetched;  // first and last, all between them too
     CGPoint tiledOffset;
     CGSize tiledSize;
     CGFloat tiledVelocity = 0;

@@ -11,8 +11,9 @@ constexpr CGFloat phoneMargin = 16, wideMargin = 20;
 constexpr CGFloat cardRadius = 10;
 constexpr CGFloat plainHeader = 28, groupedHeader = 38, groupedGap = 18;
 constexpr CGFloat headerInset = 16;
-constexpr double flingLookahead = 0.3;  // seconds of the present velocity for which rows are made
-constexpr int rowsMadeAhead = 2;        // in one layout, beyond the overscan
+constexpr double flingLookahead = 0.3;      // seconds of the present velocity for which rows are made
+constexpr int rowsMadeAhead = 2;            // in one layout, beyond the overscan
+constexpr std::size_t mostPrefetched = 64;  // rows named to the data source in one layout
 
 }  // namespace
 
@@ -111,6 +112,7 @@ void UITableView::Implementation::reload() {
     retireAll();
     askNumbers();
     needsRows = settlesAfter = true;
+    prefetched.reset();
     updateContentSize();
     table.setNeedsLayout();
 }
@@ -342,6 +344,7 @@ void UITableView::Implementation::widthChanged() {
     heights.forgetKnown();
     closeSwipe(false);
     retireAll();
+    prefetched.reset();
     needsRows = settlesAfter = true;
 }
 
@@ -409,10 +412,35 @@ void UITableView::Implementation::tile(Transition* transition) {
     }
     for (const auto& [path, cell] : std::exchange(retired, {})) recycle(cell);
     for (const auto& [path, row] : rows) needsRows = needsRows || row.isHeightStale;
+    const CGFloat moved = before - tiledOffset.y;
     tiledOffset = table.contentOffset();
     tiledSize = table.frame().size;
     tiledVelocity = table.scrollVelocity();
     isLayingOut = false;
+    prefetch(moved);
+}
+
+void UITableView::Implementation::prefetch(CGFloat moved) {
+    if (moved == 0 || rows.empty() || !table.dataSource_) return;
+    const bool down = moved > 0;
+    const CGFloat reach = overscan + prefetchScreens * table.frame().height();
+    const CGFloat from = table.contentOffset().y - contentTop() - reach;
+    const CGFloat to = table.contentOffset().y - contentTop() + table.frame().height() + reach;
+    std::vector<NSIndexPath> named;
+    std::optional<NSIndexPath> path = down ? rows.rbegin()->first : rows.begin()->first;
+    // A jump leaves behind what was named.
+    if (prefetched && (*path < prefetched->first || prefetched->second < *path)) prefetched.reset();
+    if (!prefetched) prefetched = {rows.begin()->first, rows.rbegin()->first};
+    path = down ? prefetched->second : prefetched->first;
+    while (named.size() < mostPrefetched) {
+        path = down ? heights.next(*path) : heights.previous(*path);
+        if (!path) break;
+        const auto place = heights.row(*path);
+        if (down ? place.top > to : place.bottom() < from) break;
+        named.push_back(*path);
+        (down ? prefetched->second : prefetched->first) = *path;
+    }
+    if (!named.empty()) table.dataSource_->tableViewPrefetchRowsAtIndexPaths(table, named);
 }
 
 void UITableView::Implementation::letGoOutside(CGFloat lower, CGFloat upper, Transition* transition) {

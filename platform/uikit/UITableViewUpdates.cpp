@@ -95,6 +95,7 @@ void UITableView::Implementation::apply(const Batch& unsorted) {
     }
 
     const auto before = std::exchange(rows, {});
+    prefetched.reset();
     keepPlace(before, update);
     for (auto range = update.deletes.rbegin(); range != update.deletes.rend(); ++range) {
         heights.eraseSections(range->first, range->count);

@@ -254,6 +254,30 @@ TEST(Text, EveryCharacterIsFoundWhereItsSelectionIsShown) {
     }
 }
 
+TEST(Text, LinesStandAtTheSideThatTheirScriptBeginsAt) {
+    using enum NSTextAlignment;
+    const struct {
+        const char* text;
+        NSTextAlignment alignment;
+        bool atLeft, atRight;
+    } cases[] = {
+        {"abc", natural, true, false},      {"שלום", natural, false, true}, {"مرحبا", natural, false, true},
+        {"שלום abc", natural, false, true}, {"שלום", left, true, false},    {"abc", right, false, true},
+        {"שלום", center, false, false},
+    };
+    for (const auto& [text, alignment, atLeft, atRight] : cases) {
+        TextContent shown = content(text, UIFont::system(20));
+        shown.alignment = alignment;
+        const QRectF ink = inkOf(painted(shown, {200, 40}, 1), 1);
+        EXPECT_EQ(ink.left() < 4, atLeft) << text;
+        EXPECT_EQ(ink.right() > 196, atRight) << text;
+    }
+    QtTextMeasurer measurer;
+    EXPECT_NE(measurer.singleLineWidth("שששש", UIFont::system(20)),
+              measurer.singleLineWidth("יייי", UIFont::system(20)))
+        << "there is a font for the script, and not the box for what is missing";
+}
+
 TEST(Text, SelectedTextStandsOnBlue) {
     TextContent shown = content("one two three", UIFont::system(20), 1);
     shown.insets = {5, 10, 5, 10};
@@ -286,6 +310,23 @@ TEST(Text, VeryLongTextIsLaidOutAsFarAsItIsSeen) {
     const TextBlock cut(text, qtFont(UIFont::system(15)), options);
     EXPECT_EQ(cut.lineCount(), 1);
     EXPECT_LE(cut.size().width(), 300.1);
+}
+
+TEST(Text, WhatIsMeasuredAheadMeasuresTheSame) {
+    QtTextMeasurer ahead, plain;
+    const UIFont font = UIFont::system(14);
+    const auto textOf = [](int i) {
+        return "一些 words " + std::to_string(i * 7919) + std::string(i % 60, 'm');
+    };
+    for (int i = 0; i < 400; ++i) ahead.measureAhead(textOf(i), font, 80 + i % 3, i % 2);
+    ahead.measureAhead("", font, 80, 0);
+    for (int i = 0; i < 400; ++i) {
+        const TextMetrics expected = plain.measure(textOf(i), font, 80 + i % 3, i % 2);
+        const TextMetrics metrics = ahead.measure(textOf(i), font, 80 + i % 3, i % 2);
+        EXPECT_EQ(metrics.size, expected.size) << i;
+        EXPECT_EQ(metrics.lineCount, expected.lineCount) << i;
+        EXPECT_EQ(metrics.lineHeight, expected.lineHeight) << i;
+    }
 }
 
 TEST(Text, MeasuresAreKeptWithinABound) {

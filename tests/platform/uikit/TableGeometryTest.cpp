@@ -53,6 +53,37 @@ TEST(TableStyles, MarginsAndCardsFollowStyleAndIdiom) {
     }
 }
 
+TEST_F(TableTest, WhatComesNextIsNamedOnceOnTheWay) {
+    show(300, 91);
+    const auto scrollTo = [&](CGFloat offset) {
+        table->setContentOffset({0, offset}, false);
+        platform.settle();
+    };
+    const auto namedSections = [&] {
+        std::vector<std::int64_t> sections;
+        for (const NSIndexPath& path : std::exchange(source.prefetched, {})) sections.push_back(path.section);
+        return sections;
+    };
+    EXPECT_TRUE(namedSections().empty()) << "nothing has moved";
+    for (CGFloat offset = 40; offset <= 4000; offset += 40) scrollTo(offset);
+    auto named = namedSections();
+    ASSERT_FALSE(named.empty());
+    for (std::size_t i = 1; i < named.size(); ++i) EXPECT_EQ(named[i], named[i - 1] + 1);
+    EXPECT_GT(named.front(), 6) << "what is made already is not named";
+    EXPECT_NEAR(static_cast<double>(named.back()), (4000 + 4 * 667 + 240) / 100, 3);
+    for (CGFloat offset = 3960; offset >= 0; offset -= 40) scrollTo(offset);
+    EXPECT_TRUE(namedSections().empty()) << "the way back has been seen";
+
+    scrollTo(20'000);
+    named = namedSections();
+    ASSERT_FALSE(named.empty());
+    EXPECT_GT(named.front(), 200);
+    source.items.erase(source.items.begin() + 210);
+    table->deleteSections(210, 1, UITableViewRowAnimation::none);
+    scrollTo(20'010);
+    EXPECT_FALSE(namedSections().empty()) << "they may be others now";
+}
+
 TEST_F(TableTest, TextHeadersHaveTheirStylesHeightAndPlainOnesStick) {
     source.header = source.footer = -1;
     source.titles = {"Uno", "", "Due"};

@@ -44,7 +44,7 @@ public:
 
     CGFloat lastWidthAsked = 0;  ///< of a row before it is filled
     int cellsMade = 0, rowNumbersAsked = 0, cellsAsked = 0;
-    std::vector<NSIndexPath> selected, accessories, committed;
+    std::vector<NSIndexPath> selected, accessories, committed, prefetched;
 
     std::int64_t numberOfSectionsInTableView(UITableView&) override {
         return static_cast<std::int64_t>(items.size());
@@ -64,6 +64,9 @@ public:
                                    (path.row ? "." + std::to_string(path.row) : ""));
         cell->wanted = item.height;
         return cell;
+    }
+    void tableViewPrefetchRowsAtIndexPaths(UITableView&, const std::vector<NSIndexPath>& paths) override {
+        prefetched.insert(prefetched.end(), paths.begin(), paths.end());
     }
     std::string tableViewTitleForHeaderInSection(UITableView&, std::int64_t section) override {
         return static_cast<std::size_t>(section) < titles.size() ? titles[static_cast<std::size_t>(section)]
