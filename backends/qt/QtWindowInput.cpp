@@ -165,6 +165,24 @@ void QtWindowView::wheelEvent(QWheelEvent* event) {
     window_->sendScroll(scroll);
 }
 
+bool QtWindowView::eventFilter(QObject* object, QEvent* event) {
+    // With every frame Qt looks anew for what lies under the pointer; without a pointer there is nothing to be found.
+    switch (event->type()) {
+    case QEvent::Enter:
+    case QEvent::MouseMove:
+        if (!acceptHoverEvents()) setAcceptHoverEvents(true);
+        break;
+    case QEvent::Leave:
+        if (acceptHoverEvents()) {
+            setAcceptHoverEvents(false);
+            if (window_) window_->sendHover({}, false);
+        }
+        break;
+    default: break;
+    }
+    return QQuickItem::eventFilter(object, event);
+}
+
 void QtWindowView::hoverMoveEvent(QHoverEvent* event) {
     if (!window_ || pointerDown_) return;
     window_->sendHover(toPoint(event->position()), true);

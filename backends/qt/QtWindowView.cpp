@@ -45,7 +45,6 @@ QtWindowView::QtWindowView(std::shared_ptr<UIWindow> window, QQuickItem* parent)
     setFlag(ItemIsFocusScope, false);
     setAcceptedMouseButtons(Qt::LeftButton | Qt::RightButton);
     setAcceptTouchEvents(true);
-    setAcceptHoverEvents(true);
     setFlag(ItemAcceptsDrops);
     setActiveFocusOnTab(false);
     setFocus(true);
@@ -170,7 +169,11 @@ void QtWindowView::itemChange(ItemChange change, const ItemChangeData& data) {
     if (change == ItemDevicePixelRatioHasChanged) updateViewport();
     if (change != ItemSceneChange) return;
     disconnect(activeConnection_);
+    if (windowInScene_) windowInScene_->removeEventFilter(this);
+    windowInScene_ = data.window;
+    setAcceptHoverEvents(false);
     if (!data.window) return;
+    data.window->installEventFilter(this);
     updateViewport();
     activeConnection_ = connect(data.window, &QWindow::activeChanged, this, [this] {
         if (window_ && window()) window_->setActive(window()->isActive());

@@ -5,6 +5,7 @@
 #include "platform/uikit/Mounting.h"
 
 #include <memory>
+#include <QPointer>
 #include <QQuickItem>
 #include <QTimer>
 #include <vector>
@@ -46,6 +47,7 @@ public:
 
 protected:
     bool event(QEvent* event) override;
+    bool eventFilter(QObject* object, QEvent* event) override;
     void updatePolish() override;
     QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
     void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
@@ -86,6 +88,7 @@ private:
     std::unique_ptr<TextEditor> editor_;
     QTimer frameTimer_;
     QMetaObject::Connection activeConnection_;
+    QPointer<QObject> windowInScene_;
     bool needsFlush_ = false;
     bool framesWanted_ = false;
     bool nodesWaiting_ = false;  // prepared, not synchronised yet
