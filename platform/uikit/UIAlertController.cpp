@@ -13,6 +13,7 @@ namespace ostrel {
 
 namespace {
 
+constexpr CGFloat fieldInset = 8;  // between a field's border and its text
 constexpr CGFloat alertWidth = 270;
 constexpr CGFloat listWidth = 280;
 constexpr CGFloat textMargin = 16;
@@ -83,6 +84,7 @@ void UIAlertController::addAction(UIAlertAction action) {
 
 void UIAlertController::addTextField(const std::function<void(UITextField&)>& configure) {
     auto field = make<UITextField>();
+    field->setTextInsets({0, fieldInset, 0, fieldInset});
     field->setFont(UIFont::system(14));
     field->setBackgroundColor(UIColor::white());
     field->setBorderColor(UIColor::separator());

@@ -4,6 +4,7 @@
 #include "article/detail/UIArticleVideoTableViewCell.h"
 #include "article/detail/UIArticleViewController.h"
 #include "article/detail/UIArticleViewImageTableViewCell.h"
+#include "article/detail/UIArticleViewTextTableViewCell.h"
 #include "article/detail/UIArticleViewTitleTableViewCell.h"
 #include "ostrelserver/HttpServerFramework.h"
 #include "platform/media/AVPlayer.h"
@@ -11,6 +12,9 @@
 #include "platform/uikit/UITextView.h"
 #include "reader/ReaderTabs.h"
 #include "reader/ReaderText.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
 
 namespace ostrel {
 
@@ -26,13 +30,17 @@ constexpr char comment[] = "It rains here too.";
 
 void DetailTour::run() {
     step("article-opens", [this] { articleOpens(); });
+    step("text-is-selected", [this] { textIsSelected(); });
+    step("text-is-copied", [this] { textIsCopied(); });
     step("picture-comes", [this] { pictureComes(); });
     step("film-plays", [this] { filmPlays(); });
     step("space-pauses", [this] { spacePauses(); });
+    step("author-is-addressed", [this] { authorIsAddressed(); });
     step("author-gets-a-message", [this] { authorGetsAMessage(); });
     step("article-is-shared", [this] { articleIsShared(); });
     step("list-keeps-its-place", [this] { listKeepsItsPlace(); });
-    step("comment-is-written", [this] { commentIsWritten(); });
+    step("comment-is-typed", [this] { commentIsTyped(); });
+    step("comment-is-sent", [this] { commentIsSent(); });
     step("comment-is-there", [this] { commentIsThere(); });
     step("author-reads-the-message", [this] { authorReadsTheMessage(); });
 }
@@ -101,6 +109,43 @@ void DetailTour::articleOpens() {
     }
 }
 
+void DetailTour::textIsSelected() {
+    auto* text = window_.first<UIArticleViewTextTableViewCell>();
+    if (!check(text != nullptr, "the text is on screen")) return;
+    const CGRect rect = window_.rectOf(*text);
+    const CGPoint word{rect.minX() + 40, rect.minY() + 16};
+    if (options_.idiom == UIUserInterfaceIdiom::mac) {
+        input_.click(word);
+        input_.click(word);
+    } else {
+        hold(word);
+        check(window_.waitFor([&] { return window_.text("Copy") != nullptr; }),
+              "a long press offers to copy");
+    }
+    const auto& selection = text->textTextView()->selection();
+    check(selection && !selection->isEmpty(), "a word of it is selected");
+}
+
+void DetailTour::textIsCopied() {
+    auto* text = window_.first<UIArticleViewTextTableViewCell>();
+    if (!check(text != nullptr, "the text is on screen")) return;
+    QGuiApplication::clipboard()->clear();
+    if (options_.idiom == UIUserInterfaceIdiom::mac) {
+        input_.key(Qt::Key_C, "\x03", Qt::ControlModifier);
+    } else {
+        press(window_.text("Copy"), "Copy");
+    }
+    const auto copied = [] { return QGuiApplication::clipboard()->text().toStdString(); };
+    check(window_.waitFor(
+              [&] { return !copied().empty() && text->text().find(copied()) != std::string::npos; }),
+          "the word is on the clipboard");
+    window_.settle();
+    const auto* title = window_.first<UIArticleViewTitleTableViewCell>();
+    if (!check(title != nullptr, "the title is on screen")) return;
+    press({window_.rectOf(*title).minX() + 10, window_.centerOf(*title).y});
+    check(text->textTextView()->selection()->isEmpty(), "a press elsewhere ends the selection");
+}
+
 void DetailTour::pictureComes() {
     UIArticleViewImageTableViewCell* row = nullptr;
     const bool found = scrollUntil([&] {
@@ -151,7 +196,7 @@ void DetailTour::spacePauses() {
           "the space bar pauses it");
 }
 
-void DetailTour::authorGetsAMessage() {
+void DetailTour::authorIsAddressed() {
     if (!check(screen() != nullptr, "the article is open")) return;
     input_.key(Qt::Key_Home);
     window_.settle();
@@ -166,6 +211,9 @@ void DetailTour::authorGetsAMessage() {
     window_.settle();
     input_.type(message);
     check(field && window_.waitFor([&] { return field->text() == message; }), "it holds what was typed");
+}
+
+void DetailTour::authorGetsAMessage() {
     press(window_.text("Touch"), "Touch");
     check(window_.waitFor([&] {
         return database_.number(
@@ -196,20 +244,23 @@ void DetailTour::listKeepsItsPlace() {
     check(std::abs(offset - listOffset_) < 1, "the list is where it was");
 }
 
-void DetailTour::commentIsWritten() {
+void DetailTour::commentIsTyped() {
     const bool found = scrollUntil([this] { return rowOf(articleId_) != nullptr; });
     if (!check(found, "the article's row is on screen")) return;
-    const auto before = database_.number("SELECT count(*) FROM comments WHERE article_id = ?", {articleId_});
+    commentsBefore_ = database_.number("SELECT count(*) FROM comments WHERE article_id = ?", {articleId_});
     press(rowOf(articleId_)->commentButton().get(), "its comment button");
     check(window_.waitFor([&] { return window_.text("Reply") != nullptr; }), "the composer opens");
     window_.settle();
     input_.type(comment);
     check(window_.waitFor([&] { return window_.textContaining(comment) != nullptr; }),
           "it holds what was typed");
+}
+
+void DetailTour::commentIsSent() {
     press(window_.text("Reply"), "Reply");
     check(window_.waitFor([&] {
         return database_.number("SELECT count(*) FROM comments WHERE article_id = ?", {articleId_}) ==
-               before + 1;
+               commentsBefore_ + 1;
     }),
           "the comment is in the database");
     check(window_.waitFor([&] { return window_.text("Reply") == nullptr; }), "the composer leaves");
@@ -224,6 +275,7 @@ void DetailTour::commentIsThere() {
           "the article opens again");
     window_.settle();
     check(scrollUntil([&] { return window_.textContaining(comment) != nullptr; }), "the comment is there");
+    input_.key(Qt::Key_End);
 }
 
 void DetailTour::authorReadsTheMessage() {

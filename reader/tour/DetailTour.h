@@ -20,10 +20,14 @@ private:
     void pictureComes();
     void filmPlays();
     void spacePauses();
+    void textIsSelected();
+    void textIsCopied();
+    void authorIsAddressed();
     void authorGetsAMessage();
     void articleIsShared();
     void listKeepsItsPlace();
-    void commentIsWritten();
+    void commentIsTyped();
+    void commentIsSent();
     void commentIsThere();
     void authorReadsTheMessage();
 
@@ -35,6 +39,7 @@ private:
     bool isWhole(const UIView& view);
 
     std::string articleId_;
+    std::int64_t commentsBefore_ = 0;
     CGFloat listOffset_ = 0;
 };
 
