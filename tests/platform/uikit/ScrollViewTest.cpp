@@ -214,5 +214,24 @@ TEST(ScrollMotion, RubberBandIsUndoneByItsInverseAndTheWayDoesNotDependOnTheFram
     EXPECT_NEAR(way(1 / 60.0), (12 - 1000) / (1000 * std::log(0.998)), 0.5);
 }
 
+TEST(NestedScrollTest, ADragThatTheInnerCannotFollowIsTheOuters) {
+    HeadlessPlatform platform;
+    const auto outer = make<UIScrollView>(CGRect{0, 0, 375, 667});
+    const auto inner = make<UIScrollView>(CGRect{0, 0, 375, 400});
+    outer->setContentSize({375, 2000});
+    inner->setContentSize({375, 500});
+    outer->addSubview(inner);
+    platform.window().addSubview(outer);
+    platform.drag({100, 300}, {100, 250}, 0.2, true);
+    EXPECT_GT(inner->contentOffset().y, 30);
+    EXPECT_EQ(outer->contentOffset().y, 0);
+    inner->setContentOffset({0, 100});
+    platform.drag({100, 300}, {100, 200}, 0.2, true);
+    EXPECT_EQ(inner->contentOffset().y, 100);
+    EXPECT_GT(outer->contentOffset().y, 80);
+    platform.drag({100, 200}, {100, 250}, 0.2, true);
+    EXPECT_LT(inner->contentOffset().y, 70) << "back again it can follow";
+}
+
 }  // namespace
 }  // namespace ostrel
