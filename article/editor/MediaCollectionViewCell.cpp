@@ -99,6 +99,8 @@ void MediaCollectionViewCell::layoutForStyle() {
 }
 
 void MediaCollectionViewCell::beginShake() {
+    // What is under edit cannot turn with the tile.
+    if (myTextView_->isFirstResponder()) myTextView_->resignFirstResponder();
     addAnimationForKey({.keyPath = "transform.rotation",
                         .values = {-0.03, 0.03, -0.03},
                         .duration = 0.2,
