@@ -1,6 +1,8 @@
 #include "tests/integration/SaveOverHttpTest.h"
 #include "tests/support/ScriptedHttpServer.h"
 
+#include <mutex>
+
 namespace ostrel {
 namespace {
 
@@ -13,17 +15,18 @@ protected:
     SaveFaultsTest() {
         for (const char* path : {"image_remove", "video_remove", "image_update", "video_update",
                                  "update_article_json.html", "article_42_json.html"}) {
-            web.on(std::string("/article/") + path, [this](const Request& request) {
-                return isFaulty(request) ? fault : ScriptedHttpServer::answer(article);
-            });
+            web.on(std::string("/article/") + path,
+                   [this](const Request& request) { return answerTo(request); });
         }
         startFramework(web.address());
     }
     ~SaveFaultsTest() override { endFramework(); }
 
-    bool isFaulty(const Request& request) const {
-        const std::string_view target = request.target;
-        return target.substr(0, faulty.size()) == faulty;
+    /// What begins with `target` gets `answer` from now on; nothing does with "none".
+    void setFault(std::string target, Answer answer = {}) {
+        const std::scoped_lock lock(mutex_);
+        faulty_ = std::move(target);
+        fault_ = std::move(answer);
     }
     std::size_t linesBeginning(std::string_view begin) const {
         const Lines all = log.lines();
@@ -32,9 +35,19 @@ protected:
     }
 
     static constexpr char article[] = R"({"id":42,"title":"Fresh"})";
-    /// Set while no request is under way. What begins with `faulty` gets `fault`.
-    std::string faulty = "none";
-    Answer fault;
+private:
+    /// On the server's threads.
+    Answer answerTo(const Request& request) {
+        const std::scoped_lock lock(mutex_);
+        return request.target.starts_with(faulty_) ? fault_ : ScriptedHttpServer::answer(article);
+    }
+
+    std::mutex mutex_;
+    std::string faulty_ = "none";  // guarded by mutex_
+    Answer fault_;                 // guarded by mutex_
+
+protected:
+    /// Ends before what its threads read.
     ScriptedHttpServer web;
 };
 
@@ -71,12 +84,11 @@ TEST_F(SaveFaultsTest, EverySaveEndsWhateverTheServerDoesToARequest) {
             std::filesystem::remove(home.path("Documents/error.html"));
             openExistingAndChangeAll();
             const std::size_t told = linesBeginning("save article failed error: ");
-            faulty = targets[i];
-            fault = answer;
+            setFault(targets[i], answer);
             editor->save();
             EXPECT_EQ(editor->uploadTasksNum(), 10);
             ASSERT_TRUE(waitFor([&] { return editor->uploadTasksNum() == 0; }));
-            faulty = "none";
+            setFault("none");
             waitForSaves(++saves);
             EXPECT_EQ(editor->uploadTasksNum(), 0);
             EXPECT_EQ(navigation->topViewController(), list);
@@ -91,8 +103,9 @@ TEST_F(SaveFaultsTest, EverySaveEndsWhateverTheServerDoesToARequest) {
 
 TEST_F(SaveFaultsTest, ARequestThatIsNeverAnsweredHoldsTheSaveUntilTheFrameworkEnds) {
     openExistingAndChangeAll();
-    faulty = "/article/image_";
-    fault.hangs = true;
+    Answer hanging;
+    hanging.hangs = true;
+    setFault("/article/image_", hanging);
     editor->save();
     ASSERT_TRUE(waitFor([&] { return editor->uploadTasksNum() == 5; }));
     elapse(60);
