@@ -35,6 +35,7 @@ protected:
     }
 
     static constexpr char article[] = R"({"id":42,"title":"Fresh"})";
+
 private:
     /// On the server's threads.
     Answer answerTo(const Request& request) {
