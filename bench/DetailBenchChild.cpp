@@ -5,6 +5,7 @@
 #include "bench/BenchChild.h"
 #include "bench/FrameMeter.h"
 #include "bench/ProcessMeter.h"
+#include "bench/SilentServer.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/RunLoop.h"
 #include "platform/uikit/UIDevice.h"
@@ -26,21 +27,10 @@ constexpr int images = 100, files = 8;
 constexpr double pointsPerTurn = 40;
 
 /// Answers with one article of 100 images, whose bytes are files, mapped as a cache on the disk would have them.
-class DetailServer final : public OstrelServerFramework, public OstrelServer, public OstrelRequestManager {
+class DetailServer final : public SilentServer {
 public:
     explicit DetailServer(std::string folder) : folder_(std::move(folder)) {}
 
-    OstrelServer& shareServer() override { return *this; }
-    OstrelRequestManager& requestManager() override { return *this; }
-    std::shared_ptr<const OstrelServerHtmlResultObject> parseResult(const std::string&) override {
-        return nullptr;
-    }
-    std::shared_ptr<UIViewController> loginController(LoginHandler) override { return nullptr; }
-    std::optional<NSDate> dateFromServerText(std::string_view text) override {
-        return NSDate::fromISO8601(text);
-    }
-    std::string encodeForQuery(std::string_view text) override { return std::string(text); }
-    std::shared_ptr<const OstrelServerUserObject> currentUser() const override { return nullptr; }
     void request(const std::string&, AnswerHandler handler) override {
         std::string list;
         for (int i = 0; i < images; ++i) {
@@ -52,13 +42,6 @@ public:
             R"({"id":1,"title":"A hundred pictures","text":"All of them.","images":[)" + list + "]}";
         RunLoop::main().perform([handler = std::move(handler), article] { handler(article, std::nullopt); });
     }
-    void postURL(const std::string&, const FormFields&, AnswerHandler) override {}
-    std::shared_ptr<Transfer> postManyDataURL(const std::string&, const UploadBody&, AnswerHandler,
-                                              ProgressHandler) override {
-        return nullptr;
-    }
-    void loadUserFace(const std::string&, FaceHandler) override {}
-    void notificationUserID(const Value&, const std::string&, const std::string&) override {}
     Data request(const std::string& url, OstrelRequestManager::Handler handler) override {
         RunLoop::main().perform([this, url, handler = std::move(handler)] {
             if (url.empty()) return handler({}, false, "no address");

@@ -5,6 +5,7 @@
 #include "bench/BenchChild.h"
 #include "bench/FrameMeter.h"
 #include "bench/ProcessMeter.h"
+#include "bench/SilentServer.h"
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/RunLoop.h"
@@ -35,29 +36,10 @@ constexpr int textLines = 1250, lineLength = 80;  // 100,000 characters
 constexpr int keystrokes = 60, warmUp = 15;
 
 /// Answers every thumbnail with the same small picture, in a later turn.
-class EditorServer final : public OstrelServerFramework, public OstrelServer, public OstrelRequestManager {
+class EditorServer final : public SilentServer {
 public:
     explicit EditorServer(const std::string& picture) : picture_(Data::mapFile(picture)) {}
 
-    OstrelServer& shareServer() override { return *this; }
-    OstrelRequestManager& requestManager() override { return *this; }
-    std::shared_ptr<const OstrelServerHtmlResultObject> parseResult(const std::string&) override {
-        return nullptr;
-    }
-    std::shared_ptr<UIViewController> loginController(LoginHandler) override { return nullptr; }
-    std::optional<NSDate> dateFromServerText(std::string_view text) override {
-        return NSDate::fromISO8601(text);
-    }
-    std::string encodeForQuery(std::string_view text) override { return std::string(text); }
-    std::shared_ptr<const OstrelServerUserObject> currentUser() const override { return nullptr; }
-    void request(const std::string&, AnswerHandler) override {}
-    void postURL(const std::string&, const FormFields&, AnswerHandler) override {}
-    std::shared_ptr<Transfer> postManyDataURL(const std::string&, const UploadBody&, AnswerHandler,
-                                              ProgressHandler) override {
-        return nullptr;
-    }
-    void loadUserFace(const std::string&, FaceHandler) override {}
-    void notificationUserID(const Value&, const std::string&, const std::string&) override {}
     Data request(const std::string&, OstrelRequestManager::Handler handler) override {
         RunLoop::main().perform(
             [this, handler = std::move(handler)] { handler(picture_, true, std::nullopt); });
