@@ -1,10 +1,10 @@
-#include "ArticleServer.h"
+#include "articleserver/ArticleServer.h"
 
-#include "ArticleService.h"
-#include "HttpServer.h"
-#include "MediaFolder.h"
-#include "sample/SampleContent.h"
-#include "SqliteArticleStore.h"
+#include "articleserver/http/HttpServer.h"
+#include "articleserver/media/MediaFolder.h"
+#include "articleserver/routes/ArticleService.h"
+#include "articleserver/sample/SampleContent.h"
+#include "articleserver/store/SqliteArticleStore.h"
 
 #include <fcntl.h>
 #include <sodium.h>

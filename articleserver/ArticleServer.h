@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ArticleStore.h"
-#include "ServerResult.h"
-#include "ServerText.h"
+#include "articleserver/common/ServerResult.h"
+#include "articleserver/common/ServerText.h"
+#include "articleserver/store/ArticleStore.h"
 
 #include <filesystem>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "ArticleServer.h"
+#include "articleserver/ArticleServer.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,11 +1,11 @@
 #include "backends/qt/QtPlatform.h"
-#include "bench/Bench.h"
-#include "bench/BenchChild.h"
-#include "bench/ListBenchWindow.h"
-#include "bench/ProcessMeter.h"
-#include "bench/SampleRecords.h"
-#include "ostrelserver/HttpServerFramework.h"
-#include "platform/foundation/NSLog.h"
+#include "bench/support/Bench.h"
+#include "bench/support/BenchChild.h"
+#include "bench/support/ListBenchWindow.h"
+#include "bench/support/ProcessMeter.h"
+#include "bench/support/SampleRecords.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "serverframework/HttpServerFramework.h"
 #include "tests/support/ScriptedHttpServer.h"
 
 #include <QElapsedTimer>

@@ -1,8 +1,8 @@
 #include "article/media/NSMov2Mp4.h"
 #include "backends/ffmpeg/FfmpegMediaBackend.h"
-#include "bench/Bench.h"
-#include "platform/foundation/NSThread.h"
-#include "platform/foundation/SystemRunLoop.h"
+#include "bench/support/Bench.h"
+#include "platform/foundation/runloop/NSThread.h"
+#include "platform/foundation/runloop/SystemRunLoop.h"
 
 #include <algorithm>
 #include <atomic>

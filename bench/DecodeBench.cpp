@@ -1,6 +1,6 @@
-#include "bench/Bench.h"
-#include "bench/SampleRecords.h"
-#include "platform/foundation/Value.h"
+#include "bench/support/Bench.h"
+#include "bench/support/SampleRecords.h"
+#include "platform/foundation/values/Value.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,7 +1,7 @@
 #include "article/server/ArticleRequest.h"
-#include "bench/Bench.h"
-#include "bench/BenchArticleServer.h"
-#include "bench/BenchChild.h"
+#include "bench/support/Bench.h"
+#include "bench/support/BenchArticleServer.h"
+#include "bench/support/BenchChild.h"
 #include "platform/graphics/UIImage.h"
 
 #include <QFile>

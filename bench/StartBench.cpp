@@ -1,5 +1,5 @@
-#include "bench/Bench.h"
-#include "bench/BenchArticleServer.h"
+#include "bench/support/Bench.h"
+#include "bench/support/BenchArticleServer.h"
 
 #include <QElapsedTimer>
 #include <QProcess>

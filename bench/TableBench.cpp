@@ -1,5 +1,5 @@
-#include "bench/Bench.h"
-#include "bench/BenchChild.h"
+#include "bench/support/Bench.h"
+#include "bench/support/BenchChild.h"
 
 namespace ostrel {
 

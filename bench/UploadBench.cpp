@@ -1,6 +1,6 @@
-#include "bench/Bench.h"
-#include "bench/BenchArticleServer.h"
-#include "bench/BenchChild.h"
+#include "bench/support/Bench.h"
+#include "bench/support/BenchArticleServer.h"
+#include "bench/support/BenchChild.h"
 
 #include <QFile>
 #include <QProcess>

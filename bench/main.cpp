@@ -1,4 +1,4 @@
-#include "bench/Bench.h"
+#include "bench/support/Bench.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>

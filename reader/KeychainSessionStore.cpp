@@ -1,6 +1,6 @@
 #include "reader/KeychainSessionStore.h"
 
-#include "platform/foundation/NSLog.h"
+#include "platform/foundation/runloop/NSLog.h"
 
 #include <qt6keychain/keychain.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ostrelserver/SessionStore.h"
+#include "serverframework/account/SessionStore.h"
 
 #include <QObject>
 

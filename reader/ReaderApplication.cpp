@@ -2,17 +2,17 @@
 
 #include "article/OstrelArticle.h"
 #include "backends/ffmpeg/FfmpegMediaBackend.h"
-#include "backends/qt/QtWindowView.h"
-#include "ostrelserver/HttpServerFramework.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSThread.h"
-#include "platform/foundation/RunLoop.h"
-#include "platform/foundation/Text.h"
+#include "backends/qt/window/QtWindowView.h"
+#include "platform/foundation/resources/Files.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "platform/foundation/runloop/NSThread.h"
+#include "platform/foundation/runloop/RunLoop.h"
+#include "platform/foundation/values/Text.h"
 #include "platform/media/MediaLibrary.h"
-#include "platform/uikit/UIWindow.h"
+#include "platform/uikit/view/UIWindow.h"
 #include "reader/ReaderLogController.h"
 #include "reader/ReaderText.h"
+#include "serverframework/HttpServerFramework.h"
 
 #include <QCoreApplication>
 #include <QDateTime>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ostrelserver/SessionStore.h"
 #include "reader/ReaderLog.h"
 #include "reader/ReaderOptions.h"
 #include "reader/ReaderRootController.h"
+#include "serverframework/account/SessionStore.h"
 
 #include <QQuickWindow>
 

@@ -1,8 +1,8 @@
 #include "reader/ReaderListController.h"
 
 #include "article/server/OstrelServer.h"
-#include "platform/foundation/RunLoop.h"
-#include "platform/uikit/UINavigationController.h"
+#include "platform/foundation/runloop/RunLoop.h"
+#include "platform/uikit/screens/UINavigationController.h"
 #include "reader/ReaderText.h"
 
 namespace ostrel {

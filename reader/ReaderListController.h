@@ -1,7 +1,7 @@
 #pragma once
 
 #include "article/list/UIArticleListTableViewController.h"
-#include "platform/uikit/UILabel.h"
+#include "platform/uikit/text/UILabel.h"
 
 #include <cstdint>
 #include <functional>

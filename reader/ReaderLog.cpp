@@ -1,8 +1,8 @@
 #include "reader/ReaderLog.h"
 
-#include "platform/foundation/Clock.h"
-#include "platform/foundation/RunLoop.h"
-#include "platform/foundation/Text.h"
+#include "platform/foundation/runloop/Clock.h"
+#include "platform/foundation/runloop/RunLoop.h"
+#include "platform/foundation/values/Text.h"
 
 #include <ctime>
 #include <utility>

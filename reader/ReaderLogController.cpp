@@ -1,9 +1,9 @@
 #include "reader/ReaderLogController.h"
 
-#include "platform/foundation/RunLoop.h"
+#include "platform/foundation/runloop/RunLoop.h"
 #include "platform/graphics/TextMeasurer.h"
-#include "platform/uikit/UIDevice.h"
-#include "platform/uikit/UIWindow.h"
+#include "platform/uikit/view/UIDevice.h"
+#include "platform/uikit/view/UIWindow.h"
 #include "reader/ReaderText.h"
 
 #include <algorithm>

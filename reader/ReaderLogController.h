@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/uikit/UIButton.h"
-#include "platform/uikit/UITableView.h"
-#include "platform/uikit/UIViewController.h"
+#include "platform/uikit/controls/UIButton.h"
+#include "platform/uikit/screens/UIViewController.h"
+#include "platform/uikit/table/UITableView.h"
 #include "reader/ReaderLog.h"
 
 #include <functional>

@@ -1,11 +1,11 @@
 #include "reader/ReaderMessagesController.h"
 
 #include "article/records/NSStringForDate.h"
-#include "ostrelserver/HttpServerFramework.h"
 #include "platform/graphics/TextMeasurer.h"
-#include "platform/uikit/UIBarButtonItem.h"
-#include "platform/uikit/UITableViewCell.h"
+#include "platform/uikit/screens/UIBarButtonItem.h"
+#include "platform/uikit/table/UITableViewCell.h"
 #include "reader/ReaderText.h"
+#include "serverframework/HttpServerFramework.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ostrelserver/UserNotification.h"
-#include "platform/uikit/UILabel.h"
-#include "platform/uikit/UITableViewController.h"
+#include "platform/uikit/screens/UITableViewController.h"
+#include "platform/uikit/text/UILabel.h"
+#include "serverframework/account/UserNotification.h"
 
 #include <memory>
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/uikit/UIDevice.h"
+#include "platform/uikit/view/UIDevice.h"
 
 #include <optional>
 #include <string>

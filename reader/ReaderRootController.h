@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/uikit/UINavigationController.h"
+#include "platform/uikit/screens/UINavigationController.h"
 #include "reader/ReaderListController.h"
 #include "reader/ReaderTabs.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/uikit/UIControl.h"
-#include "platform/uikit/UIImageView.h"
-#include "platform/uikit/UILabel.h"
+#include "platform/uikit/controls/UIImageView.h"
+#include "platform/uikit/text/UILabel.h"
+#include "platform/uikit/view/UIControl.h"
 
 #include <functional>
 #include <memory>

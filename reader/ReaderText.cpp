@@ -1,6 +1,6 @@
 #include "reader/ReaderText.h"
 
-#include "platform/foundation/NSDate.h"
+#include "platform/foundation/runloop/NSDate.h"
 
 #include <array>
 #include <utility>

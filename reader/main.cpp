@@ -2,7 +2,7 @@
 #include "reader/ArticleServerProcess.h"
 #include "reader/KeychainSessionStore.h"
 #include "reader/ReaderApplication.h"
-#include "reader/tour/Tour.h"
+#include "tour/Tour.h"
 
 #include <QApplication>
 #include <QStandardPaths>

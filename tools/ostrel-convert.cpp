@@ -3,9 +3,9 @@
 #include "article/media/CaptureMetadata.h"
 #include "article/media/NSMov2Mp4.h"
 #include "backends/ffmpeg/FfmpegMediaBackend.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSThread.h"
-#include "platform/foundation/SystemRunLoop.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "platform/foundation/runloop/NSThread.h"
+#include "platform/foundation/runloop/SystemRunLoop.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/foundation/Value.h"
+#include "platform/foundation/values/Value.h"
 #include "platform/graphics/TextMeasurer.h"
-#include "platform/uikit/UIWindow.h"
+#include "platform/uikit/view/UIWindow.h"
 
 #include <cmath>
 #include <cstdint>

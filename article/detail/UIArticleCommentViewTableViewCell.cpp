@@ -5,7 +5,7 @@
 #include "article/resources/ArticleBundles.h"
 #include "article/server/NSDjango.h"
 #include "article/server/OstrelServer.h"
-#include "platform/foundation/Text.h"
+#include "platform/foundation/values/Text.h"
 
 #include <algorithm>
 #include <utility>

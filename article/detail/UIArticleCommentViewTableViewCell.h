@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/foundation/NSBundle.h"
-#include "platform/foundation/Value.h"
-#include "platform/uikit/UITableViewCell.h"
+#include "platform/foundation/resources/NSBundle.h"
+#include "platform/foundation/values/Value.h"
+#include "platform/uikit/table/UITableViewCell.h"
 
 #include <memory>
 #include <string>

@@ -6,8 +6,8 @@
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
 #include "article/server/OstrelRequestManager.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/uikit/UIDevice.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "platform/uikit/view/UIDevice.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/RunLoop.h"
-#include "platform/foundation/Value.h"
-#include "platform/media/AVPlayerLayer.h"
-#include "platform/uikit/UIActivityIndicatorView.h"
-#include "platform/uikit/UITableViewCell.h"
-#include "platform/uikit/UITextView.h"
-#include "platform/uikit/UIVisualEffectView.h"
+#include "platform/foundation/runloop/RunLoop.h"
+#include "platform/foundation/values/Data.h"
+#include "platform/foundation/values/Value.h"
+#include "platform/uikit/controls/AVPlayerLayer.h"
+#include "platform/uikit/controls/UIActivityIndicatorView.h"
+#include "platform/uikit/controls/UIVisualEffectView.h"
+#include "platform/uikit/table/UITableViewCell.h"
+#include "platform/uikit/text/UITextView.h"
 
 #include <cstdint>
 #include <memory>

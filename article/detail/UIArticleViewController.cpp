@@ -8,11 +8,11 @@
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
 #include "article/server/ArticleRequest.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/uikit/UIActivityViewController.h"
-#include "platform/uikit/UIDevice.h"
-#include "platform/uikit/UINavigationController.h"
-#include "platform/uikit/UIWindow.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "platform/uikit/screens/UIActivityViewController.h"
+#include "platform/uikit/screens/UINavigationController.h"
+#include "platform/uikit/view/UIDevice.h"
+#include "platform/uikit/view/UIWindow.h"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/foundation/Value.h"
-#include "platform/uikit/UIAlertController.h"
-#include "platform/uikit/UITableView.h"
-#include "platform/uikit/UIViewController.h"
+#include "platform/foundation/values/Value.h"
+#include "platform/uikit/screens/UIAlertController.h"
+#include "platform/uikit/screens/UIViewController.h"
+#include "platform/uikit/table/UITableView.h"
 
 #include <memory>
 #include <optional>

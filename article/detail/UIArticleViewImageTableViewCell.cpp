@@ -4,8 +4,8 @@
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
 #include "article/server/OstrelRequestManager.h"
-#include "platform/foundation/NSThread.h"
-#include "platform/uikit/UIDevice.h"
+#include "platform/foundation/runloop/NSThread.h"
+#include "platform/uikit/view/UIDevice.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/uikit/UITableViewCell.h"
-#include "platform/uikit/UITextView.h"
+#include "platform/uikit/table/UITableViewCell.h"
+#include "platform/uikit/text/UITextView.h"
 
 #include <memory>
 #include <string>

@@ -1,6 +1,6 @@
 #include "article/detail/UIArticleViewTitleTableViewCell.h"
 
-#include "platform/uikit/UIGestureRecognizer.h"
+#include "platform/uikit/view/UIGestureRecognizer.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #include "article/detail/UICommentViewController.h"
 
 #include "article/server/ArticleRequest.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/uikit/UIDevice.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "platform/uikit/view/UIDevice.h"
 
 namespace ostrel {
 

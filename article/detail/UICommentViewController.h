@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/uikit/UITextView.h"
-#include "platform/uikit/UIViewController.h"
+#include "platform/uikit/screens/UIViewController.h"
+#include "platform/uikit/text/UITextView.h"
 
 #include <memory>
 #include <string>

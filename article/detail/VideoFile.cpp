@@ -1,7 +1,7 @@
 #include "article/detail/VideoFile.h"
 
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSThread.h"
+#include "platform/foundation/resources/Files.h"
+#include "platform/foundation/runloop/NSThread.h"
 
 #include <atomic>
 #include <cctype>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/uikit/UIButton.h"
-#include "platform/uikit/UICollectionViewCell.h"
+#include "platform/uikit/collection/UICollectionViewCell.h"
+#include "platform/uikit/controls/UIButton.h"
 
 #include <memory>
 #include <string>

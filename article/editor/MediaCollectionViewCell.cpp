@@ -3,7 +3,7 @@
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
 #include "article/server/OstrelRequestManager.h"
-#include "platform/foundation/Text.h"
+#include "platform/foundation/values/Text.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/NSBundle.h"
-#include "platform/foundation/Value.h"
-#include "platform/uikit/UIActivityIndicatorView.h"
-#include "platform/uikit/UIButton.h"
-#include "platform/uikit/UICollectionViewCell.h"
-#include "platform/uikit/UITextField.h"
-#include "platform/uikit/UITextView.h"
+#include "platform/foundation/resources/NSBundle.h"
+#include "platform/foundation/values/Data.h"
+#include "platform/foundation/values/Value.h"
+#include "platform/uikit/collection/UICollectionViewCell.h"
+#include "platform/uikit/controls/UIActivityIndicatorView.h"
+#include "platform/uikit/controls/UIButton.h"
+#include "platform/uikit/text/UITextField.h"
+#include "platform/uikit/text/UITextView.h"
 
 #include <cstdint>
 #include <memory>

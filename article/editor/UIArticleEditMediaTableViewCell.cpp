@@ -1,9 +1,9 @@
 #include "article/editor/UIArticleEditMediaTableViewCell.h"
 
 #include "article/editor/MediaCollectionViewCell.h"
-#include "platform/foundation/RunLoop.h"
-#include "platform/uikit/UIDevice.h"
-#include "platform/uikit/UIWindow.h"
+#include "platform/foundation/runloop/RunLoop.h"
+#include "platform/uikit/view/UIDevice.h"
+#include "platform/uikit/view/UIWindow.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/uikit/UICollectionView.h"
-#include "platform/uikit/UIImagePickerController.h"
-#include "platform/uikit/UITableViewCell.h"
+#include "platform/uikit/collection/UICollectionView.h"
+#include "platform/uikit/picker/UIImagePickerController.h"
+#include "platform/uikit/table/UITableViewCell.h"
 
 #include <cstddef>
 #include <cstdint>

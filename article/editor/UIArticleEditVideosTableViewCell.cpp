@@ -2,8 +2,8 @@
 
 #include "article/media/CaptureMetadata.h"
 #include "article/media/NSMov2Mp4.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/RunLoop.h"
+#include "platform/foundation/resources/Files.h"
+#include "platform/foundation/runloop/RunLoop.h"
 
 #include <utility>
 

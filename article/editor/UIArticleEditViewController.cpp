@@ -2,10 +2,10 @@
 
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
-#include "platform/foundation/NSNotificationCenter.h"
-#include "platform/uikit/UIDevice.h"
-#include "platform/uikit/UINavigationController.h"
-#include "platform/uikit/UIWindow.h"
+#include "platform/foundation/runloop/NSNotificationCenter.h"
+#include "platform/uikit/screens/UINavigationController.h"
+#include "platform/uikit/view/UIDevice.h"
+#include "platform/uikit/view/UIWindow.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,9 +3,9 @@
 #include "article/editor/UIArticleEditImagesTableViewCell.h"
 #include "article/editor/UIArticleEditVideosTableViewCell.h"
 #include "article/editor/UIArticlePostingView.h"
-#include "platform/uikit/UITableViewController.h"
-#include "platform/uikit/UITextField.h"
-#include "platform/uikit/UITextView.h"
+#include "platform/uikit/screens/UITableViewController.h"
+#include "platform/uikit/text/UITextField.h"
+#include "platform/uikit/text/UITextView.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/uikit/UIActivityIndicatorView.h"
+#include "platform/uikit/controls/UIActivityIndicatorView.h"
 
 #include <memory>
 

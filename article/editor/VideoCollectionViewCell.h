@@ -2,7 +2,7 @@
 
 #include "article/editor/MediaCollectionViewCell.h"
 #include "article/media/NSArticleVideoObject.h"
-#include "platform/uikit/UILabel.h"
+#include "platform/uikit/text/UILabel.h"
 
 namespace ostrel {
 

@@ -7,13 +7,13 @@
 #include "article/server/ArticleRequest.h"
 #include "article/server/NSDjango.h"
 #include "article/server/OstrelLoginViewController.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNotificationCenter.h"
-#include "platform/foundation/Text.h"
-#include "platform/uikit/UIActivityViewController.h"
-#include "platform/uikit/UIAlertController.h"
-#include "platform/uikit/UINavigationController.h"
-#include "platform/uikit/UIWindow.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "platform/foundation/runloop/NSNotificationCenter.h"
+#include "platform/foundation/values/Text.h"
+#include "platform/uikit/screens/UIActivityViewController.h"
+#include "platform/uikit/screens/UIAlertController.h"
+#include "platform/uikit/screens/UINavigationController.h"
+#include "platform/uikit/view/UIWindow.h"
 
 #include <algorithm>
 #include <utility>

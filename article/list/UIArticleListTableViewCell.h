@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/foundation/NSBundle.h"
-#include "platform/foundation/Value.h"
-#include "platform/uikit/UITableViewCell.h"
-#include "platform/uikit/UITextView.h"
-#include "platform/uikit/UIViewController.h"
+#include "platform/foundation/resources/NSBundle.h"
+#include "platform/foundation/values/Value.h"
+#include "platform/uikit/screens/UIViewController.h"
+#include "platform/uikit/table/UITableViewCell.h"
+#include "platform/uikit/text/UITextView.h"
 
 #include <memory>
 #include <string>

@@ -7,12 +7,12 @@
 #include "article/resources/ArticleBundles.h"
 #include "article/server/ArticleRequest.h"
 #include "article/server/OstrelLoginViewController.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNotificationCenter.h"
-#include "platform/foundation/RunLoop.h"
-#include "platform/foundation/Text.h"
-#include "platform/uikit/UIDevice.h"
-#include "platform/uikit/UINavigationController.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "platform/foundation/runloop/NSNotificationCenter.h"
+#include "platform/foundation/runloop/RunLoop.h"
+#include "platform/foundation/values/Text.h"
+#include "platform/uikit/screens/UINavigationController.h"
+#include "platform/uikit/view/UIDevice.h"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "article/list/UIArticleLoadMoreTableViewCell.h"
-#include "platform/foundation/NSDate.h"
-#include "platform/foundation/Value.h"
-#include "platform/uikit/UITableViewController.h"
+#include "platform/foundation/runloop/NSDate.h"
+#include "platform/foundation/values/Value.h"
+#include "platform/uikit/screens/UITableViewController.h"
 
 #include <deque>
 #include <optional>

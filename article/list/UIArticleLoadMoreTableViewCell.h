@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/uikit/UIActivityIndicatorView.h"
-#include "platform/uikit/UITableViewCell.h"
+#include "platform/uikit/controls/UIActivityIndicatorView.h"
+#include "platform/uikit/table/UITableViewCell.h"
 
 namespace ostrel {
 

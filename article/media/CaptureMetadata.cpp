@@ -1,6 +1,6 @@
 #include "article/media/CaptureMetadata.h"
 
-#include "platform/foundation/Text.h"
+#include "platform/foundation/values/Text.h"
 
 namespace ostrel {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/foundation/NSDate.h"
-#include "platform/foundation/Value.h"
+#include "platform/foundation/runloop/NSDate.h"
+#include "platform/foundation/values/Value.h"
 #include "platform/graphics/UIImage.h"
 
 #include <memory>

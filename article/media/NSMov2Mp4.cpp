@@ -1,7 +1,7 @@
 #include "article/media/NSMov2Mp4.h"
 
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/RunLoop.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "platform/foundation/runloop/RunLoop.h"
 #include "platform/graphics/CGBitmapContext.h"
 #include "platform/media/AVAssetImageGenerator.h"
 

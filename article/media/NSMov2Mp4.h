@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/foundation/NSError.h"
-#include "platform/foundation/NSURL.h"
+#include "platform/foundation/values/NSError.h"
+#include "platform/foundation/values/NSURL.h"
 #include "platform/graphics/UIImage.h"
 #include "platform/media/AVAssetExportSession.h"
 

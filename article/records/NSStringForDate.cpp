@@ -1,7 +1,7 @@
 #include "article/records/NSStringForDate.h"
 
 #include "article/resources/ArticleBundles.h"
-#include "platform/foundation/Text.h"
+#include "platform/foundation/values/Text.h"
 
 #include <cstdint>
 

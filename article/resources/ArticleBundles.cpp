@@ -1,6 +1,6 @@
 #include "article/resources/ArticleBundles.h"
 
-#include "platform/foundation/NSLog.h"
+#include "platform/foundation/runloop/NSLog.h"
 
 namespace ostrel {
 

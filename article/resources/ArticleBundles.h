@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NSBundle.h"
+#include "platform/foundation/resources/NSBundle.h"
 #include "platform/graphics/UIImage.h"
 
 #include <memory>

@@ -1,9 +1,9 @@
 #include "article/server/ArticleRequest.h"
 
 #include "article/server/NSDjango.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/Text.h"
+#include "platform/foundation/resources/Files.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "platform/foundation/values/Text.h"
 
 #include <cstdio>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NSDate.h"
+#include "platform/foundation/runloop/NSDate.h"
 
 #include <optional>
 #include <string>

@@ -2,8 +2,8 @@
 
 #include "article/server/OstrelServerUserObject.h"
 #include "article/server/UploadFile.h"
-#include "platform/foundation/Data.h"
-#include "platform/foundation/Value.h"
+#include "platform/foundation/values/Data.h"
+#include "platform/foundation/values/Value.h"
 
 #include <functional>
 #include <map>

@@ -1,4 +1,4 @@
-#include "SampleContent.h"
+#include "articleserver/sample/SampleContent.h"
 
 namespace ostrel {
 

@@ -1,4 +1,4 @@
-#include "SampleClips.h"
+#include "articleserver/sample/SampleClips.h"
 
 // The assembler puts the files into the program as they are; the folder comes from the build.
 #define OSTREL_EMBED(name, file)                                                                             \

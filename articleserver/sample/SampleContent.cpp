@@ -1,7 +1,7 @@
-#include "SampleContent.h"
+#include "articleserver/sample/SampleContent.h"
 
-#include "PasswordHasher.h"
-#include "ServerLimits.h"
+#include "articleserver/common/ServerLimits.h"
+#include "articleserver/routes/PasswordHasher.h"
 
 #include <algorithm>
 #include <array>

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "ArticleServer.h"
-#include "ArticleStore.h"
-#include "MediaFolder.h"
-#include "SampleClips.h"
-#include "SampleGallery.h"
-#include "SamplePainter.h"
+#include "articleserver/ArticleServer.h"
+#include "articleserver/media/MediaFolder.h"
+#include "articleserver/sample/SampleClips.h"
+#include "articleserver/sample/SampleGallery.h"
+#include "articleserver/sample/SamplePainter.h"
+#include "articleserver/store/ArticleStore.h"
 
 #include <initializer_list>
 #include <span>

@@ -1,7 +1,7 @@
-#include "SampleGallery.h"
+#include "articleserver/sample/SampleGallery.h"
 
-#include "ExifOrientation.h"
-#include "ServerLimits.h"
+#include "articleserver/common/ServerLimits.h"
+#include "articleserver/media/ExifOrientation.h"
 
 #include <sys/resource.h>
 #include <unistd.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "MediaFolder.h"
-#include "SamplePainter.h"
+#include "articleserver/media/MediaFolder.h"
+#include "articleserver/sample/SamplePainter.h"
 
 #include <condition_variable>
 #include <cstdint>

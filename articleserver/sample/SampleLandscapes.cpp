@@ -1,4 +1,4 @@
-#include "SamplePainter.h"
+#include "articleserver/sample/SamplePainter.h"
 
 #include <algorithm>
 #include <array>

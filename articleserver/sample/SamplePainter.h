@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ServerPicture.h"
+#include "articleserver/media/ServerPicture.h"
 
 #include <cairo.h>
 

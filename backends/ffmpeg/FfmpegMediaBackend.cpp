@@ -1,7 +1,7 @@
 #include "backends/ffmpeg/FfmpegMediaBackend.h"
 
-#include "backends/ffmpeg/FfmpegMediaFile.h"
-#include "backends/ffmpeg/OutputFile.h"
+#include "backends/ffmpeg/convert/FfmpegMediaFile.h"
+#include "backends/ffmpeg/file/OutputFile.h"
 
 extern "C" {
 #include <libavutil/log.h>

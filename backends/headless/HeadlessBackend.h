@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/uikit/Mounting.h"
+#include "platform/uikit/mounting/Mounting.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,6 +1,6 @@
 #include "backends/headless/HeadlessPlatform.h"
 
-#include "platform/uikit/TextInputClient.h"
+#include "platform/uikit/events/TextInputClient.h"
 
 #include <algorithm>
 

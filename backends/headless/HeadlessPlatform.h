@@ -3,9 +3,9 @@
 #include "backends/headless/HeadlessBackend.h"
 #include "backends/headless/HeadlessText.h"
 #include "backends/headless/VirtualTime.h"
-#include "platform/uikit/UIDevice.h"
-#include "platform/uikit/UIEvent.h"
-#include "platform/uikit/UIWindow.h"
+#include "platform/uikit/events/UIEvent.h"
+#include "platform/uikit/view/UIDevice.h"
+#include "platform/uikit/view/UIWindow.h"
 
 #include <memory>
 #include <string>

@@ -1,6 +1,6 @@
 #include "backends/headless/VirtualTime.h"
 
-#include "platform/foundation/NSThread.h"
+#include "platform/foundation/runloop/NSThread.h"
 
 #include <algorithm>
 #include <cassert>

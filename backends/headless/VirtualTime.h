@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/foundation/Clock.h"
-#include "platform/foundation/TaskQueue.h"
+#include "platform/foundation/runloop/Clock.h"
+#include "platform/foundation/runloop/TaskQueue.h"
 
 #include <condition_variable>
 #include <mutex>

@@ -1,16 +1,16 @@
 #include "backends/qt/QtPlatform.h"
 
-#include "backends/qt/QtAccessibility.h"
-#include "backends/qt/QtConversions.h"
-#include "backends/qt/QtFonts.h"
-#include "backends/qt/QtLocale.h"
-#include "backends/qt/QtPlayer.h"
-#include "backends/qt/QtRunLoop.h"
-#include "backends/qt/QtTextMeasurer.h"
-#include "backends/qt/QtTransfer.h"
+#include "backends/qt/system/QtConversions.h"
+#include "backends/qt/system/QtLocale.h"
+#include "backends/qt/system/QtRunLoop.h"
+#include "backends/qt/text/QtFonts.h"
+#include "backends/qt/text/QtTextMeasurer.h"
+#include "backends/qt/video/QtPlayer.h"
+#include "backends/qt/window/QtAccessibility.h"
+#include "backends/qt/window/QtTransfer.h"
 #include "platform/graphics/ImageDecoder.h"
-#include "platform/uikit/UIDevice.h"
-#include "platform/uikit/UIView.h"
+#include "platform/uikit/view/UIDevice.h"
+#include "platform/uikit/view/UIView.h"
 
 #include <cassert>
 #include <QClipboard>

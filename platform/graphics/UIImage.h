@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/Data.h"
+#include "platform/foundation/values/Data.h"
 #include "platform/graphics/CGImage.h"
 #include "platform/graphics/Geometry.h"
 #include "platform/graphics/Path.h"

@@ -1,8 +1,8 @@
 #include "platform/media/AVAssetExportSession.h"
 
-#include "platform/foundation/NSProgress.h"
-#include "platform/foundation/Text.h"
-#include "platform/uikit/PlatformText.h"
+#include "platform/foundation/resources/PlatformText.h"
+#include "platform/foundation/runloop/NSProgress.h"
+#include "platform/foundation/values/Text.h"
 
 #include <cassert>
 #include <utility>

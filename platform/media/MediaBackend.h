@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/foundation/NSError.h"
-#include "platform/foundation/NSURL.h"
+#include "platform/foundation/values/NSError.h"
+#include "platform/foundation/values/NSURL.h"
 #include "platform/graphics/CGImage.h"
 #include "platform/graphics/Geometry.h"
 #include "platform/media/AVMetadataItem.h"

@@ -1,7 +1,7 @@
 #include "platform/media/MediaThumbnails.h"
 
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSThread.h"
+#include "platform/foundation/resources/Files.h"
+#include "platform/foundation/runloop/NSThread.h"
 #include "platform/graphics/ImageThumbnail.h"
 #include "platform/media/AVAssetImageGenerator.h"
 

@@ -2,8 +2,8 @@
 
 #include "article/resources/ArticleBundles.h"
 #include "backends/headless/HeadlessPlatform.h"
-#include "platform/foundation/NSThread.h"
-#include "platform/uikit/UINavigationController.h"
+#include "platform/foundation/runloop/NSThread.h"
+#include "platform/uikit/screens/UINavigationController.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ScriptedServer.h"
 

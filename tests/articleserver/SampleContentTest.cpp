@@ -1,6 +1,6 @@
-#include "ServerFixture.h"
+#include "tests/articleserver/ServerFixture.h"
 
-#include "articleserver/ServerPicture.h"
+#include "articleserver/media/ServerPicture.h"
 
 #include <chrono>
 #include <set>

@@ -1,4 +1,4 @@
-#include "ServerFixture.h"
+#include "tests/articleserver/ServerFixture.h"
 #include "tests/support/ChildProcess.h"
 
 #include <csignal>

@@ -1,7 +1,7 @@
 #include "article/server/ArticleRequest.h"
 #include "article/server/OstrelServerFramework.h"
-#include "ostrelserver/HttpServerFramework.h"
-#include "platform/foundation/SystemRunLoop.h"
+#include "platform/foundation/runloop/SystemRunLoop.h"
+#include "serverframework/HttpServerFramework.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>

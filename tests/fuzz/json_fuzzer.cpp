@@ -1,4 +1,4 @@
-#include "platform/foundation/Value.h"
+#include "platform/foundation/values/Value.h"
 
 #include <cstdlib>
 

@@ -1,8 +1,8 @@
 #include "article/media/CaptureMetadata.h"
 #include "article/media/NSMov2Mp4.h"
 #include "backends/ffmpeg/FfmpegMediaBackend.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSThread.h"
+#include "platform/foundation/runloop/NSLog.h"
+#include "platform/foundation/runloop/NSThread.h"
 
 #include <cstdlib>
 #include <filesystem>

@@ -56,7 +56,7 @@ protected:
         return UIImage::imageWithData(Data::mapFile(*OstrelArticleBundle->pathForResource(name, "png")));
     }
 
-    const std::string clip = std::string(OSTREL_SOURCE_DIR) + "/articleserver/sample/clips/rain.mp4";
+    const std::string clip = std::string(OSTREL_SOURCE_DIR) + "/samples/clips/rain.mp4";
     TemporaryFolder data_;
     ChildProcess process_;
     sqlite3* database_ = nullptr;

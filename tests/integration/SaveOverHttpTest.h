@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ostrelserver/HttpServerFramework.h"
+#include "serverframework/HttpServerFramework.h"
 #include "tests/article/editor/save/SaveTest.h"
 
 namespace ostrel {

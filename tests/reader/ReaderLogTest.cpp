@@ -1,6 +1,6 @@
 #include "backends/headless/HeadlessPlatform.h"
-#include "platform/foundation/NSThread.h"
-#include "platform/uikit/UINavigationController.h"
+#include "platform/foundation/runloop/NSThread.h"
+#include "platform/uikit/screens/UINavigationController.h"
 #include "reader/ReaderLogController.h"
 
 #include <gtest/gtest.h>

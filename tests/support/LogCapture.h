@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NSLog.h"
+#include "platform/foundation/runloop/NSLog.h"
 
 #include <mutex>
 #include <string>

@@ -1,6 +1,6 @@
 #include "tests/support/ScriptedServer.h"
 
-#include "platform/foundation/NSThread.h"
+#include "platform/foundation/runloop/NSThread.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "article/server/OstrelServerFramework.h"
-#include "platform/uikit/UIViewController.h"
+#include "platform/uikit/screens/UIViewController.h"
 
 #include <deque>
 #include <map>

@@ -1,4 +1,4 @@
-#include "platform/uikit/UIAlertController.h"
+#include "platform/uikit/screens/UIAlertController.h"
 #include "tests/article/detail/ArticleDetailTest.h"
 
 #include <chrono>

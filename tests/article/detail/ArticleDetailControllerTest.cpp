@@ -1,5 +1,5 @@
-#include "platform/uikit/UIActivityViewController.h"
-#include "platform/uikit/UIAlertController.h"
+#include "platform/uikit/screens/UIActivityViewController.h"
+#include "platform/uikit/screens/UIAlertController.h"
 #include "tests/article/detail/ArticleDetailTest.h"
 
 namespace ostrel {

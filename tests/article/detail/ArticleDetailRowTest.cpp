@@ -1,4 +1,4 @@
-#include "platform/uikit/UIDevice.h"
+#include "platform/uikit/view/UIDevice.h"
 #include "tests/article/detail/ArticleDetailTest.h"
 
 namespace ostrel {

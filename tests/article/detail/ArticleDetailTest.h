@@ -6,7 +6,7 @@
 #include "article/detail/UIArticleViewImageTableViewCell.h"
 #include "article/detail/UIArticleViewTextTableViewCell.h"
 #include "article/detail/UIArticleViewTitleTableViewCell.h"
-#include "platform/foundation/Files.h"
+#include "platform/foundation/resources/Files.h"
 #include "tests/article/ArticleTest.h"
 #include "tests/support/ScriptedPlayer.h"
 #include "tests/support/TemporaryFolder.h"

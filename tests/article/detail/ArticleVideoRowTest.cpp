@@ -1,6 +1,6 @@
 #include "article/detail/VideoFile.h"
 #include "article/records/ArticleNotifications.h"
-#include "platform/uikit/UIVisualEffectView.h"
+#include "platform/uikit/controls/UIVisualEffectView.h"
 #include "tests/article/detail/ArticleDetailTest.h"
 
 namespace ostrel {

@@ -2,9 +2,9 @@
 
 #include "article/editor/UIArticleEditViewController.h"
 #include "article/records/ArticleNotifications.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSNotificationCenter.h"
-#include "platform/uikit/UIImagePickerController.h"
+#include "platform/foundation/resources/Files.h"
+#include "platform/foundation/runloop/NSNotificationCenter.h"
+#include "platform/uikit/picker/UIImagePickerController.h"
 #include "tests/article/ArticleTest.h"
 #include "tests/support/ScriptedMedia.h"
 #include "tests/support/TemporaryFolder.h"

@@ -1,6 +1,6 @@
 #include "tests/backends/ffmpeg/ClipProbe.h"
 
-#include "backends/ffmpeg/FfmpegPointers.h"
+#include "backends/ffmpeg/file/FfmpegPointers.h"
 
 #include <algorithm>
 #include <fstream>

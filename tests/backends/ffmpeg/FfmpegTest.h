@@ -3,9 +3,9 @@
 #include "article/media/CaptureMetadata.h"
 #include "article/media/NSMov2Mp4.h"
 #include "backends/ffmpeg/FfmpegMediaBackend.h"
-#include "backends/ffmpeg/OutputFile.h"
-#include "platform/foundation/NSThread.h"
-#include "platform/foundation/SystemRunLoop.h"
+#include "backends/ffmpeg/file/OutputFile.h"
+#include "platform/foundation/runloop/NSThread.h"
+#include "platform/foundation/runloop/SystemRunLoop.h"
 #include "tests/support/ClipMaker.h"
 #include "tests/support/LogCapture.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "backends/qt/QtWindowView.h"
-#include "platform/uikit/UIWindow.h"
+#include "backends/qt/window/QtWindowView.h"
+#include "platform/uikit/view/UIWindow.h"
 
 #include <functional>
 #include <memory>

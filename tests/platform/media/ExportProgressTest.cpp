@@ -1,5 +1,5 @@
 #include "backends/headless/VirtualTime.h"
-#include "platform/foundation/NSProgress.h"
+#include "platform/foundation/runloop/NSProgress.h"
 #include "tests/support/ScriptedMedia.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/foundation/Clock.h"
+#include "platform/foundation/runloop/Clock.h"
 #include "tests/article/editor/save/SaveTest.h"
 
 #include <cstdlib>

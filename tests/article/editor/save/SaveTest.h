@@ -2,9 +2,9 @@
 
 #include "article/editor/UIArticleEditViewController.h"
 #include "article/records/ArticleNotifications.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSNotificationCenter.h"
-#include "platform/uikit/UIAlertController.h"
+#include "platform/foundation/resources/Files.h"
+#include "platform/foundation/runloop/NSNotificationCenter.h"
+#include "platform/uikit/screens/UIAlertController.h"
 #include "tests/article/ArticleTest.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,0 +1,115 @@
+#include "articleserver/http/MultipartReader.h"
+
+#include "articleserver/common/ServerLimits.h"
+#include "articleserver/common/ServerText.h"
+#include "articleserver/http/WebMessage.h"
+
+#include <algorithm>
+
+namespace ostrel {
+
+namespace {
+
+ServerFailure broken() { return {ServerFault::BadInput, "The multipart body is broken."}; }
+
+bool isDisposition(std::string_view line) {
+    constexpr std::string_view name = "content-disposition:";
+    return line.size() >= name.size() &&
+           std::equal(name.begin(), name.end(), line.begin(), [](char wanted, char found) {
+               return wanted == (found >= 'A' && found <= 'Z' ? static_cast<char>(found - 'A' + 'a') : found);
+           });
+}
+
+}  // namespace
+
+MultipartReader::MultipartReader(std::string_view contentType, MultipartSink& sink) : sink_(sink) {
+    auto boundary = headerParameter(contentType, "boundary");
+    // RFC 2046, 5.1.1: 1 to 70 characters.
+    if (!boundary || boundary->empty() || boundary->size() > 70) return;
+    delimiter_ = "\r\n--" + *boundary;
+    // The first delimiter may stand at the very start, without its line break.
+    buffer_ = "\r\n";
+}
+
+ServerResult<ServerDone> MultipartReader::take(std::string_view bytes) {
+    if (delimiter_.empty()) {
+        return ServerFailure{ServerFault::BadInput, "The multipart body has no valid boundary."};
+    }
+    if (state_ == State::Done) return ServerDone{};
+    buffer_.append(bytes);
+    for (;;) {
+        auto goesOn = state_ == State::Content     ? readContent()
+                      : state_ == State::Delimited ? readDelimiterEnd()
+                                                   : readHead();
+        if (!goesOn) return goesOn.failure();
+        if (!*goesOn || state_ == State::Done) return ServerDone{};
+    }
+}
+
+ServerResult<ServerDone> MultipartReader::finish() const {
+    if (state_ != State::Done) return broken();
+    return ServerDone{};
+}
+
+ServerResult<bool> MultipartReader::readContent() {
+    const std::size_t at = buffer_.find(delimiter_);
+    const bool isEnd = at != std::string::npos;
+    // Without the delimiter, its beginning may still be the end of what is there.
+    const std::size_t length = isEnd ? at : buffer_.size() - std::min(buffer_.size(), delimiter_.size() - 1);
+    if (isInPart_ && length > 0) {
+        auto taken = sink_.content(std::string_view(buffer_).substr(0, length));
+        if (!taken) return taken.failure();
+    }
+    buffer_.erase(0, isEnd ? at + delimiter_.size() : length);
+    if (isEnd) state_ = State::Delimited;
+    return isEnd;
+}
+
+ServerResult<bool> MultipartReader::readDelimiterEnd() {
+    if (buffer_.size() < 2) return false;
+    if (buffer_.starts_with("--")) {
+        state_ = State::Done;
+        buffer_.clear();
+        return true;
+    }
+    if (!buffer_.starts_with("\r\n")) return broken();
+    if (++parts_ > ServerLimits::multipartParts) {
+        return ServerFailure{ServerFault::BadInput, "The multipart body has too many parts."};
+    }
+    buffer_.erase(0, 2);
+    state_ = State::Head;
+    return true;
+}
+
+ServerResult<bool> MultipartReader::readHead() {
+    const std::size_t end =
+        std::string_view(buffer_).substr(0, ServerLimits::multipartHeader + 4).find("\r\n\r\n");
+    if (end == std::string::npos) {
+        if (buffer_.size() >= ServerLimits::multipartHeader + 4) return broken();
+        return false;
+    }
+    std::string name;
+    bool isNamed = false;
+    bool isFile = false;
+    std::string_view rest = std::string_view(buffer_).substr(0, end + 2);
+    while (!rest.empty()) {
+        const std::size_t lineEnd = rest.find("\r\n");
+        const std::string_view line = rest.substr(0, lineEnd);
+        rest.remove_prefix(lineEnd + 2);
+        if (!isDisposition(line)) continue;
+        if (auto given = headerParameter(line, "name")) {
+            name = *given;
+            isNamed = true;
+        }
+        isFile = headerParameter(line, "filename").has_value();
+    }
+    if (!isNamed || !isValidText(name)) return broken();
+    buffer_.erase(0, end + 4);
+    state_ = State::Content;
+    isInPart_ = true;
+    auto begun = sink_.beginPart(name, isFile);
+    if (!begun) return begun.failure();
+    return true;
+}
+
+}  // namespace ostrel

@@ -1,0 +1,185 @@
+#include "articleserver/common/ServerLimits.h"
+#include "articleserver/media/ServerPicture.h"
+#include "articleserver/routes/ArticleService.h"
+#include "articleserver/routes/ArticleServiceParts.h"
+
+#include <algorithm>
+
+namespace ostrel {
+
+namespace {
+
+constexpr std::string_view sessionCookie = "ostrel_session";
+constexpr int avatarQuality = 88;
+
+struct Credentials {
+    std::string name;
+    std::string password;
+};
+
+/// The form's name, trimmed, and password, as far as both are there.
+ServerResult<Credentials> credentialsOf(const WebRequest& request) {
+    auto form = parseFields(request.body);
+    if (!form) return form.failure();
+    auto name = form->find("name");
+    auto password = form->find("password");
+    if (name == form->end() || password == form->end()) {
+        return ServerFailure{ServerFault::BadInput, "Enter a name and a password."};
+    }
+    return Credentials{trimmedText(name->second), password->second};
+}
+
+std::optional<ServerFailure> faultOf(const Credentials& credentials) {
+    auto refuse = [](std::string text) { return ServerFailure{ServerFault::BadInput, std::move(text)}; };
+    if (credentials.name.empty()) return refuse("The name is empty.");
+    if (characterCount(credentials.name) > ServerLimits::nameCharacters) {
+        return refuse("The name is longer than 40 characters.");
+    }
+    if (!isShowableName(credentials.name)) return refuse("The name has characters that cannot be shown.");
+    std::size_t length = characterCount(credentials.password);
+    if (length < ServerLimits::passwordCharactersLeast) {
+        return refuse("The password is shorter than 8 characters.");
+    }
+    if (length > ServerLimits::passwordCharacters) {
+        return refuse("The password is longer than 256 characters.");
+    }
+    return std::nullopt;
+}
+
+ServerFailure tooManyAttempts() {
+    return {ServerFault::Throttled, "Too many attempts. Try again in a few minutes."};
+}
+
+/// Refusals of accounts say too that nobody came to be signed in by them.
+WebReply accountFailure(const ServerFailure& failure) {
+    WebReply reply = failureReply(failure);
+    auto body = nlohmann::ordered_json::parse(reply.body);
+    body["user"] = nullptr;
+    reply.body = body.dump();
+    return reply;
+}
+
+}  // namespace
+
+nlohmann::ordered_json userJson(const StoredUser& user) { return {{"id", user.id}, {"name", user.name}}; }
+
+WebReply ArticleService::startSession(Visit& visit, const StoredUser& user) {
+    // A session that came along ends here: nobody is two users at once, and none is left behind.
+    std::string_view old = visit.request.cookie(sessionCookie);
+    if (isToken(old)) {
+        auto removed = store_.removeSession(tokenHash(old));
+        if (!removed) return accountFailure(removed.failure());
+    }
+    ServerTime now = now_();
+    auto seconds = std::chrono::duration_cast<std::chrono::seconds>(ServerLimits::sessionLife).count();
+    std::string token = newToken();
+    auto added = store_.addSession(user.id, tokenHash(token), now + seconds * 1000, now);
+    if (!added) return accountFailure(added.failure());
+    visit.cookies.push_back(cookie(sessionCookie, token, seconds));
+    ResultAnswer answer;
+    answer.user = userJson(user);
+    return resultReply(answer);
+}
+
+WebReply ArticleService::signUp(Visit& visit) {
+    auto credentials = credentialsOf(visit.request);
+    if (!credentials) return accountFailure(credentials.failure());
+    if (auto fault = faultOf(*credentials)) return accountFailure(*fault);
+    if (!signUps_.take(visit.request.remoteAddress, now_())) return accountFailure(tooManyAttempts());
+
+    // Asked before the costly hashing; the store asks again when it adds the user.
+    auto taken = store_.userNamed(credentials->name);
+    if (!taken) return accountFailure(taken.failure());
+    if (*taken) return accountFailure({ServerFault::Conflict, "The name is taken."});
+    auto hash = hasher_.hash(credentials->password);
+    if (!hash) return accountFailure(hash.failure());
+    StoredUser user{0, credentials->name, *hash, ""};
+    auto id = store_.addUser(user, now_());
+    if (!id) return accountFailure(id.failure());
+    user.id = *id;
+    return startSession(visit, user);
+}
+
+WebReply ArticleService::signIn(Visit& visit) {
+    auto credentials = credentialsOf(visit.request);
+    if (!credentials) return accountFailure(credentials.failure());
+    const ServerFailure wrong{ServerFault::SignedOut, "The name or the password is wrong."};
+    // What cannot be an account's is not worth a hashing.
+    if (faultOf(*credentials)) return accountFailure(wrong);
+
+    // Counted before the password is looked at, so that attempts at the same time count too.
+    const std::string& address = visit.request.remoteAddress;
+    const std::string nameAndAddress = address + " " + nameKey(credentials->name);
+    ServerTime now = now_();
+    if (!signInsByName_.take(nameAndAddress, now)) return accountFailure(tooManyAttempts());
+    if (!signInsByAddress_.take(address, now)) {
+        signInsByName_.giveBack(nameAndAddress);
+        return accountFailure(tooManyAttempts());
+    }
+    auto forgive = [&] {
+        signInsByName_.giveBack(nameAndAddress);
+        signInsByAddress_.giveBack(address);
+    };
+    auto user = store_.userNamed(credentials->name);
+    auto matches = user ? hasher_.matches(*user ? (*user)->passwordHash : "", credentials->password)
+                        : ServerResult<bool>(user.failure());
+    if (!matches) {
+        forgive();
+        return accountFailure(matches.failure());
+    }
+    if (!*matches) return accountFailure(wrong);
+    forgive();
+    return startSession(visit, **user);
+}
+
+WebReply ArticleService::signOut(Visit& visit) {
+    std::string_view token = visit.request.cookie(sessionCookie);
+    if (isToken(token)) {
+        auto removed = store_.removeSession(tokenHash(token));
+        if (!removed) return accountFailure(removed.failure());
+    }
+    visit.cookies.push_back(cookie(sessionCookie, "", 0));
+    ResultAnswer answer;
+    answer.user = nullptr;
+    return resultReply(answer);
+}
+
+WebReply ArticleService::currentUser(Visit& visit) {
+    auto user = signedIn(visit);
+    if (!user) return accountFailure(user.failure());
+    ResultAnswer answer;
+    answer.user = *user ? userJson(**user) : nlohmann::ordered_json(nullptr);
+    return resultReply(answer);
+}
+
+WebReply ArticleService::uploadAvatar(Visit& visit) {
+    auto user = signedIn(visit);
+    if (!user) return accountFailure(user.failure());
+    if (!*user) return accountFailure({ServerFault::SignedOut, "Sign in first."});
+    auto parts = parseMultipart(visit.request.header("content-type"), visit.request.body);
+    if (!parts) return accountFailure(parts.failure());
+    auto part = std::find_if(parts->begin(), parts->end(),
+                             [](const MultipartPart& candidate) { return candidate.name == "image.jpg"; });
+    if (part == parts->end()) {
+        return accountFailure({ServerFault::BadInput, "The picture \"image.jpg\" is missing."});
+    }
+    if (part->content.size() > ServerLimits::avatarFile) {
+        return accountFailure({ServerFault::TooLarge, "The picture is larger than 5 MiB."});
+    }
+    auto picture = ServerPicture::decode(part->content, ServerLimits::avatarSide);
+    if (!picture) return accountFailure(picture.failure());
+    // Made anew from its pixels: nothing else of the file, such as where it was taken, is kept.
+    auto name = media_.add(picture->squared(ServerLimits::storedAvatarSide).jpeg(avatarQuality), "jpg");
+    if (!name) return accountFailure(name.failure());
+    auto replaced = store_.setAvatar((*user)->id, *name);
+    if (!replaced) {
+        media_.remove({*name});
+        return accountFailure(replaced.failure());
+    }
+    media_.remove({*replaced});
+    ResultAnswer answer;
+    answer.user = userJson(**user);
+    return resultReply(answer);
+}
+
+}  // namespace ostrel

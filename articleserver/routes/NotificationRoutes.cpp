@@ -1,0 +1,93 @@
+#include "articleserver/common/ServerLimits.h"
+#include "articleserver/routes/ArticleService.h"
+#include "articleserver/routes/ArticleServiceParts.h"
+
+namespace ostrel {
+
+namespace {
+
+constexpr const char* notificationsPath = "/account/notifications";
+
+nlohmann::ordered_json notificationJson(const StoredNotification& notification) {
+    return {{"id", notification.id},
+            {"auth_name", notification.senderName},
+            {"auth_id", notification.senderId},
+            {"date", isoDate(notification.date)},
+            {"title", notification.title},
+            {"text", notification.text},
+            {"read", notification.isRead}};
+}
+
+std::string fieldOf(const WebFields& form, std::string_view name) {
+    auto found = form.find(name);
+    return found == form.end() ? std::string() : found->second;
+}
+
+}  // namespace
+
+WebReply ArticleService::notify(Visit& visit) {
+    auto user = signedInOnly(visit);
+    if (!user) return failureReply(user.failure());
+    auto form = parseFields(visit.request.body);
+    if (!form) return failureReply(form.failure());
+    auto recipient = decimalId(fieldOf(*form, "user_id"));
+    if (!recipient) return failureReply({ServerFault::BadInput, "The message names no user."});
+
+    StoredNotification notification;
+    notification.senderId = user->id;
+    notification.recipientId = *recipient;
+    notification.date = now_();
+    notification.title = trimmedText(fieldOf(*form, "title"));
+    notification.text = fieldOf(*form, "text");
+    // A title alone is a message, too: a nudge.
+    if (notification.title.empty() && trimmedText(notification.text).empty()) {
+        return failureReply({ServerFault::BadInput, "The message is empty."});
+    }
+    if (characterCount(notification.title) > ServerLimits::notificationTitleCharacters) {
+        return failureReply({ServerFault::TooLarge, "The title of the message is too long."});
+    }
+    if (characterCount(notification.text) > ServerLimits::notificationCharacters) {
+        return failureReply({ServerFault::TooLarge, "The message is too long."});
+    }
+    if (!notifications_.take(std::to_string(user->id), notification.date)) {
+        return failureReply({ServerFault::Throttled, "Too many messages. Try again in a few minutes."});
+    }
+    auto id = store_.addNotification(notification);
+    if (!id) return failureReply(id.failure());
+    return resultReply({});
+}
+
+WebReply ArticleService::listNotifications(Visit& visit) {
+    auto user = signedInOnly(visit);
+    if (!user) return failureReply(user.failure());
+    auto before = pageStart(visit);
+    if (!before) return failureReply(before.failure());
+    auto page = store_.notifications(user->id, *before, ServerLimits::pageSize);
+    if (!page) return failureReply(page.failure());
+    ResultAnswer answer;
+    answer.result = std::to_string(page->unread);
+    for (const StoredNotification& notification : page->notifications) {
+        answer.results.push_back(notificationJson(notification));
+    }
+    if (page->hasMore) {
+        answer.more = notificationsPath + ("?before=" + std::to_string(page->notifications.back().id));
+    }
+    return resultReply(answer);
+}
+
+WebReply ArticleService::markNotificationsRead(Visit& visit) {
+    auto user = signedInOnly(visit);
+    if (!user) return failureReply(user.failure());
+    auto form = parseFields(visit.request.body);
+    if (!form) return failureReply(form.failure());
+    // The last one seen, so that what came in since then stays unread.
+    auto upTo = decimalId(fieldOf(*form, "up_to"));
+    if (!upTo) return failureReply({ServerFault::BadInput, "The last message read is not a number."});
+    auto unread = store_.markNotificationsRead(user->id, *upTo);
+    if (!unread) return failureReply(unread.failure());
+    ResultAnswer answer;
+    answer.result = std::to_string(*unread);
+    return resultReply(answer);
+}
+
+}  // namespace ostrel

@@ -1,0 +1,177 @@
+#include "backends/qt/text/QtTextMeasurer.h"
+
+#include "backends/qt/text/QtFonts.h"
+#include "backends/qt/text/TextBlock.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace ostrel {
+
+namespace {
+
+constexpr std::size_t maximumEntries = 4096;
+constexpr std::size_t maximumTextBytes = 4 << 20;
+constexpr std::size_t maximumLineHeights = 256;
+/// Texts that wait to be measured ahead: several screens of rows.
+constexpr std::size_t maximumAhead = 256;
+/// Points. Of a longer text only as much is laid out as a pointer reaches.
+constexpr double firstReach = 2048;
+
+std::size_t mixed(std::size_t seed, std::size_t value) {
+    return seed ^ (value + 0x9E3779B97F4A7C15ull + (seed << 6) + (seed >> 2));
+}
+
+std::size_t hashOf(std::string_view text, const UIFont& font, CGFloat width, int maximumLines) {
+    std::size_t hash = std::hash<std::string_view>()(text);
+    hash = mixed(hash, std::hash<std::string>()(font.name));
+    hash = mixed(hash, std::hash<double>()(font.pointSize));
+    hash = mixed(hash, std::hash<double>()(width));
+    return mixed(hash, static_cast<std::size_t>(maximumLines));
+}
+
+/// All but the height of one line. Any thread.
+TextMetrics measured(std::string_view text, const UIFont& font, CGFloat width, int maximumLines) {
+    TextBlock::Options options;
+    options.width = width;
+    options.maximumLines = maximumLines;
+    const TextBlock block(text, qtFont(font), options);
+    return {{block.size().width(), block.size().height()}, block.lineCount(), 0};
+}
+
+}  // namespace
+
+/// The thread that measures ahead.
+class QtTextMeasurer::Ahead final {
+public:
+    Ahead() : thread_([this] { run(); }) {}
+    ~Ahead() {
+        {
+            const std::lock_guard lock(mutex_);
+            stopping_ = true;
+            added_.notify_all();
+        }
+        thread_.join();
+    }
+    /// The oldest give way to new ones: the list has gone past them.
+    void add(Entry question) {
+        const std::lock_guard lock(mutex_);
+        if (questions_.size() >= maximumAhead) questions_.pop_front();
+        questions_.push_back(std::move(question));
+        added_.notify_one();
+    }
+    std::vector<Entry> takeAnswers() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(answers_, {});
+    }
+    /// Somebody measures this now.
+    void drop(std::size_t hash) {
+        const std::lock_guard lock(mutex_);
+        std::erase_if(questions_, [&](const Entry& question) { return question.hash == hash; });
+    }
+
+private:
+    void run() {
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            added_.wait(lock, [&] { return stopping_ || !questions_.empty(); });
+            if (stopping_) return;
+            Entry entry = std::move(questions_.front());
+            questions_.pop_front();
+            lock.unlock();
+            entry.metrics = measured(entry.text, entry.font, entry.width, entry.maximumLines);
+            lock.lock();
+            if (answers_.size() < maximumAhead) answers_.push_back(std::move(entry));
+        }
+    }
+
+    std::mutex mutex_;  // guards all below but the thread
+    std::condition_variable added_;
+    std::deque<Entry> questions_;
+    std::vector<Entry> answers_;
+    bool stopping_ = false;
+    std::thread thread_;
+};
+
+QtTextMeasurer::QtTextMeasurer() = default;
+QtTextMeasurer::~QtTextMeasurer() = default;
+
+const QtTextMeasurer::Entry* QtTextMeasurer::find(std::size_t hash, std::string_view text, const UIFont& font,
+                                                  CGFloat width, int maximumLines) {
+    const auto found = byHash_.find(hash);
+    if (found == byHash_.end() || !found->second->asks(text, font, width, maximumLines)) return nullptr;
+    recent_.splice(recent_.begin(), recent_, found->second);
+    return &recent_.front();
+}
+
+void QtTextMeasurer::keep(Entry entry) {
+    if (entry.text.size() > maximumTextBytes / 2) return;
+    // Another question with the same hash gives way.
+    if (const auto found = byHash_.find(entry.hash); found != byHash_.end()) {
+        textBytes_ -= found->second->text.size();
+        recent_.erase(found->second);
+    }
+    textBytes_ += entry.text.size();
+    recent_.push_front(std::move(entry));
+    byHash_[recent_.front().hash] = recent_.begin();
+    while (recent_.size() > maximumEntries || textBytes_ > maximumTextBytes) {
+        textBytes_ -= recent_.back().text.size();
+        byHash_.erase(recent_.back().hash);
+        recent_.pop_back();
+    }
+}
+
+TextMetrics QtTextMeasurer::measure(std::string_view text, const UIFont& font, CGFloat width,
+                                    int maximumLines) {
+    if (text.empty()) return {{}, 0, lineHeight(font)};
+    const std::size_t hash = hashOf(text, font, width, maximumLines);
+    if (const Entry* known = find(hash, text, font, width, maximumLines)) return known->metrics;
+    if (ahead_) {
+        for (Entry& answer : ahead_->takeAnswers()) {
+            answer.metrics.lineHeight = lineHeight(answer.font);
+            keep(std::move(answer));
+        }
+        if (const Entry* known = find(hash, text, font, width, maximumLines)) return known->metrics;
+        ahead_->drop(hash);
+    }
+    TextMetrics metrics = measured(text, font, width, maximumLines);
+    metrics.lineHeight = lineHeight(font);
+    keep({hash, std::string(text), font, width, maximumLines, metrics});
+    return metrics;
+}
+
+void QtTextMeasurer::measureAhead(std::string text, const UIFont& font, CGFloat width, int maximumLines) {
+    if (text.empty()) return;
+    const std::size_t hash = hashOf(text, font, width, maximumLines);
+    if (find(hash, text, font, width, maximumLines)) return;
+    if (!ahead_) ahead_ = std::make_unique<Ahead>();
+    ahead_->add({hash, std::move(text), font, width, maximumLines, {}});
+}
+
+CGFloat QtTextMeasurer::lineHeight(const UIFont& font) {
+    const std::pair<std::string, CGFloat> key(font.name, font.pointSize);
+    const auto found = lineHeights_.find(key);
+    if (found != lineHeights_.end()) return found->second;
+    if (lineHeights_.size() >= maximumLineHeights) lineHeights_.clear();
+    return lineHeights_[key] = TextBlock::lineHeight(qtFont(font));
+}
+
+std::size_t QtTextMeasurer::offsetAtPoint(std::string_view text, const TextLayout& layout, CGPoint point) {
+    double reach = firstReach;
+    while (reach < point.y + 1 && reach < CGFLOAT_MAX_TEXT) reach *= 2;
+    TextBlock::Options options;
+    options.width = layout.width;
+    options.maximumLines = layout.maximumLines;
+    if (layout.maximumLines <= 0) options.height = reach;
+    options.lineBreakMode = layout.lineBreakMode;
+    options.alignment = layout.alignment;
+    const TextBlock block(text, qtFont(layout.font), options);
+    return TextBlock::bytesOf(text, block.placeAt({point.x, point.y}));
+}
+
+}  // namespace ostrel

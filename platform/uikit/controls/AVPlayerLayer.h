@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/media/AVPlayer.h"
+#include "platform/uikit/view/UIView.h"
+
+namespace ostrel {
+
+/// Shows the frames of a player, aspect-fit, over a clear background; nothing before the first frame. Takes no touches.
+/// A layer is a view here: it is put into another by `addSubview`. It keeps the player alive.
+class AVPlayerLayer final : public UIView {
+public:
+    static std::shared_ptr<AVPlayerLayer> playerLayerWithPlayer(std::shared_ptr<AVPlayer> player);
+    explicit AVPlayerLayer(std::shared_ptr<AVPlayer> player);
+
+    const std::shared_ptr<AVPlayer>& player() const { return player_; }
+
+protected:
+    ViewContent makeContent() const override;
+
+private:
+    std::shared_ptr<AVPlayer> player_;
+};
+
+}  // namespace ostrel

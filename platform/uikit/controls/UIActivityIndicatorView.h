@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/uikit/view/UIView.h"
+
+namespace ostrel {
+
+/// The spinning wheel for work of unknown length. Hidden while it does not turn.
+class UIActivityIndicatorView : public UIView {
+public:
+    enum class Style { medium, large };  ///< 20 and 37 points a side
+    explicit UIActivityIndicatorView(Style style = Style::medium);
+
+    void startAnimating();
+    void stopAnimating();
+    bool isAnimating() const { return animating_; }
+    void setColor(UIColor color);
+    void setHidesWhenStopped(bool hides);
+
+protected:
+    ViewContent makeContent() const override;
+
+private:
+    bool animating_ = false;
+    bool hidesWhenStopped_ = true;
+    UIColor color_ = UIColor::rgb(0x8A8F99);
+};
+
+}  // namespace ostrel

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/uikit/view/UIView.h"
+
+namespace ostrel {
+
+/// Shows a picture; nothing when it has none.
+class UIImageView : public UIView {
+public:
+    /// Takes no touches unless it is told so.
+    explicit UIImageView(CGRect frame = {});
+
+    const std::shared_ptr<const UIImage>& image() const { return content_.image; }
+    void setImage(std::shared_ptr<const UIImage> image);
+    UIViewContentMode contentMode() const { return content_.contentMode; }
+    void setContentMode(UIViewContentMode mode);
+    void setTintColor(UIColor color);
+    CGSize sizeThatFits(CGSize size) const override;
+
+protected:
+    ViewContent makeContent() const override;
+
+private:
+    ImageContent content_{.contentMode = UIViewContentMode::scaleToFill, .tint = UIColor::tint()};
+};
+
+}  // namespace ostrel

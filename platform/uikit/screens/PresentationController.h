@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/uikit/screens/UIViewController.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace ostrel {
+
+/// One screen shown over another, from its presentation to the end of its dismissal: the views around it, its movement,
+/// and the appearance calls of both screens. The window keeps keys and focus within it. Held by the presenting
+/// screen. Main thread.
+class PresentationController final : public std::enable_shared_from_this<PresentationController> {
+public:
+    PresentationController(UIViewController& presenter, std::shared_ptr<UIViewController> presented);
+    ~PresentationController();
+
+    /// Once. `completion` runs after the screen did appear.
+    void present(UIWindow& window, bool animated, std::function<void()> completion);
+    /// Lets the screen go together with all that it presents itself. `completion` runs when it has left; further calls
+    /// meanwhile only add theirs. Each runs exactly once.
+    void dismiss(bool animated, std::function<void()> completion);
+    /// Ends the movement under way at once; without one it does nothing.
+    void finish();
+    /// The presenting screen is going away: everything is taken down without a movement.
+    void abandon();
+
+    bool isDismissing() const { return phase_ == Phase::dismissing; }
+    PresentationKind kind() const { return kind_; }
+    /// Places the screen for the present size of the window.
+    void layout();
+    /// Has it placed again before the next flush.
+    void setNeedsLayout();
+    /// A touch ended beside the screen.
+    void tappedBeside();
+
+private:
+    enum class Phase { presenting, presented, dismissing, gone };
+    enum class Uncovers { no, yes };
+    class Container;
+
+    void build(UIWindow& window);
+    void dismiss(bool animated, Uncovers uncovers, std::function<void()> completion);
+    void animate(bool shown);
+    void applyLook(bool shown);
+    void finishPresenting();
+    void finishDismissing();
+    void releaseCover();
+    void takeDown();
+    void runCompletions();
+    std::optional<CGRect> anchor() const;
+
+    UIViewController* presenter_;
+    const std::shared_ptr<UIViewController> presented_;
+    PresentationKind kind_ = PresentationKind::cover;
+    Phase phase_ = Phase::presenting;
+    std::uint64_t generation_ =
+        0;  ///< tells the end of an animation whether its movement is still the present one
+    Uncovers uncovers_ = Uncovers::yes;        ///< no: the presenting screen is leaving too
+    bool covers_ = false;                      ///< counted in the covered screen's `coverCount_`
+    std::weak_ptr<UIViewController> covered_;  ///< the outermost screen that a full-screen presentation hides
+    std::vector<std::function<void()>> completions_;
+    std::shared_ptr<Container> container_;
+    std::shared_ptr<UIView> dim_, card_, clip_;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/uikit/text/TextSelection.h"
+#include "platform/uikit/view/UIView.h"
+
+namespace ostrel {
+
+/// Read-only text of one or more lines.
+class UILabel : public UIView {
+public:
+    /// Takes no touches unless it is told so.
+    explicit UILabel(CGRect frame = {});
+
+    const std::string& text() const { return content_.text; }
+    void setText(std::string text);
+    const UIFont& font() const { return content_.font; }
+    void setFont(UIFont font);
+    UIColor textColor() const { return content_.color; }
+    void setTextColor(UIColor color);
+    NSTextAlignment textAlignment() const { return content_.alignment; }
+    void setTextAlignment(NSTextAlignment alignment);
+    int numberOfLines() const { return content_.numberOfLines; }
+    /// 0: as many as fit.
+    void setNumberOfLines(int lines);
+    void setLineBreakMode(NSLineBreakMode mode);
+    /// Shrinks the font, down to `minimumScale` of its size, until the text fits the width on one line.
+    void setAdjustsFontSizeToFitWidth(bool adjusts, CGFloat minimumScale = 0.5);
+    /// Whether parts of the text can be selected and copied (see TextSelection). Such a label takes touches; those it has
+    /// no use for are its superview's. `byPress` is false where a long press means something else.
+    void setSelectable(bool selectable, bool byPress = true);
+    bool isSelectable() const { return selectable_; }
+    CGSize sizeThatFits(CGSize size) const override;
+    void touchesBegan(const UITouch& touch) override;
+    void touchesMoved(const UITouch& touch) override;
+
+protected:
+    ViewContent makeContent() const override;
+
+private:
+    void contentDidChange();
+    std::shared_ptr<TextSelection> selection_;  ///< made when the label first is selectable
+    bool selectable_ = false;
+    TextContent content_{.color = UIColor::label()};
+};
+
+}  // namespace ostrel

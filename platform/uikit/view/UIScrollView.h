@@ -1,0 +1,119 @@
+#pragma once
+
+#include "platform/uikit/view/ScrollMotion.h"
+#include "platform/uikit/view/UIGestureRecognizer.h"
+#include "platform/uikit/view/UIView.h"
+
+namespace ostrel {
+
+class UIScrollView;
+
+class UIScrollViewDelegate {
+public:
+    virtual ~UIScrollViewDelegate() = default;
+    virtual void scrollViewDidScroll(UIScrollView&) {}
+    virtual void scrollViewWillBeginDragging(UIScrollView&) {}
+    virtual void scrollViewDidEndDragging(UIScrollView&, bool /*willDecelerate*/) {}
+    virtual void scrollViewDidEndDecelerating(UIScrollView&) {}
+};
+
+/// A window onto larger content: `contentOffset` is the point of the content at the view's upper left corner. Vertical.
+/// Dragged by a finger (and by the pointer, except on the Mac idiom), with momentum and a rubber band at the ends;
+/// wheel, trackpad, keys and the scroll bar too. Offsets are kept in double precision; those that scrolling by hand leads
+/// to are multiples of 1/64 point. A touch while the content flies only stops it. Motion follows the window's frames;
+/// at rest none are asked for.
+class UIScrollView : public UIView {
+public:
+    explicit UIScrollView(CGRect frame = {});
+    ~UIScrollView() override;
+    void initialise();
+
+    CGPoint contentOffset() const { return state().boundsOrigin; }
+    /// Any offset, also beyond the ends. Without animation it ends motion; a drag under way goes on from there.
+    virtual void setContentOffset(CGPoint offset, bool animated = false);
+    CGSize contentSize() const { return contentSize_; }
+    void setContentSize(CGSize size);
+    UIEdgeInsets contentInset() const { return contentInset_; }
+    /// At the top the content stays at the top.
+    void setContentInset(UIEdgeInsets insets);
+    bool isScrollEnabled() const { return scrollEnabled_; }
+    void setScrollEnabled(bool enabled);
+    bool scrollsToTop() const { return scrollsToTop_; }
+    void setScrollsToTop(bool scrolls) { scrollsToTop_ = scrolls; }
+    void setShowsVerticalScrollIndicator(bool shows);
+    bool isDragging() const { return dragging_; }
+    bool isDecelerating() const { return decelerating_; }
+    bool isTracking() const { return tracking_; }
+    void setScrollViewDelegate(std::shared_ptr<UIScrollViewDelegate> delegate) { scrollDelegate_ = delegate; }
+    /// The offsets that scrolling by hand ends within.
+    CGFloat minimumOffsetY() const;
+    CGFloat maximumOffsetY() const;
+    void scrollRectToVisible(const CGRect& rect, bool animated);
+    /// Scrolls by wheel or trackpad; false when nothing could move. Notches are smoothed, a trackpad's pixels are not.
+    bool scrollBy(const UIScrollEvent& event) override;
+    void stopScrolling();
+
+    void setFrame(const CGRect& frame) override;
+    UIView* hitTest(CGPoint point) override;
+    void didMoveToWindow() override;
+    void touchesBegan(const UITouch& touch) override;
+    void touchesEnded(const UITouch& touch) override;
+    void touchesCancelled(const UITouch& touch) override;
+    void hoverDidChange(bool inside) override;
+    /// Page Up and Down, the space bar, Home, End, Up and Down; used when the content can move that way.
+    bool pressesBegan(const UIPress& press) override;
+
+protected:
+    /// After every change of the offset, also by the program; base classes first.
+    virtual void contentOffsetDidChange();
+    virtual void willBeginDragging() {}
+    virtual void didEndDragging(bool /*willDecelerate*/) {}
+    /// Extra inset at the top that holds while a refresh is under way.
+    virtual CGFloat extraTopInset() const { return 0; }
+    /// Whether content that fits can be dragged against the rubber band.
+    virtual bool alwaysBounces() const { return false; }
+    const std::shared_ptr<UIPanGestureRecognizer>& panRecognizer() const { return pan_; }
+    /// A point a second, positive towards the end of the content; 0 while at rest.
+    CGFloat scrollVelocity() const { return velocity_; }
+    /// Whether neither a finger nor motion changes the offset.
+    bool isAtRest() const;
+    /// Moves the offset because the content has moved: what is seen stays, a drag or motion goes on. Tells nobody.
+    void shiftContentOffset(CGFloat dy);
+    /// Goes back within the limits when at rest outside of them.
+    void settle(bool animated);
+
+private:
+    void handlePan(UIPanGestureRecognizer& pan);
+    void endDrag(CGFloat velocity);
+    bool moveTo(CGFloat y);
+    void scrollTo(CGFloat y, ScrollMotion::Goal goal);
+    void startMotion();
+    bool step(double time);
+    void motionEnded();
+    void showIndicator();
+    void placeIndicator();
+    void fadeIndicatorAfter(double delay);
+    bool canScroll() const;
+    bool leavesDragToOuter() const;
+
+    CGSize contentSize_;
+    UIEdgeInsets contentInset_;
+    bool scrollEnabled_ = true, scrollsToTop_ = true, showsIndicator_ = true;
+    bool dragging_ = false, decelerating_ = false, tracking_ = false;
+    std::shared_ptr<UIPanGestureRecognizer> pan_;
+    std::weak_ptr<UIScrollViewDelegate> scrollDelegate_;
+    CGFloat velocity_ = 0;
+
+    ScrollMotion motion_;
+    std::uint64_t motionNumber_ = 0;  // frames asked for by an earlier motion end
+    double lastStep_ = 0;
+    CGFloat dragOrigin_ = 0;  // the offset without the rubber band, where the drag began
+    CGFloat dragLower_ = 0;   // the limit then: a refresh that begins meanwhile does not move the content
+
+    class Indicator;
+    std::shared_ptr<Indicator> indicator_;
+    bool indicatorShown_ = false;
+    double lastScroll_ = 0;
+};
+
+}  // namespace ostrel

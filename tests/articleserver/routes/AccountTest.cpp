@@ -1,0 +1,210 @@
+#include "tests/articleserver/ServerFixture.h"
+
+#include "articleserver/media/ServerPicture.h"
+
+#include <sqlite3.h>
+
+namespace ostrel {
+
+namespace {
+
+class AccountTest : public ServerTest {
+protected:
+    Answer signIn(const std::string& name, const std::string& password) {
+        return post("/account/sign_in", {{"name", name}, {"password", password}});
+    }
+};
+
+constexpr ServerTime minute = 60'000;
+constexpr ServerTime day = 24 * 60 * minute;
+
+std::string repeated(const std::string& text, int count) {
+    std::string all;
+    for (int index = 0; index < count; ++index) all += text;
+    return all;
+}
+
+}  // namespace
+
+TEST_F(AccountTest, SignUpChecksNameAndPassword) {
+    struct Case {
+        std::string name;
+        std::string password;
+        int status;
+    };
+    const std::string good = "12345678";
+    for (const Case& tried : {
+             Case{"", good, 400},
+             Case{" \t\xE3\x80\x80", good, 400},
+             Case{std::string(41, 'x'), good, 400},
+             Case{"a\nb", good, 400},
+             Case{"a\x7F", good, 400},
+             Case{"a\xE2\x80\xAE"
+                  "b",
+                  good, 400},  // a right-to-left override
+             Case{"a\xC2\x85"
+                  "b",
+                  good, 400},
+             Case{"Ada", "1234567", 400},
+             Case{"Ada", repeated("x", 257), 400},
+             Case{repeated("林", 40), repeated("密", 8), 200},
+             Case{"  Ada Fern  ", repeated("x", 256), 200},
+             Case{"ada fern", good, 409},
+             Case{"ＡＤＡ ＦＥＲＮ", good, 409},  // full-width letters
+             Case{"Straße", good, 200},
+             Case{"STRASSE", good, 409},
+             Case{"👩‍🌾", good, 200},
+         }) {
+        Answer answer = post("/account/sign_up", {{"name", tried.name}, {"password", tried.password}});
+        EXPECT_EQ(answer.status, tried.status) << tried.name << " " << answer.body;
+        EXPECT_EQ(answer.json["success"], tried.status == 200);
+        EXPECT_EQ(answer.json["user"].is_null(), tried.status != 200) << answer.body;
+        EXPECT_EQ(answer.cookie("ostrel_session").empty(), tried.status != 200);
+        if (tried.status == 409) {
+            EXPECT_EQ(answer.json["error"], "The name is taken.");
+        }
+    }
+    EXPECT_EQ(signIn("ada FERN", repeated("x", 256)).json["user"]["name"], "Ada Fern");
+    EXPECT_EQ(post("/account/sign_up", {{"name", "Bo"}}).status, 400);
+    EXPECT_EQ(post("/account/sign_in", {{"password", good}}).status, 400);
+}
+
+TEST_F(AccountTest, SessionLivesFromSignInToSignOut) {
+    signUp("Ada");
+    EXPECT_TRUE(get("/account/me").json["user"].is_null());
+    Answer signedIn = signIn("Ada", "long enough");
+    std::string session = signedIn.cookie("ostrel_session");
+    std::string attributes = signedIn.header("Set-Cookie");
+    for (const char* attribute : {"; HttpOnly", "; SameSite=Strict", "; Path=/", "; Max-Age=2592000"}) {
+        EXPECT_NE(attributes.find(attribute), std::string::npos) << attribute;
+    }
+    EXPECT_EQ(get("/account/me", session).json["user"], nlohmann::json::parse(R"({"id":1,"name":"Ada"})"));
+    EXPECT_EQ(get("/account/me", "other=1; " + session + "; more=2").json["user"]["id"], 1);
+
+    Answer out = post("/account/sign_out", {}, session);
+    EXPECT_EQ(out.json["success"], true);
+    EXPECT_EQ(out.cookie("ostrel_session"), "ostrel_session=");
+    EXPECT_TRUE(get("/account/me", session).json["user"].is_null());
+    EXPECT_EQ(post("/account/sign_out", {}).status, 200);
+}
+
+TEST_F(AccountTest, SigningInAgainEndsTheSessionThatCameAlong) {
+    std::string first = signUp("Ada");
+    Answer again = post("/account/sign_in", {{"name", "Ada"}, {"password", "long enough"}}, first);
+    EXPECT_TRUE(get("/account/me", first).json["user"].is_null());
+    EXPECT_EQ(get("/account/me", again.cookie("ostrel_session")).json["user"]["id"], 1);
+}
+
+TEST_F(AccountTest, UseLengthensASessionAndDisuseEndsIt) {
+    std::string session = signUp("Ada");
+    now_ += day / 2;
+    EXPECT_EQ(get("/account/me", session).cookie("ostrel_session"), "");
+    now_ += 28 * day;
+    EXPECT_EQ(get("/account/me", session).cookie("ostrel_session"), session);
+    now_ += 29 * day;
+    EXPECT_EQ(get("/account/me", session).json["user"]["id"], 1);
+    now_ += 31 * day;
+    EXPECT_TRUE(get("/account/me", session).json["user"].is_null());
+}
+
+TEST_F(AccountTest, NeitherPasswordsNorTokensAreStored) {
+    std::string token = signUp("Ada", "a memorable secret").substr(std::string("ostrel_session=").size());
+    ASSERT_EQ(token.size(), 43U);
+    stop();
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open((folder_.path() / "articles.sqlite").c_str(), &database), SQLITE_OK);
+    std::string dump;
+    auto append = [](void* to, int count, char** values, char**) {
+        for (int column = 0; column < count; ++column)
+            *static_cast<std::string*>(to) += std::string(values[column]) + "\n";
+        return 0;
+    };
+    sqlite3_exec(database, "SELECT token_hash FROM sessions", append, &dump, nullptr);
+    sqlite3_exec(database, "SELECT name, password_hash FROM users", append, &dump, nullptr);
+    sqlite3_close(database);
+    EXPECT_NE(dump.find("Ada\n$argon2id$"), std::string::npos) << dump;
+    EXPECT_EQ(dump.find(token), std::string::npos);
+    EXPECT_EQ(dump.find("memorable"), std::string::npos);
+}
+
+TEST_F(AccountTest, WrongNameAndWrongPasswordReadTheSame) {
+    signUp("Ada");
+    Answer password = signIn("Ada", "not the one");
+    Answer name = signIn("Nobody", "not the one");
+    EXPECT_EQ(password.status, 401);
+    EXPECT_EQ(password.body, name.body);
+    EXPECT_EQ(name.json["error"], "The name or the password is wrong.");
+    // A sample author or another account without a password cannot be signed in as.
+    ASSERT_TRUE(store().addUser({0, "Ghost", "", ""}, now_));
+    EXPECT_EQ(signIn("Ghost", "12345678").status, 401);
+}
+
+TEST_F(AccountTest, TenFailuresCloseANameForFiveMinutes) {
+    signUp("Ada");
+    signUp("Bo");
+    for (int attempt = 0; attempt < 9; ++attempt) EXPECT_EQ(signIn("Ada", "not the one").status, 401);
+    EXPECT_EQ(signIn("Ada", "long enough").status, 200);
+    EXPECT_EQ(signIn("ADA", "not the one").status, 401);
+    Answer closed = signIn("Ada", "long enough");
+    EXPECT_EQ(closed.status, 429);
+    EXPECT_EQ(closed.json["success"], false);
+    EXPECT_FALSE(closed.header("Retry-After").empty());
+    EXPECT_EQ(signIn("Bo", "long enough").status, 200);
+    now_ += 5 * minute;
+    EXPECT_EQ(signIn("Ada", "long enough").status, 200);
+}
+
+TEST_F(AccountTest, AvatarIsAnInitialUntilOneIsUploaded) {
+    std::string ada = signUp("Ada");
+    signUp("林");
+    Answer initial = get("/account/avatar/1");
+    EXPECT_EQ(initial.header("Content-Type"), "image/png");
+    auto drawn = ServerPicture::decode(initial.body, 4096);
+    ASSERT_TRUE(drawn);
+    EXPECT_EQ(drawn->width(), 256);
+    EXPECT_NE(get("/account/avatar/2").body, initial.body);
+    EXPECT_EQ(get("/account/avatar/1", "", {{"If-None-Match", initial.header("ETag")}}).status, 304);
+    EXPECT_EQ(get("/account/avatar/3").status, 404);
+
+    ServerPicture picture(300, 200);
+    EXPECT_EQ(uploadAvatar(picture.jpeg(80), "").status, 401);
+    EXPECT_EQ(uploadAvatar(picture.jpeg(80), ada).status, 200);
+    Answer uploaded = get("/account/avatar/1");
+    EXPECT_EQ(uploaded.header("Content-Type"), "image/jpeg");
+    EXPECT_NE(uploaded.header("ETag"), initial.header("ETag"));
+    EXPECT_EQ(uploadAvatar(picture.png(), ada).status, 200);
+    // The replaced file is gone.
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mediaFolder()), {}), 1);
+    start();
+    EXPECT_EQ(get("/account/avatar/1").header("Content-Type"), "image/jpeg");
+}
+
+TEST_F(AccountTest, BadAvatarsAreRefusedAndTheOldOneStays) {
+    std::string ada = signUp("Ada");
+    ServerPicture good(64, 64);
+    ASSERT_EQ(uploadAvatar(good.jpeg(90), ada).status, 200);
+    std::string before = get("/account/avatar/1").body;
+    const std::string jpeg = ServerPicture(200, 200).jpeg(90);
+    struct Case {
+        const char* what;
+        std::string bytes;
+        const char* part;
+        int status;
+    };
+    for (const Case& tried :
+         {Case{"text", "hello", "image.jpg", 415}, Case{"nothing", "", "image.jpg", 415},
+          Case{"other part", jpeg, "picture", 400}, Case{"cut head", jpeg.substr(0, 100), "image.jpg", 400},
+          Case{"cut png", good.png().substr(0, 60), "image.jpg", 400},
+          Case{"wide", ServerPicture(4097, 2).jpeg(50), "image.jpg", 413},
+          Case{"high png", ServerPicture(2, 4097).png(), "image.jpg", 413},
+          Case{"heavy", jpeg + std::string(5 * 1024 * 1024, 'x'), "image.jpg", 413},
+          Case{"too heavy to read", std::string(6 * 1024 * 1024, 'x'), "image.jpg", 413}}) {
+        Answer answer = uploadAvatar(tried.bytes, ada, tried.part);
+        EXPECT_EQ(answer.status, tried.status) << tried.what << " " << answer.body;
+        EXPECT_EQ(answer.json["success"], false) << tried.what;
+    }
+    EXPECT_EQ(get("/account/avatar/1").body, before);
+    EXPECT_EQ(uploadAvatar(ServerPicture(4096, 3).jpeg(50), ada).status, 200);
+}
+
+}  // namespace ostrel

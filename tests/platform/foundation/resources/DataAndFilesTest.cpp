@@ -1,0 +1,155 @@
+#include "platform/foundation/resources/Files.h"
+#include "platform/foundation/values/Data.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace ostrel {
+namespace {
+
+TEST(Data, NullIsNotEmpty) {
+    EXPECT_TRUE(Data().isNull());
+    EXPECT_EQ(Data().view(), "");
+    EXPECT_FALSE(Data::copy(std::string_view()).isNull());
+    EXPECT_TRUE(Data::copy(std::string_view()).isEmpty());
+}
+
+TEST(Data, TakesLongTextsWithoutCopyingAndSharesThem) {
+    std::string text(1000, 'x');
+    const char* storage = text.data();
+    Data copy;
+    {
+        const Data data = Data::take(std::move(text));
+        EXPECT_EQ(data.view().data(), storage);
+        copy = data;
+    }
+    EXPECT_EQ(copy.view().data(), storage);
+    EXPECT_EQ(copy.view(), std::string(1000, 'x'));
+    EXPECT_EQ(Data::take("short").view(), "short");
+}
+
+TEST(Data, MapsFilesAlsoAfterTheirRemoval) {
+    const TemporaryFolder folder;
+    std::string content(10'003, 'v');
+    content.replace(10'000, 3, "end");
+    const std::string path = folder.write("clip.mov", content);
+    const Data data = Data::mapFile(path);
+    std::filesystem::remove(path);
+    ASSERT_TRUE(data);
+    EXPECT_EQ(data.size(), 10'003u);
+    EXPECT_EQ(data.view().substr(10'000), "end");
+    EXPECT_EQ(data.filePath(), path);
+
+    const Data empty = Data::mapFile(folder.write("empty", ""));
+    EXPECT_TRUE(empty && empty.isEmpty());
+}
+
+TEST(Data, SaysWhyAFileCannotBeMapped) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    for (const std::string& path :
+         {folder.path("missing"), folder.path(), folder.path("pipe"), std::string()}) {
+        std::string error;
+        EXPECT_TRUE(Data::mapFile(path, &error).isNull());
+        EXPECT_NE(error.find("\"" + path + "\""), std::string::npos) << error;
+    }
+}
+
+TEST(Files, WritesAtomicallyAndLeavesNothingElse) {
+    const TemporaryFolder folder;
+    EXPECT_TRUE(writeFileAtomically(folder.path("a/b/settings"), "one"));
+    EXPECT_TRUE(writeFileAtomically(folder.path("a/b/settings"), std::string(100'000, '2')));
+    EXPECT_EQ(folder.read("a/b/settings"), std::string(100'000, '2'));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path("a/b")), {}), 1);
+}
+
+TEST(Files, KeepsTheModeOfAnOldFileAndMakesNewOnesPrivate) {
+    const TemporaryFolder folder;
+    const auto mode = [&](const char* name) {
+        struct stat status {};
+        stat(folder.path(name).c_str(), &status);
+        return status.st_mode & 07777u;
+    };
+    ASSERT_EQ(chmod(folder.write("old", "x").c_str(), 0640), 0);
+    EXPECT_TRUE(writeFileAtomically(folder.path("old"), "y"));
+    EXPECT_TRUE(writeFileAtomically(folder.path("new"), "y"));
+    EXPECT_EQ(mode("old"), 0640u);
+    EXPECT_EQ(mode("new"), 0600u);
+}
+
+TEST(Files, AFailureKeepsWhatWasThere) {
+    const TemporaryFolder folder;
+    folder.write("file", "old");
+    folder.write("busy/inside", "old");
+    EXPECT_FALSE(writeFileAtomically(folder.path("file/below"), "new"));
+    EXPECT_FALSE(writeFileAtomically(folder.path("busy"), "new"));  // a folder that is not empty
+    EXPECT_FALSE(writeFileAtomically(folder.path("busy/"), "new"));
+    EXPECT_FALSE(writeFileAtomically("", "new"));
+    EXPECT_EQ(folder.read("file"), "old");
+    EXPECT_EQ(folder.read("busy/inside"), "old");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2);
+}
+
+TEST(Files, HomeIsWhatWasSetElseTheEnvironments) {
+    const std::string former = NSHomeDirectory();
+    setHomeDirectory("/some/where");
+    EXPECT_EQ(NSHomeDirectory(), "/some/where");
+    setHomeDirectory("");
+    EXPECT_EQ(NSHomeDirectory(), former);
+}
+
+TEST(Data, slicesShareTheStorageAndAreClamped) {
+    const TemporaryFolder folder;
+    Data part;
+    {
+        const Data whole = Data::mapFile(folder.write("file", "0123456789"));
+        part = whole.slice(2, 3);
+        EXPECT_EQ(whole.slice(0, 10).filePath(), whole.filePath());
+        EXPECT_EQ(part.filePath(), "") << "the file is not what the part is";
+        EXPECT_EQ(part.bytes(), whole.bytes() + 2);
+        EXPECT_EQ(whole.slice(8, 100).view(), "89");
+        EXPECT_EQ(whole.slice(100, 1).view(), "");
+        EXPECT_FALSE(whole.slice(100, 1).isNull());
+    }
+    EXPECT_EQ(part.view(), "234") << "the mapping lives as long as its parts";
+    EXPECT_EQ(part.slice(1, 1).view(), "3");
+    EXPECT_TRUE(Data().slice(0, 5).isNull());
+}
+
+TEST(Files, WhatWasReadStaysWhateverHappensToTheFile) {
+    TemporaryFolder folder;
+    const std::string name = "odd \"name\" 100% \xF0\x9F\x8E\x88";
+    for (const auto& read : {readFile, snapshotOfFile}) {
+        const std::string path = folder.write(name, std::string(100'000, 'a'));
+        const Data data = read(path, 100'000, nullptr);
+        std::filesystem::resize_file(path, 0);
+        EXPECT_EQ(data.view(), std::string(100'000, 'a'))
+            << "a mapping of the file would end the process here";
+        std::filesystem::remove(path);
+        EXPECT_EQ(data.size(), 100'000u);
+    }
+}
+
+TEST(Files, WhatCannotBeReadIsRefusedWithASentence) {
+    TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    const std::pair<std::string, const char*> cases[] = {
+        {folder.path("absent"), "No such file"},
+        {folder.path(), "no regular file"},
+        {folder.path("pipe"), "no regular file"},
+        {folder.write("large", std::string((1 << 20) + 1, 'a')), "larger than 1 MiB"},
+    };
+    for (const auto& read : {readFile, snapshotOfFile}) {
+        for (const auto& [path, part] : cases) {
+            std::string error;
+            EXPECT_TRUE(read(path, 1 << 20, &error).isNull()) << path;
+            EXPECT_NE(error.find(part), std::string::npos) << error;
+        }
+        EXPECT_TRUE(read(folder.write("empty", ""), 1, nullptr).isEmpty());
+    }
+}
+
+}  // namespace
+}  // namespace ostrel

@@ -1,0 +1,188 @@
+#include "backends/headless/VirtualTime.h"
+#include "platform/foundation/runloop/SystemRunLoop.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+namespace ostrel {
+namespace {
+
+class RunLoopTest : public testing::Test {
+protected:
+    Task mark(char name) {
+        return [this, name] { calls_ += name; };
+    }
+    double now() const { return Clock::shared().monotonicSeconds(); }
+
+    VirtualTime time_;
+    VirtualRunLoop& loop_ = time_.loop();
+    std::string calls_;
+};
+
+TEST_F(RunLoopTest, RunsTasksInOrderOfTimeAndOfTheCalls) {
+    loop_.performAfter(2, mark('d'));
+    loop_.performAfter(1, mark('c'));
+    loop_.perform(mark('a'));
+    loop_.performAfter(-1, mark('b'));
+    loop_.runUntilIdle();
+    EXPECT_EQ(calls_, "ab");
+    loop_.advance(1.999);
+    EXPECT_EQ(calls_, "abc");
+    loop_.advance(0.001);
+    EXPECT_EQ(calls_, "abcd");
+}
+
+TEST_F(RunLoopTest, ATaskOfATurnWaitsForTheNextOne) {
+    loop_.perform([&] {
+        calls_ += 'a';
+        loop_.perform(mark('c'));
+        loop_.atEndOfTurn(mark('E'));
+    });
+    loop_.perform(mark('b'));
+    EXPECT_TRUE(loop_.runOneTurn());
+    EXPECT_EQ(calls_, "abE");
+    EXPECT_TRUE(loop_.runOneTurn());
+    EXPECT_EQ(calls_, "abEc");
+    EXPECT_FALSE(loop_.runOneTurn());
+}
+
+TEST_F(RunLoopTest, TheEndOfATurnComesAlsoWithoutTasks) {
+    loop_.atEndOfTurn([&] {
+        calls_ += 'E';
+        loop_.atEndOfTurn(mark('F'));
+    });
+    loop_.runUntilIdle();
+    EXPECT_EQ(calls_, "EF");
+}
+
+TEST_F(RunLoopTest, CancelledTasksDoNotRunNotEvenInTheSameTurn) {
+    const auto later = loop_.performAfter(1, mark('x'));
+    std::uint64_t sameTurn = 0;
+    loop_.performAfter(0, [&] { loop_.cancel(sameTurn); });
+    sameTurn = loop_.performAfter(0, mark('y'));
+    loop_.cancel(later);
+    loop_.cancel(12345);
+    loop_.advance(2);
+    EXPECT_EQ(calls_, "");
+}
+
+TEST_F(RunLoopTest, TasksSeeTheTimeTheyWereDue) {
+    std::vector<double> times;
+    loop_.performAfter(1.5, [&] {
+        times.push_back(now());
+        loop_.performAfter(1, [&] { times.push_back(now()); });
+    });
+    const NSDate start = NSDate::now();
+    loop_.advance(180);
+    EXPECT_EQ(times, (std::vector<double>{1.5, 2.5}));
+    EXPECT_NEAR(NSDate::now().timeIntervalSinceDate(start), 180, 1e-6);
+    time_.clock().setNow({1000});
+    EXPECT_NEAR(NSDate::now().secondsSince1970, 1000, 1e-6);
+    EXPECT_EQ(now(), 180);
+}
+
+TEST_F(RunLoopTest, AnEndlessChainFailsInsteadOfHanging) {
+    std::function<void()> again = [&] { loop_.perform(again); };
+    loop_.perform(again);
+    EXPECT_THROW(loop_.runUntilIdle(), std::runtime_error);
+    again = [] {};
+}
+
+TEST_F(RunLoopTest, TasksOfThreadsArriveWhileWaiting) {
+    std::atomic<bool> onMain = false;
+    std::thread worker([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        RunLoop::main().perform([&] {
+            onMain = RunLoop::main().isMainThread();
+            calls_ += 'w';
+        });
+        EXPECT_FALSE(RunLoop::main().isMainThread());
+    });
+    EXPECT_TRUE(loop_.waitFor([&] { return calls_ == "w"; }));
+    worker.join();
+    EXPECT_TRUE(onMain);
+    EXPECT_FALSE(loop_.waitFor([] { return false; }, 0.02));
+}
+
+using NSTimerTest = RunLoopTest;
+
+TEST_F(NSTimerTest, FiresOnceAndIsLetGo) {
+    std::weak_ptr<NSTimer> timer = NSTimer::scheduledTimer(0.2, false, [&](NSTimer&) { calls_ += 't'; });
+    loop_.advance(0.199);
+    EXPECT_EQ(calls_, "");
+    ASSERT_FALSE(timer.expired());
+    EXPECT_TRUE(timer.lock()->isValid());
+    loop_.advance(10);
+    EXPECT_EQ(calls_, "t");
+    EXPECT_TRUE(timer.expired());
+}
+
+TEST_F(NSTimerTest, RepeatsWithoutDriftUntilInvalidated) {
+    std::vector<double> times;
+    std::weak_ptr<NSTimer> timer =
+        NSTimer::scheduledTimer(0.2, true, [&](NSTimer&) { times.push_back(now()); });
+    loop_.advance(2000);
+    ASSERT_EQ(times.size(), 10'000u);
+    for (std::size_t i = 0; i < times.size(); ++i)
+        ASSERT_NEAR(times[i], 0.2 * static_cast<double>(i + 1), 1e-6);
+    timer.lock()->invalidate();
+    EXPECT_TRUE(timer.expired());
+    loop_.advance(1);
+    EXPECT_EQ(times.size(), 10'000u);
+}
+
+TEST_F(NSTimerTest, MissedFiringsAreLeftOutAndTheRasterIsKept) {
+    std::vector<double> times;
+    const auto timer = NSTimer::scheduledTimer(1, true, [&](NSTimer&) {
+        times.push_back(now());
+        if (times.size() == 1) time_.clock().moveTo(TaskQueue::nanoseconds(3.5));  // a slow handler
+    });
+    loop_.advance(5);
+    EXPECT_EQ(times, (std::vector<double>{1, 4, 5}));
+    timer->invalidate();
+}
+
+TEST_F(NSTimerTest, InvalidatingWithinItsOwnHandlerIsSafe) {
+    auto token = std::make_shared<int>(0);
+    std::weak_ptr<int> held = token;
+    std::weak_ptr<NSTimer> timer = NSTimer::scheduledTimer(0.5, true, [&, token](NSTimer& self) {
+        self.invalidate();
+        self.invalidate();
+        calls_ += *token == 0 && !self.isValid() ? 't' : 'x';
+    });
+    token.reset();
+    loop_.advance(5);
+    EXPECT_EQ(calls_, "t");
+    EXPECT_TRUE(timer.expired());
+    EXPECT_TRUE(held.expired());
+}
+
+TEST_F(NSTimerTest, IntervalsThatAreNoneFireStill) {
+    const auto timer = NSTimer::scheduledTimer(-1, true, [&](NSTimer& self) {
+        calls_ += 't';
+        if (calls_.size() == 3) self.invalidate();
+    });
+    loop_.advance(0.001);
+    EXPECT_EQ(calls_, "ttt");
+}
+
+TEST(SystemRunLoop, RunsOnRealTime) {
+    const auto loop = std::make_shared<SystemRunLoop>();
+    RunLoop::installMain(loop);
+    std::string calls;
+    int fired = 0;
+    loop->performAfter(0.02, [&] { calls += 'b'; });
+    loop->perform([&] { calls += 'a'; });
+    const auto timer = NSTimer::scheduledTimer(0.005, true, [&](NSTimer&) { ++fired; });
+    std::thread worker([&] { loop->perform([&] { calls += 'w'; }); });
+    EXPECT_TRUE(loop->run([&] { return calls.size() == 3 && fired >= 3; }, 10));
+    EXPECT_LT(calls.find('a'), calls.find('b'));
+    EXPECT_FALSE(loop->run([] { return false; }, 0.01));
+    worker.join();
+    timer->invalidate();
+    RunLoop::installMain(nullptr);
+}
+
+}  // namespace
+}  // namespace ostrel
