@@ -1,18 +1,24 @@
-# ostrel_use_pch(<target>): the standard headers that nearly every source includes, parsed once for the target. Sources
-# still include what they use; scripts/check-headers compiles every header alone, without this.
+# ostrel_use_pch(<target> [<header>...]): the standard headers that nearly every source includes, and the named ones,
+# parsed once for the target. Sources still include what they use: scripts/check-headers compiles every header alone, and
+# scripts/tidy every changed source, both without this.
 function(ostrel_use_pch target)
     target_precompile_headers(${target} PRIVATE
         <algorithm>
+        <array>
+        <chrono>
+        <cmath>
         <cstdint>
         <functional>
         <map>
         <memory>
+        <mutex>
         <optional>
         <string>
         <string_view>
         <unordered_map>
         <utility>
-        <vector>)
+        <vector>
+        ${ARGN})
     # ccache reads a precompiled header's inputs only with this flag of GCC.
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(${target} PRIVATE -fpch-preprocess)

@@ -1,25 +1,26 @@
-# ostrel_add_test(<target> SOURCES <files> LIBRARIES <targets> [TIMEOUT <seconds>])
+# ostrel_add_test(<target> SOURCES <files> LIBRARIES <targets> [PRECOMPILE <headers>] [TIMEOUT <seconds>])
 #
 # A GoogleTest program whose cases become tests of ctest, named "<target>.<Suite>.<Case>". Cases run without a display,
 # and each ends within TIMEOUT seconds (60 when absent). OSTREL_SOURCE_DIR and OSTREL_RESOURCE_DIR are string
-# definitions for it. No operation in builds without tests.
+# definitions for it. PRECOMPILE names headers beyond the
+# standard ones and GoogleTest which nearly every source includes. No operation in builds without tests.
 function(ostrel_add_test target)
     if(NOT OSTREL_BUILD_TESTS)
         return()
     endif()
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;PRECOMPILE")
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 60)
     endif()
     find_package(GTest REQUIRED)
     include(GoogleTest)
     add_executable(${target} ${arg_SOURCES})
-    target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
+    target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} GTest::gtest GTest::gtest_main)
     target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_definitions(${target} PRIVATE
         OSTREL_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
         OSTREL_RESOURCE_DIR="${OSTREL_RESOURCE_DIR}")
-    ostrel_use_pch(${target})
+    ostrel_use_pch(${target} <gtest/gtest.h> ${arg_PRECOMPILE})
     if(TARGET OstrelArticleResources)
         add_dependencies(${target} OstrelArticleResources)
     endif()
