@@ -16,7 +16,8 @@ build_jobs() {
 }
 
 # build_preset <preset> [target...]: configures and builds into build/<preset>; one line a phase, everything else in
-# build/<preset>/build.log, which is shown when a phase fails.
+# build/<preset>/build.log, which is shown when a phase fails. A folder that was configured stays so: Ninja configures
+# again by itself when a file of the build changed, and only the presets are not among those.
 build_preset() {
     local preset=$1 folder=build/$1 log fresh=()
     shift
@@ -26,9 +27,12 @@ build_preset() {
     if [ -f "$folder/CMakeCache.txt" ] && ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$folder/CMakeCache.txt"; then
         fresh=(--fresh)
     fi
-    say "Configuring $folder"
-    if ! cmake --preset "$preset" "${fresh[@]}" > "$log" 2>&1; then
-        build_failed "$log" "Configuring failed"
+    : > "$log"
+    if [ ! -f "$folder/build.ninja" ] || [ CMakePresets.json -nt "$folder/build.ninja" ] || [ "${#fresh[@]}" -gt 0 ]; then
+        say "Configuring $folder"
+        if ! cmake --preset "$preset" "${fresh[@]}" > "$log" 2>&1; then
+            build_failed "$log" "Configuring failed"
+        fi
     fi
     if [ -d "$folder/bin" ]; then say "Building $folder"; else say "Building $folder; the first time takes some minutes"; fi
     if ! cmake --build "$folder" --parallel "$(build_jobs)" ${1:+--target "$@"} >> "$log" 2>&1; then
