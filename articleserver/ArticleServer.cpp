@@ -15,11 +15,11 @@
 #include <cstring>
 #include <optional>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
-ServerFailure startFailure(std::string text) { return {ServerFault::Internal, std::move(text)}; }
+ServerFailure startFailure(std::string text) { return {ServerFault::internal, std::move(text)}; }
 
 /// Holds the data folder's lock file. The lock goes with the process, however it ends.
 class FolderLock final {
@@ -145,4 +145,4 @@ ArticleStore& ArticleServer::store() { return *parts_->store; }
 
 void ArticleServer::stop() { parts_->http->stop(); }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 
 struct ArticleServerOptions {
     /// Created when missing. One server at a time uses it.
@@ -62,4 +62,4 @@ private:
     std::unique_ptr<Parts> parts_;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -28,7 +28,7 @@ void waitForEnd(const sigset_t& signals, bool exitWithParent, pid_t parent) {
 
 int main(int argc, char** argv) {
     const pid_t parent = ::getppid();
-    ostrel::ArticleServerOptions options;
+    articleserver::ArticleServerOptions options;
     std::string dataFolder;
     bool exitWithParent = false;
 
@@ -64,13 +64,13 @@ int main(int argc, char** argv) {
     // A file at its largest allowed size is a full disk like any other.
     std::signal(SIGXFSZ, SIG_IGN);
 
-    auto server = ostrel::ArticleServer::start(options);
+    auto server = articleserver::ArticleServer::start(options);
     if (!server) {
         std::cerr << "ostrel-article-server: " << server.failure().text << std::endl;
         return failed;
     }
     std::cout << "ostrel-article-server: listening on " << (*server)->url() << "/" << std::endl;
-    for (const ostrel::SampleAccount& account : (*server)->sampleAccounts()) {
+    for (const articleserver::SampleAccount& account : (*server)->sampleAccounts()) {
         std::cout << "sample account: " << account.name << " / " << account.password << std::endl;
     }
     waitForEnd(signals, exitWithParent, parent);

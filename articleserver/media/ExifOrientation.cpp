@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -67,4 +67,4 @@ std::string exifSegmentWith(int orientation) {
     return segment;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 // The orientation of a picture, 1 to 8 (Exif 2.32, tag 0x0112): where the first row and column of the stored pixels
 // belong. 1 is upright.
@@ -22,4 +22,4 @@ constexpr int inverseOrientation(int orientation) {
     return orientation == 6 ? 8 : orientation == 8 ? 6 : orientation;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -16,7 +16,7 @@
 #include <limits>
 #include <unordered_set>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -41,9 +41,9 @@ std::string randomName(std::string_view extension) {
 ServerFailure storageFailure(int error) {
     logServerError(std::string("a media file could not be written: ") + std::strerror(error));
     if (error == ENOSPC || error == EDQUOT || error == EFBIG) {
-        return {ServerFault::StorageFull, "The server's storage is full."};
+        return {ServerFault::storageFull, "The server's storage is full."};
     }
-    return {ServerFault::Internal, "The server could not store the file."};
+    return {ServerFault::internal, "The server could not store the file."};
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {
@@ -68,7 +68,7 @@ bool MediaFolder::isName(std::string_view name) {
 ServerResult<ServerDone> MediaFolder::prepare(const std::vector<std::string>& named) {
     std::error_code error;
     std::filesystem::create_directories(folder_, error);
-    if (error) return ServerFailure{ServerFault::Internal, "Cannot create the folder of media files."};
+    if (error) return ServerFailure{ServerFault::internal, "Cannot create the folder of media files."};
     std::unordered_set<std::string> kept(named.begin(), named.end());
     std::vector<std::filesystem::path> orphans;
     for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end;
@@ -224,4 +224,4 @@ void MediaFolder::remove(const std::vector<std::string>& names) {
     }
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

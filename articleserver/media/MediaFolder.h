@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 
 /// A media file that is still being received. It goes with this object unless it is kept. Owned by one thread at a time.
 class IncomingFile final {
@@ -102,4 +102,4 @@ private:
     std::unordered_set<std::string> gone_;  ///< removed before they were supplied; guarded by supplierMutex_
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

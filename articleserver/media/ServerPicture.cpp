@@ -16,7 +16,7 @@
 // The codes of libjpeg's messages.
 #include <jerror.h>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -78,11 +78,11 @@ cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned in
 }
 
 ServerFailure tooLarge(int maximumSide) {
-    return {ServerFault::TooLarge,
+    return {ServerFault::tooLarge,
             "The picture is larger than " + std::to_string(maximumSide) + " pixels a side."};
 }
 
-ServerFailure brokenPicture() { return {ServerFault::BadInput, "The picture is broken."}; }
+ServerFailure brokenPicture() { return {ServerFault::badInput, "The picture is broken."}; }
 
 std::uint32_t bigEndian(std::string_view bytes) {
     std::uint32_t value = 0;
@@ -108,12 +108,12 @@ ServerResult<ServerPicture> ServerPicture::decode(std::string_view bytes, int ma
         if (!decoded) return decoded.failure();
         return std::move(decoded->picture);
     }
-    return ServerFailure{ServerFault::Unsupported, "The picture is neither JPEG nor PNG."};
+    return ServerFailure{ServerFault::unsupported, "The picture is neither JPEG nor PNG."};
 }
 
 ServerResult<ServerPicture::Thumbnail> ServerPicture::thumbnail(std::string_view jpeg, int side) {
     if (!jpeg.starts_with(jpegSignature)) {
-        return ServerFailure{ServerFault::Unsupported, "The picture is not a JPEG file."};
+        return ServerFailure{ServerFault::unsupported, "The picture is not a JPEG file."};
     }
     // Twice the size is decoded, so that the scaling has something to average.
     auto decoded = decodeJpeg(jpeg, {ServerLimits::pictureSide, ServerLimits::picturePixels,
@@ -163,7 +163,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_vie
         coefficients > wish.maximumMemory) {
         jpeg_destroy_decompress(&info);
         if (info.image_width > side || info.image_height > side) return tooLarge(wish.maximumSide);
-        return ServerFailure{ServerFault::TooLarge, "The picture has too many pixels."};
+        return ServerFailure{ServerFault::tooLarge, "The picture has too many pixels."};
     }
     for (auto* marker = info.marker_list; marker && orientation == 1; marker = marker->next) {
         if (marker->marker != exifMarker) continue;
@@ -173,7 +173,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_vie
     info.out_color_space = JCS_EXT_BGRA;
     if (info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK) {
         jpeg_destroy_decompress(&info);
-        return ServerFailure{ServerFault::Unsupported, "The picture's colours are not RGB."};
+        return ServerFailure{ServerFault::unsupported, "The picture's colours are not RGB."};
     }
     const JDIMENSION longer = std::max(info.image_width, info.image_height);
     while (wish.side > 0 && info.scale_denom < 8 &&
@@ -314,4 +314,4 @@ std::string ServerPicture::png() const {
     return bytes;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

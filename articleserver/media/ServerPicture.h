@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// A picture in memory: a cairo image surface, 32 bits a pixel. Used by one thread at a time.
 class ServerPicture final {
@@ -68,4 +68,4 @@ struct ServerPicture::Thumbnail {
     int height;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -24,13 +24,13 @@ ServerResult<Credentials> credentialsOf(const WebRequest& request) {
     auto name = form->find("name");
     auto password = form->find("password");
     if (name == form->end() || password == form->end()) {
-        return ServerFailure{ServerFault::BadInput, "Enter a name and a password."};
+        return ServerFailure{ServerFault::badInput, "Enter a name and a password."};
     }
     return Credentials{trimmedText(name->second), password->second};
 }
 
 std::optional<ServerFailure> faultOf(const Credentials& credentials) {
-    auto refuse = [](std::string text) { return ServerFailure{ServerFault::BadInput, std::move(text)}; };
+    auto refuse = [](std::string text) { return ServerFailure{ServerFault::badInput, std::move(text)}; };
     if (credentials.name.empty()) return refuse("The name is empty.");
     if (characterCount(credentials.name) > ServerLimits::nameCharacters) {
         return refuse("The name is longer than 40 characters.");
@@ -47,7 +47,7 @@ std::optional<ServerFailure> faultOf(const Credentials& credentials) {
 }
 
 ServerFailure tooManyAttempts() {
-    return {ServerFault::Throttled, "Too many attempts. Try again in a few minutes."};
+    return {ServerFault::throttled, "Too many attempts. Try again in a few minutes."};
 }
 
 /// Refusals of accounts say too that nobody came to be signed in by them.
@@ -90,7 +90,7 @@ WebReply ArticleService::signUp(Visit& visit) {
     // Asked before the costly hashing; the store asks again when it adds the user.
     auto taken = store_.userNamed(credentials->name);
     if (!taken) return accountFailure(taken.failure());
-    if (*taken) return accountFailure({ServerFault::Conflict, "The name is taken."});
+    if (*taken) return accountFailure({ServerFault::conflict, "The name is taken."});
     auto hash = hasher_.hash(credentials->password);
     if (!hash) return accountFailure(hash.failure());
     StoredUser user{0, credentials->name, *hash, ""};
@@ -103,7 +103,7 @@ WebReply ArticleService::signUp(Visit& visit) {
 WebReply ArticleService::signIn(Visit& visit) {
     auto credentials = credentialsOf(visit.request);
     if (!credentials) return accountFailure(credentials.failure());
-    const ServerFailure wrong{ServerFault::SignedOut, "The name or the password is wrong."};
+    const ServerFailure wrong{ServerFault::signedOut, "The name or the password is wrong."};
     // What cannot be an account's is not worth a hashing.
     if (faultOf(*credentials)) return accountFailure(wrong);
 
@@ -155,16 +155,16 @@ WebReply ArticleService::currentUser(Visit& visit) {
 WebReply ArticleService::uploadAvatar(Visit& visit) {
     auto user = signedIn(visit);
     if (!user) return accountFailure(user.failure());
-    if (!*user) return accountFailure({ServerFault::SignedOut, "Sign in first."});
+    if (!*user) return accountFailure({ServerFault::signedOut, "Sign in first."});
     auto parts = parseMultipart(visit.request.header("content-type"), visit.request.body);
     if (!parts) return accountFailure(parts.failure());
     auto part = std::find_if(parts->begin(), parts->end(),
                              [](const MultipartPart& candidate) { return candidate.name == "image.jpg"; });
     if (part == parts->end()) {
-        return accountFailure({ServerFault::BadInput, "The picture \"image.jpg\" is missing."});
+        return accountFailure({ServerFault::badInput, "The picture \"image.jpg\" is missing."});
     }
     if (part->content.size() > ServerLimits::avatarFile) {
-        return accountFailure({ServerFault::TooLarge, "The picture is larger than 5 MiB."});
+        return accountFailure({ServerFault::tooLarge, "The picture is larger than 5 MiB."});
     }
     auto picture = ServerPicture::decode(part->content, ServerLimits::avatarSide);
     if (!picture) return accountFailure(picture.failure());
@@ -182,4 +182,4 @@ WebReply ArticleService::uploadAvatar(Visit& visit) {
     return resultReply(answer);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -16,7 +16,7 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// The routes of the article server: who may do what, and how it is answered. docs/protocol.md describes
 /// them. Called from any thread of the HTTP server at once; it keeps no state but limiters and caches.
@@ -120,4 +120,4 @@ private:
     friend struct ArticleServiceRoutes;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// One request on its way through a route.
 struct ArticleService::Visit {
@@ -53,4 +53,4 @@ bool isToken(std::string_view text);
 /// A quoted entity tag of the bytes.
 std::string entityTag(std::string_view bytes);
 
-}  // namespace ostrel
+}  // namespace articleserver

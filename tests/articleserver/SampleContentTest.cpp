@@ -6,7 +6,7 @@
 #include <set>
 #include <thread>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -216,4 +216,4 @@ TEST_F(SampleContentTest, BothAccountsOpenAndASecondFillingChangesNothing) {
     EXPECT_EQ(server_->sampleAccounts().size(), 2U);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -114,4 +114,4 @@ std::string ServerTest::addMedia(const std::string& bytes, const std::string& ex
     return name;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -12,7 +12,7 @@
 #include <memory>
 #include <string>
 
-namespace ostrel {
+namespace articleserver {
 
 /// A folder of its own below the system's temporary folder, gone with the object.
 class TemporaryFolder final {
@@ -72,4 +72,4 @@ protected:
     int mediaCount_ = 0;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -123,4 +123,4 @@ TEST(ServerProgramTest, EndsWithItsParentWhenAsked) {
     EXPECT_FALSE(client.Get("/account/me"));
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

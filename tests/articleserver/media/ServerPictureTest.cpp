@@ -5,7 +5,7 @@
 
 #include <array>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -82,4 +82,4 @@ TEST(ServerPictureTest, OrientationsOfDamagedSegmentsAreUpright) {
     EXPECT_EQ(exifOrientationOf("http://ns.adobe.com/xap/1.0/"sv), 1);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

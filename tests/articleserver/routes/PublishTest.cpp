@@ -1,7 +1,7 @@
 #include "tests/articleserver/ServerFixture.h"
 
 #include "articleserver/http/MultipartReader.h"
-#include "articleserver/media/MovieFile.h"
+#include "articleserver/media/Mp4File.h"
 #include "articleserver/media/ServerPicture.h"
 #include "articleserver/sample/SampleClips.h"
 
@@ -14,7 +14,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 namespace {
 
 std::string jpegOf(int width, int height, int orientation = 1) {
@@ -329,7 +329,7 @@ TEST(MultipartReader, readsTheSameInPiecesOfEverySize) {
     }
 }
 
-TEST(MovieFile, isWholeOrRefusedAndSurvivesEveryByteTurned) {
+TEST(Mp4File, isWholeOrRefusedAndSurvivesEveryByteTurned) {
     TemporaryFolder folder;
     const std::string path = folder.path() / "clip.mp4";
     const auto inspected = [&](const std::string& bytes) {
@@ -356,4 +356,4 @@ TEST(MovieFile, isWholeOrRefusedAndSurvivesEveryByteTurned) {
 }
 
 }  // namespace
-}  // namespace ostrel
+}  // namespace articleserver

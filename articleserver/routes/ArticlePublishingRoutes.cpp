@@ -2,13 +2,13 @@
 #include "articleserver/routes/ArticleService.h"
 #include "articleserver/routes/ArticleServiceParts.h"
 
-namespace ostrel {
+namespace articleserver {
 
 ServerResult<PublishRequest> ArticleService::publishRequest(const Visit& visit,
                                                             const StoredUser& user) const {
     const std::string_view key = visit.request.header("idempotency-key");
     if (key.size() > ServerLimits::repeatKey) {
-        return ServerFailure{ServerFault::BadInput, "The Idempotency-Key is too long."};
+        return ServerFailure{ServerFault::badInput, "The Idempotency-Key is too long."};
     }
     return PublishRequest{user.id, std::string(key), now_()};
 }
@@ -16,7 +16,7 @@ ServerResult<PublishRequest> ArticleService::publishRequest(const Visit& visit,
 WebReply ArticleService::articleReply(Visit& visit, std::int64_t id) {
     auto article = store_.article(id);
     if (!article) return failureReply(article.failure());
-    if (!*article) return failureReply({ServerFault::NotFound, "There is no such article."});
+    if (!*article) return failureReply({ServerFault::notFound, "There is no such article."});
     return jsonReply(200, articleJson(**article, baseUrl(visit.request)));
 }
 
@@ -28,13 +28,13 @@ WebReply ArticleService::writeArticle(Visit& visit) {
     auto title = form->find("title");
     auto text = form->find("text");
     if (title == form->end() || text == form->end()) {
-        return failureReply({ServerFault::BadInput, "The title or the text of the article is missing."});
+        return failureReply({ServerFault::badInput, "The title or the text of the article is missing."});
     }
     if (title->second.size() > ServerLimits::titleBytes) {
-        return failureReply({ServerFault::TooLarge, "The title is too long."});
+        return failureReply({ServerFault::tooLarge, "The title is too long."});
     }
     if (text->second.size() > ServerLimits::textBytes) {
-        return failureReply({ServerFault::TooLarge, "The text is too long."});
+        return failureReply({ServerFault::tooLarge, "The text is too long."});
     }
     auto request = publishRequest(visit, *user);
     if (!request) return failureReply(request.failure());
@@ -47,7 +47,7 @@ WebReply ArticleService::writeArticle(Visit& visit) {
         return articleReply(visit, *id);
     }
     if (!articles_.take(std::to_string(user->id), now_())) {
-        return failureReply({ServerFault::Throttled, "Too many articles. Try again in a few minutes."});
+        return failureReply({ServerFault::throttled, "Too many articles. Try again in a few minutes."});
     }
     StoredArticle article;
     article.title = title->second;
@@ -57,4 +57,4 @@ WebReply ArticleService::writeArticle(Visit& visit) {
     return articleReply(visit, made->id);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

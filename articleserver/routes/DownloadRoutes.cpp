@@ -3,7 +3,7 @@
 #include "articleserver/routes/ArticleService.h"
 #include "articleserver/routes/ArticleServiceParts.h"
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -37,24 +37,24 @@ WebReply fileReply(const WebRequest& request, const MediaFolder::File& file, con
                      {"Cache-Control", caching},
                      {"Accept-Ranges", "bytes"}};
     WebCondition condition = conditionOf(request, validators);
-    if (condition == WebCondition::NotModified) {
+    if (condition == WebCondition::notModified) {
         reply.status = 304;
         return reply;
     }
-    if (condition == WebCondition::Fails) {
-        WebReply refused = failureReply({ServerFault::BadInput, "The file is not the one that was meant."});
+    if (condition == WebCondition::fails) {
+        WebReply refused = failureReply({ServerFault::badInput, "The file is not the one that was meant."});
         refused.status = 412;
         return refused;
     }
     reply.contentType = file.contentType;
     const WebRange range = wantedRange(request, validators, file.size, now);
-    if (range.kind == RangeKind::Unsatisfiable) {
-        WebReply refused = failureReply({ServerFault::BadInput, "The file has no such range."});
+    if (range.kind == RangeKind::unsatisfiable) {
+        WebReply refused = failureReply({ServerFault::badInput, "The file has no such range."});
         refused.status = 416;
         refused.headers.emplace_back("Content-Range", "bytes */" + std::to_string(file.size));
         return refused;
     }
-    if (range.kind == RangeKind::Part) {
+    if (range.kind == RangeKind::part) {
         reply.status = 206;
         reply.headers.emplace_back("Content-Range", "bytes " + std::to_string(range.offset) + "-" +
                                                         std::to_string(range.offset + range.length - 1) +
@@ -68,12 +68,12 @@ WebReply fileReply(const WebRequest& request, const MediaFolder::File& file, con
 
 WebReply ArticleService::mediaFile(Visit& visit) {
     auto file = media_.find(visit.variable);
-    if (!file) return failureReply({ServerFault::NotFound, "There is no such file."});
+    if (!file) return failureReply({ServerFault::notFound, "There is no such file."});
     return fileReply(visit.request, *file, mediaCaching, now_());
 }
 
 WebReply ArticleService::avatar(Visit& visit) {
-    const ServerFailure unknown{ServerFault::NotFound, "There is no such user."};
+    const ServerFailure unknown{ServerFault::notFound, "There is no such user."};
     auto id = decimalId(visit.variable);
     if (!id) return failureReply(unknown);
     auto user = store_.user(*id);
@@ -106,4 +106,4 @@ WebReply ArticleService::styleSheet(Visit& visit) {
     return taggedReply(visit.request, "text/css; charset=utf-8", std::string(articleStyle()), "max-age=3600");
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -5,18 +5,18 @@
 #include <chrono>
 #include <optional>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
 using Kind = SqliteTransaction::Kind;
 using Names = std::vector<std::string>;
 
-ServerFailure notTheAuthor() { return {ServerFault::Forbidden, "Only its author can change an article."}; }
+ServerFailure notTheAuthor() { return {ServerFault::forbidden, "Only its author can change an article."}; }
 
 ServerFailure noMedium(MediumKind kind) {
-    return {ServerFault::NotFound,
-            kind == MediumKind::Image ? "There is no such picture." : "There is no such video."};
+    return {ServerFault::notFound,
+            kind == MediumKind::image ? "There is no such picture." : "There is no such video."};
 }
 
 ServerResult<ServerDone> requireAuthor(SqliteConnection& connection, std::int64_t article,
@@ -72,7 +72,7 @@ ServerResult<PublishedId> once(SqliteConnection& connection, const PublishReques
 /// The article that an image or video belongs to, once `user` is found to be its author.
 ServerResult<std::int64_t> articleOfMedium(SqliteConnection& connection, MediumKind kind, std::int64_t id,
                                            std::int64_t user) {
-    SqliteStatement row = kind == MediumKind::Image
+    SqliteStatement row = kind == MediumKind::image
                               ? connection.prepare("SELECT a.id, a.author_id FROM images m JOIN articles a "
                                                    "ON a.id = m.article_id WHERE m.id = ?",
                                                    id)
@@ -95,7 +95,7 @@ ServerResult<ServerDone> requireCaptionRoom(SqliteConnection& connection, std::i
             article, article));
     if (!bytes) return bytes.failure();
     if (*bytes > ServerLimits::captionBytesPerArticle) {
-        return ServerFailure{ServerFault::TooLarge, "The captions of the article are too long."};
+        return ServerFailure{ServerFault::tooLarge, "The captions of the article are too long."};
     }
     return ServerDone{};
 }
@@ -109,12 +109,12 @@ ServerResult<std::int64_t> insertMedium(SqliteConnection& connection, MediumKind
     if (!isAuthor) return isAuthor.failure();
     auto count =
         numberOf(connection,
-                 kind == MediumKind::Image
+                 kind == MediumKind::image
                      ? connection.prepare("SELECT COUNT(*) FROM images WHERE article_id = ?", place.article)
                      : connection.prepare("SELECT COUNT(*) FROM videos WHERE article_id = ?", place.article));
     if (!count) return count.failure();
     if (*count >= ServerLimits::mediaPerArticle) {
-        return ServerFailure{ServerFault::TooLarge, "The article cannot hold more."};
+        return ServerFailure{ServerFault::tooLarge, "The article cannot hold more."};
     }
     std::int64_t id = 0;
     {
@@ -132,7 +132,7 @@ ServerResult<std::int64_t> insertMedium(SqliteConnection& connection, MediumKind
 
 ServerResult<PublishedId> SqliteArticleStore::createArticle(const PublishRequest& request,
                                                             const StoredArticle& article) {
-    return transact<PublishedId>(Kind::Write, [&](SqliteConnection& connection) {
+    return transact<PublishedId>(Kind::write, [&](SqliteConnection& connection) {
         return once(connection, request, [&]() -> ServerResult<std::int64_t> {
             SqliteStatement insert =
                 connection.prepare("INSERT INTO articles (author_id, title, text, modified, open_comment) "
@@ -146,7 +146,7 @@ ServerResult<PublishedId> SqliteArticleStore::createArticle(const PublishRequest
 
 ServerResult<ServerDone> SqliteArticleStore::updateArticle(std::int64_t id, const PublishRequest& request,
                                                            std::string_view title, std::string_view text) {
-    return transact<ServerDone>(Kind::Write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
         auto isAuthor = requireAuthor(connection, id, request.user);
         if (!isAuthor) return isAuthor;
         SqliteStatement update =
@@ -159,14 +159,14 @@ ServerResult<ServerDone> SqliteArticleStore::updateArticle(std::int64_t id, cons
 
 ServerResult<ServerDone> SqliteArticleStore::checkAuthor(std::int64_t article, std::int64_t user) const {
     return transact<ServerDone>(
-        Kind::Read, [&](SqliteConnection& connection) { return requireAuthor(connection, article, user); });
+        Kind::read, [&](SqliteConnection& connection) { return requireAuthor(connection, article, user); });
 }
 
 ServerResult<PublishedId> SqliteArticleStore::addImage(const PublishRequest& request,
                                                        const MediumPlace& place, const StoredImage& image) {
-    return transact<PublishedId>(Kind::Write, [&](SqliteConnection& connection) {
+    return transact<PublishedId>(Kind::write, [&](SqliteConnection& connection) {
         return once(connection, request, [&] {
-            return insertMedium(connection, MediumKind::Image, request, place, [&] {
+            return insertMedium(connection, MediumKind::image, request, place, [&] {
                 return connection.prepare(
                     "INSERT INTO images (article_id, position, file, thumbnail, width, height, text) "
                     "VALUES (?, ?, ?, ?, ?, ?, ?) RETURNING id",
@@ -179,9 +179,9 @@ ServerResult<PublishedId> SqliteArticleStore::addImage(const PublishRequest& req
 
 ServerResult<PublishedId> SqliteArticleStore::addVideo(const PublishRequest& request,
                                                        const MediumPlace& place, const StoredVideo& video) {
-    return transact<PublishedId>(Kind::Write, [&](SqliteConnection& connection) {
+    return transact<PublishedId>(Kind::write, [&](SqliteConnection& connection) {
         return once(connection, request, [&] {
-            return insertMedium(connection, MediumKind::Video, request, place, [&] {
+            return insertMedium(connection, MediumKind::video, request, place, [&] {
                 return connection.prepare(
                     "INSERT INTO videos (article_id, position, file, thumbnail, width, height, duration, "
                     "text, altitude, longitude, latitude) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) "
@@ -196,10 +196,10 @@ ServerResult<PublishedId> SqliteArticleStore::addVideo(const PublishRequest& req
 ServerResult<ServerDone> SqliteArticleStore::changeMedium(MediumKind kind, std::int64_t id,
                                                           const PublishRequest& request,
                                                           const MediumChange& change) {
-    return transact<ServerDone>(Kind::Write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
         auto article = articleOfMedium(connection, kind, id, request.user);
         if (!article) return article.failure();
-        const bool isImage = kind == MediumKind::Image;
+        const bool isImage = kind == MediumKind::image;
         if (change.text) {
             SqliteStatement update = connection.prepare(isImage ? "UPDATE images SET text = ? WHERE id = ?"
                                                                 : "UPDATE videos SET text = ? WHERE id = ?",
@@ -222,10 +222,10 @@ ServerResult<ServerDone> SqliteArticleStore::changeMedium(MediumKind kind, std::
 
 ServerResult<Names> SqliteArticleStore::removeMedium(MediumKind kind, std::int64_t id,
                                                      const PublishRequest& request) {
-    return transact<Names>(Kind::Write, [&](SqliteConnection& connection) -> ServerResult<Names> {
+    return transact<Names>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<Names> {
         auto article = articleOfMedium(connection, kind, id, request.user);
         if (!article) return article.failure();
-        const bool isImage = kind == MediumKind::Image;
+        const bool isImage = kind == MediumKind::image;
         Names names;
         {
             SqliteStatement removed =
@@ -243,4 +243,4 @@ ServerResult<Names> SqliteArticleStore::removeMedium(MediumKind kind, std::int64
     });
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -1,5 +1,5 @@
 #include "articleserver/common/ServerLimits.h"
-#include "articleserver/media/MovieFile.h"
+#include "articleserver/media/Mp4File.h"
 #include "articleserver/media/ServerPicture.h"
 #include "articleserver/media/UploadReceiver.h"
 #include "articleserver/routes/ArticleService.h"
@@ -8,7 +8,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -17,7 +17,7 @@ constexpr std::string_view imagePart = "image.jpg";
 constexpr std::string_view stillPart = "thumbnail.jpg";
 constexpr std::string_view videoPart = "video.mp4";
 
-ServerFailure badInput(std::string text) { return {ServerFault::BadInput, std::move(text)}; }
+ServerFailure badInput(std::string text) { return {ServerFault::badInput, std::move(text)}; }
 
 ServerResult<std::int64_t> positionOf(const std::string& text) {
     auto position = decimalId(text);
@@ -29,7 +29,7 @@ ServerResult<std::int64_t> positionOf(const std::string& text) {
 
 ServerResult<ServerDone> checkCaption(const std::string& text) {
     if (text.size() <= ServerLimits::captionBytes) return ServerDone{};
-    return ServerFailure{ServerFault::TooLarge, "The caption is too long."};
+    return ServerFailure{ServerFault::tooLarge, "The caption is too long."};
 }
 
 /// Seconds; the index of the file has the say when the upload gives none.
@@ -94,11 +94,11 @@ WebIntake ArticleService::admit(Visit& visit, std::uint64_t length, const Admiss
     auto isAuthor = store_.checkAuthor(upload->place.article, upload->request.user);
     if (!isAuthor) return refused(isAuthor.failure());
     if (length == 0) return refused(badInput("The upload is empty."));
-    if (length > admission.bytes()) return refused({ServerFault::TooLarge, "The upload is too large."});
-    if (length > media_.room()) return refused({ServerFault::StorageFull, "The server's storage is full."});
+    if (length > admission.bytes()) return refused({ServerFault::tooLarge, "The upload is too large."});
+    if (length > media_.room()) return refused({ServerFault::storageFull, "The server's storage is full."});
     std::shared_ptr<void> lane(nullptr, [uploads = uploads_](void*) { --*uploads; });
     if (++*uploads_ > ServerLimits::uploadsAtOnce) {
-        return refused({ServerFault::Busy, "The server is busy. Try again in a moment."});
+        return refused({ServerFault::busy, "The server is busy. Try again in a moment."});
     }
     return {std::nullopt, std::make_shared<UploadReceiver>(visit.request.header("content-type"), media_,
                                                            admission.files, std::move(lane))};
@@ -243,9 +243,9 @@ WebReply ArticleService::removeMedium(Visit& visit, MediumKind kind) {
     return resultReply({});
 }
 
-WebReply ArticleService::changeImage(Visit& visit) { return changeMedium(visit, MediumKind::Image); }
-WebReply ArticleService::changeVideo(Visit& visit) { return changeMedium(visit, MediumKind::Video); }
-WebReply ArticleService::removeImage(Visit& visit) { return removeMedium(visit, MediumKind::Image); }
-WebReply ArticleService::removeVideo(Visit& visit) { return removeMedium(visit, MediumKind::Video); }
+WebReply ArticleService::changeImage(Visit& visit) { return changeMedium(visit, MediumKind::image); }
+WebReply ArticleService::changeVideo(Visit& visit) { return changeMedium(visit, MediumKind::video); }
+WebReply ArticleService::removeImage(Visit& visit) { return removeMedium(visit, MediumKind::image); }
+WebReply ArticleService::removeVideo(Visit& visit) { return removeMedium(visit, MediumKind::video); }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -1,4 +1,4 @@
-#include "articleserver/media/MovieFile.h"
+#include "articleserver/media/Mp4File.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,7 +10,7 @@
 #include <optional>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -18,9 +18,9 @@ namespace {
 constexpr int boxesAtMost = 200'000;
 constexpr std::uint64_t brandsAtMost = 64;
 
-ServerFailure noMp4() { return {ServerFault::Unsupported, "The video is not an MP4 file."}; }
-ServerFailure broken() { return {ServerFault::BadInput, "The video is broken."}; }
-ServerFailure cutShort() { return {ServerFault::BadInput, "The video is broken: its end is missing."}; }
+ServerFailure noMp4() { return {ServerFault::unsupported, "The video is not an MP4 file."}; }
+ServerFailure broken() { return {ServerFault::badInput, "The video is broken."}; }
+ServerFailure cutShort() { return {ServerFault::badInput, "The video is broken: its end is missing."}; }
 
 struct Span {
     std::uint64_t begin = 0;
@@ -181,9 +181,9 @@ ServerResult<Mp4Facts> inspectMp4(int descriptor) {
         film.height = track->height;
     });
     if (!isReadable) return broken();
-    if (!hasFilm) return ServerFailure{ServerFault::Unsupported, "The file holds no film."};
+    if (!hasFilm) return ServerFailure{ServerFault::unsupported, "The file holds no film."};
     if (film.width <= 0 || film.height <= 0) return broken();
     return film;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

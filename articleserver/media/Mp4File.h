@@ -2,7 +2,7 @@
 
 #include "articleserver/common/ServerResult.h"
 
-namespace ostrel {
+namespace articleserver {
 
 /// What the index of an MP4 file says of its film.
 struct Mp4Facts {
@@ -15,4 +15,4 @@ struct Mp4Facts {
 /// no film, BadInput when it is broken or was cut short.
 ServerResult<Mp4Facts> inspectMp4(int descriptor);
 
-}  // namespace ostrel
+}  // namespace articleserver
