@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,8 +22,8 @@ struct ArticleServerOptions {
     /// "https://example.org": what stands in front of article and media addresses when the server is reached
     /// through another name than clients' Host headers say. Empty: the Host header.
     std::string publicUrl;
-    /// Fills an empty database with sample articles.
-    bool sample = false;
+    /// What an empty database is filled with, as samples/README.md describes it; absent: nothing.
+    std::optional<std::filesystem::path> sampleFolder;
     std::function<ServerTime()> now = systemTime;
 };
 

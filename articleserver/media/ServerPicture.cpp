@@ -260,7 +260,7 @@ ServerPicture ServerPicture::oriented(int orientation) const {
     return made;
 }
 
-std::string ServerPicture::jpeg(int quality, int orientation) const {
+std::string ServerPicture::jpeg(int quality) const {
     ServerPicture flat(width(), height());
     {
         Context context(cairo_create(flat.surface()));
@@ -274,7 +274,6 @@ std::string ServerPicture::jpeg(int quality, int orientation) const {
     JpegErrors errors;
     jpeg_compress_struct info{};
     info.err = prepare(errors);
-    const std::string segment = orientation == 1 ? std::string() : exifSegmentWith(orientation);
     unsigned char* bytes = nullptr;
     unsigned long size = 0;
     if (setjmp(errors.escape) != 0) {
@@ -291,10 +290,6 @@ std::string ServerPicture::jpeg(int quality, int orientation) const {
     jpeg_set_defaults(&info);
     jpeg_set_quality(&info, quality, TRUE);
     jpeg_start_compress(&info, TRUE);
-    if (!segment.empty()) {
-        jpeg_write_marker(&info, exifMarker, reinterpret_cast<const JOCTET*>(segment.data()),
-                          static_cast<unsigned>(segment.size()));
-    }
     unsigned char* pixels = cairo_image_surface_get_data(flat.surface());
     int stride = cairo_image_surface_get_stride(flat.surface());
     while (info.next_scanline < info.image_height) {

@@ -39,8 +39,8 @@ public:
     /// The pixels turned and mirrored as the Exif orientation says, 1 to 8.
     ServerPicture oriented(int orientation) const;
 
-    /// Transparency is shown on white. `quality` is 0 to 100; an orientation other than 1 is noted in the file.
-    std::string jpeg(int quality, int orientation = 1) const;
+    /// Transparency is shown on white. `quality` is 0 to 100.
+    std::string jpeg(int quality) const;
     std::string png() const;
 
 private:

@@ -1,5 +1,4 @@
 #include "articleserver/common/ServerLimits.h"
-#include "articleserver/media/ServerPicture.h"
 #include "articleserver/routes/ArticleService.h"
 #include "articleserver/routes/ArticleServiceParts.h"
 
@@ -10,7 +9,6 @@ namespace articleserver {
 namespace {
 
 constexpr std::string_view sessionCookie = "ostrel_session";
-constexpr int avatarQuality = 88;
 
 struct Credentials {
     std::string name;
@@ -29,21 +27,11 @@ ServerResult<Credentials> credentialsOf(const WebRequest& request) {
     return Credentials{trimmedText(name->second), password->second};
 }
 
+ServerFailure refused(std::string text) { return {ServerFault::badInput, std::move(text)}; }
+
 std::optional<ServerFailure> faultOf(const Credentials& credentials) {
-    auto refuse = [](std::string text) { return ServerFailure{ServerFault::badInput, std::move(text)}; };
-    if (credentials.name.empty()) return refuse("The name is empty.");
-    if (characterCount(credentials.name) > ServerLimits::nameCharacters) {
-        return refuse("The name is longer than 40 characters.");
-    }
-    if (!isShowableName(credentials.name)) return refuse("The name has characters that cannot be shown.");
-    std::size_t length = characterCount(credentials.password);
-    if (length < ServerLimits::passwordCharactersLeast) {
-        return refuse("The password is shorter than 8 characters.");
-    }
-    if (length > ServerLimits::passwordCharacters) {
-        return refuse("The password is longer than 256 characters.");
-    }
-    return std::nullopt;
+    auto fault = nameFault(credentials.name);
+    return fault ? fault : passwordFault(credentials.password);
 }
 
 ServerFailure tooManyAttempts() {
@@ -60,6 +48,26 @@ WebReply accountFailure(const ServerFailure& failure) {
 }
 
 }  // namespace
+
+std::optional<ServerFailure> nameFault(std::string_view name) {
+    if (name.empty()) return refused("The name is empty.");
+    if (characterCount(name) > ServerLimits::nameCharacters) {
+        return refused("The name is longer than 40 characters.");
+    }
+    if (!isShowableName(name)) return refused("The name has characters that cannot be shown.");
+    return std::nullopt;
+}
+
+std::optional<ServerFailure> passwordFault(std::string_view password) {
+    std::size_t length = characterCount(password);
+    if (length < ServerLimits::passwordCharactersLeast) {
+        return refused("The password is shorter than 8 characters.");
+    }
+    if (length > ServerLimits::passwordCharacters) {
+        return refused("The password is longer than 256 characters.");
+    }
+    return std::nullopt;
+}
 
 nlohmann::ordered_json userJson(const StoredUser& user) { return {{"id", user.id}, {"name", user.name}}; }
 
@@ -166,10 +174,7 @@ WebReply ArticleService::uploadAvatar(Visit& visit) {
     if (part->content.size() > ServerLimits::avatarFile) {
         return accountFailure({ServerFault::tooLarge, "The picture is larger than 5 MiB."});
     }
-    auto picture = ServerPicture::decode(part->content, ServerLimits::avatarSide);
-    if (!picture) return accountFailure(picture.failure());
-    // Made anew from its pixels: nothing else of the file, such as where it was taken, is kept.
-    auto name = media_.add(picture->squared(ServerLimits::storedAvatarSide).jpeg(avatarQuality), "jpg");
+    auto name = door_.takeAvatar(part->content);
     if (!name) return accountFailure(name.failure());
     auto replaced = store_.setAvatar((*user)->id, *name);
     if (!replaced) {

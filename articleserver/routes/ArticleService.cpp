@@ -135,7 +135,7 @@ ArticleService::ArticleService(ArticleStore& store, MediaFolder& media, std::str
                      ServerLimits::rememberedAttempters),
       articles_(ServerLimits::articlesPerAuthor, milliseconds(ServerLimits::attemptWindow),
                 ServerLimits::rememberedAttempters),
-      pictures_(ServerLimits::picturesAtOnce) {}
+      door_(media) {}
 
 ArticleService::Routing ArticleService::routeOf(const WebRequest& request) const {
     Routing routing;

@@ -45,6 +45,10 @@ std::string articleHtml(const StoredArticle& article, const CommentPage& comment
 std::string notFoundHtml();
 std::string_view articleStyle();
 
+/// Why nobody can sign up with this name or password; absent when somebody can.
+std::optional<ServerFailure> nameFault(std::string_view name);
+std::optional<ServerFailure> passwordFault(std::string_view password);
+
 /// 256 random bits as 43 characters fit for a cookie, and what the store keeps of them.
 std::string newToken();
 std::string tokenHash(std::string_view token);

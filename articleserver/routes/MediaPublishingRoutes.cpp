@@ -1,6 +1,4 @@
 #include "articleserver/common/ServerLimits.h"
-#include "articleserver/media/Mp4File.h"
-#include "articleserver/media/ServerPicture.h"
 #include "articleserver/media/UploadReceiver.h"
 #include "articleserver/routes/ArticleService.h"
 #include "articleserver/routes/ArticleServiceParts.h"
@@ -12,7 +10,6 @@ namespace articleserver {
 
 namespace {
 
-constexpr int thumbnailQuality = 85;
 constexpr std::string_view imagePart = "image.jpg";
 constexpr std::string_view stillPart = "thumbnail.jpg";
 constexpr std::string_view videoPart = "video.mp4";
@@ -32,12 +29,11 @@ ServerResult<ServerDone> checkCaption(const std::string& text) {
     return ServerFailure{ServerFault::tooLarge, "The caption is too long."};
 }
 
-/// Seconds; the index of the file has the say when the upload gives none.
-ServerResult<double> durationOf(const std::optional<std::string>& text, double ofFile) {
-    if (!text) return ofFile;
+/// Seconds.
+ServerResult<double> durationOf(const std::string& text) {
     double seconds = -1;
-    const auto [end, fault] = std::from_chars(text->data(), text->data() + text->size(), seconds);
-    const bool isNumber = fault == std::errc() && end == text->data() + text->size();
+    const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    const bool isNumber = fault == std::errc() && end == text.data() + text.size();
     if (!isNumber || !(seconds >= 0) || seconds > ServerLimits::durationSeconds) {
         return badInput("The duration is not a number of seconds.");
     }
@@ -59,12 +55,6 @@ struct ArticleService::Admission {
 struct ArticleService::Upload {
     PublishRequest request;
     MediumPlace place;
-};
-
-struct ArticleService::StoredThumbnail {
-    std::string name;
-    int width;  ///< of the picture itself
-    int height;
 };
 
 ServerResult<ArticleService::Upload> ArticleService::uploadOf(Visit& visit) {
@@ -114,42 +104,20 @@ WebIntake ArticleService::admitVideo(Visit& visit, std::uint64_t length) {
         {{{stillPart, "jpg", ServerLimits::stillFile}, {videoPart, "mp4", ServerLimits::videoFile}}});
 }
 
-ServerResult<ArticleService::StoredThumbnail> ArticleService::storeThumbnail(std::string_view jpeg,
-                                                                             int side) {
-    // Decoding takes memory and a processor: a few at a time, the others wait here.
-    pictures_.acquire();
-    auto thumbnail = ServerPicture::thumbnail(jpeg, side);
-    std::string bytes = thumbnail ? thumbnail->picture.jpeg(thumbnailQuality) : std::string();
-    pictures_.release();
-    if (!thumbnail) return thumbnail.failure();
-    auto name = media_.add(bytes, "jpg");
-    if (!name) return name.failure();
-    return StoredThumbnail{*name, thumbnail->width, thumbnail->height};
-}
-
 WebReply ArticleService::uploadImage(Visit& visit) {
     auto upload = uploadOf(visit);
     if (!upload) return failureReply(upload.failure());
     auto& body = static_cast<UploadReceiver&>(*visit.request.receiver);
     auto finished = body.finish();
     if (!finished) return failureReply(finished.failure());
-    StoredImage image;
-    image.text = body.field("text").value_or("");
-    auto caption = checkCaption(image.text);
+    const std::string text = body.field("text").value_or("");
+    auto caption = checkCaption(text);
     if (!caption) return failureReply(caption.failure());
 
-    auto thumbnail = storeThumbnail(body.file(imagePart).bytes(), ServerLimits::thumbnailSide);
-    if (!thumbnail) return failureReply(thumbnail.failure());
-    image.thumbnail = thumbnail->name;
-    image.width = thumbnail->width;
-    image.height = thumbnail->height;
-    // Files first: a crash in between leaves files that the next start sweeps, never rows without files.
-    auto file = body.file(imagePart).keep();
-    if (!file) {
-        media_.remove({image.thumbnail});
-        return failureReply(file.failure());
-    }
-    image.file = *file;
+    auto taken = door_.takeImage(body.file(imagePart));
+    if (!taken) return failureReply(taken.failure());
+    StoredImage& image = *taken;
+    image.text = text;
     auto added = store_.addImage(upload->request, upload->place, image);
     if (!added || added->isRepeat) media_.remove({image.file, image.thumbnail});
     if (!added) return failureReply(added.failure());
@@ -176,23 +144,18 @@ WebReply ArticleService::uploadVideo(Visit& visit) {
             return failureReply(badInput("The place of the video is too long."));
         }
     }
-    auto film = inspectMp4(body.file(videoPart).descriptor());
-    if (!film) return failureReply(film.failure());
-    video.width = film->width;
-    video.height = film->height;
-    auto duration = durationOf(body.field("duration"), film->duration);
+    const auto field = body.field("duration");
+    auto duration = field ? durationOf(*field) : ServerResult<double>(0);
     if (!duration) return failureReply(duration.failure());
-    video.duration = *duration;
 
-    auto still = storeThumbnail(body.file(stillPart).bytes(), ServerLimits::stillSide);
-    if (!still) return failureReply(still.failure());
-    video.thumbnail = still->name;
-    auto file = body.file(videoPart).keep();
-    if (!file) {
-        media_.remove({video.thumbnail});
-        return failureReply(file.failure());
-    }
-    video.file = *file;
+    auto taken = door_.takeVideo(body.file(videoPart), body.file(stillPart));
+    if (!taken) return failureReply(taken.failure());
+    video.file = taken->file;
+    video.thumbnail = taken->thumbnail;
+    video.width = taken->width;
+    video.height = taken->height;
+    // The index of the clip has the say when the upload gives no duration.
+    video.duration = field ? *duration : taken->duration;
     auto added = store_.addVideo(upload->request, upload->place, video);
     if (!added || added->isRepeat) media_.remove({video.file, video.thumbnail});
     if (!added) return failureReply(added.failure());

@@ -47,6 +47,24 @@ std::string Answer::cookie(const std::string& name) const {
     return {};
 }
 
+std::string exifSegmentWith(int orientation) {
+    std::string segment("Exif\0\0MM\0\x2A\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0", 25);
+    segment += static_cast<char>(orientation);
+    return segment + std::string(6, '\0');
+}
+
+std::string withOrientation(const std::string& jpeg, int orientation) {
+    const std::string segment = exifSegmentWith(orientation);
+    // Behind the start of the image; the length counts its own two bytes.
+    const std::string head{'\xFF', '\xE1', '\0', static_cast<char>(segment.size() + 2)};
+    return jpeg.substr(0, 2) + head + segment + jpeg.substr(2);
+}
+
+std::string bytesOf(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
 void ServerTest::start() {
     server_.reset();
     ArticleServerOptions options;

@@ -39,6 +39,13 @@ struct Answer {
     std::string cookie(const std::string& name) const;
 };
 
+/// The content of a JPEG's APP1 segment that holds an orientation (Exif 2.32, tag 0x0112) and nothing else.
+std::string exifSegmentWith(int orientation);
+/// The JPEG file with this orientation noted in it.
+std::string withOrientation(const std::string& jpeg, int orientation);
+
+std::string bytesOf(const std::filesystem::path& file);
+
 /// A server on a port of its own over an empty folder, with a clock that tests turn.
 class ServerTest : public testing::Test {
 protected:
