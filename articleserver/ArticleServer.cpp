@@ -3,7 +3,7 @@
 #include "articleserver/http/HttpServer.h"
 #include "articleserver/media/MediaFolder.h"
 #include "articleserver/routes/ArticleService.h"
-#include "articleserver/sample/SampleContent.h"
+#include "articleserver/SampleImport.h"
 #include "articleserver/store/SqliteArticleStore.h"
 
 #include <fcntl.h>
@@ -15,11 +15,11 @@
 #include <cstring>
 #include <optional>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
-ServerFailure startFailure(std::string text) { return {ServerFault::Internal, std::move(text)}; }
+ServerFailure startFailure(std::string text) { return {ServerFault::internal, std::move(text)}; }
 
 /// Holds the data folder's lock file. The lock goes with the process, however it ends.
 class FolderLock final {
@@ -69,7 +69,6 @@ struct ArticleServer::Parts {
     FolderLock lock;
     std::unique_ptr<SqliteArticleStore> store;
     std::unique_ptr<MediaFolder> media;
-    std::unique_ptr<SampleGallery> gallery;
     std::unique_ptr<ArticleService> service;
     std::unique_ptr<HttpServer> http;
     std::vector<SampleAccount> sampleAccounts;
@@ -112,10 +111,8 @@ ServerResult<std::unique_ptr<ArticleServer>> ArticleServer::start(const ArticleS
     auto prepared = parts->media->prepare(*names);
     if (!prepared) return prepared.failure();
 
-    parts->gallery =
-        std::make_unique<SampleGallery>(*parts->media, options.dataFolder / "sample-pictures", *names);
-    if (options.sample) {
-        auto accounts = fillWithSamples(*parts->store, *parts->media, *parts->gallery, options.now());
+    if (options.sampleFolder) {
+        auto accounts = bringInSamples(*options.sampleFolder, *parts->store, *parts->media, options.now());
         if (!accounts) return accounts.failure();
         parts->sampleAccounts = std::move(*accounts);
     }
@@ -129,7 +126,6 @@ ServerResult<std::unique_ptr<ArticleServer>> ArticleServer::start(const ArticleS
     parts->url =
         "http://" + (isVersion6 ? "[" + options.host + "]" : options.host) + ":" + std::to_string(*port);
     parts->service->setLocalUrl(parts->url);
-    parts->gallery->start();
     auto started = parts->http->start();
     if (!started) return started.failure();
     return std::unique_ptr<ArticleServer>(new ArticleServer(std::move(parts)));
@@ -145,4 +141,4 @@ ArticleStore& ArticleServer::store() { return *parts_->store; }
 
 void ArticleServer::stop() { parts_->http->stop(); }
 
-}  // namespace ostrel
+}  // namespace articleserver

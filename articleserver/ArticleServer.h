@@ -7,10 +7,11 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 
 struct ArticleServerOptions {
     /// Created when missing. One server at a time uses it.
@@ -21,8 +22,8 @@ struct ArticleServerOptions {
     /// "https://example.org": what stands in front of article and media addresses when the server is reached
     /// through another name than clients' Host headers say. Empty: the Host header.
     std::string publicUrl;
-    /// Fills an empty database with sample articles.
-    bool sample = false;
+    /// What an empty database is filled with, as samples/README.md describes it; absent: nothing.
+    std::optional<std::filesystem::path> sampleFolder;
     std::function<ServerTime()> now = systemTime;
 };
 
@@ -62,4 +63,4 @@ private:
     std::unique_ptr<Parts> parts_;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -28,8 +28,8 @@ void waitForEnd(const sigset_t& signals, bool exitWithParent, pid_t parent) {
 
 int main(int argc, char** argv) {
     const pid_t parent = ::getppid();
-    ostrel::ArticleServerOptions options;
-    std::string dataFolder;
+    articleserver::ArticleServerOptions options;
+    std::string dataFolder, sampleFolder;
     bool exitWithParent = false;
 
     CLI::App app("The web server of articles: accounts, articles and their media over HTTP.",
@@ -42,7 +42,8 @@ int main(int argc, char** argv) {
         ->capture_default_str();
     app.add_option("--public-url", options.publicUrl,
                    "Scheme and host in front of the addresses of articles and media; default: as asked for");
-    app.add_flag("--sample", options.sample, "Fill an empty database with sample articles");
+    app.add_option("--sample", sampleFolder,
+                   "Folder of sample articles (see samples/README.md) to fill an empty database with");
     app.add_flag("--exit-with-parent", exitWithParent, "Stop when the process that started the server ends");
     try {
         app.parse(argc, argv);
@@ -53,6 +54,7 @@ int main(int argc, char** argv) {
         return misused;
     }
     options.dataFolder = dataFolder;
+    if (app.count("--sample") > 0) options.sampleFolder = sampleFolder;
 
     // Blocked before any thread starts, so that every thread leaves these signals to the wait below.
     sigset_t signals;
@@ -64,13 +66,13 @@ int main(int argc, char** argv) {
     // A file at its largest allowed size is a full disk like any other.
     std::signal(SIGXFSZ, SIG_IGN);
 
-    auto server = ostrel::ArticleServer::start(options);
+    auto server = articleserver::ArticleServer::start(options);
     if (!server) {
         std::cerr << "ostrel-article-server: " << server.failure().text << std::endl;
         return failed;
     }
     std::cout << "ostrel-article-server: listening on " << (*server)->url() << "/" << std::endl;
-    for (const ostrel::SampleAccount& account : (*server)->sampleAccounts()) {
+    for (const articleserver::SampleAccount& account : (*server)->sampleAccounts()) {
         std::cout << "sample account: " << account.name << " / " << account.password << std::endl;
     }
     waitForEnd(signals, exitWithParent, parent);

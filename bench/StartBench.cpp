@@ -38,7 +38,7 @@ double timeToList(const QString& program, const QStringList& arguments) {
 std::vector<BenchResult> start(const BenchSettings& settings) {
     BenchResult failed{
         .name = "start", .goal = 1.2, .unit = "ms", .fault = "the article server did not start"};
-    const BenchArticleServer server(QStringList{"--sample"});
+    const BenchArticleServer server(QStringList{"--sample", besideThis("../share/ostrel-article/samples")});
     if (server.address().isEmpty()) return {failed};
     BenchResult result = interleaved(
         "start", 1.2, "ms", settings.rounds,

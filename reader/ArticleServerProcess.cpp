@@ -20,8 +20,9 @@ bool ArticleServerProcess::restartOnSamePort(std::string* error) {
 bool ArticleServerProcess::launch(int port, std::string* error) {
     const QString program = QCoreApplication::applicationDirPath() + "/ostrel-article-server";
     process_.setProcessChannelMode(QProcess::SeparateChannels);
+    const QString samples = QCoreApplication::applicationDirPath() + "/../share/ostrel-article/samples";
     process_.start(program, {"--data", QString::fromStdString(dataFolder_), "--port", QString::number(port),
-                             "--sample", "--exit-with-parent"});
+                             "--sample", samples, "--exit-with-parent"});
     if (!process_.waitForStarted(5000)) {
         if (error) *error = "The article server \"" + program.toStdString() + "\" cannot be started.";
         return false;

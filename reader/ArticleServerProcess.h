@@ -11,7 +11,7 @@ namespace ostrel {
 /// also when this process dies.
 class ArticleServerProcess final {
 public:
-    /// How long a start may take, milliseconds: the sample articles are written and drawn at the first one.
+    /// How long a start may take, milliseconds: the first one brings in the sample articles.
     static constexpr int startTimeout = 60000;
 
     ~ArticleServerProcess();

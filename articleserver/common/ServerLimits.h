@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace ostrel {
+namespace articleserver {
 
 /// Every limit of the article server, in one place; docs/protocol.md lists them for clients.
 /// Sizes are bytes unless a name says otherwise.
@@ -119,4 +119,4 @@ struct ServerLimits final {
     static constexpr std::size_t repeatKey = 128;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -4,26 +4,26 @@
 #include <utility>
 #include <variant>
 
-namespace ostrel {
+namespace articleserver {
 
 /// Why an operation of the article server was refused. Each maps to one HTTP status.
 enum class ServerFault {
-    BadInput,     ///< 400
-    SignedOut,    ///< 401
-    Forbidden,    ///< 403
-    NotFound,     ///< 404
-    Conflict,     ///< 409
-    TooLarge,     ///< 413
-    Unsupported,  ///< 415
-    Throttled,    ///< 429
-    Internal,     ///< 500
-    Busy,         ///< 503
-    StorageFull,  ///< 507
+    badInput,     ///< 400
+    signedOut,    ///< 401
+    forbidden,    ///< 403
+    notFound,     ///< 404
+    conflict,     ///< 409
+    tooLarge,     ///< 413
+    unsupported,  ///< 415
+    throttled,    ///< 429
+    internal,     ///< 500
+    busy,         ///< 503
+    storageFull,  ///< 507
 };
 
 /// A refusal: its kind and one English sentence fit to be shown to a user. It never holds a secret.
 struct ServerFailure {
-    ServerFault fault = ServerFault::Internal;
+    ServerFault fault = ServerFault::internal;
     std::string text;
 };
 
@@ -53,4 +53,4 @@ private:
     std::variant<T, ServerFailure> state_;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

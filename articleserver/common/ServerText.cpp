@@ -10,7 +10,7 @@
 #include <ctime>
 #include <memory>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -175,4 +175,4 @@ void logServerError(std::string_view text) {
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

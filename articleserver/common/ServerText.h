@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// Milliseconds since 1970-01-01T00:00:00Z, the time unit of the whole server.
 using ServerTime = std::int64_t;
@@ -50,4 +50,4 @@ std::optional<std::int64_t> decimalId(std::string_view text);
 /// One line on stderr with the time; control characters are replaced. Callers pass no secrets.
 void logServerError(std::string_view text);
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <array>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -67,13 +67,13 @@ HttpConnection::HttpConnection(int socket, int stopEvent) : socket_(socket), sto
 HttpConnection::Wait HttpConnection::wait(short events, Clock::time_point deadline) const {
     for (;;) {
         auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        if (left <= 0) return Wait::TimedOut;
+        if (left <= 0) return Wait::timedOut;
         std::array<pollfd, 2> watched{pollfd{socket_, events, 0}, pollfd{stopEvent_, POLLIN, 0}};
         int ready = ::poll(watched.data(), watched.size(), static_cast<int>(left));
         if (ready < 0 && errno == EINTR) continue;
-        if (watched[1].revents != 0) return Wait::Stopped;
-        if (ready > 0) return Wait::Ready;
-        if (ready < 0) return Wait::TimedOut;
+        if (watched[1].revents != 0) return Wait::stopped;
+        if (ready > 0) return Wait::ready;
+        if (ready < 0) return Wait::timedOut;
     }
 }
 
@@ -102,22 +102,22 @@ HttpConnection::Head HttpConnection::receiveHead(const std::function<std::chrono
     while (buffer_.empty()) {
         auto now = Clock::now();
         auto idleEnd = idleSince + idleTime();
-        if (now >= idleEnd) return Head::Closed;
+        if (now >= idleEnd) return Head::closed;
         Wait waited = wait(POLLIN, std::min(idleEnd, now + idleSlice));
-        if (waited == Wait::Stopped || (waited == Wait::Ready && !receive(receiveSize))) return Head::Closed;
+        if (waited == Wait::stopped || (waited == Wait::ready && !receive(receiveSize))) return Head::closed;
     }
 
     deadline_ = Clock::now() + ServerLimits::headTime;
     for (;;) {
         std::size_t end = headEnd();
-        if (refusalStatus_ != 0) return Head::Refused;
-        if (end != std::string::npos) return acceptHead(end) ? Head::Ready : Head::Refused;
+        if (refusalStatus_ != 0) return Head::refused;
+        if (end != std::string::npos) return acceptHead(end) ? Head::ready : Head::refused;
         Wait waited = wait(POLLIN, deadline_);
-        if (waited == Wait::TimedOut) {
+        if (waited == Wait::timedOut) {
             refuse(408, "The request took too long.");
-            return Head::Refused;
+            return Head::refused;
         }
-        if (waited == Wait::Stopped || !receive(receiveSize)) return Head::Closed;
+        if (waited == Wait::stopped || !receive(receiveSize)) return Head::closed;
     }
 }
 
@@ -224,7 +224,7 @@ void HttpConnection::finish() {
     auto deadline = Clock::now() + drainTime;
     std::array<char, receiveSize> dropped{};
     for (std::size_t total = 0; total < drainedBytes;) {
-        if (wait(POLLIN, deadline) != Wait::Ready) return;
+        if (wait(POLLIN, deadline) != Wait::ready) return;
         ssize_t count = ::recv(socket_, dropped.data(), dropped.size(), MSG_DONTWAIT);
         if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) return;
         total += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
@@ -245,7 +245,7 @@ ssize_t HttpConnection::read(char* bytes, size_t size) {
         consumed_ = 0;
         auto stall = Clock::now() + ServerLimits::stallTime;
         const std::size_t most = unread_ > receiveSize ? receiveBodySize : receiveSize;
-        if (wait(POLLIN, std::min(stall, deadline_)) != Wait::Ready || !receive(most)) return -1;
+        if (wait(POLLIN, std::min(stall, deadline_)) != Wait::ready || !receive(most)) return -1;
         // A spurious wake-up counts as a stall: the request is given up, never spun on.
         if (buffer_.empty()) return -1;
     }
@@ -264,7 +264,7 @@ ssize_t HttpConnection::write(const char* bytes, size_t size) {
             sent += static_cast<std::size_t>(count);
         } else if (errno == EAGAIN) {
             // An answer under way when the server stops is cut: a client must not hold the server up.
-            if (wait(POLLOUT, Clock::now() + ServerLimits::stallTime) != Wait::Ready) return -1;
+            if (wait(POLLOUT, Clock::now() + ServerLimits::stallTime) != Wait::ready) return -1;
         } else if (errno != EINTR) {
             return -1;
         }
@@ -280,4 +280,4 @@ void HttpConnection::get_local_ip_and_port(std::string& ip, int& port) const {
     addressOf(::getsockname, socket_, ip, port);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

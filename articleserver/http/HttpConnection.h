@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// One accepted socket, as the stream that httplib reads requests from and writes answers to. It receives
 /// the whole head of a request itself, within limits of size and time that httplib lacks, checks its form
@@ -17,7 +17,7 @@ namespace ostrel {
 /// Owned and used by one thread of the pool.
 class HttpConnection final : public httplib::Stream {
 public:
-    enum class Head { Ready, Closed, Refused };
+    enum class Head { ready, closed, refused };
 
     /// `stopEvent` is a descriptor that becomes readable when the server stops. The socket is not owned.
     HttpConnection(int socket, int stopEvent);
@@ -54,7 +54,7 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    enum class Wait { Ready, TimedOut, Stopped };
+    enum class Wait { ready, timedOut, stopped };
 
     Wait wait(short events, Clock::time_point deadline) const;
     /// Appends what has arrived, at most so many bytes, to buffer_; false at the end of the stream.
@@ -80,4 +80,4 @@ private:
     std::string refusalText_;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -13,7 +13,7 @@
 #include <array>
 #include <memory>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -110,7 +110,7 @@ ServerResult<int> HttpServer::bind(const std::string& host, int port) {
     }
     if (taken <= 0 || stopEvent_ < 0) {
         std::string where = host + (port == 0 ? "" : " port " + std::to_string(port));
-        return ServerFailure{ServerFault::Internal,
+        return ServerFailure{ServerFault::internal,
                              "Cannot listen on " + where + "; another program may be using it."};
     }
     // httplib asks for a backlog of 5, which a burst of connections overruns.
@@ -123,7 +123,7 @@ ServerResult<ServerDone> HttpServer::start() {
     for (int wait = 0; wait < 5000 && !is_running(); ++wait) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    if (!is_running()) return ServerFailure{ServerFault::Internal, "The server did not start listening."};
+    if (!is_running()) return ServerFailure{ServerFault::internal, "The server did not start listening."};
     return ServerDone{};
 }
 
@@ -145,8 +145,8 @@ bool HttpServer::process_and_close_socket(socket_t socket) {
     };
     for (std::size_t count = 1; count <= ServerLimits::requestsPerConnection; ++count) {
         auto head = connection.receiveHead(idleTime);
-        if (head == HttpConnection::Head::Closed) break;
-        if (head == HttpConnection::Head::Refused) {
+        if (head == HttpConnection::Head::closed) break;
+        if (head == HttpConnection::Head::refused) {
             WebReply reply = service_.refusal(connection.refusalStatus(), connection.refusalText());
             std::string answer = "HTTP/1.1 " + std::to_string(reply.status) +
                                  " \r\nContent-Type: " + reply.contentType +
@@ -232,7 +232,7 @@ std::optional<WebReply> HttpServer::understand(const httplib::Request& request, 
         if (lower.starts_with(HttpConnection::heldPrefix)) lower.erase(0, HttpConnection::heldPrefix.size());
         asked.headers.emplace(std::move(lower), value);
     }
-    auto path = decodedPercent(request.target, PlusSign::IsPlus);
+    auto path = decodedPercent(request.target, PlusSign::isPlus);
     if (!path) return service_.refusal(400, path.failure().text);
     // Clients join base addresses and paths with one slash, two or none.
     asked.path = "/" + path->substr(std::min(path->find_first_not_of('/'), path->size()));
@@ -245,4 +245,4 @@ std::optional<WebReply> HttpServer::understand(const httplib::Request& request, 
     return std::nullopt;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

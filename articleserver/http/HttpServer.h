@@ -12,7 +12,7 @@
 #include <string>
 #include <thread>
 
-namespace ostrel {
+namespace articleserver {
 
 /// How the body of a request is taken: refused at once, piece by piece, or else as a whole.
 struct WebIntake {
@@ -63,4 +63,4 @@ private:
     std::thread thread_;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

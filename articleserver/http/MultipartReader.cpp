@@ -6,11 +6,11 @@
 
 #include <algorithm>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
-ServerFailure broken() { return {ServerFault::BadInput, "The multipart body is broken."}; }
+ServerFailure broken() { return {ServerFault::badInput, "The multipart body is broken."}; }
 
 bool isDisposition(std::string_view line) {
     constexpr std::string_view name = "content-disposition:";
@@ -33,21 +33,21 @@ MultipartReader::MultipartReader(std::string_view contentType, MultipartSink& si
 
 ServerResult<ServerDone> MultipartReader::take(std::string_view bytes) {
     if (delimiter_.empty()) {
-        return ServerFailure{ServerFault::BadInput, "The multipart body has no valid boundary."};
+        return ServerFailure{ServerFault::badInput, "The multipart body has no valid boundary."};
     }
-    if (state_ == State::Done) return ServerDone{};
+    if (state_ == State::done) return ServerDone{};
     buffer_.append(bytes);
     for (;;) {
-        auto goesOn = state_ == State::Content     ? readContent()
-                      : state_ == State::Delimited ? readDelimiterEnd()
+        auto goesOn = state_ == State::content     ? readContent()
+                      : state_ == State::delimited ? readDelimiterEnd()
                                                    : readHead();
         if (!goesOn) return goesOn.failure();
-        if (!*goesOn || state_ == State::Done) return ServerDone{};
+        if (!*goesOn || state_ == State::done) return ServerDone{};
     }
 }
 
 ServerResult<ServerDone> MultipartReader::finish() const {
-    if (state_ != State::Done) return broken();
+    if (state_ != State::done) return broken();
     return ServerDone{};
 }
 
@@ -61,23 +61,23 @@ ServerResult<bool> MultipartReader::readContent() {
         if (!taken) return taken.failure();
     }
     buffer_.erase(0, isEnd ? at + delimiter_.size() : length);
-    if (isEnd) state_ = State::Delimited;
+    if (isEnd) state_ = State::delimited;
     return isEnd;
 }
 
 ServerResult<bool> MultipartReader::readDelimiterEnd() {
     if (buffer_.size() < 2) return false;
     if (buffer_.starts_with("--")) {
-        state_ = State::Done;
+        state_ = State::done;
         buffer_.clear();
         return true;
     }
     if (!buffer_.starts_with("\r\n")) return broken();
     if (++parts_ > ServerLimits::multipartParts) {
-        return ServerFailure{ServerFault::BadInput, "The multipart body has too many parts."};
+        return ServerFailure{ServerFault::badInput, "The multipart body has too many parts."};
     }
     buffer_.erase(0, 2);
-    state_ = State::Head;
+    state_ = State::head;
     return true;
 }
 
@@ -105,11 +105,11 @@ ServerResult<bool> MultipartReader::readHead() {
     }
     if (!isNamed || !isValidText(name)) return broken();
     buffer_.erase(0, end + 4);
-    state_ = State::Content;
+    state_ = State::content;
     isInPart_ = true;
     auto begun = sink_.beginPart(name, isFile);
     if (!begun) return begun.failure();
     return true;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

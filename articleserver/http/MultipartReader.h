@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// What becomes of the parts of a multipart body. A failure ends the reading.
 class MultipartSink {
@@ -29,7 +29,7 @@ public:
     ServerResult<ServerDone> finish() const;
 
 private:
-    enum class State { Content, Delimited, Head, Done };
+    enum class State { content, delimited, head, done };
 
     /// Each handles what it can of buffer_; true when the next state may go on.
     ServerResult<bool> readContent();
@@ -39,9 +39,9 @@ private:
     MultipartSink& sink_;
     std::string delimiter_;
     std::string buffer_;
-    State state_ = State::Content;
+    State state_ = State::content;
     bool isInPart_ = false;
     std::size_t parts_ = 0;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

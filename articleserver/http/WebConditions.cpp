@@ -5,7 +5,7 @@
 #include <chrono>
 #include <utility>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -86,21 +86,21 @@ std::optional<std::int64_t> httpDateSeconds(std::string_view text) {
 WebCondition conditionOf(const WebRequest& request, const WebValidators& validators) {
     const std::int64_t modified = secondsOf(validators.modified);
     if (auto tags = request.header("if-match"); !tags.empty()) {
-        if (!namesStrongTag(tags, validators.entityTag)) return WebCondition::Fails;
+        if (!namesStrongTag(tags, validators.entityTag)) return WebCondition::fails;
     } else if (auto limit = httpDateSeconds(request.header("if-unmodified-since"));
                limit && modified > *limit) {
-        return WebCondition::Fails;
+        return WebCondition::fails;
     }
     if (auto tags = request.header("if-none-match"); !tags.empty()) {
-        return matchesEntityTag(tags, validators.entityTag) ? WebCondition::NotModified : WebCondition::Holds;
+        return matchesEntityTag(tags, validators.entityTag) ? WebCondition::notModified : WebCondition::holds;
     }
     auto since = httpDateSeconds(request.header("if-modified-since"));
-    return since && modified <= *since ? WebCondition::NotModified : WebCondition::Holds;
+    return since && modified <= *since ? WebCondition::notModified : WebCondition::holds;
 }
 
 WebRange wantedRange(const WebRequest& request, const WebValidators& validators, std::uint64_t size,
                      ServerTime now) {
-    const WebRange whole{RangeKind::Whole, 0, size};
+    const WebRange whole{RangeKind::whole, 0, size};
     if (request.method != "GET") return whole;
     std::string_view condition = request.header("if-range");
     if (!condition.empty() && condition != validators.entityTag) {
@@ -110,4 +110,4 @@ WebRange wantedRange(const WebRequest& request, const WebValidators& validators,
     return parseRange(request.header("range"), size);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

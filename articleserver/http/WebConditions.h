@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// What a request's conditions (RFC 9110, 13.1) are held against. The entity tag is a strong one.
 struct WebValidators {
@@ -16,9 +16,9 @@ struct WebValidators {
 };
 
 enum class WebCondition {
-    Holds,        ///< go on
-    NotModified,  ///< 304
-    Fails,        ///< 412
+    holds,        ///< go on
+    notModified,  ///< 304
+    fails,        ///< 412
 };
 
 /// The conditions of a GET or HEAD in their order of precedence (RFC 9110, 13.2.2), all but If-Range. Dates that cannot
@@ -33,4 +33,4 @@ WebRange wantedRange(const WebRequest& request, const WebValidators& validators,
 /// Any of the three forms of a date (RFC 9110, 5.6.7) in seconds since 1970; absent when it is none.
 std::optional<std::int64_t> httpDateSeconds(std::string_view text);
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -9,11 +9,11 @@
 #include <cctype>
 #include <limits>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
-ServerFailure badInput(std::string text) { return {ServerFault::BadInput, std::move(text)}; }
+ServerFailure badInput(std::string text) { return {ServerFault::badInput, std::move(text)}; }
 
 std::string_view trimmedBlanks(std::string_view text) {
     while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
@@ -69,17 +69,17 @@ std::string_view WebRequest::cookie(std::string_view name) const {
 
 int httpStatus(ServerFault fault) {
     switch (fault) {
-    case ServerFault::BadInput: return 400;
-    case ServerFault::SignedOut: return 401;
-    case ServerFault::Forbidden: return 403;
-    case ServerFault::NotFound: return 404;
-    case ServerFault::Conflict: return 409;
-    case ServerFault::TooLarge: return 413;
-    case ServerFault::Unsupported: return 415;
-    case ServerFault::Throttled: return 429;
-    case ServerFault::Internal: return 500;
-    case ServerFault::Busy: return 503;
-    case ServerFault::StorageFull: return 507;
+    case ServerFault::badInput: return 400;
+    case ServerFault::signedOut: return 401;
+    case ServerFault::forbidden: return 403;
+    case ServerFault::notFound: return 404;
+    case ServerFault::conflict: return 409;
+    case ServerFault::tooLarge: return 413;
+    case ServerFault::unsupported: return 415;
+    case ServerFault::throttled: return 429;
+    case ServerFault::internal: return 500;
+    case ServerFault::busy: return 503;
+    case ServerFault::storageFull: return 507;
     }
     return 500;
 }
@@ -88,7 +88,7 @@ ServerResult<std::string> decodedPercent(std::string_view text, PlusSign plus) {
     std::string decoded;
     decoded.reserve(text.size());
     for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] == '+' && plus == PlusSign::IsSpace) {
+        if (text[at] == '+' && plus == PlusSign::isSpace) {
             decoded += ' ';
         } else if (text[at] != '%') {
             decoded += text[at];
@@ -115,8 +115,8 @@ ServerResult<WebFields> parseFields(std::string_view text) {
             return;
         }
         std::size_t equals = std::min(pair.find('='), pair.size());
-        auto name = decodedPercent(pair.substr(0, equals), PlusSign::IsSpace);
-        auto value = decodedPercent(pair.substr(std::min(equals + 1, pair.size())), PlusSign::IsSpace);
+        auto name = decodedPercent(pair.substr(0, equals), PlusSign::isSpace);
+        auto value = decodedPercent(pair.substr(std::min(equals + 1, pair.size())), PlusSign::isSpace);
         if (!name || !value) {
             failure = name ? value.failure() : name.failure();
         } else if (!fields.emplace(*name, *value).second) {
@@ -195,7 +195,7 @@ std::optional<std::uint64_t> rangePosition(std::string_view text) {
 }  // namespace
 
 WebRange parseRange(std::string_view header, std::uint64_t size) {
-    const WebRange whole{RangeKind::Whole, 0, size};
+    const WebRange whole{RangeKind::whole, 0, size};
     constexpr std::string_view unit = "bytes=";
     if (!startsWithFolded(header, unit)) return whole;
     std::string_view spec = trimmedBlanks(header.substr(unit.size()));
@@ -209,13 +209,13 @@ WebRange parseRange(std::string_view header, std::uint64_t size) {
     if (firstText.empty()) {
         if (!last) return whole;
         std::uint64_t suffix = std::min(*last, size);
-        if (suffix == 0) return {RangeKind::Unsatisfiable, 0, 0};
-        return {RangeKind::Part, size - suffix, suffix};
+        if (suffix == 0) return {RangeKind::unsatisfiable, 0, 0};
+        return {RangeKind::part, size - suffix, suffix};
     }
     if (!first || (!lastText.empty() && !last) || (last && *last < *first)) return whole;
-    if (*first >= size) return {RangeKind::Unsatisfiable, 0, 0};
+    if (*first >= size) return {RangeKind::unsatisfiable, 0, 0};
     std::uint64_t end = last ? std::min(*last, size - 1) : size - 1;
-    return {RangeKind::Part, *first, end - *first + 1};
+    return {RangeKind::part, *first, end - *first + 1};
 }
 
 bool isHostAndPort(std::string_view text) {
@@ -248,4 +248,4 @@ bool matchesEntityTag(std::string_view header, std::string_view tag) {
     return matches;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

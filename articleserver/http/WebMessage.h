@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 
 /// Fields of a query or of a form, decoded, each name at most once, all valid UTF-8.
 using WebFields = std::map<std::string, std::string, std::less<>>;
@@ -65,7 +65,7 @@ struct MultipartPart {
 int httpStatus(ServerFault fault);
 
 /// Decodes "%41" and, in fields, "+". Refuses broken escapes, NUL and what is not UTF-8.
-enum class PlusSign { IsSpace, IsPlus };
+enum class PlusSign { isSpace, isPlus };
 ServerResult<std::string> decodedPercent(std::string_view text, PlusSign plus);
 
 /// application/x-www-form-urlencoded (URL Standard, 5.1). Refuses more than ServerLimits::fields fields, a name
@@ -79,9 +79,9 @@ std::optional<std::string> headerParameter(std::string_view header, std::string_
 ServerResult<std::vector<MultipartPart>> parseMultipart(std::string_view contentType, std::string_view body);
 
 /// The range of a "bytes=" header for a file of `size` bytes (RFC 9110, 14.1.2).
-enum class RangeKind { Whole, Part, Unsatisfiable };
+enum class RangeKind { whole, part, unsatisfiable };
 struct WebRange {
-    RangeKind kind = RangeKind::Whole;
+    RangeKind kind = RangeKind::whole;
     std::uint64_t offset = 0;
     std::uint64_t length = 0;
 };
@@ -94,4 +94,4 @@ bool isHostAndPort(std::string_view text);
 /// True when an If-None-Match header names the entity tag or is "*".
 bool matchesEntityTag(std::string_view header, std::string_view tag);
 
-}  // namespace ostrel
+}  // namespace articleserver

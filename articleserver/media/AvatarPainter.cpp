@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <array>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -114,4 +114,4 @@ std::string AvatarPainter::draw(std::int64_t user, const std::string& initial) {
     return picture.png();
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <unordered_map>
 
-namespace ostrel {
+namespace articleserver {
 
 /// Draws the avatar of a user who uploaded none: the initial of the name, in any script, on a colour that
 /// the id decides. Keeps the last few hundred. Any thread may call it; drawing is one at a time.
@@ -33,4 +33,4 @@ private:
     std::deque<std::string> order_;  ///< keys of kept_, oldest first
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -58,13 +58,4 @@ int exifOrientationOf(std::string_view segment) {
     return 1;
 }
 
-std::string exifSegmentWith(int orientation) {
-    std::string segment(header);
-    segment += std::string_view("MM\0\x2A\0\0\0\x08", 8);
-    segment += std::string_view("\0\x01\x01\x12\0\x03\0\0\0\x01\0", 11);
-    segment += static_cast<char>(orientation);
-    segment += std::string_view("\0\0\0\0\0\0", 6);
-    return segment;
-}
-
-}  // namespace ostrel
+}  // namespace articleserver

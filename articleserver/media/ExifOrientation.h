@@ -1,9 +1,8 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 // The orientation of a picture, 1 to 8 (Exif 2.32, tag 0x0112): where the first row and column of the stored pixels
 // belong. 1 is upright.
@@ -11,15 +10,7 @@ namespace ostrel {
 /// Of the content of a JPEG's APP1 segment; 1 when it has none, is no Exif or is damaged.
 int exifOrientationOf(std::string_view segment);
 
-/// The content of an APP1 segment that says nothing else.
-std::string exifSegmentWith(int orientation);
-
 /// 5 to 8 lie on their side: shown, width and height are exchanged.
 constexpr bool isSidewaysOrientation(int orientation) { return orientation >= 5; }
 
-/// What undoes the turn of an orientation.
-constexpr int inverseOrientation(int orientation) {
-    return orientation == 6 ? 8 : orientation == 8 ? 6 : orientation;
-}
-
-}  // namespace ostrel
+}  // namespace articleserver

@@ -16,7 +16,7 @@
 #include <limits>
 #include <unordered_set>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -41,9 +41,9 @@ std::string randomName(std::string_view extension) {
 ServerFailure storageFailure(int error) {
     logServerError(std::string("a media file could not be written: ") + std::strerror(error));
     if (error == ENOSPC || error == EDQUOT || error == EFBIG) {
-        return {ServerFault::StorageFull, "The server's storage is full."};
+        return {ServerFault::storageFull, "The server's storage is full."};
     }
-    return {ServerFault::Internal, "The server could not store the file."};
+    return {ServerFault::internal, "The server could not store the file."};
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {
@@ -68,7 +68,7 @@ bool MediaFolder::isName(std::string_view name) {
 ServerResult<ServerDone> MediaFolder::prepare(const std::vector<std::string>& named) {
     std::error_code error;
     std::filesystem::create_directories(folder_, error);
-    if (error) return ServerFailure{ServerFault::Internal, "Cannot create the folder of media files."};
+    if (error) return ServerFailure{ServerFault::internal, "Cannot create the folder of media files."};
     std::unordered_set<std::string> kept(named.begin(), named.end());
     std::vector<std::filesystem::path> orphans;
     for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end;
@@ -82,10 +82,10 @@ ServerResult<ServerDone> MediaFolder::prepare(const std::vector<std::string>& na
     return ServerDone{};
 }
 
-std::string MediaFolder::newName(std::string_view extension) { return randomName(extension); }
-
-ServerResult<ServerDone> MediaFolder::write(const std::string& path, std::string_view bytes) {
-    std::string partial = path + ".part";
+ServerResult<std::string> MediaFolder::add(std::string_view bytes, std::string_view extension) {
+    std::string name = randomName(extension);
+    const std::string path = folder_ / name;
+    const std::string partial = path + ".part";
     int descriptor = ::open(partial.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (descriptor < 0) return storageFailure(errno);
     bool isWritten = writeAll(descriptor, bytes) && ::fsync(descriptor) == 0;
@@ -99,21 +99,7 @@ ServerResult<ServerDone> MediaFolder::write(const std::string& path, std::string
         ::unlink(partial.c_str());
         return storageFailure(error);
     }
-    return ServerDone{};
-}
-
-ServerResult<std::string> MediaFolder::add(std::string_view bytes, std::string_view extension) {
-    std::string name = randomName(extension);
-    auto written = addAs(name, bytes);
-    if (!written) return written.failure();
     return name;
-}
-
-ServerResult<ServerDone> MediaFolder::addAs(const std::string& name, std::string_view bytes) {
-    auto written = write(folder_ / name, bytes);
-    std::lock_guard lock(supplierMutex_);
-    if (gone_.contains(name)) ::unlink((folder_ / name).c_str());
-    return written;
 }
 
 ServerResult<std::unique_ptr<IncomingFile>> MediaFolder::receive(std::string_view extension) {
@@ -175,27 +161,7 @@ std::string_view IncomingFile::bytes() {
     return {static_cast<const char*>(mapping_), mapping_ ? static_cast<std::size_t>(written_) : 0};
 }
 
-void MediaFolder::setSupplier(Supplier supplier) {
-    std::lock_guard lock(supplierMutex_);
-    supplier_ = std::move(supplier);
-}
-
-bool MediaFolder::holds(std::string_view name) const { return factsOf(name).has_value(); }
-
 std::optional<MediaFolder::File> MediaFolder::find(std::string_view name) const {
-    auto file = factsOf(name);
-    if (file || !isName(name)) return file;
-    Supplier supplier;
-    {
-        std::lock_guard lock(supplierMutex_);
-        supplier = supplier_;
-    }
-    if (!supplier) return std::nullopt;
-    supplier(name);
-    return factsOf(name);
-}
-
-std::optional<MediaFolder::File> MediaFolder::factsOf(std::string_view name) const {
     if (!isName(name)) return std::nullopt;
     File file;
     file.path = folder_ / std::string(name);
@@ -212,11 +178,6 @@ std::optional<MediaFolder::File> MediaFolder::factsOf(std::string_view name) con
 void MediaFolder::remove(const std::vector<std::string>& names) {
     for (const std::string& name : names) {
         if (!isName(name)) continue;
-        {
-            // First, so that a supplier that adds it now finds it gone.
-            std::lock_guard lock(supplierMutex_);
-            if (supplier_) gone_.insert(name);
-        }
         std::string path = folder_ / name;
         if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
             logServerError(std::string("a media file could not be removed: ") + std::strerror(errno));
@@ -224,4 +185,4 @@ void MediaFolder::remove(const std::vector<std::string>& names) {
     }
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

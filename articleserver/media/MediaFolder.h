@@ -5,17 +5,14 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 
 /// A media file that is still being received. It goes with this object unless it is kept. Owned by one thread at a time.
 class IncomingFile final {
@@ -77,29 +74,12 @@ public:
     /// Bytes that may still be stored, leaving ServerLimits::freeSpace.
     std::uint64_t room() const;
 
-    /// A name for a file that is added later, with addAs.
-    static std::string newName(std::string_view extension);
-    ServerResult<ServerDone> addAs(const std::string& name, std::string_view bytes);
     std::optional<File> find(std::string_view name) const;
-    bool holds(std::string_view name) const;
-
-    /// Asked by `find` for a file that is not there; it may add it before it returns. Called from any thread; none when
-    /// empty. Set while nobody calls `find`, or by a supplier that ends.
-    using Supplier = std::function<void(std::string_view name)>;
-    void setSupplier(Supplier supplier);
-
-    /// Writes a file once it is wholly on the disk, in the place of one that may be there. StorageFull, Internal.
-    static ServerResult<ServerDone> write(const std::string& path, std::string_view bytes);
     /// A name that is not there is no error.
     void remove(const std::vector<std::string>& names);
 
 private:
-    std::optional<File> factsOf(std::string_view name) const;
-
     std::filesystem::path folder_;
-    mutable std::mutex supplierMutex_;
-    Supplier supplier_;                     ///< guarded by supplierMutex_
-    std::unordered_set<std::string> gone_;  ///< removed before they were supplied; guarded by supplierMutex_
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

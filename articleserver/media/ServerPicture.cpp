@@ -16,7 +16,7 @@
 // The codes of libjpeg's messages.
 #include <jerror.h>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -78,11 +78,11 @@ cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned in
 }
 
 ServerFailure tooLarge(int maximumSide) {
-    return {ServerFault::TooLarge,
+    return {ServerFault::tooLarge,
             "The picture is larger than " + std::to_string(maximumSide) + " pixels a side."};
 }
 
-ServerFailure brokenPicture() { return {ServerFault::BadInput, "The picture is broken."}; }
+ServerFailure brokenPicture() { return {ServerFault::badInput, "The picture is broken."}; }
 
 std::uint32_t bigEndian(std::string_view bytes) {
     std::uint32_t value = 0;
@@ -108,12 +108,12 @@ ServerResult<ServerPicture> ServerPicture::decode(std::string_view bytes, int ma
         if (!decoded) return decoded.failure();
         return std::move(decoded->picture);
     }
-    return ServerFailure{ServerFault::Unsupported, "The picture is neither JPEG nor PNG."};
+    return ServerFailure{ServerFault::unsupported, "The picture is neither JPEG nor PNG."};
 }
 
 ServerResult<ServerPicture::Thumbnail> ServerPicture::thumbnail(std::string_view jpeg, int side) {
     if (!jpeg.starts_with(jpegSignature)) {
-        return ServerFailure{ServerFault::Unsupported, "The picture is not a JPEG file."};
+        return ServerFailure{ServerFault::unsupported, "The picture is not a JPEG file."};
     }
     // Twice the size is decoded, so that the scaling has something to average.
     auto decoded = decodeJpeg(jpeg, {ServerLimits::pictureSide, ServerLimits::picturePixels,
@@ -163,7 +163,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_vie
         coefficients > wish.maximumMemory) {
         jpeg_destroy_decompress(&info);
         if (info.image_width > side || info.image_height > side) return tooLarge(wish.maximumSide);
-        return ServerFailure{ServerFault::TooLarge, "The picture has too many pixels."};
+        return ServerFailure{ServerFault::tooLarge, "The picture has too many pixels."};
     }
     for (auto* marker = info.marker_list; marker && orientation == 1; marker = marker->next) {
         if (marker->marker != exifMarker) continue;
@@ -173,7 +173,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_vie
     info.out_color_space = JCS_EXT_BGRA;
     if (info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK) {
         jpeg_destroy_decompress(&info);
-        return ServerFailure{ServerFault::Unsupported, "The picture's colours are not RGB."};
+        return ServerFailure{ServerFault::unsupported, "The picture's colours are not RGB."};
     }
     const JDIMENSION longer = std::max(info.image_width, info.image_height);
     while (wish.side > 0 && info.scale_denom < 8 &&
@@ -260,7 +260,7 @@ ServerPicture ServerPicture::oriented(int orientation) const {
     return made;
 }
 
-std::string ServerPicture::jpeg(int quality, int orientation) const {
+std::string ServerPicture::jpeg(int quality) const {
     ServerPicture flat(width(), height());
     {
         Context context(cairo_create(flat.surface()));
@@ -274,7 +274,6 @@ std::string ServerPicture::jpeg(int quality, int orientation) const {
     JpegErrors errors;
     jpeg_compress_struct info{};
     info.err = prepare(errors);
-    const std::string segment = orientation == 1 ? std::string() : exifSegmentWith(orientation);
     unsigned char* bytes = nullptr;
     unsigned long size = 0;
     if (setjmp(errors.escape) != 0) {
@@ -291,10 +290,6 @@ std::string ServerPicture::jpeg(int quality, int orientation) const {
     jpeg_set_defaults(&info);
     jpeg_set_quality(&info, quality, TRUE);
     jpeg_start_compress(&info, TRUE);
-    if (!segment.empty()) {
-        jpeg_write_marker(&info, exifMarker, reinterpret_cast<const JOCTET*>(segment.data()),
-                          static_cast<unsigned>(segment.size()));
-    }
     unsigned char* pixels = cairo_image_surface_get_data(flat.surface());
     int stride = cairo_image_surface_get_stride(flat.surface());
     while (info.next_scanline < info.image_height) {
@@ -314,4 +309,4 @@ std::string ServerPicture::png() const {
     return bytes;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

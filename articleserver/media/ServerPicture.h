@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// A picture in memory: a cairo image surface, 32 bits a pixel. Used by one thread at a time.
 class ServerPicture final {
@@ -39,8 +39,8 @@ public:
     /// The pixels turned and mirrored as the Exif orientation says, 1 to 8.
     ServerPicture oriented(int orientation) const;
 
-    /// Transparency is shown on white. `quality` is 0 to 100; an orientation other than 1 is noted in the file.
-    std::string jpeg(int quality, int orientation = 1) const;
+    /// Transparency is shown on white. `quality` is 0 to 100.
+    std::string jpeg(int quality) const;
     std::string png() const;
 
 private:
@@ -68,4 +68,4 @@ struct ServerPicture::Thumbnail {
     int height;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

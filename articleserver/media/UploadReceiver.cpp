@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -31,14 +31,14 @@ ServerResult<ServerDone> UploadReceiver::finish() {
     for (const FileRule& rule : rules_) {
         auto found = files_.find(rule.part);
         if (found == files_.end()) {
-            return ServerFailure{ServerFault::BadInput, "The file " + quoted(rule.part) + " is missing."};
+            return ServerFailure{ServerFault::badInput, "The file " + quoted(rule.part) + " is missing."};
         }
         auto flushed = found->second->flush();
         if (!flushed) return flushed.failure();
     }
     for (const auto& [name, text] : fields_) {
         if (!isValidText(text)) {
-            return ServerFailure{ServerFault::BadInput, "The request holds text that is not UTF-8."};
+            return ServerFailure{ServerFault::badInput, "The request holds text that is not UTF-8."};
         }
     }
     return ServerDone{};
@@ -54,10 +54,10 @@ ServerResult<ServerDone> UploadReceiver::beginPart(const std::string& name, bool
                              [&](const FileRule& candidate) { return candidate.part == name; });
     currentRule_ = rule == rules_.end() ? nullptr : &*rule;
     if (files_.contains(name) || fields_.contains(name)) {
-        return ServerFailure{ServerFault::BadInput, "The request gives a field twice."};
+        return ServerFailure{ServerFault::badInput, "The request gives a field twice."};
     }
     if (isFile != (currentRule_ != nullptr)) {
-        return ServerFailure{ServerFault::BadInput, isFile ? "The request holds a file that is not asked for."
+        return ServerFailure{ServerFault::badInput, isFile ? "The request holds a file that is not asked for."
                                                            : "A file of the request is given as a text."};
     }
     if (!currentRule_) {
@@ -74,17 +74,17 @@ ServerResult<ServerDone> UploadReceiver::beginPart(const std::string& name, bool
 ServerResult<ServerDone> UploadReceiver::content(std::string_view bytes) {
     if (currentRule_) {
         if (currentFile_->size() + bytes.size() > currentRule_->maximumBytes) {
-            return ServerFailure{ServerFault::TooLarge,
+            return ServerFailure{ServerFault::tooLarge,
                                  "The file " + quoted(currentRule_->part) + " is too large."};
         }
         return currentFile_->append(bytes);
     }
     fieldBytes_ += bytes.size();
     if (fieldBytes_ > ServerLimits::uploadFields) {
-        return ServerFailure{ServerFault::TooLarge, "The fields of the request are too large."};
+        return ServerFailure{ServerFault::tooLarge, "The fields of the request are too large."};
     }
     currentField_->append(bytes);
     return ServerDone{};
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 
 /// Takes the body of an upload: its files go into the media folder while they arrive, its fields into memory. Files are
 /// known by the names of their parts; what a client calls them is not looked at.
@@ -54,4 +54,4 @@ private:
     std::optional<ServerFailure> failure_;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -1,16 +1,14 @@
 #include "articleserver/common/ServerLimits.h"
-#include "articleserver/media/ServerPicture.h"
 #include "articleserver/routes/ArticleService.h"
 #include "articleserver/routes/ArticleServiceParts.h"
 
 #include <algorithm>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
 constexpr std::string_view sessionCookie = "ostrel_session";
-constexpr int avatarQuality = 88;
 
 struct Credentials {
     std::string name;
@@ -24,30 +22,20 @@ ServerResult<Credentials> credentialsOf(const WebRequest& request) {
     auto name = form->find("name");
     auto password = form->find("password");
     if (name == form->end() || password == form->end()) {
-        return ServerFailure{ServerFault::BadInput, "Enter a name and a password."};
+        return ServerFailure{ServerFault::badInput, "Enter a name and a password."};
     }
     return Credentials{trimmedText(name->second), password->second};
 }
 
+ServerFailure refused(std::string text) { return {ServerFault::badInput, std::move(text)}; }
+
 std::optional<ServerFailure> faultOf(const Credentials& credentials) {
-    auto refuse = [](std::string text) { return ServerFailure{ServerFault::BadInput, std::move(text)}; };
-    if (credentials.name.empty()) return refuse("The name is empty.");
-    if (characterCount(credentials.name) > ServerLimits::nameCharacters) {
-        return refuse("The name is longer than 40 characters.");
-    }
-    if (!isShowableName(credentials.name)) return refuse("The name has characters that cannot be shown.");
-    std::size_t length = characterCount(credentials.password);
-    if (length < ServerLimits::passwordCharactersLeast) {
-        return refuse("The password is shorter than 8 characters.");
-    }
-    if (length > ServerLimits::passwordCharacters) {
-        return refuse("The password is longer than 256 characters.");
-    }
-    return std::nullopt;
+    auto fault = nameFault(credentials.name);
+    return fault ? fault : passwordFault(credentials.password);
 }
 
 ServerFailure tooManyAttempts() {
-    return {ServerFault::Throttled, "Too many attempts. Try again in a few minutes."};
+    return {ServerFault::throttled, "Too many attempts. Try again in a few minutes."};
 }
 
 /// Refusals of accounts say too that nobody came to be signed in by them.
@@ -60,6 +48,26 @@ WebReply accountFailure(const ServerFailure& failure) {
 }
 
 }  // namespace
+
+std::optional<ServerFailure> nameFault(std::string_view name) {
+    if (name.empty()) return refused("The name is empty.");
+    if (characterCount(name) > ServerLimits::nameCharacters) {
+        return refused("The name is longer than 40 characters.");
+    }
+    if (!isShowableName(name)) return refused("The name has characters that cannot be shown.");
+    return std::nullopt;
+}
+
+std::optional<ServerFailure> passwordFault(std::string_view password) {
+    std::size_t length = characterCount(password);
+    if (length < ServerLimits::passwordCharactersLeast) {
+        return refused("The password is shorter than 8 characters.");
+    }
+    if (length > ServerLimits::passwordCharacters) {
+        return refused("The password is longer than 256 characters.");
+    }
+    return std::nullopt;
+}
 
 nlohmann::ordered_json userJson(const StoredUser& user) { return {{"id", user.id}, {"name", user.name}}; }
 
@@ -90,7 +98,7 @@ WebReply ArticleService::signUp(Visit& visit) {
     // Asked before the costly hashing; the store asks again when it adds the user.
     auto taken = store_.userNamed(credentials->name);
     if (!taken) return accountFailure(taken.failure());
-    if (*taken) return accountFailure({ServerFault::Conflict, "The name is taken."});
+    if (*taken) return accountFailure({ServerFault::conflict, "The name is taken."});
     auto hash = hasher_.hash(credentials->password);
     if (!hash) return accountFailure(hash.failure());
     StoredUser user{0, credentials->name, *hash, ""};
@@ -103,7 +111,7 @@ WebReply ArticleService::signUp(Visit& visit) {
 WebReply ArticleService::signIn(Visit& visit) {
     auto credentials = credentialsOf(visit.request);
     if (!credentials) return accountFailure(credentials.failure());
-    const ServerFailure wrong{ServerFault::SignedOut, "The name or the password is wrong."};
+    const ServerFailure wrong{ServerFault::signedOut, "The name or the password is wrong."};
     // What cannot be an account's is not worth a hashing.
     if (faultOf(*credentials)) return accountFailure(wrong);
 
@@ -155,21 +163,18 @@ WebReply ArticleService::currentUser(Visit& visit) {
 WebReply ArticleService::uploadAvatar(Visit& visit) {
     auto user = signedIn(visit);
     if (!user) return accountFailure(user.failure());
-    if (!*user) return accountFailure({ServerFault::SignedOut, "Sign in first."});
+    if (!*user) return accountFailure({ServerFault::signedOut, "Sign in first."});
     auto parts = parseMultipart(visit.request.header("content-type"), visit.request.body);
     if (!parts) return accountFailure(parts.failure());
     auto part = std::find_if(parts->begin(), parts->end(),
                              [](const MultipartPart& candidate) { return candidate.name == "image.jpg"; });
     if (part == parts->end()) {
-        return accountFailure({ServerFault::BadInput, "The picture \"image.jpg\" is missing."});
+        return accountFailure({ServerFault::badInput, "The picture \"image.jpg\" is missing."});
     }
     if (part->content.size() > ServerLimits::avatarFile) {
-        return accountFailure({ServerFault::TooLarge, "The picture is larger than 5 MiB."});
+        return accountFailure({ServerFault::tooLarge, "The picture is larger than 5 MiB."});
     }
-    auto picture = ServerPicture::decode(part->content, ServerLimits::avatarSide);
-    if (!picture) return accountFailure(picture.failure());
-    // Made anew from its pixels: nothing else of the file, such as where it was taken, is kept.
-    auto name = media_.add(picture->squared(ServerLimits::storedAvatarSide).jpeg(avatarQuality), "jpg");
+    auto name = door_.takeAvatar(part->content);
     if (!name) return accountFailure(name.failure());
     auto replaced = store_.setAvatar((*user)->id, *name);
     if (!replaced) {
@@ -182,4 +187,4 @@ WebReply ArticleService::uploadAvatar(Visit& visit) {
     return resultReply(answer);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

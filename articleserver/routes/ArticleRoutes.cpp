@@ -2,7 +2,7 @@
 #include "articleserver/routes/ArticleService.h"
 #include "articleserver/routes/ArticleServiceParts.h"
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -10,7 +10,7 @@ constexpr std::string_view visitorCookie = "ostrel_visitor";
 constexpr const char* allArticlesPath = "/article/articles_json.html";
 constexpr const char* myArticlesPath = "/article/my_articles_json.html";
 
-ServerFailure noArticle() { return {ServerFault::NotFound, "There is no such article."}; }
+ServerFailure noArticle() { return {ServerFault::notFound, "There is no such article."}; }
 
 std::string mediaUrl(const std::string& baseUrl, const std::string& name) {
     return baseUrl + "/media/" + name;
@@ -159,7 +159,7 @@ WebReply ArticleService::likeArticle(Visit& visit) {
         std::string token(visit.request.cookie(visitorCookie));
         if (!isToken(token)) {
             if (!visitors_.take(visit.request.remoteAddress, now_())) {
-                return failureReply({ServerFault::Throttled, "Too many likes. Try again later."});
+                return failureReply({ServerFault::throttled, "Too many likes. Try again later."});
             }
             token = newVisitor = newToken();
         }
@@ -185,13 +185,13 @@ WebReply ArticleService::addComment(Visit& visit) {
     if (!form) return failureReply(form.failure());
     auto text = form->find("text");
     if (text == form->end() || trimmedText(text->second).empty()) {
-        return failureReply({ServerFault::BadInput, "The comment is empty."});
+        return failureReply({ServerFault::badInput, "The comment is empty."});
     }
     if (characterCount(text->second) > ServerLimits::commentCharacters) {
-        return failureReply({ServerFault::TooLarge, "The comment is too long."});
+        return failureReply({ServerFault::tooLarge, "The comment is too long."});
     }
     if (!comments_.take(std::to_string(user->id), now_())) {
-        return failureReply({ServerFault::Throttled, "Too many comments. Try again in a few minutes."});
+        return failureReply({ServerFault::throttled, "Too many comments. Try again in a few minutes."});
     }
     auto count = store_.addComment(*id, user->id, text->second, now_());
     if (!count) return failureReply(count.failure());
@@ -200,4 +200,4 @@ WebReply ArticleService::addComment(Visit& visit) {
     return resultReply(answer);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

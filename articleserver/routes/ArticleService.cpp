@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <array>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -23,8 +23,8 @@ ServerTime milliseconds(Duration duration) {
 
 /// A path is prefix + variable + suffix, the variable without slash and not empty where there is one.
 struct ArticleService::Route {
-    enum class Variable { None, Number, Text };
-    enum class Effect { Reads, Changes };
+    enum class Variable { none, number, text };
+    enum class Effect { reads, changes };
 
     std::string_view method;
     std::string_view prefix;
@@ -37,7 +37,7 @@ struct ArticleService::Route {
     WebIntake (ArticleService::*admit)(Visit&, std::uint64_t length) = nullptr;
 
     std::optional<std::string_view> match(std::string_view path) const {
-        if (variable == Variable::None) {
+        if (variable == Variable::none) {
             return path == prefix ? std::optional<std::string_view>("") : std::nullopt;
         }
         if (path.size() <= prefix.size() + suffix.size() || !path.starts_with(prefix) ||
@@ -47,7 +47,7 @@ struct ArticleService::Route {
         path.remove_prefix(prefix.size());
         path.remove_suffix(suffix.size());
         bool isNumber = path.find_first_not_of("0123456789") == std::string_view::npos;
-        if (path.find('/') != std::string_view::npos || (variable == Variable::Number && !isNumber)) {
+        if (path.find('/') != std::string_view::npos || (variable == Variable::number && !isNumber)) {
             return std::nullopt;
         }
         return path;
@@ -63,48 +63,48 @@ struct ArticleServiceRoutes {
     static constexpr std::size_t none = 0;
 
     static constexpr std::array<Route, 26> all = {{
-        {"GET", "/article/articles_json.html", Variable::None, "", Effect::Reads, none,
+        {"GET", "/article/articles_json.html", Variable::none, "", Effect::reads, none,
          &Service::listArticles},
-        {"GET", "/article/my_articles_json.html", Variable::None, "", Effect::Reads, none,
+        {"GET", "/article/my_articles_json.html", Variable::none, "", Effect::reads, none,
          &Service::listMyArticles},
-        {"GET", "/article/remove", Variable::None, "", Effect::Changes, none, &Service::removeArticle},
-        {"GET", "/article/like_article_json.html", Variable::None, "", Effect::Changes, none,
+        {"GET", "/article/remove", Variable::none, "", Effect::changes, none, &Service::removeArticle},
+        {"GET", "/article/like_article_json.html", Variable::none, "", Effect::changes, none,
          &Service::likeArticle},
-        {"GET", "/article/article_", Variable::Number, "_json.html", Effect::Reads, none,
+        {"GET", "/article/article_", Variable::number, "_json.html", Effect::reads, none,
          &Service::loadArticle},
-        {"POST", "/article/json_add_comment.html", Variable::None, "", Effect::Changes,
+        {"POST", "/article/json_add_comment.html", Variable::none, "", Effect::changes,
          ServerLimits::commentForm, &Service::addComment},
-        {"POST", "/article/update_article_json.html", Variable::None, "", Effect::Changes,
+        {"POST", "/article/update_article_json.html", Variable::none, "", Effect::changes,
          ServerLimits::articleForm, &Service::writeArticle},
-        {"POST", "/article/image_update", Variable::None, "", Effect::Changes, none, &Service::uploadImage,
+        {"POST", "/article/image_update", Variable::none, "", Effect::changes, none, &Service::uploadImage,
          &Service::admitImage},
-        {"POST", "/article/video_update", Variable::None, "", Effect::Changes, none, &Service::uploadVideo,
+        {"POST", "/article/video_update", Variable::none, "", Effect::changes, none, &Service::uploadVideo,
          &Service::admitVideo},
-        {"GET", "/article/image_update", Variable::None, "", Effect::Changes, none, &Service::changeImage},
-        {"GET", "/article/video_update", Variable::None, "", Effect::Changes, none, &Service::changeVideo},
-        {"GET", "/article/image_remove", Variable::None, "", Effect::Changes, none, &Service::removeImage},
-        {"GET", "/article/video_remove", Variable::None, "", Effect::Changes, none, &Service::removeVideo},
-        {"GET", "/article/comments_json.html", Variable::None, "", Effect::Reads, none,
+        {"GET", "/article/image_update", Variable::none, "", Effect::changes, none, &Service::changeImage},
+        {"GET", "/article/video_update", Variable::none, "", Effect::changes, none, &Service::changeVideo},
+        {"GET", "/article/image_remove", Variable::none, "", Effect::changes, none, &Service::removeImage},
+        {"GET", "/article/video_remove", Variable::none, "", Effect::changes, none, &Service::removeVideo},
+        {"GET", "/article/comments_json.html", Variable::none, "", Effect::reads, none,
          &Service::olderComments},
-        {"POST", "/account/notify", Variable::None, "", Effect::Changes, ServerLimits::notificationForm,
+        {"POST", "/account/notify", Variable::none, "", Effect::changes, ServerLimits::notificationForm,
          &Service::notify},
-        {"GET", "/account/notifications", Variable::None, "", Effect::Reads, none,
+        {"GET", "/account/notifications", Variable::none, "", Effect::reads, none,
          &Service::listNotifications},
-        {"POST", "/account/notifications_read", Variable::None, "", Effect::Changes,
+        {"POST", "/account/notifications_read", Variable::none, "", Effect::changes,
          ServerLimits::accountForm, &Service::markNotificationsRead},
-        {"POST", "/account/sign_up", Variable::None, "", Effect::Changes, ServerLimits::accountForm,
+        {"POST", "/account/sign_up", Variable::none, "", Effect::changes, ServerLimits::accountForm,
          &Service::signUp},
-        {"POST", "/account/sign_in", Variable::None, "", Effect::Changes, ServerLimits::accountForm,
+        {"POST", "/account/sign_in", Variable::none, "", Effect::changes, ServerLimits::accountForm,
          &Service::signIn},
-        {"POST", "/account/sign_out", Variable::None, "", Effect::Changes, ServerLimits::accountForm,
+        {"POST", "/account/sign_out", Variable::none, "", Effect::changes, ServerLimits::accountForm,
          &Service::signOut},
-        {"GET", "/account/me", Variable::None, "", Effect::Reads, none, &Service::currentUser},
-        {"GET", "/account/avatar/", Variable::Number, "", Effect::Reads, none, &Service::avatar},
-        {"POST", "/account/avatar", Variable::None, "", Effect::Changes, ServerLimits::avatarBody,
+        {"GET", "/account/me", Variable::none, "", Effect::reads, none, &Service::currentUser},
+        {"GET", "/account/avatar/", Variable::number, "", Effect::reads, none, &Service::avatar},
+        {"POST", "/account/avatar", Variable::none, "", Effect::changes, ServerLimits::avatarBody,
          &Service::uploadAvatar},
-        {"GET", "/media/", Variable::Text, "", Effect::Reads, none, &Service::mediaFile},
-        {"GET", "/article/", Variable::Number, "", Effect::Reads, none, &Service::publicPage},
-        {"GET", "/article.css", Variable::None, "", Effect::Reads, none, &Service::styleSheet},
+        {"GET", "/media/", Variable::text, "", Effect::reads, none, &Service::mediaFile},
+        {"GET", "/article/", Variable::number, "", Effect::reads, none, &Service::publicPage},
+        {"GET", "/article.css", Variable::none, "", Effect::reads, none, &Service::styleSheet},
     }};
 };
 
@@ -135,7 +135,7 @@ ArticleService::ArticleService(ArticleStore& store, MediaFolder& media, std::str
                      ServerLimits::rememberedAttempters),
       articles_(ServerLimits::articlesPerAuthor, milliseconds(ServerLimits::attemptWindow),
                 ServerLimits::rememberedAttempters),
-      pictures_(ServerLimits::picturesAtOnce) {}
+      door_(media) {}
 
 ArticleService::Routing ArticleService::routeOf(const WebRequest& request) const {
     Routing routing;
@@ -144,7 +144,7 @@ ArticleService::Routing ArticleService::routeOf(const WebRequest& request) const
         if (!variable) continue;
         // HEAD must not change anything (RFC 9110, 9.2.1), so a GET that does has no HEAD beside it.
         bool isHead =
-            request.method == "HEAD" && route.method == "GET" && route.effect == Route::Effect::Reads;
+            request.method == "HEAD" && route.method == "GET" && route.effect == Route::Effect::reads;
         if (request.method == route.method || isHead) {
             routing.route = &route;
             routing.variable = *variable;
@@ -184,7 +184,7 @@ WebReply ArticleService::reply(const WebRequest& request) {
         reply.headers.emplace_back("Allow", routing.allowedMethods);
         return reply;
     }
-    if (routing.route->effect == Route::Effect::Changes && isCrossSite(request)) {
+    if (routing.route->effect == Route::Effect::changes && isCrossSite(request)) {
         return refusal(403, "Other sites cannot do this.");
     }
     Visit visit{request, routing.variable};
@@ -219,7 +219,7 @@ ServerResult<std::optional<StoredUser>> ArticleService::signedIn(Visit& visit) {
 ServerResult<StoredUser> ArticleService::signedInOnly(Visit& visit) {
     auto user = signedIn(visit);
     if (!user) return user.failure();
-    if (!*user) return ServerFailure{ServerFault::SignedOut, "Sign in first."};
+    if (!*user) return ServerFailure{ServerFault::signedOut, "Sign in first."};
     return std::move(**user);
 }
 
@@ -228,17 +228,17 @@ ServerResult<std::optional<std::int64_t>> ArticleService::pageStart(const Visit&
     auto given = visit.request.query.find("before");
     if (given == visit.request.query.end()) return Start();
     Start before = decimalId(given->second);
-    if (!before) return ServerFailure{ServerFault::BadInput, "The start of the page is not a number."};
+    if (!before) return ServerFailure{ServerFault::badInput, "The start of the page is not a number."};
     return before;
 }
 
 ServerResult<std::int64_t> ArticleService::articleId(const Visit& visit) const {
     auto given = visit.request.query.find("id");
     if (given == visit.request.query.end()) {
-        return ServerFailure{ServerFault::BadInput, "The id of the article is missing."};
+        return ServerFailure{ServerFault::badInput, "The id of the article is missing."};
     }
     auto id = decimalId(given->second);
-    if (!id) return ServerFailure{ServerFault::BadInput, "The id of the article is not a number."};
+    if (!id) return ServerFailure{ServerFault::badInput, "The id of the article is not a number."};
     return *id;
 }
 
@@ -280,8 +280,8 @@ WebReply resultReply(const ResultAnswer& answer) {
 WebReply failureReply(const ServerFailure& failure) {
     ResultAnswer::Json body = {{"success", false}, {"error", failure.text}, {"result", nullptr}};
     WebReply reply = jsonReply(httpStatus(failure.fault), body);
-    if (failure.fault == ServerFault::Throttled) reply.headers.emplace_back("Retry-After", "60");
-    if (failure.fault == ServerFault::Busy) reply.headers.emplace_back("Retry-After", "1");
+    if (failure.fault == ServerFault::throttled) reply.headers.emplace_back("Retry-After", "60");
+    if (failure.fault == ServerFault::busy) reply.headers.emplace_back("Retry-After", "1");
     return reply;
 }
 
@@ -311,4 +311,4 @@ bool isToken(std::string_view text) {
 
 std::string entityTag(std::string_view bytes) { return "\"" + tokenHash(bytes).substr(0, 32) + "\""; }
 
-}  // namespace ostrel
+}  // namespace articleserver

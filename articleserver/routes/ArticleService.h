@@ -4,6 +4,7 @@
 #include "articleserver/media/AvatarPainter.h"
 #include "articleserver/media/MediaFolder.h"
 #include "articleserver/routes/AttemptLimiter.h"
+#include "articleserver/routes/MediaDoor.h"
 #include "articleserver/routes/PasswordHasher.h"
 #include "articleserver/store/ArticleStore.h"
 
@@ -12,11 +13,10 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <semaphore>
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// The routes of the article server: who may do what, and how it is answered. docs/protocol.md describes
 /// them. Called from any thread of the HTTP server at once; it keeps no state but limiters and caches.
@@ -67,9 +67,6 @@ private:
     /// Who sends an upload, and where it goes.
     struct Upload;
     ServerResult<Upload> uploadOf(Visit& visit);
-    /// A picture's thumbnail among the media.
-    struct StoredThumbnail;
-    ServerResult<StoredThumbnail> storeThumbnail(std::string_view jpeg, int side);
     ServerResult<PublishRequest> publishRequest(const Visit& visit, const StoredUser& user) const;
     /// The article as the store has it now.
     WebReply articleReply(Visit& visit, std::int64_t id);
@@ -115,9 +112,9 @@ private:
     AttemptLimiter notifications_;
     AttemptLimiter articles_;
     std::shared_ptr<std::atomic<int>> uploads_ = std::make_shared<std::atomic<int>>(0);  ///< under way
-    std::counting_semaphore<> pictures_;  ///< pictures that may be decoded now
+    MediaDoor door_;
 
     friend struct ArticleServiceRoutes;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// One request on its way through a route.
 struct ArticleService::Visit {
@@ -45,6 +45,10 @@ std::string articleHtml(const StoredArticle& article, const CommentPage& comment
 std::string notFoundHtml();
 std::string_view articleStyle();
 
+/// Why nobody can sign up with this name or password; absent when somebody can.
+std::optional<ServerFailure> nameFault(std::string_view name);
+std::optional<ServerFailure> passwordFault(std::string_view password);
+
 /// 256 random bits as 43 characters fit for a cookie, and what the store keeps of them.
 std::string newToken();
 std::string tokenHash(std::string_view token);
@@ -53,4 +57,4 @@ bool isToken(std::string_view text);
 /// A quoted entity tag of the bytes.
 std::string entityTag(std::string_view bytes);
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace ostrel {
+namespace articleserver {
 
 AttemptLimiter::AttemptLimiter(int limit, ServerTime window, std::size_t capacity)
     : limit_(static_cast<std::size_t>(limit)), window_(window), capacity_(capacity) {}
@@ -37,4 +37,4 @@ void AttemptLimiter::makeRoom(ServerTime now) {
     attempts_.erase(oldest);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

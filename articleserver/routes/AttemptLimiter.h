@@ -8,7 +8,7 @@
 #include <string>
 #include <unordered_map>
 
-namespace ostrel {
+namespace articleserver {
 
 /// Counts attempts per key within a sliding window, in bounded memory. Any thread may call it.
 class AttemptLimiter final {
@@ -32,4 +32,4 @@ private:
     std::unordered_map<std::string, std::deque<ServerTime>> attempts_;  ///< guarded by mutex_
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -2,7 +2,7 @@
 #include "articleserver/routes/ArticleService.h"
 #include "articleserver/routes/ArticleServiceParts.h"
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -31,7 +31,7 @@ WebReply ArticleService::notify(Visit& visit) {
     auto form = parseFields(visit.request.body);
     if (!form) return failureReply(form.failure());
     auto recipient = decimalId(fieldOf(*form, "user_id"));
-    if (!recipient) return failureReply({ServerFault::BadInput, "The message names no user."});
+    if (!recipient) return failureReply({ServerFault::badInput, "The message names no user."});
 
     StoredNotification notification;
     notification.senderId = user->id;
@@ -41,16 +41,16 @@ WebReply ArticleService::notify(Visit& visit) {
     notification.text = fieldOf(*form, "text");
     // A title alone is a message, too: a nudge.
     if (notification.title.empty() && trimmedText(notification.text).empty()) {
-        return failureReply({ServerFault::BadInput, "The message is empty."});
+        return failureReply({ServerFault::badInput, "The message is empty."});
     }
     if (characterCount(notification.title) > ServerLimits::notificationTitleCharacters) {
-        return failureReply({ServerFault::TooLarge, "The title of the message is too long."});
+        return failureReply({ServerFault::tooLarge, "The title of the message is too long."});
     }
     if (characterCount(notification.text) > ServerLimits::notificationCharacters) {
-        return failureReply({ServerFault::TooLarge, "The message is too long."});
+        return failureReply({ServerFault::tooLarge, "The message is too long."});
     }
     if (!notifications_.take(std::to_string(user->id), notification.date)) {
-        return failureReply({ServerFault::Throttled, "Too many messages. Try again in a few minutes."});
+        return failureReply({ServerFault::throttled, "Too many messages. Try again in a few minutes."});
     }
     auto id = store_.addNotification(notification);
     if (!id) return failureReply(id.failure());
@@ -82,7 +82,7 @@ WebReply ArticleService::markNotificationsRead(Visit& visit) {
     if (!form) return failureReply(form.failure());
     // The last one seen, so that what came in since then stays unread.
     auto upTo = decimalId(fieldOf(*form, "up_to"));
-    if (!upTo) return failureReply({ServerFault::BadInput, "The last message read is not a number."});
+    if (!upTo) return failureReply({ServerFault::badInput, "The last message read is not a number."});
     auto unread = store_.markNotificationsRead(user->id, *upTo);
     if (!unread) return failureReply(unread.failure());
     ResultAnswer answer;
@@ -90,4 +90,4 @@ WebReply ArticleService::markNotificationsRead(Visit& visit) {
     return resultReply(answer);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

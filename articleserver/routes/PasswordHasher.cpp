@@ -6,7 +6,7 @@
 
 #include <array>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -46,7 +46,7 @@ public:
     }
 
     bool isGiven() const { return isGiven_; }
-    static ServerFailure busy() { return {ServerFault::Busy, "The server is busy. Try again in a moment."}; }
+    static ServerFailure busy() { return {ServerFault::busy, "The server is busy. Try again in a moment."}; }
 
 private:
     PasswordHasher& owner_;
@@ -75,4 +75,4 @@ ServerResult<bool> PasswordHasher::matches(std::string_view hash, std::string_vi
     return isMatch && !hash.empty();
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

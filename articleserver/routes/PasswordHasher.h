@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 /// Passwords as argon2id hashes with libsodium's interactive limits (RFC 9106: 2 passes, 64 MiB). At most
 /// ServerLimits::hashingsAtOnce run at a time and ServerLimits::hashingsWaiting wait; beyond that callers get Busy.
@@ -31,4 +31,4 @@ private:
     std::string decoy_;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

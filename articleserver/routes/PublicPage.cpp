@@ -4,7 +4,7 @@
 #include <cctype>
 #include <cstdio>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -170,4 +170,4 @@ footer { border-top: 1px solid var(--line); margin-top: 2.5rem; padding-top: 1re
 )css";
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 
 struct StoredUser {
     std::int64_t id = 0;
@@ -113,7 +113,7 @@ struct NotificationPage {
     std::int64_t unread = 0;                        ///< of all, not of this page
 };
 
-enum class MediumKind { Image, Video };
+enum class MediumKind { image, video };
 
 /// A request that may come twice: who sent it, by which key it is known (empty: by none), and when.
 struct PublishRequest {
@@ -235,4 +235,4 @@ public:
     virtual ServerResult<std::vector<std::string>> mediaNames() const = 0;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

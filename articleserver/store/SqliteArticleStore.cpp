@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -61,7 +61,7 @@ std::size_t textBytesOf(const StoredArticle& article) {
 ServerResult<std::int64_t> insertUser(SqliteConnection& connection, const StoredUser& user, ServerTime now) {
     std::string key = nameKey(user.name);
     SqliteStatement taken = connection.prepare("SELECT 1 FROM users WHERE name_key = ?", key);
-    if (taken.step()) return ServerFailure{ServerFault::Conflict, "The name is taken."};
+    if (taken.step()) return ServerFailure{ServerFault::conflict, "The name is taken."};
     SqliteStatement insert = connection.prepare(
         "INSERT INTO users (name, name_key, password_hash, avatar, created) VALUES (?, ?, ?, ?, ?) "
         "RETURNING id",
@@ -135,12 +135,12 @@ void SqliteArticleStore::giveBack(std::unique_ptr<SqliteConnection> connection) 
 
 ServerResult<std::int64_t> SqliteArticleStore::addUser(const StoredUser& user, ServerTime now) {
     return transact<std::int64_t>(
-        Kind::Write, [&](SqliteConnection& connection) { return insertUser(connection, user, now); });
+        Kind::write, [&](SqliteConnection& connection) { return insertUser(connection, user, now); });
 }
 
 ServerResult<std::optional<StoredUser>> SqliteArticleStore::userNamed(std::string_view name) const {
     using Found = std::optional<StoredUser>;
-    return transact<Found>(Kind::Read, [&](SqliteConnection& connection) -> ServerResult<Found> {
+    return transact<Found>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<Found> {
         std::string key = nameKey(name);
         SqliteStatement row =
             connection.prepare("SELECT id, name, password_hash, avatar FROM users WHERE name_key = ?", key);
@@ -152,7 +152,7 @@ ServerResult<std::optional<StoredUser>> SqliteArticleStore::userNamed(std::strin
 
 ServerResult<std::optional<StoredUser>> SqliteArticleStore::user(std::int64_t id) const {
     using Found = std::optional<StoredUser>;
-    return transact<Found>(Kind::Read, [&](SqliteConnection& connection) -> ServerResult<Found> {
+    return transact<Found>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<Found> {
         SqliteStatement row =
             connection.prepare("SELECT id, name, password_hash, avatar FROM users WHERE id = ?", id);
         if (row.step()) return Found(userOf(row));
@@ -162,13 +162,13 @@ ServerResult<std::optional<StoredUser>> SqliteArticleStore::user(std::int64_t id
 }
 
 ServerResult<std::string> SqliteArticleStore::setAvatar(std::int64_t user, std::string_view mediaName) {
-    return transact<std::string>(Kind::Write, [&](SqliteConnection& connection) -> ServerResult<std::string> {
+    return transact<std::string>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::string> {
         std::string replaced;
         {
             SqliteStatement row = connection.prepare("SELECT avatar FROM users WHERE id = ?", user);
             if (!row.step()) {
                 if (row.failed()) return connection.failure();
-                return ServerFailure{ServerFault::NotFound, "There is no such user."};
+                return ServerFailure{ServerFault::notFound, "There is no such user."};
             }
             replaced = row.text(0);
         }
@@ -181,7 +181,7 @@ ServerResult<std::string> SqliteArticleStore::setAvatar(std::int64_t user, std::
 
 ServerResult<ServerDone> SqliteArticleStore::addSession(std::int64_t user, std::string_view tokenHash,
                                                         ServerTime expires, ServerTime now) {
-    return transact<ServerDone>(Kind::Write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
         bool isDone =
             connection.prepare("DELETE FROM sessions WHERE expires <= ?", now).run() &&
             connection
@@ -201,7 +201,7 @@ ServerResult<ServerDone> SqliteArticleStore::addSession(std::int64_t user, std::
 ServerResult<std::optional<StoredSession>> SqliteArticleStore::session(std::string_view tokenHash,
                                                                        ServerTime now) const {
     using Found = std::optional<StoredSession>;
-    return transact<Found>(Kind::Read, [&](SqliteConnection& connection) -> ServerResult<Found> {
+    return transact<Found>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<Found> {
         SqliteStatement row =
             connection.prepare("SELECT u.id, u.name, u.password_hash, u.avatar, s.expires FROM sessions s "
                                "JOIN users u ON u.id = s.user_id WHERE s.token_hash = ? AND s.expires > ?",
@@ -213,7 +213,7 @@ ServerResult<std::optional<StoredSession>> SqliteArticleStore::session(std::stri
 }
 
 ServerResult<ServerDone> SqliteArticleStore::extendSession(std::string_view tokenHash, ServerTime expires) {
-    return transact<ServerDone>(Kind::Write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
         SqliteStatement update =
             connection.prepare("UPDATE sessions SET expires = ? WHERE token_hash = ?", expires, tokenHash);
         if (!update.run()) return connection.failure();
@@ -222,7 +222,7 @@ ServerResult<ServerDone> SqliteArticleStore::extendSession(std::string_view toke
 }
 
 ServerResult<ServerDone> SqliteArticleStore::removeSession(std::string_view tokenHash) {
-    return transact<ServerDone>(Kind::Write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
         if (!connection.prepare("DELETE FROM sessions WHERE token_hash = ?", tokenHash).run()) {
             return connection.failure();
         }
@@ -232,7 +232,7 @@ ServerResult<ServerDone> SqliteArticleStore::removeSession(std::string_view toke
 
 ServerResult<std::int64_t> SqliteArticleStore::addArticle(const StoredArticle& article) {
     return transact<std::int64_t>(
-        Kind::Write, [&](SqliteConnection& connection) { return insertArticle(connection, article); });
+        Kind::write, [&](SqliteConnection& connection) { return insertArticle(connection, article); });
 }
 
 ServerResult<ArticlePage> SqliteArticleStore::articles(const ArticlePageQuery& query) const {
@@ -248,7 +248,7 @@ ServerResult<ArticlePage> SqliteArticleStore::articles(const ArticlePageQuery& q
         "(SELECT COUNT(*) FROM comments c WHERE c.article_id = a.id) "
         "FROM articles a JOIN users u ON u.id = a.author_id "
         "WHERE a.author_id = ? AND a.id <= ? ORDER BY a.id DESC LIMIT ?";
-    return transact<ArticlePage>(Kind::Read, [&](SqliteConnection& connection) -> ServerResult<ArticlePage> {
+    return transact<ArticlePage>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<ArticlePage> {
         std::int64_t newest = query.before ? *query.before - 1 : std::numeric_limits<std::int64_t>::max();
         ArticlePage page;
         {
@@ -275,7 +275,7 @@ ServerResult<ArticlePage> SqliteArticleStore::articles(const ArticlePageQuery& q
 
 ServerResult<std::optional<StoredArticle>> SqliteArticleStore::article(std::int64_t id) const {
     using Found = std::optional<StoredArticle>;
-    return transact<Found>(Kind::Read, [&](SqliteConnection& connection) -> ServerResult<Found> {
+    return transact<Found>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<Found> {
         SqliteStatement row = connection.prepare(
             "SELECT a.id, a.author_id, u.name, a.title, a.text, a.modified, a.open_comment, "
             "(SELECT COUNT(*) FROM likes l WHERE l.article_id = a.id), "
@@ -294,11 +294,11 @@ ServerResult<std::optional<StoredArticle>> SqliteArticleStore::article(std::int6
 
 ServerResult<std::vector<std::string>> SqliteArticleStore::removeArticle(std::int64_t id, std::int64_t user) {
     using Names = std::vector<std::string>;
-    return transact<Names>(Kind::Write, [&](SqliteConnection& connection) -> ServerResult<Names> {
+    return transact<Names>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<Names> {
         SqliteStatement owner = connection.prepare("SELECT author_id FROM articles WHERE id = ?", id);
         if (!owner.step()) return owner.failed() ? connection.failure() : noArticle();
         if (owner.integer(0) != user) {
-            return ServerFailure{ServerFault::Forbidden, "Only its author can remove an article."};
+            return ServerFailure{ServerFault::forbidden, "Only its author can remove an article."};
         }
         Names names;
         SqliteStatement media =
@@ -319,7 +319,7 @@ ServerResult<std::vector<std::string>> SqliteArticleStore::removeArticle(std::in
 
 ServerResult<std::int64_t> SqliteArticleStore::likeArticle(std::int64_t id, std::string_view liker) {
     return transact<std::int64_t>(
-        Kind::Write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
+        Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
             SqliteStatement exists = connection.prepare("SELECT 1 FROM articles WHERE id = ?", id);
             if (!exists.step()) return exists.failed() ? connection.failure() : noArticle();
             SqliteStatement liked =
@@ -332,7 +332,7 @@ ServerResult<std::int64_t> SqliteArticleStore::likeArticle(std::int64_t id, std:
 }
 
 ServerResult<bool> SqliteArticleStore::isEmpty() const {
-    return transact<bool>(Kind::Read, [&](SqliteConnection& connection) -> ServerResult<bool> {
+    return transact<bool>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<bool> {
         auto count = numberOf(connection, connection.prepare("SELECT COUNT(*) FROM users"));
         if (!count) return count.failure();
         return *count == 0;
@@ -340,10 +340,10 @@ ServerResult<bool> SqliteArticleStore::isEmpty() const {
 }
 
 ServerResult<ServerDone> SqliteArticleStore::importInto(const ImportedContent& content) {
-    return transact<ServerDone>(Kind::Write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
         auto users = numberOf(connection, connection.prepare("SELECT COUNT(*) FROM users"));
         if (!users) return users.failure();
-        if (*users != 0) return ServerFailure{ServerFault::Conflict, "The database is not empty."};
+        if (*users != 0) return ServerFailure{ServerFault::conflict, "The database is not empty."};
 
         std::vector<std::int64_t> ids;
         for (const StoredUser& user : content.users) {
@@ -378,7 +378,7 @@ ServerResult<ServerDone> SqliteArticleStore::importInto(const ImportedContent& c
 
 ServerResult<std::vector<std::string>> SqliteArticleStore::mediaNames() const {
     using Names = std::vector<std::string>;
-    return transact<Names>(Kind::Read, [&](SqliteConnection& connection) -> ServerResult<Names> {
+    return transact<Names>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<Names> {
         Names names;
         SqliteStatement row =
             connection.prepare("SELECT avatar FROM users WHERE avatar <> '' "
@@ -390,4 +390,4 @@ ServerResult<std::vector<std::string>> SqliteArticleStore::mediaNames() const {
     });
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

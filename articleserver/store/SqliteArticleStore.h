@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 
 /// The article store in one SQLite 3 file. Any thread may call it: each operation borrows a connection
 /// from a pool, so readers run side by side (write-ahead log), and writers take writing_ one at a time.
@@ -83,7 +83,7 @@ template <typename T>
 ServerResult<T> SqliteArticleStore::transact(
     SqliteTransaction::Kind kind, const std::function<ServerResult<T>(SqliteConnection&)>& work) const {
     std::unique_lock<std::mutex> writing(writing_, std::defer_lock);
-    if (kind == SqliteTransaction::Kind::Write) writing.lock();
+    if (kind == SqliteTransaction::Kind::write) writing.lock();
     auto connection = borrow();
     if (!connection) return connection.failure();
     ServerResult<T> result = [&]() -> ServerResult<T> {
@@ -97,4 +97,4 @@ ServerResult<T> SqliteArticleStore::transact(
     return result;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

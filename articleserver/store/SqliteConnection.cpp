@@ -2,7 +2,7 @@
 
 #include "articleserver/common/ServerText.h"
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -85,11 +85,11 @@ ServerFailure SqliteConnection::failure() const {
     int code = database_ ? sqlite3_extended_errcode(database_) : SQLITE_NOMEM;
     std::string reason = database_ ? sqlite3_errmsg(database_) : "out of memory";
     logServerError("database error " + std::to_string(code) + ": " + reason);
-    if ((code & 0xFF) == SQLITE_FULL) return {ServerFault::StorageFull, "The server's storage is full."};
+    if ((code & 0xFF) == SQLITE_FULL) return {ServerFault::storageFull, "The server's storage is full."};
     if ((code & 0xFF) == SQLITE_BUSY) {
-        return {ServerFault::Busy, "The server is busy. Try again in a moment."};
+        return {ServerFault::busy, "The server is busy. Try again in a moment."};
     }
-    return {ServerFault::Internal, "The server's database failed."};
+    return {ServerFault::internal, "The server's database failed."};
 }
 
 sqlite3_stmt* SqliteConnection::cached(const char* sql) {
@@ -101,7 +101,7 @@ sqlite3_stmt* SqliteConnection::cached(const char* sql) {
 }
 
 SqliteTransaction::SqliteTransaction(SqliteConnection& connection, Kind kind)
-    : connection_(connection), isOpen_(connection.run(kind == Kind::Write ? "BEGIN IMMEDIATE" : "BEGIN")) {}
+    : connection_(connection), isOpen_(connection.run(kind == Kind::write ? "BEGIN IMMEDIATE" : "BEGIN")) {}
 
 SqliteTransaction::~SqliteTransaction() {
     if (isOpen_) connection_.run("ROLLBACK");
@@ -113,4 +113,4 @@ bool SqliteTransaction::commit() {
     return true;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

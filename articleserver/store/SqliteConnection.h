@@ -10,7 +10,7 @@
 #include <string_view>
 #include <unordered_map>
 
-namespace ostrel {
+namespace articleserver {
 
 class SqliteConnection;
 
@@ -84,7 +84,7 @@ private:
 /// A transaction that is undone unless commit() succeeded.
 class SqliteTransaction final {
 public:
-    enum class Kind { Read, Write };
+    enum class Kind { read, write };
 
     SqliteTransaction(SqliteConnection& connection, Kind kind);
     SqliteTransaction(const SqliteTransaction&) = delete;
@@ -99,4 +99,4 @@ private:
     bool isOpen_;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -25,7 +25,7 @@ ServerResult<std::int64_t> unreadOf(SqliteConnection& connection, std::int64_t r
 
 }  // namespace
 
-ServerFailure noArticle() { return {ServerFault::NotFound, "There is no such article."}; }
+ServerFailure noArticle() { return {ServerFault::notFound, "There is no such article."}; }
 
 ServerResult<std::int64_t> numberOf(SqliteConnection& connection, SqliteStatement statement) {
     if (!statement.step()) return connection.failure();
@@ -52,12 +52,12 @@ bool insertNotification(SqliteConnection& connection, const StoredNotification& 
 ServerResult<std::int64_t> SqliteArticleStore::addComment(std::int64_t article, std::int64_t author,
                                                           std::string_view text, ServerTime now) {
     return transact<std::int64_t>(
-        Kind::Write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
+        Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
             SqliteStatement open =
                 connection.prepare("SELECT open_comment FROM articles WHERE id = ?", article);
             if (!open.step()) return open.failed() ? connection.failure() : noArticle();
             if (open.integer(0) == 0) {
-                return ServerFailure{ServerFault::Forbidden, "Comments on this article are closed."};
+                return ServerFailure{ServerFault::forbidden, "Comments on this article are closed."};
             }
             if (!insertComment(connection, article, author, text, now)) return connection.failure();
             return numberOf(connection, connection.prepare(
@@ -66,7 +66,7 @@ ServerResult<std::int64_t> SqliteArticleStore::addComment(std::int64_t article, 
 }
 
 ServerResult<CommentPage> SqliteArticleStore::comments(const CommentQuery& query) const {
-    return transact<CommentPage>(Kind::Read, [&](SqliteConnection& connection) -> ServerResult<CommentPage> {
+    return transact<CommentPage>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<CommentPage> {
         CommentPage page;
         SqliteStatement row =
             connection.prepare("SELECT c.id, c.author_id, u.name, c.created, c.text FROM comments c "
@@ -94,11 +94,11 @@ ServerResult<CommentPage> SqliteArticleStore::comments(const CommentQuery& query
 ServerResult<std::int64_t> SqliteArticleStore::addNotification(const StoredNotification& notification) {
     const std::int64_t recipient = notification.recipientId;
     return transact<std::int64_t>(
-        Kind::Write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
+        Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
             SqliteStatement exists = connection.prepare("SELECT 1 FROM users WHERE id = ?", recipient);
             if (!exists.step()) {
                 if (exists.failed()) return connection.failure();
-                return ServerFailure{ServerFault::NotFound, "There is no such user."};
+                return ServerFailure{ServerFault::notFound, "There is no such user."};
             }
             bool isDone =
                 insertNotification(connection, notification) &&
@@ -118,7 +118,7 @@ ServerResult<NotificationPage> SqliteArticleStore::notifications(std::int64_t re
                                                                  std::optional<std::int64_t> before,
                                                                  int limit) const {
     return transact<NotificationPage>(
-        Kind::Read, [&](SqliteConnection& connection) -> ServerResult<NotificationPage> {
+        Kind::read, [&](SqliteConnection& connection) -> ServerResult<NotificationPage> {
             auto unread = unreadOf(connection, recipient);
             if (!unread) return unread.failure();
             NotificationPage page;
@@ -142,7 +142,7 @@ ServerResult<NotificationPage> SqliteArticleStore::notifications(std::int64_t re
 ServerResult<std::int64_t> SqliteArticleStore::markNotificationsRead(std::int64_t recipient,
                                                                      std::int64_t upTo) {
     return transact<std::int64_t>(
-        Kind::Write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
+        Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
             bool isDone = connection
                               .prepare("UPDATE notifications SET is_read = 1 WHERE recipient_id = ? AND "
                                        "id <= ? AND is_read = 0",
@@ -153,4 +153,4 @@ ServerResult<std::int64_t> SqliteArticleStore::markNotificationsRead(std::int64_
         });
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

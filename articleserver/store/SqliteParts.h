@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace ostrel {
+namespace articleserver {
 
 // What the sources of the SQLite store share. The inserting ones run inside a transaction of their caller.
 
@@ -21,4 +21,4 @@ bool insertComment(SqliteConnection& connection, std::int64_t article, std::int6
 /// With its read mark; the id is given by the store.
 bool insertNotification(SqliteConnection& connection, const StoredNotification& notification);
 
-}  // namespace ostrel
+}  // namespace articleserver

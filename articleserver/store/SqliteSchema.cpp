@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -102,7 +102,7 @@ CREATE INDEX published_requests_by_time ON published_requests (published);
 }  // namespace
 
 ServerResult<ServerDone> migrateSchema(SqliteConnection& connection) {
-    SqliteTransaction transaction(connection, SqliteTransaction::Kind::Write);
+    SqliteTransaction transaction(connection, SqliteTransaction::Kind::write);
     if (!transaction.isOpen()) return connection.failure();
     std::size_t version = 0;
     {
@@ -111,7 +111,7 @@ ServerResult<ServerDone> migrateSchema(SqliteConnection& connection) {
         if (reading.failed()) return connection.failure();
     }
     if (version > migrations.size()) {
-        return ServerFailure{ServerFault::Internal, "The database was written by a newer version."};
+        return ServerFailure{ServerFault::internal, "The database was written by a newer version."};
     }
     for (; version < migrations.size(); ++version) {
         std::string step = migrations[version];
@@ -122,4 +122,4 @@ ServerResult<ServerDone> migrateSchema(SqliteConnection& connection) {
     return ServerDone{};
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

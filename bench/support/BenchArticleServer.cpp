@@ -6,7 +6,7 @@
 namespace ostrel {
 
 namespace {
-constexpr int longestStart = 60000;  // milliseconds; the samples are made then
+constexpr int longestStart = 60000;  // milliseconds; the samples are brought in then
 }
 
 QString besideThis(const char* program) {

@@ -2,218 +2,193 @@
 
 #include "articleserver/media/ServerPicture.h"
 
-#include <chrono>
-#include <set>
-#include <thread>
+#include <fstream>
+#include <functional>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
-/// One sample server for all tests: filling takes a second.
-class SampleContentTest : public testing::Test {
-protected:
-    static void SetUpTestSuite() {
-        folder_ = std::make_unique<TemporaryFolder>();
-        start(true);
-        nlohmann::json page;
-        std::string path = "/article/articles_json.html";
-        for (int pages = 0; !path.empty() && pages < 10; ++pages) {
-            page = get(path);
-            for (const auto& record : page["results"]) records_.push_back(record);
-            path = page["more"].is_null() ? "" : page["more"].get<std::string>();
-        }
+using Json = nlohmann::json;
+
+ServerResult<std::unique_ptr<ArticleServer>> startOn(const std::filesystem::path& data,
+                                                     const std::filesystem::path& samples) {
+    ArticleServerOptions options;
+    options.dataFolder = data;
+    options.sampleFolder = samples;
+    return ArticleServer::start(options);
+}
+
+Json load(const ArticleServer& server, const std::string& path) {
+    const auto result = httplib::Client("127.0.0.1", server.port()).Get(path);
+    return result ? Json::parse(result->body, nullptr, false) : Json();
+}
+
+/// All records, newest first.
+std::vector<Json> recordsOf(const ArticleServer& server) {
+    std::vector<Json> records;
+    for (std::string path = "/article/articles_json.html"; !path.empty();) {
+        const Json page = load(server, path);
+        for (const Json& record : page["results"]) records.push_back(record);
+        path = page["more"].is_null() ? "" : page["more"].get<std::string>();
     }
+    return records;
+}
 
-    static void TearDownTestSuite() {
-        server_.reset();
-        folder_.reset();
-        records_.clear();
-    }
+std::size_t filesIn(const std::filesystem::path& folder) {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
 
-    static void start(bool sample) {
-        server_.reset();
-        ArticleServerOptions options;
-        options.dataFolder = folder_->path();
-        options.sample = sample;
-        auto started = ArticleServer::start(options);
-        ASSERT_TRUE(started) << started.failure().text;
-        server_ = std::move(*started);
-    }
-
-    static nlohmann::json get(const std::string& path) {
-        httplib::Client client("127.0.0.1", server_->port());
-        auto result = client.Get(path);
-        return result ? nlohmann::json::parse(result->body, nullptr, false) : nlohmann::json();
-    }
-
-    template <typename Test>
-    static std::ptrdiff_t count(Test test) {
-        return std::count_if(records_.begin(), records_.end(), test);
-    }
-
-    static std::unique_ptr<TemporaryFolder> folder_;
-    static std::unique_ptr<ArticleServer> server_;
-    static std::vector<nlohmann::json> records_;
-};
-
-std::unique_ptr<TemporaryFolder> SampleContentTest::folder_;
-std::unique_ptr<ArticleServer> SampleContentTest::server_;
-std::vector<nlohmann::json> SampleContentTest::records_;
+std::string joined(const Json& lines) {
+    std::string text;
+    for (std::size_t index = 0; index < lines.size(); ++index)
+        text += (index > 0 ? "\n" : "") + lines[index].get<std::string>();
+    return text;
+}
 
 }  // namespace
 
-TEST_F(SampleContentTest, IsAsVariedAsTheScreensNeed) {
-    using Record = const nlohmann::json&;
-    auto text = [](Record record) { return record["text"].get<std::string>(); };
-    EXPECT_GE(records_.size(), 55U);
-    EXPECT_LE(records_.size(), 70U);
-    EXPECT_GE(count([](Record record) { return record["title"] == ""; }), 3);
-    EXPECT_GE(count([&](Record record) { return text(record).empty(); }), 1);
-    EXPECT_GE(count([&](Record record) { return text(record).size() > 3000; }), 2);
-    EXPECT_GE(count([&](Record record) { return text(record).find("\r\n") != std::string::npos; }), 2);
-    EXPECT_GE(count([](Record record) { return record["open_comment"] == false; }), 4);
-    EXPECT_GE(count([](Record record) { return record["comment"] == 0; }), 5);
-    EXPECT_GE(count([](Record record) { return record["comment"] >= 3; }), 10);
-    EXPECT_GE(count([](Record record) { return record["images"].size() >= 3; }), 3);
-    EXPECT_GE(count([](Record record) { return record["images"].empty(); }), 15);
-    EXPECT_GE(count([](Record record) { return record["auth_name"] == "Ada Fern"; }), 6);
-    std::set<std::string> authors;
-    std::set<std::string> dates;
-    for (Record record : records_) {
-        authors.insert(record["auth_name"]);
-        dates.insert(record["modifie_date"]);
-    }
-    EXPECT_EQ(authors.size(), 8U);
-    EXPECT_GE(dates.size(), records_.size() - 2);
-    // Newest first by date as well as by id.
-    EXPECT_TRUE(std::is_sorted(records_.begin(), records_.end(), [](Record left, Record right) {
-        return left["modifie_date"] > right["modifie_date"];
-    }));
-}
-
-TEST_F(SampleContentTest, PicturesHaveTheSizesTheirRecordsTell) {
-    httplib::Client client("127.0.0.1", server_->port());
-    client.set_keep_alive(true);
-    std::set<bool> orientations;
-    for (const auto& record : records_) {
-        for (const auto& image : record["images"]) {
-            auto load = [&](const char* key) {
-                std::string url = image[key];
-                auto result = client.Get(url.substr(server_->url().size()));
-                return ServerPicture::decode(result ? result->body : "", 4096);
-            };
-            auto picture = load("image");
-            auto thumbnail = load("thumbnail");
-            ASSERT_TRUE(picture && thumbnail) << image;
-            EXPECT_EQ(picture->width(), image["image_width"]);
-            EXPECT_EQ(picture->height(), image["image_height"]);
-            EXPECT_EQ(std::max(thumbnail->width(), thumbnail->height()),
-                      std::min(400, std::max(picture->width(), picture->height())));
-            EXPECT_EQ(thumbnail->width() > thumbnail->height(), picture->width() > picture->height());
-            orientations.insert(picture->width() > picture->height());
-        }
-    }
-    EXPECT_EQ(orientations.size(), 2U);
-}
-
-TEST(SampleGalleryTest, PicturesThatAStopLeftUnpaintedAreThereAfterTheNextStart) {
+TEST(SampleContentTest, TheFolderComesInWhollyAndOnce) {
+    const std::filesystem::path samples = OSTREL_RESOURCE_DIR "/samples";
+    const Json content = Json::parse(bytesOf(samples / "samples.json"));
     TemporaryFolder folder;
-    std::vector<std::string> paths;
-    auto start = [&](bool sample) {
-        ArticleServerOptions options;
-        options.dataFolder = folder.path();
-        options.sample = sample;
-        auto started = ArticleServer::start(options);
-        EXPECT_TRUE(started);
-        return std::move(*started);
-    };
-    auto get = [](ArticleServer& server, const std::string& path) {
-        httplib::Client client("127.0.0.1", server.port());
-        auto result = client.Get(path);
-        return result && result->status == 200 ? result->body : std::string();
-    };
-    auto list = folder.path() / "sample-pictures";
-    {
-        auto server = start(true);
-        auto page = nlohmann::json::parse(get(*server, "/article/articles_json.html"));
-        for (const auto& record : page["results"]) {
-            for (const auto& image : record["images"]) {
-                for (const char* key : {"image", "thumbnail"})
-                    paths.push_back(image[key].get<std::string>().substr(server->url().size()));
+    auto server = startOn(folder.path(), samples);
+    ASSERT_TRUE(server) << server.failure().text;
+    const auto records = recordsOf(**server);
+    ASSERT_EQ(records.size(), content["articles"].size());
+    for (std::size_t at = 0; at < records.size(); ++at) {
+        const Json &record = records[at], &article = content["articles"][at];
+        EXPECT_EQ(record["auth_name"], article["author"]);
+        EXPECT_EQ(record["title"], article["title"]);
+        EXPECT_EQ(record["text"], joined(article["text"]));
+        EXPECT_EQ(record["liked"], article.value("likes", 0));
+        EXPECT_EQ(record["comment"], article.value("comments", Json::array()).size());
+        EXPECT_EQ(record["open_comment"], article.value("openComment", true));
+        if (at > 0) {
+            EXPECT_GE(records[at - 1]["modifie_date"], record["modifie_date"]) << record["title"];
+        }
+        const auto check = [&](const char* kind, const char* file, const std::string& size) {
+            const Json media = article.value(kind, Json::array());
+            ASSERT_EQ(record[kind].size(), media.size());
+            for (std::size_t number = 0; number < media.size(); ++number) {
+                const Json& served = record[kind][number];
+                const auto bytes = [&](const char* key) {
+                    const auto url = served[key].get<std::string>();
+                    return bytesOf(folder.path() / url.substr(url.find("media/")));
+                };
+                EXPECT_EQ(served["text"], media[number].value("text", ""));
+                EXPECT_TRUE(bytes(file) == bytesOf(samples / media[number]["file"])) << media[number];
+                const auto thumbnail = ServerPicture::decode(bytes("thumbnail"), 1280);
+                ASSERT_TRUE(thumbnail) << media[number];
+                EXPECT_EQ(thumbnail->width() > thumbnail->height(),
+                          served[size + "_width"] > served[size + "_height"])
+                    << media[number];
             }
+        };
+        check("images", "image", "image");
+        check("videos", "video", "video");
+    }
+    const std::size_t files = filesIn(folder.path() / "media");
+    for (int start = 0; start < 2; ++start) {
+        ASSERT_EQ((*server)->sampleAccounts().size(), 2U);
+        for (const SampleAccount& account : (*server)->sampleAccounts()) {
+            httplib::Client client("127.0.0.1", (*server)->port());
+            const auto signedIn = client.Post(
+                "/account/sign_in", httplib::Params{{"name", account.name}, {"password", account.password}});
+            ASSERT_TRUE(signedIn);
+            EXPECT_EQ(signedIn->status, 200) << account.name;
+            const auto cookie = signedIn->get_header_value("Set-Cookie");
+            const auto messages =
+                client.Get("/account/notifications", {{"Cookie", cookie.substr(0, cookie.find(';'))}});
+            ASSERT_TRUE(messages);
+            EXPECT_EQ(Json::parse(messages->body)["results"].size(),
+                      std::count_if(content["messages"].begin(), content["messages"].end(),
+                                    [&](const Json& message) { return message["to"] == account.name; }));
         }
-        ASSERT_GE(paths.size(), 20U);
-        EXPECT_TRUE(std::filesystem::exists(list)) << "it cannot have painted all of them already";
-        EXPECT_GT(get(*server, paths.back()).size(), 1000U)
-            << "a picture that is asked for is painted at once";
+        (*server).reset();
+        server = startOn(folder.path(), samples);
+        ASSERT_TRUE(server) << server.failure().text;
+        EXPECT_EQ(recordsOf(**server).size(), records.size());
+        EXPECT_EQ(filesIn(folder.path() / "media"), files);
     }
-    ASSERT_TRUE(std::filesystem::exists(list));
-    std::filesystem::remove(folder.path() / paths[0].substr(1));
-    auto server = start(false);
-    for (const std::string& path : paths) EXPECT_GT(get(*server, path).size(), 1000U) << path;
-    for (int wait = 0; wait < 600 && std::filesystem::exists(list); ++wait)
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_FALSE(std::filesystem::exists(list));
-    EXPECT_EQ(get(*server, "/media/" + std::string(32, 'a') + ".jpg"), "");
 }
 
-TEST_F(SampleContentTest, ClipsAreFilmsWithStillsOfTheirSize) {
-    httplib::Client client("127.0.0.1", server_->port());
-    client.set_keep_alive(true);
-    std::set<std::pair<int, int>> sizes;
-    int articlesWithSeveral = 0;
-    for (const auto& record : records_) {
-        articlesWithSeveral += record["videos"].size() > 1;
-        for (const auto& video : record["videos"]) {
-            auto load = [&](const char* key, const char* type) {
-                auto result = client.Get(video[key].get<std::string>().substr(server_->url().size()));
-                EXPECT_EQ(result ? result->get_header_value("Content-Type") : "", type);
-                return result ? result->body : std::string();
-            };
-            std::string film = load("video", "video/mp4");
-            EXPECT_EQ(film.substr(4, 4), "ftyp");
-            EXPECT_LT(film.find("moov"), film.find("mdat"))
-                << "it could not be played before all of it has come";
-            EXPECT_NE(film.find("mp4a"), std::string::npos) << "it has sound";
-            auto still = ServerPicture::decode(load("thumbnail", "image/jpeg"), 4096);
-            ASSERT_TRUE(still) << video;
-            EXPECT_EQ(still->width(), video["video_width"]);
-            EXPECT_EQ(still->height(), video["video_height"]);
-            EXPECT_GT(video["duration"], 1);
-            sizes.emplace(video["video_width"], video["video_height"]);
-        }
+TEST(SampleContentTest, ABrokenFolderIsOneSentenceAndLeavesNothing) {
+    TemporaryFolder samples, data;
+    const auto write = [&](const char* name, const std::string& bytes) {
+        std::ofstream(samples.path() / name, std::ios::binary | std::ios::trunc) << bytes;
+    };
+    const std::string picture = ServerPicture(60, 40).jpeg(80);
+    const auto clip = bytesOf(OSTREL_SOURCE_DIR "/samples/clips/wheel.mp4");
+    write("a.jpg", picture);
+    write("a.mp4", clip);
+    write("cut.jpg", picture.substr(0, picture.size() / 2));
+    write("text.mp4", "no clip");
+    const Json good = Json::parse(R"({
+        "people": [{"name": "Ada", "password": "long enough", "portrait": "a.jpg"}, {"name": "Lin"}],
+        "articles": [{"author": "Lin", "minutesAgo": 5, "title": "t", "text": ["a", "b"], "likes": 3,
+            "images": [{"file": "a.jpg", "text": "c"}],
+            "videos": [{"file": "a.mp4", "thumbnail": "a.jpg"}],
+            "comments": [{"author": "Ada", "text": "c"}]}],
+        "messages": [{"from": "Lin", "to": "Ada", "minutesAgo": 1, "title": "t", "text": "m"}]})");
+    const Json::json_pointer article("/articles/0"), image("/articles/0/images/0/file"),
+        still("/articles/0/videos/0/thumbnail"), video("/articles/0/videos/0/file");
+    struct Case {
+        std::function<void(Json&)> change;
+        const char* part;
+    };
+    for (const Case& tried : {
+             Case{[](Json& json) { json = Json::array(); }, "not an object"},
+             Case{[](Json& json) { json.erase("people"); }, "\"Lin\", who is not in \"people\""},
+             Case{[](Json& json) { json = Json::object(); }, "nobody in \"people\""},
+             Case{[](Json& json) { json["people"][0]["password"] = "short"; }, "person 1 could not sign up"},
+             Case{[](Json& json) { json["people"][1]["name"] = "\u202E"; }, "person 2 could not sign up"},
+             Case{[](Json& json) {
+                      json["people"].push_back({{"name", "ADA"}});
+                  },
+                  "The name is taken."},
+             Case{[](Json& json) { json["articles"] = "none"; }, "\"articles\" that is not a list"},
+             Case{[&](Json& json) { json[article].erase("title"); }, "article 1 has no text \"title\""},
+             Case{[&](Json& json) { json[article]["text"] = "a"; }, "no list of lines \"text\""},
+             Case{[&](Json& json) { json[article]["text"][1] = 1; }, "article 1 has no text \"text\""},
+             Case{[&](Json& json) { json[article]["minutesAgo"] = -1; }, "no number \"minutesAgo\" from 0"},
+             Case{[&](Json& json) { json[article]["likes"] = 2.5; }, "no number \"likes\""},
+             Case{[&](Json& json) { json[article]["opencomment"] = true; }, "unknown key \"opencomment\""},
+             Case{[&](Json& json) { json[article]["openComment"] = 1; }, "neither true nor false"},
+             Case{[&](Json& json) { json[article]["comments"][0]["author"] = "X"; },
+                  "comment 1 of article 1"},
+             Case{[](Json& json) { json["messages"][0].erase("to"); }, "message 1 has no text \"to\""},
+             Case{[&](Json& json) { json[image] = "none.jpg"; }, "none.jpg: No such file"},
+             Case{[&](Json& json) { json[image] = "."; }, "Is a directory"},
+             Case{[&](Json& json) { json[image] = "cut.jpg"; },
+                  "cut.jpg was refused: The picture is broken."},
+             Case{[&](Json& json) { json[image] = "a.mp4"; }, "a.mp4 was refused: The picture is not a JPEG"},
+             Case{[&](Json& json) { json[video] = "text.mp4"; }, "text.mp4"},
+             Case{[&](Json& json) { json[still] = "cut.jpg"; }, "cut.jpg was refused"},
+             Case{[](Json& json) { json["people"][0]["portrait"] = "text.mp4"; }, "neither JPEG nor PNG"},
+         }) {
+        Json changed = good;
+        tried.change(changed);
+        write("samples.json", changed.dump());
+        const auto server = startOn(data.path(), samples.path());
+        ASSERT_FALSE(server) << tried.part;
+        const std::string& text = server.failure().text;
+        EXPECT_NE(text.find(tried.part), std::string::npos) << text << " for " << tried.part;
+        EXPECT_NE(text.find(samples.path()), std::string::npos) << text;
+        EXPECT_EQ(filesIn(data.path() / "media"), 0U) << tried.part;
     }
-    EXPECT_EQ(sizes.size(), 3U) << "landscape, portrait, square";
-    EXPECT_GE(articlesWithSeveral, 2);
-}
-
-TEST_F(SampleContentTest, AFirstReaderFindsMessages) {
-    httplib::Client client("127.0.0.1", server_->port());
-    const SampleAccount& account = server_->sampleAccounts().front();
-    auto signedIn = client.Post("/account/sign_in",
-                                httplib::Params{{"name", account.name}, {"password", account.password}});
-    ASSERT_TRUE(signedIn);
-    std::string cookie = signedIn->get_header_value("Set-Cookie");
-    auto list = client.Get("/account/notifications", {{"Cookie", cookie.substr(0, cookie.find(';'))}});
-    ASSERT_TRUE(list);
-    auto messages = nlohmann::json::parse(list->body);
-    EXPECT_GE(messages["results"].size(), 3U);
-    EXPECT_LT(std::stoi(messages["result"].get<std::string>()), static_cast<int>(messages["results"].size()));
-}
-
-TEST_F(SampleContentTest, BothAccountsOpenAndASecondFillingChangesNothing) {
-    ASSERT_EQ(server_->sampleAccounts().size(), 2U);
-    for (const SampleAccount& account : server_->sampleAccounts()) {
-        httplib::Client client("127.0.0.1", server_->port());
-        auto result = client.Post("/account/sign_in",
-                                  httplib::Params{{"name", account.name}, {"password", account.password}});
-        ASSERT_TRUE(result);
-        EXPECT_EQ(result->status, 200) << account.name;
+    for (const std::string& bytes :
+         {std::string(), good.dump().substr(0, 300), std::string("{\"\xFF\": 1}")}) {
+        write("samples.json", bytes);
+        const auto server = startOn(data.path(), samples.path());
+        ASSERT_FALSE(server);
+        EXPECT_TRUE(server.failure().text.ends_with("samples.json is not JSON.")) << server.failure().text;
     }
-    start(true);
-    EXPECT_EQ(get("/article/articles_json.html")["results"][0]["id"], records_.front()["id"]);
-    EXPECT_EQ(server_->sampleAccounts().size(), 2U);
+    write("samples.json", good.dump());
+    const auto server = startOn(data.path(), samples.path());
+    ASSERT_TRUE(server) << server.failure().text;
+    EXPECT_EQ(recordsOf(**server).size(), 1U);
+    EXPECT_EQ(filesIn(data.path() / "media"), 5U);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

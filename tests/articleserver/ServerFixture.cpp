@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -45,6 +45,24 @@ std::string Answer::cookie(const std::string& name) const {
         if (header->second.starts_with(name + "=")) return header->second.substr(0, header->second.find(';'));
     }
     return {};
+}
+
+std::string exifSegmentWith(int orientation) {
+    std::string segment("Exif\0\0MM\0\x2A\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0", 25);
+    segment += static_cast<char>(orientation);
+    return segment + std::string(6, '\0');
+}
+
+std::string withOrientation(const std::string& jpeg, int orientation) {
+    const std::string segment = exifSegmentWith(orientation);
+    // Behind the start of the image; the length counts its own two bytes.
+    const std::string head{'\xFF', '\xE1', '\0', static_cast<char>(segment.size() + 2)};
+    return jpeg.substr(0, 2) + head + segment + jpeg.substr(2);
+}
+
+std::string bytesOf(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 void ServerTest::start() {
@@ -114,4 +132,4 @@ std::string ServerTest::addMedia(const std::string& bytes, const std::string& ex
     return name;
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -12,7 +12,7 @@
 #include <memory>
 #include <string>
 
-namespace ostrel {
+namespace articleserver {
 
 /// A folder of its own below the system's temporary folder, gone with the object.
 class TemporaryFolder final {
@@ -38,6 +38,13 @@ struct Answer {
     /// "name=value" of a cookie that the answer sets, or empty.
     std::string cookie(const std::string& name) const;
 };
+
+/// The content of a JPEG's APP1 segment that holds an orientation (Exif 2.32, tag 0x0112) and nothing else.
+std::string exifSegmentWith(int orientation);
+/// The JPEG file with this orientation noted in it.
+std::string withOrientation(const std::string& jpeg, int orientation);
+
+std::string bytesOf(const std::filesystem::path& file);
 
 /// A server on a port of its own over an empty folder, with a clock that tests turn.
 class ServerTest : public testing::Test {
@@ -72,4 +79,4 @@ protected:
     int mediaCount_ = 0;
 };
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -5,7 +5,9 @@
 #include <fstream>
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
+
+using ostrel::ChildProcess;
 
 namespace {
 
@@ -37,7 +39,8 @@ TEST(ServerProgramTest, ServesUntilItIsTold) {
 
 TEST(ServerProgramTest, SampleTellsItsAccountsAfterTheAddress) {
     TemporaryFolder folder;
-    ChildProcess server({binary, "--data", folder.path(), "--port", "0", "--sample"});
+    ChildProcess server(
+        {binary, "--data", folder.path(), "--port", "0", "--sample", OSTREL_RESOURCE_DIR "/samples"});
     portIn(server.line());
     EXPECT_EQ(server.line(), "sample account: Ada Fern / snowdrop-teapot");
     EXPECT_EQ(server.line(), "sample account: Oskar Lind / ferry-lantern");
@@ -92,6 +95,8 @@ TEST(ServerProgramTest, MistakesGetOneSentenceAndAStatus) {
              Case{{"--data", "/proc/nowhere"}, 1, "data folder"},
              Case{{"--data", data, "--public-url", "ftp://x"}, 1, "public address"},
              Case{{"--data", data, "--host", "not.an.address.invalid"}, 1, "Cannot listen"},
+             Case{{"--data", data, "--sample", file + "/below"}, 1, "Cannot read the sample file"},
+             Case{{"--data", data, "--sample"}, 2, "--sample"},
              Case{{"--data", data, "--port", "65536"}, 2, "--port"},
              Case{{"--data", data, "--port", "-1"}, 2, "--port"},
              Case{{"--data", data, "--port", "http"}, 2, "--port"},
@@ -123,4 +128,4 @@ TEST(ServerProgramTest, EndsWithItsParentWhenAsked) {
     EXPECT_FALSE(client.Get("/account/me"));
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

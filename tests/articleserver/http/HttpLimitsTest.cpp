@@ -10,7 +10,7 @@
 #include <optional>
 #include <thread>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -200,4 +200,4 @@ TEST_F(HttpLimitsTest, StopDoesNotWaitForOpenConnections) {
     EXPECT_TRUE(silent.readToEnd());
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ostrel {
+namespace articleserver {
 
 TEST(WebMessageTest, FieldsAreDecodedOrRefused) {
     auto fields = parseFields("a=1&b=x+y%26%3D&&empty=&bare&%E5%90%8D=%E6%9E%97");
@@ -112,4 +112,4 @@ TEST(AttemptLimiterTest, WindowSlidesAndMemoryIsBounded) {
     EXPECT_TRUE(limiter.take("a", 123));
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -1,11 +1,10 @@
 #include "articleserver/media/ServerPicture.h"
 #include "articleserver/media/ExifOrientation.h"
-
-#include <gtest/gtest.h>
+#include "tests/articleserver/ServerFixture.h"
 
 #include <array>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -50,12 +49,11 @@ TEST(ServerPictureTest, OrientationsAreCarriedOutAsExifHasThem) {
     constexpr std::array<const char*, 9> shown = {"",     "rgbb", "grbb", "bbgr", "bbrg",
                                                   "rbgb", "brbg", "bgbr", "gbrb"};
     for (int orientation = 1; orientation <= 8; ++orientation) {
-        auto decoded = ServerPicture::decode(flag().jpeg(95, orientation), 100);
+        auto decoded = ServerPicture::decode(withOrientation(flag().jpeg(95), orientation), 100);
         ASSERT_TRUE(decoded) << orientation;
         EXPECT_EQ(decoded->width(), orientation <= 4 ? 48 : 32) << orientation;
         EXPECT_EQ(decoded->height(), orientation <= 4 ? 32 : 48) << orientation;
         EXPECT_EQ(cornersOf(*decoded), shown[static_cast<std::size_t>(orientation)]) << orientation;
-        EXPECT_EQ(cornersOf(flag().oriented(orientation).oriented(inverseOrientation(orientation))), "rgbb");
     }
 }
 
@@ -82,4 +80,4 @@ TEST(ServerPictureTest, OrientationsOfDamagedSegmentsAreUpright) {
     EXPECT_EQ(exifOrientationOf("http://ns.adobe.com/xap/1.0/"sv), 1);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -4,7 +4,7 @@
 
 #include <sqlite3.h>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -207,4 +207,4 @@ TEST_F(AccountTest, BadAvatarsAreRefusedAndTheOldOneStays) {
     EXPECT_EQ(uploadAvatar(ServerPicture(4096, 3).jpeg(50), ada).status, 200);
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -3,7 +3,7 @@
 #include <set>
 #include <thread>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -337,4 +337,4 @@ TEST_F(ArticleRoutesTest, PublicPageShowsTextAndNeverMarkup) {
     EXPECT_EQ(get("/article.css").header("Content-Type"), "text/css; charset=utf-8");
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <thread>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -194,4 +194,4 @@ TEST_F(MediaTest, StartSweepsLeftOversOfOurOwnMakingOnly) {
     EXPECT_TRUE(std::filesystem::exists(mediaFolder() / "notes.txt"));
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

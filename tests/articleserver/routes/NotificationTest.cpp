@@ -2,7 +2,7 @@
 
 #include <vector>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -99,4 +99,4 @@ TEST_F(NotificationTest, ComeInPagesAndAreThrottledBySender) {
     EXPECT_EQ(second["result"], "30") << "the count is of all unread ones";
 }
 
-}  // namespace ostrel
+}  // namespace articleserver

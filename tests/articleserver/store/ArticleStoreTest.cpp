@@ -6,7 +6,7 @@
 
 #include <thread>
 
-namespace ostrel {
+namespace articleserver {
 
 namespace {
 
@@ -108,7 +108,7 @@ TEST_F(ArticleStoreTest, AFailedOperationChangesNothing) {
     article.authorId = ada;
     // The second image's file is taken by the first.
     article.images = {{0, "same", "t1", 1, 1, ""}, {0, "same", "t2", 1, 1, ""}};
-    EXPECT_EQ(store_->addArticle(article).failure().fault, ServerFault::Internal);
+    EXPECT_EQ(store_->addArticle(article).failure().fault, ServerFault::internal);
     article.images.clear();
     article.authorId = 99;
     EXPECT_FALSE(store_->addArticle(article));
@@ -119,10 +119,10 @@ TEST_F(ArticleStoreTest, AFailedOperationChangesNothing) {
 
 TEST_F(ArticleStoreTest, NamesAreUniqueWhateverTheirCase) {
     addUser("Ada Fern");
-    EXPECT_EQ(store_->addUser({0, "ADA FERN", "", ""}, 0).failure().fault, ServerFault::Conflict);
+    EXPECT_EQ(store_->addUser({0, "ADA FERN", "", ""}, 0).failure().fault, ServerFault::conflict);
     EXPECT_EQ((*store_->userNamed("aDa fErN"))->name, "Ada Fern");
     EXPECT_FALSE(*store_->userNamed("Ada"));
-    EXPECT_EQ(store_->setAvatar(99, "x").failure().fault, ServerFault::NotFound);
+    EXPECT_EQ(store_->setAvatar(99, "x").failure().fault, ServerFault::notFound);
     EXPECT_EQ(*store_->setAvatar(1, "first"), "");
     EXPECT_EQ(*store_->setAvatar(1, "second"), "first");
 }
@@ -172,7 +172,7 @@ TEST_F(ArticleStoreTest, WritersAndReadersAtOnceLoseNothing) {
 TEST_F(ArticleStoreTest, ImportIsForEmptyStoresAndAllOrNothing) {
     ImportedContent content;
     content.users = {{0, "Ada", "", ""}, {0, "ada", "", ""}};
-    EXPECT_EQ(store_->importInto(content).failure().fault, ServerFault::Conflict);
+    EXPECT_EQ(store_->importInto(content).failure().fault, ServerFault::conflict);
     EXPECT_TRUE(*store_->isEmpty());
 
     content.users[1].name = "Bo";
@@ -186,7 +186,7 @@ TEST_F(ArticleStoreTest, ImportIsForEmptyStoresAndAllOrNothing) {
     EXPECT_EQ((*article)->authorName, "Bo");
     EXPECT_EQ((*article)->likes, 2);
     EXPECT_EQ(store_->comments({1, std::nullopt, 10, 1000})->comments.at(0).authorName, "Ada");
-    EXPECT_EQ(store_->importInto(content).failure().fault, ServerFault::Conflict);
+    EXPECT_EQ(store_->importInto(content).failure().fault, ServerFault::conflict);
     EXPECT_EQ(number("SELECT COUNT(*) FROM articles"), 1);
 }
 
@@ -230,7 +230,7 @@ TEST_F(ArticleStoreTest, OnlyTheNewestNotificationsOfARecipientAreKept) {
     EXPECT_EQ(page->notifications.back().id, 2);
     EXPECT_EQ(store_->notifications(2, std::nullopt, 9)->notifications.size(), 1U);
     EXPECT_EQ(store_->addNotification({0, 1, "", 99, 0, "t", "", false}).failure().fault,
-              ServerFault::NotFound);
+              ServerFault::notFound);
 }
 
 TEST_F(ArticleStoreTest, AFileOfTheFirstVersionGetsWhatCameLater) {
@@ -258,4 +258,4 @@ TEST_F(ArticleStoreTest, FilesOfNewerServersAndOtherFilesAreRefused) {
     EXPECT_FALSE(SqliteArticleStore::open(other));
 }
 
-}  // namespace ostrel
+}  // namespace articleserver
