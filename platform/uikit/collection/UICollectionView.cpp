@@ -141,7 +141,7 @@ void UICollectionView::contentOffsetDidChange() {
 
 void UICollectionView::visibleRectDidChange() {
     setNeedsLayout();
-    // What is under the finger stays there, whoever scrolls.
+    // A lifted cell stays under the finger, whichever scroll view moves.
     if (implementation_->movement && implementation_->movement->hasGrip) implementation_->follow();
 }
 

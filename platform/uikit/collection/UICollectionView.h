@@ -25,7 +25,7 @@ public:
                                                                                        NSIndexPath path) = 0;
     virtual bool collectionViewCanMoveItemAtIndexPath(UICollectionView&, NSIndexPath) { return false; }
     /// A drag or the keyboard has moved an item, within its section. Called once, and only when the place changed. The
-    /// items in sight are asked for anew afterwards: what order they have then is the data source's affair.
+    /// visible items are asked for again afterwards: the data source decides on their order.
     virtual void collectionViewMoveItemAtIndexPathToIndexPath(UICollectionView&, NSIndexPath /*from*/,
                                                               NSIndexPath /*to*/) {}
 };
@@ -38,7 +38,7 @@ public:
     virtual CGFloat collectionViewLayoutMinimumLineSpacingForSectionAtIndex(UICollectionView& view,
                                                                             std::int64_t);
     virtual UIEdgeInsets collectionViewLayoutInsetForSectionAtIndex(UICollectionView& view, std::int64_t);
-    /// Where an item goes that is moved towards `proposed`; the default lets it.
+    /// The position of an item that is dragged towards `proposed`; the default accepts `proposed`.
     virtual NSIndexPath collectionViewTargetIndexPathForMoveFromItemAtIndexPathToProposedIndexPath(
         UICollectionView&, NSIndexPath /*from*/, NSIndexPath proposed) {
         return proposed;
@@ -49,11 +49,11 @@ public:
     virtual bool collectionViewRemoveItemAtIndexPath(UICollectionView&, NSIndexPath) { return false; }
 };
 
-/// Items in lines, of which only those exist as views that are in sight: within the view's own bounds and whatever
-/// clips it, so that it may also stand at its full height in a row of a table. Main thread.
+/// Items in lines. Only visible items exist as views: those within the view's bounds and within every ancestor that
+/// clips, so that the collection view may also stand at its full height in a row of a table. Main thread.
 class UICollectionView : public UIScrollView {
 public:
-    /// Items are made this far beyond what is in sight, above and below, points.
+    /// Items are made this far above and below the visible part, points.
     static constexpr CGFloat overscan = 240;
     /// Unused cells kept for reuse, over all identifiers.
     static constexpr std::size_t reusePoolLimit = 32;
@@ -95,7 +95,7 @@ public:
     std::optional<NSIndexPath> indexPathForItemAtPoint(CGPoint point) const;
     /// None when the cell shows no item (any more).
     std::optional<NSIndexPath> indexPathForCell(const UICollectionViewCell& cell) const;
-    /// Null when the item is not in sight (or near it).
+    /// Null when the item is neither visible nor near the visible part.
     std::shared_ptr<UICollectionViewCell> cellForItemAtIndexPath(NSIndexPath path) const;
     std::vector<std::shared_ptr<UICollectionViewCell>> visibleCells() const;
     CGRect frameForItemAtIndexPath(NSIndexPath path) const;
@@ -106,9 +106,9 @@ public:
     bool beginInteractiveMovementForItemAtIndexPath(NSIndexPath path);
     /// `point` in this view's coordinates: where the finger is.
     void updateInteractiveMovementTargetPosition(CGPoint point);
-    /// Lets it go where it is. Nothing when no movement is under way.
+    /// Drops the item at its present position. Does nothing when no movement is under way.
     void endInteractiveMovement();
-    /// Lets it go where it was. Nothing when no movement is under way.
+    /// Returns the item to its former position. Does nothing when no movement is under way.
     void cancelInteractiveMovement();
     bool isInteractiveMovementUnderWay() const;
 

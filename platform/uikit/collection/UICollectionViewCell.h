@@ -8,7 +8,7 @@
 namespace ostrel {
 
 /// One item of a collection view: a surface that moves and is painted as a whole. Subviews go into `contentView`, which
-/// is as large as the cell. Its accessible name is its own affair (`setAccessibility`).
+/// is as large as the cell. The cell sets its accessible name itself (`setAccessibility`).
 class UICollectionViewCell : public UIView {
 public:
     explicit UICollectionViewCell(CGRect frame);

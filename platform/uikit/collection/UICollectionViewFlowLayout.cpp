@@ -7,7 +7,7 @@ namespace ostrel {
 
 namespace {
 
-// Widths that are a share of the view's, rounded to single precision, still fit.
+// The tolerance lets items fit whose widths are a fraction of the view's width, rounded to single precision.
 constexpr CGFloat tolerance = 0.01;
 
 CGFloat sane(CGFloat length) { return std::isfinite(length) ? std::max(0.0, length) : 0; }

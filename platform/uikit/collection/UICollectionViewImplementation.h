@@ -7,8 +7,8 @@
 
 namespace ostrel {
 
-/// What a collection view keeps and does; the files UICollectionViewLayout, UICollectionViewUpdates and
-/// UICollectionViewMovement each hold a part.
+/// The private state of a collection view. UICollectionViewLayout.cpp, UICollectionViewUpdates.cpp and
+/// UICollectionViewMovement.cpp implement it.
 ///
 /// An item's row is its place in the data source; its position is where it is shown. The two differ only while an item
 /// is being moved and the others make room.
@@ -34,7 +34,7 @@ struct UICollectionView::Implementation {
         bool scrolls = false;  ///< frames are asked for, to scroll near an edge
         double lastFrame = -1;
     };
-    /// How items come to their places: at once, or moving there from where they were.
+    /// Whether items take their places at once or move there from their former places.
     struct Transition {
         double duration = 0;
         /// Where an item stood that had no cell there; none: it is new.
@@ -54,8 +54,8 @@ struct UICollectionView::Implementation {
     void askSizes();
     void arrange(Section& section, std::int64_t number) const;
     void layout();
-    /// Makes and places the cells that are in sight or near it and lets go of the others.
-    void tile(const Transition* transition = nullptr);
+    /// Makes and places the cells in or near the visible part and releases the others.
+    void layOutItems(const Transition* transition = nullptr);
     void retireAll();
     Cell askForCell(NSIndexPath path);
     void ensureCell(NSIndexPath path, const Transition* transition, std::vector<Cell>& appearing);
@@ -81,7 +81,7 @@ struct UICollectionView::Implementation {
     void follow();
     void makeRoom(std::int64_t position);
     void endMovement(bool moves, bool animated);
-    /// Tells the data source and shows what order it then has.
+    /// Tells the data source of the movement, and shows the order that the data source then has.
     void commitMove(NSIndexPath from, NSIndexPath to);
     void scrollNearEdge();
     bool scrollStep(double time);

@@ -113,7 +113,7 @@ void UICollectionView::Implementation::retireAll() {
     cells.clear();
 }
 
-/// What movement and fading may have left.
+/// Resets the transform and the alpha that an animation may have left.
 void UICollectionView::Implementation::resetLook(UICollectionViewCell& cell) {
     cell.setAlpha(1);
     takeLiftBack(cell);
@@ -143,7 +143,7 @@ std::shared_ptr<UICollectionViewCell> UICollectionView::dequeueReusableCellWithR
         return cell;
     };
     if (Cell cell = takeRetired([&](NSIndexPath other) { return other == path; })) {
-        // It stays where it is shown, and goes from there.
+        // The cell keeps its place on screen, and moves from there.
         if (cell->frame().size != frame.size) cell->setFrame({cell->frame().origin, frame.size});
         cell->prepareForReuse();
         return cell;
@@ -184,7 +184,7 @@ UICollectionView::Implementation::Cell UICollectionView::Implementation::askForC
               std::to_string(path.row), std::to_string(path.section));
         cell = make<UICollectionViewCell>(frameOf(path));
     }
-    // The data source may hand out a cell that it holds itself, wherever it is.
+    // The data source may hand out a cell of its own that already is in another place.
     std::erase_if(retired, [&](const auto& entry) { return entry.second == cell; });
     pool.remove(cell);
     if (std::erase(leaving, cell) > 0) resetLook(*cell);
@@ -215,7 +215,7 @@ void UICollectionView::Implementation::ensureCell(NSIndexPath path, const Transi
     cell->setTransform(CGAffineTransform::scale(appearingScale, appearingScale));
 }
 
-/// Subviews are in the order of the items, which is the order of the Tab key.
+/// Subviews stand in the order of the items, because the Tab key follows the order of subviews.
 void UICollectionView::Implementation::insertCellView(NSIndexPath path, const Cell& cell) {
     const auto& all = view.subviews();
     const auto indexOf = [&](const Cell& other) {
@@ -223,7 +223,7 @@ void UICollectionView::Implementation::insertCellView(NSIndexPath path, const Ce
         return found == all.end() ? -1 : found - all.begin();
     };
     const std::ptrdiff_t present = indexOf(cell);
-    // Among the others; a cell under the finger is in front of all, and no measure.
+    // A cell under the finger is in front of all others and is left out of the comparison.
     const auto indexWithout = [&](const Cell& other) -> std::ptrdiff_t {
         if (movement && movement->cell == other) return -1;
         const std::ptrdiff_t index = indexOf(other);
@@ -259,11 +259,11 @@ void UICollectionView::Implementation::layout() {
     } else if (needsSizes || laidOutWidth != view.frame().width()) {
         askSizes();
     }
-    // Out of the window everything stays as it is: it may come back.
-    if (view.window()) tile();
+    // Outside of a window nothing changes, because the view may return to one.
+    if (view.window()) layOutItems();
 }
 
-void UICollectionView::Implementation::tile(const Transition* transition) {
+void UICollectionView::Implementation::layOutItems(const Transition* transition) {
     isLayingOut = true;
     const CGRect seen = view.visibleRect();
     const CGFloat from = seen.minY() - overscan, to = seen.maxY() + overscan;

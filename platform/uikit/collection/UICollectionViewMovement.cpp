@@ -35,7 +35,7 @@ bool UICollectionView::beginInteractiveMovementForItemAtIndexPath(NSIndexPath pa
     self.movement = Implementation::Movement{.cell = cell, .from = path, .to = path.row};
     bringSubviewToFront(cell);
     cell->setShadow({UIColor::black().withAlpha(0.35f), 8, {0, 3}});
-    // What throws a shadow is not seen through.
+    // A view with a shadow needs an opaque background.
     cell->hasPlate_ = cell->backgroundColor().isClear();
     if (cell->hasPlate_) cell->setBackgroundColor(UIColor::systemBackground());
     UIView::animate(liftDuration,
@@ -69,7 +69,7 @@ NSIndexPath UICollectionView::Implementation::targetOf(NSIndexPath from, NSIndex
     return proposed.section == from.section && exists(proposed) ? proposed : from;
 }
 
-/// Brings the cell to the finger, and the others out of its way.
+/// Moves the cell to the finger, and the other cells out of its way.
 void UICollectionView::Implementation::follow() {
     const CGPoint point = view.window()->convertPointToView(movement->finger, &view);
     movement->cell->setCenter({point.x + movement->grip.x, point.y + movement->grip.y});
@@ -98,7 +98,7 @@ void UICollectionView::Implementation::makeRoom(std::int64_t position) {
         const auto old = static_cast<std::size_t>(oldPositions[static_cast<std::size_t>(path.row)]);
         return before.flow.frame(old).offsetBy(0, before.top);
     };
-    tile(&transition);
+    layOutItems(&transition);
 }
 
 void UICollectionView::Implementation::endMovement(bool moves, bool animated) {
@@ -107,7 +107,7 @@ void UICollectionView::Implementation::endMovement(bool moves, bool animated) {
     const NSIndexPath to{ended.from.section, ended.to};
     Section& section = sections[static_cast<std::size_t>(ended.from.section)];
     arrange(section, ended.from.section);
-    // Back among the others.
+    // The cell returns to the z-order of the others.
     const auto row = cells.find(ended.from);
     if (row != cells.end()) insertCellView(row->first, row->second);
     if (moves && to != ended.from) return commitMove(ended.from, to);
@@ -120,10 +120,10 @@ void UICollectionView::Implementation::endMovement(bool moves, bool animated) {
     Transition transition{
         .duration = roomDuration, .oldFrame = {}, .gone = {}, .settling = ended.cell, .completion = {}};
     transition.oldFrame = [this](NSIndexPath path) -> std::optional<CGRect> { return frameOf(path); };
-    tile(&transition);
+    layOutItems(&transition);
 }
 
-/// What can be animated of how a lifted cell looks.
+/// The animated part of a lifted cell's appearance.
 void UICollectionView::Implementation::takeLiftBack(UICollectionViewCell& cell) {
     cell.setTransform({});
     const bool isPlate = std::exchange(cell.hasPlate_, false);
@@ -140,7 +140,7 @@ void UICollectionView::Implementation::commitMove(NSIndexPath from, NSIndexPath 
     const auto source = dataSource.lock();
     const auto moved = cells.find(from);
     const Cell cell = moved == cells.end() ? nullptr : moved->second;
-    // The cells as an insertion would have them; each is asked for anew, at its new place.
+    // The cells take the order that an insertion gives; the data source is asked for each cell again at its new place.
     std::map<NSIndexPath, Cell> rearranged;
     for (const auto& [path, shown] : cells) {
         NSIndexPath place = path;
@@ -172,12 +172,13 @@ void UICollectionView::Implementation::commitMove(NSIndexPath from, NSIndexPath 
     }
     retireAll();
     askSizes();
-    tile(&transition);
+    layOutItems(&transition);
 }
 
 // Scrolling under the finger
 
-/// The scroll view that goes on under the finger, and how fast: points a second, positive towards the end.
+/// The scroll view that scrolls while the finger rests near its edge, and its speed: points a second, positive towards
+/// the end.
 std::pair<UIScrollView*, CGFloat> UICollectionView::Implementation::scrollWanted() const {
     CGRect seen = view.window()->bounds();
     std::vector<UIScrollView*> around;
@@ -242,7 +243,7 @@ std::optional<NSIndexPath> UICollectionView::Implementation::neighbour(NSIndexPa
     return exists(target) ? std::optional(target) : std::nullopt;
 }
 
-/// Scrolls whatever is around so far that the rectangle is seen.
+/// Scrolls the enclosing scroll views until the rectangle is visible.
 void UICollectionView::Implementation::reveal(const CGRect& rect) {
     for (UIView* above = &view; above; above = above->superview()) {
         auto* const scroll = dynamic_cast<UIScrollView*>(above);
@@ -280,7 +281,7 @@ bool UICollectionView::Implementation::moveByKeyboard(NSIndexPath from, NSIndexP
     const auto shown = cells.find(to);
     const auto& announce = UIApplication::sharedApplication().announce;
     if (!announce || shown == cells.end()) return true;
-    // The item says itself which one it is now.
+    // The cell itself announces its new position to assistive programs.
     const std::string& name = shown->second->accessibility().label;
     const std::string place =
         std::to_string(to.row + 1) + " / " + std::to_string(view.numberOfItemsInSection(to.section));
@@ -290,7 +291,7 @@ bool UICollectionView::Implementation::moveByKeyboard(NSIndexPath from, NSIndexP
 
 bool UICollectionView::Implementation::handleKey(const UIPress& press) {
     UIWindow* const window = view.window();
-    // Keys that somebody writing text does not want are not meant for the items.
+    // While text is edited, keys that the editor leaves unused do not operate the items.
     if (!window || window->firstResponder() || !window->focusedView() || movement || batchDepth > 0)
         return false;
     layout();
@@ -319,7 +320,7 @@ bool UICollectionView::Implementation::handleKey(const UIPress& press) {
         return true;
     case UIKeyCode::deleteBackward:
     case UIKeyCode::deleteForward: {
-        // Nothing is removed that does not show that it is meant.
+        // Delete removes an item only when the item visibly has the focus.
         if (!itemHasFocus || !cells.at(*path)->showsFocus_ || press.isRepeat || modifiers || !asked)
             return false;
         const auto kept = view.shared_from_this();

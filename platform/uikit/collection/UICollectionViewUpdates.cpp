@@ -45,7 +45,7 @@ void UICollectionView::performBatchUpdates(const std::function<void()>& updates,
                                            std::function<void(bool finished)> completion) {
     const auto kept = shared_from_this();
     Implementation& self = *implementation_;
-    // The numbers before the change are those that the data source gives now.
+    // The data source still answers with the numbers of sections and items before the change.
     self.ensureNumbers();
     ++self.batchDepth;
     if (completion) self.batch.completions.push_back(std::move(completion));
@@ -101,7 +101,7 @@ const char* UICollectionView::Implementation::faultOf(const Batch& update,
                : "the items after an update are those before it, less the deleted, and the inserted";
 }
 
-/// In a later turn: whoever made the update is in the middle of it.
+/// Runs in a later turn of the run loop, because the caller is still in the middle of its update.
 void UICollectionView::Implementation::completeLater(std::vector<std::function<void(bool)>> completions,
                                                      bool finished) {
     if (completions.empty() || !RunLoop::hasMain()) return;
@@ -112,7 +112,7 @@ void UICollectionView::Implementation::completeLater(std::vector<std::function<v
 
 void UICollectionView::Implementation::apply(Batch update) {
     endMovement(false, false);
-    // What the data source has now is shown with the next layout anyway.
+    // The next layout shows the present state of the data source in any case.
     if (needsNumbers || isLayingOut) {
         needsNumbers = true;
         view.setNeedsLayout();
@@ -175,7 +175,7 @@ void UICollectionView::Implementation::apply(Batch update) {
     transition.completion = [completions = std::move(update.completions)](bool finished) {
         for (const auto& completion : completions) completion(finished);
     };
-    tile(&transition);
+    layOutItems(&transition);
     view.setNeedsLayout();
 }
 

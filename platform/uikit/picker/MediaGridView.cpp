@@ -1,5 +1,7 @@
 #include "platform/uikit/picker/MediaGridView.h"
 
+#include "platform/uikit/picker/MediaGridCell.h"
+
 #include "platform/uikit/view/UIWindow.h"
 
 #include <algorithm>
@@ -10,7 +12,7 @@ namespace ostrel {
 
 namespace {
 
-constexpr const char* tileIdentifier = "medium";
+constexpr const char* cellIdentifier = "medium";
 
 }  // namespace
 
@@ -21,7 +23,7 @@ void MediaGridView::initialise() {
     UICollectionView::initialise();
     collectionViewLayout()->minimumLineSpacing = gap;
     collectionViewLayout()->minimumInteritemSpacing = gap;
-    registerClassForCellWithReuseIdentifier<MediaTile>(tileIdentifier);
+    registerClassForCellWithReuseIdentifier<MediaGridCell>(cellIdentifier);
     const auto self = std::static_pointer_cast<MediaGridView>(shared_from_this());
     setDataSource(self);
     setDelegate(self);
@@ -43,15 +45,16 @@ void MediaGridView::setFooterView(std::shared_ptr<UIView> footer) {
 void MediaGridView::setBusyPaths(std::set<std::string> paths) {
     busy_ = std::move(paths);
     for (const auto& view : subviews()) {
-        if (auto* tile = dynamic_cast<MediaTile*>(view.get())) tile->setBusy(busy_.contains(tile->path()));
+        if (auto* cell = dynamic_cast<MediaGridCell*>(view.get()))
+            cell->setBusy(busy_.contains(cell->path()));
     }
 }
 
-void MediaGridView::adaptTiles() {
+void MediaGridView::adaptCellSize() {
     const CGFloat width = bounds().width();
-    const int columns = std::max(3, static_cast<int>((width + gap) / (leastTile + gap)));
-    const CGFloat tile = std::max(1.0, std::floor((width - gap * (columns - 1)) / columns));
-    collectionViewLayout()->itemSize = {tile, tile};
+    const int columns = std::max(3, static_cast<int>((width + gap) / (leastCellWidth + gap)));
+    const CGFloat side = std::max(1.0, std::floor((width - gap * (columns - 1)) / columns));
+    collectionViewLayout()->itemSize = {side, side};
     invalidateLayout();
 }
 
@@ -62,7 +65,7 @@ void MediaGridView::setFrame(const CGRect& newFrame) {
     const auto top = isScrolled ? indexPathForItemAtPoint({1, contentOffset().y + gap}) : std::nullopt;
     UICollectionView::setFrame(newFrame);
     if (frame().width() == former) return;
-    adaptTiles();
+    adaptCellSize();
     if (top) setContentOffset({0, std::min(frameForItemAtIndexPath(*top).minY(), maximumOffsetY())});
 }
 
@@ -81,12 +84,12 @@ std::int64_t MediaGridView::collectionViewNumberOfItemsInSection(UICollectionVie
 
 std::shared_ptr<UICollectionViewCell> MediaGridView::collectionViewCellForItemAtIndexPath(UICollectionView&,
                                                                                           NSIndexPath path) {
-    const auto tile = std::static_pointer_cast<MediaTile>(
-        dequeueReusableCellWithReuseIdentifierForIndexPath(tileIdentifier, path));
+    const auto cell = std::static_pointer_cast<MediaGridCell>(
+        dequeueReusableCellWithReuseIdentifierForIndexPath(cellIdentifier, path));
     const auto index = static_cast<std::size_t>(path.row);
-    tile->show(items_.at(index), index + 1, items_.size(), thumbnails_);
-    tile->setBusy(busy_.contains(items_[index].path));
-    return tile;
+    cell->show(items_.at(index), index + 1, items_.size(), thumbnails_);
+    cell->setBusy(busy_.contains(items_[index].path));
+    return cell;
 }
 
 void MediaGridView::collectionViewDidSelectItemAtIndexPath(UICollectionView&, NSIndexPath path) {

@@ -349,7 +349,7 @@ void UIImagePickerGridController::opened(std::vector<Choice> choices) {
         if (choice.info.mediaType != UTTypeMovie) over.push_back(choice.path);
     }
     setBusy(over, false);
-    // Closed meanwhile: nobody waits for it any more.
+    // The picker was closed in the meantime: its result is not wanted.
     if (!owner || !view()->window()) return;
     bool isAnyUsable = false;
     for (const Choice& choice : choices) {
@@ -377,7 +377,7 @@ void UIImagePickerGridController::setBusy(const std::vector<std::string>& paths,
     grid_->setBusyPaths(busy_);
 }
 
-/// What is opened in sight has a wheel of its own.
+/// A visible cell shows by its own spinner that its file is being opened.
 void UIImagePickerGridController::updateWheel() {
     const auto isListed = [&](const std::string& path) {
         return std::ranges::find(grid_->items(), path, &MediaLibraryItem::path) != grid_->items().end();

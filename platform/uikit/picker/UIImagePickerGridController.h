@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/uikit/controls/UIActivityIndicatorView.h"
 #include "platform/uikit/controls/UIButton.h"
 #include "platform/uikit/events/UITransfer.h"
 #include "platform/uikit/picker/MediaGridView.h"
@@ -15,8 +16,8 @@ namespace ostrel {
 
 class UIImagePickerController;
 
-/// The screen of an image picker: the grid, or a sentence where there is nothing to show, and the ways to other files.
-/// What was chosen is opened off the main thread before the picker's delegate gets it. Main thread.
+/// The screen of an image picker: the grid of pictures and clips, or a sentence when there are none, and buttons for
+/// other files. A chosen file is opened off the main thread before the picker's delegate gets it. Main thread.
 class UIImagePickerGridController final : public UIViewController {
 public:
     /// Files that are taken of one drop.
@@ -25,7 +26,7 @@ public:
     UIImagePickerGridController();
     ~UIImagePickerGridController() override;
 
-    /// Opens the files and hands on those that can be used; says why when none can.
+    /// Opens the files and passes on the usable ones; shows the reason when no file is usable.
     void choose(std::vector<std::string> paths);
     /// The same with the encoded bytes of a picture.
     void choosePicture(Data picture);

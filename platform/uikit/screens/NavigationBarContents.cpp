@@ -111,7 +111,7 @@ void NavigationBarContents::layoutSubviews() {
         high -= width + titleGap;
     }
     if (back_) {
-        // A long title of the screen below gives way to the title of this one.
+        // A long title of the screen below is shortened in favour of this screen's title.
         const CGFloat most = std::max(touchTarget, size.width / 3);
         back_->setTitle(description_.back->empty() ? platformText("Back") : *description_.back);
         if (widthOf(*back_) > most) back_->setTitle(platformText("Back"));
@@ -127,7 +127,7 @@ void NavigationBarContents::layoutSubviews() {
     const CGFloat width = std::min(std::ceil(wanted.width), room);
     const CGFloat height =
         description_.titleView ? std::min(std::ceil(wanted.height), size.height) : size.height;
-    // In the middle of the bar where that leaves the buttons free, else as near to it as they allow.
+    // The title stands in the middle of the bar, or as near to the middle as the buttons allow.
     const CGFloat x = std::max(low, std::min(std::floor((size.width - width) / 2), high - width));
     middle.setFrame({x, std::floor((size.height - height) / 2), width, height});
 }

@@ -10,7 +10,7 @@
 
 namespace ostrel {
 
-/// What a navigation bar shows for one screen: title, back button and the screen's items. Two of them are in a bar
+/// The contents of a navigation bar for one screen: title, back button and the screen's items. A bar has two of them
 /// while it changes from one screen to the next.
 class NavigationBarContents final : public UIView {
 public:
@@ -24,9 +24,9 @@ public:
     NavigationBarContents(Description description, UIColor tint, std::function<void()> goBack);
     void initialise();
 
-    /// Shows a description with the same items in the same views; false when it needs others.
+    /// Updates the views for a description with the same items; false when the description needs other views.
     bool update(const Description& description);
-    /// 0: in place; 1 or -1: where it enters or leaves, to the right or left, faded out.
+    /// 0: at rest; 1 or -1: faded out to the right or left, where the contents enter or leave.
     void setDisplacement(double displacement);
     void layoutSubviews() override;
 

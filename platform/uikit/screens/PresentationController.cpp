@@ -23,7 +23,7 @@ UIViewController* outermost(UIViewController* screen) {
     return screen;
 }
 
-/// Where `rect` of `view` will be in the window once all around it is laid out.
+/// The place of `rect` of `view` in the window after the layout of all its ancestors.
 CGRect laidOutRect(UIView& view, const CGRect& rect) {
     UIView* top = &view;
     while (top->superview() && top->superview() != view.window()) top = top->superview();
@@ -63,7 +63,7 @@ bool slides(PresentationKind kind) {
 
 }  // namespace
 
-/// Fills the window above all that was there, so that no touch gets through, and holds what the presentation shows.
+/// Covers the window, so that no touch reaches the views below, and holds the views of the presentation.
 class PresentationController::Container final : public UIView {
 public:
     explicit Container(PresentationController& owner) : owner_(&owner) {}
@@ -96,7 +96,7 @@ public:
         }
     }
     void touchesCancelled(const UITouch&) override {}
-    /// Keys end here: what lies below a presentation gets none.
+    /// Keys end here: no view below a presentation receives keys.
     bool pressesBegan(const UIPress&) override { return false; }
     bool pressesEnded(const UIPress&) override { return false; }
 
@@ -137,7 +137,7 @@ void PresentationController::build(UIWindow& window) {
     if (look.hasShadow) {
         card_->setShadow({.color = UIColor::black().withAlpha(0.2f), .radius = 24, .offset = {0, 8}});
     }
-    // A clipping view of its own, for the shadow lies outside of the rounded edge.
+    // The contents have a clipping view of their own, because the shadow lies outside of the rounded edge.
     clip_ = make<UIView>();
     clip_->setCornerRadius(look.radius);
     clip_->setRoundedCorners(true, look.roundsBottom);
@@ -248,7 +248,7 @@ void PresentationController::finishPresenting() {
     phase_ = Phase::presented;
     applyLook(true);
     container_->setMoving(false);
-    // Both have begun unless a callback of the first one ended it all.
+    // The second appearance call follows unless a callback of the first one ended the presentation.
     presented_->beginAppearanceTransition(true, false);
     const auto below = covered_.lock();
     if (below && covers_) {
@@ -263,7 +263,7 @@ void PresentationController::finishDismissing() {
     const auto self = shared_from_this();
     ++generation_;
     if (const auto above = presented_->presentation_) {
-        // It is leaving too, unless a callback of this dismissal has just presented it.
+        // The screen above leaves too, unless a callback of this dismissal has just presented it.
         if (!above->isDismissing()) above->dismiss(false, Uncovers::no, {});
         above->finish();
     }
@@ -352,7 +352,7 @@ void PresentationController::tappedBeside() {
                           presented_->modalPresentationStyle == UIModalPresentationStyle::popover);
     if (!answers) return;
     const auto self = shared_from_this();
-    // A stack of screens closes as a whole; one step back is what Escape is for.
+    // A tap beside a navigation stack closes the whole stack; Escape goes back by one screen.
     if (auto* navigation = dynamic_cast<UINavigationController*>(presented_.get())) {
         navigation->UIViewController::cancelOperation();
     } else {

@@ -18,21 +18,21 @@ public:
 
     /// Once. `completion` runs after the screen did appear.
     void present(UIWindow& window, bool animated, std::function<void()> completion);
-    /// Lets the screen go together with all that it presents itself. `completion` runs when it has left; further calls
-    /// meanwhile only add theirs. Each runs exactly once.
+    /// Dismisses the screen and everything that it presents itself. `completion` runs when the screen has left; a further
+    /// call during the dismissal only adds its completion. Each completion runs exactly once.
     void dismiss(bool animated, std::function<void()> completion);
-    /// Ends the movement under way at once; without one it does nothing.
+    /// Ends a running animation at once; does nothing without one.
     void finish();
-    /// The presenting screen is going away: everything is taken down without a movement.
+    /// The presenting screen leaves: everything is removed without an animation.
     void abandon();
 
     bool isDismissing() const { return phase_ == Phase::dismissing; }
     PresentationKind kind() const { return kind_; }
     /// Places the screen for the present size of the window.
     void layout();
-    /// Has it placed again before the next flush.
+    /// Asks for a new layout of the presentation before the next flush.
     void setNeedsLayout();
-    /// A touch ended beside the screen.
+    /// A touch ended outside of the presented screen.
     void tappedBeside();
 
 private:
@@ -55,8 +55,8 @@ private:
     const std::shared_ptr<UIViewController> presented_;
     PresentationKind kind_ = PresentationKind::cover;
     Phase phase_ = Phase::presenting;
-    std::uint64_t generation_ =
-        0;  ///< tells the end of an animation whether its movement is still the present one
+    /// Tells the end of an animation whether its movement is still the present one.
+    std::uint64_t generation_ = 0;
     Uncovers uncovers_ = Uncovers::yes;        ///< no: the presenting screen is leaving too
     bool covers_ = false;                      ///< counted in the covered screen's `coverCount_`
     std::weak_ptr<UIViewController> covered_;  ///< the outermost screen that a full-screen presentation hides

@@ -20,7 +20,7 @@ CGSize bounded(CGSize preferred, CGSize usual, const CGRect& space) {
             std::min(preferred.height > 0 ? preferred.height : usual.height, space.height())};
 }
 
-/// `space` less a margin, which is smaller where there is next to no space.
+/// `space` less a margin; the margin shrinks in a very small space.
 CGRect withMargin(const CGRect& space, CGFloat margin) {
     return space.insetBy(std::min(margin, space.width() / 8), std::min(margin, space.height() / 8));
 }
@@ -42,7 +42,7 @@ CGRect centred(CGSize size, const CGRect& space) {
 }
 
 CGRect besideAnchor(CGSize size, CGRect anchor, const CGRect& space, const CGRect& whole) {
-    // What scrolled out of the window still gives the popover a place at the edge it left by.
+    // An anchor that was scrolled out of the window places the popover at the edge by which the anchor left.
     anchor = anchor.intersects(whole) ? anchor.intersection(whole) : kept({anchor.origin, {}}, whole);
     const CGFloat x = std::floor(anchor.midX() - size.width / 2),
                   y = std::floor(anchor.midY() - size.height / 2);

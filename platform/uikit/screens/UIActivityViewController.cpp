@@ -19,7 +19,7 @@ constexpr CGFloat grabberSpace = 16;
 constexpr CGFloat headerHeight = 68;
 constexpr CGFloat rowHeight = 52;
 constexpr CGFloat margin = 16;
-constexpr CGFloat tileSize = 44;
+constexpr CGFloat linkIconSize = 44;
 constexpr CGFloat hairline = 0.5;
 constexpr double confirmationSeconds = 0.8;
 
@@ -35,7 +35,7 @@ std::shared_ptr<const UIImage> checkmark() {
 
 struct UIActivityViewController::Parts {
     LinkText link;
-    std::shared_ptr<UIView> grabber, tile;
+    std::shared_ptr<UIView> grabber, linkIcon;
     std::shared_ptr<UIImageView> symbol;
     std::shared_ptr<UILabel> host, path;
     std::vector<std::shared_ptr<UIButton>> rows;
@@ -63,22 +63,22 @@ void UIActivityViewController::loadView() {
         parts.grabber->setCornerRadius(2.5);
         view()->addSubview(parts.grabber);
     }
-    parts.tile = make<UIView>();
-    parts.tile->setBackgroundColor(UIColor::fill());
-    parts.tile->setCornerRadius(9);
+    parts.linkIcon = make<UIView>();
+    parts.linkIcon->setBackgroundColor(UIColor::fill());
+    parts.linkIcon->setCornerRadius(9);
     parts.symbol = make<UIImageView>();
     parts.symbol->setImage(UIImage::systemImageNamed("link"));
     parts.symbol->setContentMode(UIViewContentMode::center);
     parts.symbol->setTintColor(UIColor::secondaryLabel());
-    parts.tile->addSubview(parts.symbol);
+    parts.linkIcon->addSubview(parts.symbol);
     parts.host = make<UILabel>();
     parts.host->setText(parts.link.host);
     parts.host->setFont(UIFont::mediumSystem(16));
     parts.path = make<UILabel>();
     parts.path->setFont(UIFont::system(13));
     parts.path->setTextColor(UIColor::secondaryLabel());
-    parts.tile->setAccessibility(AccessibilityRole::text, url_);
-    view()->addSubview(parts.tile);
+    parts.linkIcon->setAccessibility(AccessibilityRole::text, url_);
+    view()->addSubview(parts.linkIcon);
     view()->addSubview(parts.host);
     view()->addSubview(parts.path);
 
@@ -129,9 +129,9 @@ void UIActivityViewController::viewDidLayoutSubviews() {
     const CGFloat width = view()->bounds().width();
     if (parts.grabber) parts.grabber->setFrame({(width - 36) / 2, 6, 36, 5});
     const CGFloat top = parts.top();
-    parts.tile->setFrame({margin, top + (headerHeight - tileSize) / 2, tileSize, tileSize});
-    parts.symbol->setFrame({0, 0, tileSize, tileSize});
-    const CGFloat x = margin + tileSize + 12;
+    parts.linkIcon->setFrame({margin, top + (headerHeight - linkIconSize) / 2, linkIconSize, linkIconSize});
+    parts.symbol->setFrame({0, 0, linkIconSize, linkIconSize});
+    const CGFloat x = margin + linkIconSize + 12;
     const CGFloat room = std::max(0.0, width - x - margin);
     parts.host->setFrame({x, top + 12, room, 22});
     parts.path->setFrame({x, top + 35, room, 20});

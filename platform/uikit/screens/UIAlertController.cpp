@@ -167,7 +167,7 @@ void UIAlertController::build() {
             UIControlEvent::touchUpInside);
         return button;
     };
-    // The cancelling action stands last, to the left in a pair, and apart in a sheet; a popover needs none.
+    // The cancelling action is the last one, the left one of a pair, and separate in a sheet; a popover has none.
     std::vector<std::size_t> order;
     std::optional<std::size_t> cancel;
     for (std::size_t i = 0; i < actions_.size(); ++i) {
@@ -197,7 +197,7 @@ void UIAlertController::build() {
         parts.lines.push_back(std::move(line));
     }
     parts.sideBySide = isAlert && parts.buttons.size() == 2 && fitsPair;
-    // Too long for a pair: one above the other, and then the cancelling action is the lower one.
+    // Titles that are too long for a pair stand one above the other, the cancelling action below.
     if (isAlert && cancel && parts.buttons.size() == 2 && !fitsPair)
         std::swap(parts.buttons[0], parts.buttons[1]);
     for (const auto& line : parts.lines) parts.list->bringSubviewToFront(line);
@@ -224,7 +224,7 @@ void UIAlertController::layout() {
     if (isBare && view()->window()) {
         bounds.size.height -= view()->window()->safeAreaInsets().bottom;
     }
-    // Where all does not fit, the text scrolls first; the buttons keep at least half.
+    // In a low window the text scrolls first; the buttons keep at least half of the height.
     const CGFloat room = std::max(0.0, bounds.height() - cancel - 2 * margin);
     const CGFloat shownList = std::min(list, std::max(room / 2, room - header));
     const CGFloat shownHeader = std::min(header, room - shownList);
@@ -311,7 +311,7 @@ bool UIAlertController::cancelOperation() {
         choose(static_cast<std::size_t>(cancel - actions_.begin()));
         return true;
     }
-    // A choice list that is no question closes like any popover.
+    // An action sheet without a cancelling action closes by a press outside or by Escape, as a popover does.
     return style_ == Style::actionSheet && UIViewController::cancelOperation();
 }
 

@@ -23,7 +23,7 @@ constexpr CGFloat backDragThreshold = 0.5;
 
 bool isMac() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::mac; }
 
-/// How far the view is laid out below the upper edge of its window; where a movement shows it meanwhile does not count.
+/// The distance of the laid-out view from the upper edge of its window, without the movement of an animation.
 CGFloat distanceFromTop(const UIView& view) {
     CGFloat distance = 0;
     for (const UIView* each = &view; each->superview(); each = each->superview()) {
@@ -106,7 +106,7 @@ void UINavigationController::layoutTop() {
     const CGFloat top = covered + UINavigationBar::barHeight();
     bar_->setFrame({0, 0, size.width, std::min(top, size.height)});
     const CGFloat extra = isAccessoryShown_ ? accessoryHeight_ : 0;
-    // Hidden it lies behind the bar.
+    // A hidden accessory lies behind the bar.
     if (accessory_) accessory_->setFrame({0, top + extra - accessoryHeight_, size.width, accessoryHeight_});
     content_->setFrame({0, top + extra, size.width, std::max(0.0, size.height - top - extra)});
     const auto& shown = topViewController()->view();
@@ -149,7 +149,7 @@ void UINavigationController::setAccessoryShown(bool shown, double seconds) {
 
 CGRect UINavigationController::screenFrame(const UIViewController& screen) const {
     const CGSize size = content_->frame().size;
-    // What lies under the bar is cut off, for nobody sees it there.
+    // The part below the opaque bar is clipped, because it is invisible there.
     const CGFloat under = screen.extendsUnderNavigationBar ? content_->frame().minY() : 0;
     return {0, -under, size.width, size.height + under};
 }
@@ -214,7 +214,7 @@ void UINavigationController::transition(std::unique_ptr<Transition> change, bool
     const auto from = change->from, to = change->to;
     const bool push = change->push;
     transition_ = std::move(change);
-    // Until this screen itself has appeared, nobody sees one screen take the place of the other.
+    // Before this controller itself has appeared, the change of screens is invisible and needs no animation.
     const bool isSeen = isAppeared();
     const bool moves = isSeen && animated && view()->window();
     if (!isSeen) {
@@ -296,7 +296,7 @@ void UINavigationController::cancelTransition() {
 
 void UINavigationController::finishTransition() {
     const auto self = weak_from_this().lock();
-    // A drag that is interrupted has decided nothing: what was shown stays.
+    // An interrupted drag decides nothing: the screen that was shown stays.
     if (transition_ && transition_->isInteractive) cancelTransition();
     if (!transition_) return;
     const auto change = std::exchange(transition_, nullptr);
@@ -319,7 +319,7 @@ void UINavigationController::finishTransition() {
         if (!change->isCancelled && screen != change->from) screen->removeFromParentViewController();
     }
     gone->endAppearanceTransition();
-    // While this screen is still on its way, its own end says that the top has appeared.
+    // While this controller is still appearing, the end of its own appearance tells the top screen.
     if (isAppeared()) kept->endAppearanceTransition();
     if (!change->push && !change->isCancelled) change->from->removeFromParentViewController();
 }

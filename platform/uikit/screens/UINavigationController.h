@@ -51,7 +51,7 @@ public:
     /// A view as wide as the bar and `height` points high that can be shown under it, above every screen of the stack; it
     /// begins hidden. Null removes it.
     void setAccessoryView(std::shared_ptr<UIView> view, CGFloat height);
-    /// The screens make room for it, or take it back, in `seconds`.
+    /// Shows or hides the accessory; the screens below move within `seconds`.
     void setAccessoryShown(bool shown, double seconds);
 
     void loadView() override;
@@ -69,7 +69,7 @@ public:
 private:
     struct Transition;
     void layoutTop();
-    /// Where a screen lies in the content view.
+    /// The frame of a screen in the content view.
     CGRect screenFrame(const UIViewController& screen) const;
     void showBar();
     std::optional<std::string> backTitle() const;
@@ -88,8 +88,8 @@ private:
     CGFloat accessoryHeight_ = 0;
     bool isAccessoryShown_ = false;
     std::unique_ptr<Transition> transition_;
-    std::uint64_t generation_ =
-        0;  ///< tells the end of an animation whether its change is still the present one
+    /// Tells the end of an animation whether its change is still the present one.
+    std::uint64_t generation_ = 0;
 };
 
 }  // namespace ostrel

@@ -137,7 +137,7 @@ void UIViewController::presentViewController(const std::shared_ptr<UIViewControl
                                              bool animated, std::function<void()> completion) {
     if (!controller) return NSLog("Attempt to present no screen.");
     const auto keptAlive = weak_from_this().lock();
-    // A screen on its way out makes room at once.
+    // A screen that is being dismissed ends its animation at once in favour of the new one.
     if (presentation_ && presentation_->isDismissing()) presentation_->finish();
     if (controller->presenting_ && controller->presenting_->presentation_->isDismissing()) {
         controller->presenting_->presentation_->finish();
@@ -149,7 +149,7 @@ void UIViewController::presentViewController(const std::shared_ptr<UIViewControl
         (controller->view_ && controller->view_->window())) {
         return NSLog("Attempt to present a screen that is shown elsewhere already.");
     }
-    // Loaded before anything is under way, for `viewDidLoad` may present or dismiss on its own.
+    // The view is loaded first, because `viewDidLoad` may itself present or dismiss a screen.
     controller->view();
     if (presented_ || controller->presenting_) return;
     presented_ = controller;
@@ -170,7 +170,7 @@ void UIViewController::dismissViewControllerAnimated(bool animated, std::functio
         const auto presentation = screen->presenting_->presentation_;
         return presentation->dismiss(animated, std::move(completion));
     }
-    // Dismissed already: whoever waits for it goes on all the same.
+    // The screen was dismissed already; the completion still runs.
     if (completion && RunLoop::hasMain()) RunLoop::main().perform(std::move(completion));
 }
 

@@ -51,7 +51,7 @@ public:
     const std::vector<std::shared_ptr<UIViewController>>& childViewControllers() const { return children_; }
     void addChildViewController(const std::shared_ptr<UIViewController>& child);
     void removeFromParentViewController();
-    /// This screen has become a child of `parent`, or of none (null): it was removed, or its parent has gone.
+    /// This screen became a child of `parent`; null when it was removed or its parent was destroyed.
     virtual void didMoveToParentViewController(UIViewController* /*parent*/) {}
     /// Sends the appearance calls: will and did appear (or disappear), each once per change; a call that changes nothing
     /// is ignored. A change that is taken back before its end is reported as such: will disappear, will appear, did
@@ -88,7 +88,7 @@ public:
     /// Whether Escape, the back key or a tap beside a popover may close it (a form sheet and full screen: the key only,
     /// through `cancelOperation`).
     virtual bool isDismissableByUser() const { return true; }
-    /// Escape was pressed or somebody tapped beside: the default dismisses a popover.
+    /// Escape was pressed, or a tap ended outside of the screen: the default dismisses a popover.
     virtual bool cancelOperation();
 
     UIResponder* nextResponder() const override;

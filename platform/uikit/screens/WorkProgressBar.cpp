@@ -39,7 +39,7 @@ std::shared_ptr<UIButton> cancelButton() {
     return button;
 }
 
-/// A line that fills from the left. Steps are smoothed; it starts anew without moving back.
+/// A line that fills from the left. Steps are animated; a new start is not.
 void setLine(UIView& line, const UIView& track, double fraction) {
     const CGRect all = track.frame();
     const CGRect wanted{all.minX(), all.minY(), std::round(all.width() * fraction * 2) / 2, all.height()};
@@ -161,7 +161,7 @@ void WorkProgressBar::show(const std::vector<std::shared_ptr<NSProgress>>& work)
         layoutIfNeeded();
         setLine(*line_, *track_, fraction_.value_or(0));
     }
-    // A little early: the calls come at an interval, not at the moment.
+    // The bar shows a little early, because it is updated at an interval.
     if (now - *since_ >= delay - 1e-3) setShown(true);
 }
 
@@ -213,7 +213,7 @@ void WorkProgressBar::openList() {
 
 namespace {
 
-/// One piece of work: its title, a line, and the figures under it.
+/// The row of one piece of work: its title, a line, and the figures below.
 class WorkCell final : public UITableViewCell {
 public:
     using UITableViewCell::UITableViewCell;
@@ -298,7 +298,7 @@ void WorkProgressListController::viewDidLoad() {
 
 void WorkProgressListController::viewDidAppear(bool animated) {
     UITableViewController::viewDidAppear(animated);
-    // It may have ended while the list came.
+    // The work may have ended while the list was being shown.
     if (work_.empty()) dismissViewControllerAnimated(true);
 }
 

@@ -16,19 +16,19 @@ namespace ostrel {
 
 class UINavigationController;
 
-/// "2 min left" in the user's language; empty when it is not known. `seconds`: as NSProgress estimates them.
+/// "2 min left" in the user's language; empty when the time is unknown. `seconds` is the estimate of NSProgress.
 std::string remainingTimeText(std::optional<double> seconds);
 
-/// A slim bar under a navigation bar while there is work in progress: what is done, how long it still takes, a button
-/// that cancels it, a line that shows how far it is. Of several the one published first, with their number; a press on
-/// the bar lists all. It comes and goes by itself. Main thread.
+/// A slim bar under a navigation bar while work is in progress. The bar shows the title of the work, the time left, a
+/// button that cancels the work, and its progress as a line. Of several pieces of work the bar shows the one that was
+/// published first, and their number; a press on the bar lists all. The bar shows and hides itself. Main thread.
 class WorkProgressBar final : public UIControl {
 public:
     static constexpr CGFloat height = 28;
-    /// Work that is over sooner is not shown, seconds.
+    /// Work that ends within this time is not shown, seconds.
     static constexpr double delay = 0.3;
 
-    /// Makes one for the navigation controller, which holds it.
+    /// Makes a bar for the navigation controller, which owns the bar.
     static void addTo(UINavigationController& owner);
 
     explicit WorkProgressBar(std::weak_ptr<UINavigationController> owner);
@@ -55,7 +55,8 @@ private:
     std::shared_ptr<UIActivityIndicatorView> wheel_;
 };
 
-/// The work in progress, a row for each, which it can be cancelled from. Closes when there is no more. Main thread.
+/// The list of all work in progress: a row for each piece, with a button that cancels it. The screen closes when no work
+/// is left. Main thread.
 class WorkProgressListController final : public UITableViewController {
 public:
     WorkProgressListController();

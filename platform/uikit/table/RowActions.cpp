@@ -33,7 +33,7 @@ void RowActionsView::initialise() {
         addSubview(button);
         buttons_.push_back(button);
     }
-    // What shows through a row's rounded corner goes on with the leftmost button's colour.
+    // The area behind a row's rounded corner takes the colour of the leftmost button.
     if (!buttons_.empty()) setBackgroundColor(buttons_.back()->backgroundColor());
 }
 

@@ -57,7 +57,8 @@ public:
     /// All heights are kept as estimates.
     void forgetKnown() { ++generation_; }
 
-    /// What covers `offset`; the first above all, the last below. Precondition: there is a section.
+    /// The part of the table at `offset`: the first part for offsets above the table, the last for offsets below.
+    /// Precondition: the table has a section.
     Hit at(CGFloat offset) const;
     /// The row that covers `offset`, else the first one after it, else the last; none without rows.
     std::optional<NSIndexPath> rowAtOrAfter(CGFloat offset) const;

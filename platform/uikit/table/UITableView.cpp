@@ -100,7 +100,7 @@ void UITableView::scrollToRowAtIndexPath(NSIndexPath path, bool animated) {
     layoutIfNeeded();
     if (!implementation_->exists(path)) return;
     if (animated) return scrollRectToVisible(implementation_->rowFrame(path), true);
-    // Its height, and those of the rows around it, are known only when they have been made.
+    // The heights of the row and of its neighbours are known only after these rows were made.
     constexpr int attempts = 4;
     for (int i = 0; i < attempts && implementation_->exists(path); ++i) {
         const CGPoint before = contentOffset();

@@ -19,7 +19,7 @@ enum class UITableViewStyle { plain, grouped, insetGrouped };
 enum class UITableViewRowAnimation { none, fade };
 enum class UITableViewCellEditingStyle { none, deleteStyle };
 
-/// "The row sizes itself": the height by the row-to-view constraint, an estimate until the row was made.
+/// The row sizes itself: its constraint gives the height, and until the row was made the height is an estimate.
 inline constexpr CGFloat UITableViewAutomaticDimension = -1;
 
 class UITableViewDataSource {

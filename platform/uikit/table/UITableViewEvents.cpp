@@ -26,7 +26,7 @@ void UITableView::Implementation::initialiseGestures() {
         UIDevice::currentDevice().userInterfaceIdiom() != UIUserInterfaceIdiom::mac;
     swipeRecognizer->shouldBegin = [this](UIGestureRecognizer& recognizer) {
         const auto& pan = static_cast<UIPanGestureRecognizer&>(recognizer);
-        // A reload of this very turn has taken the rows away until the next flush.
+        // After a reload in this turn of the run loop there are no rows until the next flush.
         table.layoutIfNeeded();
         const auto path = table.indexPathForRowAtPoint(pan.locationInView(&table));
         if (!path || !rows.contains(*path)) return false;
@@ -99,7 +99,7 @@ void UITableView::Implementation::endPress(bool animated) {
 UIView* UITableView::hitTest(CGPoint point) {
     UIView* const hit = UIScrollView::hitTest(point);
     const auto& swipe = implementation_->swipe;
-    // Beside the buttons of a swiped row a touch only closes it.
+    // While a row is swiped open, a touch outside its buttons only closes the row.
     return hit && swipe && !hit->isDescendantOfView(*swipe->actions) ? this : hit;
 }
 
@@ -170,7 +170,7 @@ bool UITableView::Implementation::openMenu(NSIndexPath path, CGPoint point,
                           handler = action.handler] {
             const auto owner = std::static_pointer_cast<UITableView>(weak.lock());
             const auto shown = cell.lock();
-            // The row may be at another place by now, or gone.
+            // The row may have moved or have been removed since the menu opened.
             const auto at = owner && shown ? owner->indexPathForCell(*shown) : std::nullopt;
             if (at && handler) handler(*at);
         };
@@ -224,7 +224,7 @@ void UITableView::Implementation::closeSwipe(bool animated) {
     actions->chosen = nullptr;
     actions->setUserInteractionEnabled(false);
     if (!isAnimated) return actions->removeFromSuperview();
-    // Gone when the row covers it again.
+    // The buttons are removed when the closed row covers them.
     RunLoop::main().performAfter(swipeDuration, [actions] { actions->removeFromSuperview(); });
 }
 
@@ -283,7 +283,7 @@ bool UITableView::Implementation::moveFocusedRow(int step) {
     if (const auto present = focusedRow()) {
         target = step > 0 ? heights.next(*present) : heights.previous(*present);
     } else {
-        // Nothing has the focus: it begins with what is wholly in sight.
+        // Without a focused row, the focus begins at the first row that is entirely visible.
         const CGRect visible = table.bounds().insetBy(table.contentInset());
         for (const NSIndexPath path : table.indexPathsForVisibleRows()) {
             const CGRect frame = rowFrame(path);
@@ -295,7 +295,7 @@ bool UITableView::Implementation::moveFocusedRow(int step) {
         }
     }
     if (!target) return false;
-    // The height is known only when the row has been made.
+    // The height of a row is known only after the row was made.
     for (int i = 0; i < 2; ++i) {
         table.scrollRectToVisible(rowFrame(*target), false);
         table.layoutIfNeeded();
@@ -308,7 +308,7 @@ bool UITableView::Implementation::moveFocusedRow(int step) {
 
 bool UITableView::Implementation::handleKey(const UIPress& press) {
     UIWindow* const window = table.window();
-    // Keys that somebody writing text does not want are not meant for the rows.
+    // While text is edited, keys that the editor leaves unused do not operate the rows.
     if (!window || window->firstResponder()) return false;
     constexpr unsigned others = modifierControl | modifierAlternate | modifierCommand;
     if (press.key.modifiers & others) return false;

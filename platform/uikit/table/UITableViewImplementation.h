@@ -10,7 +10,7 @@
 
 namespace ostrel {
 
-/// What a table keeps and does; the files UITableViewLayout, UITableViewUpdates and UITableViewEvents each hold a part.
+/// The private state of a table. UITableViewLayout.cpp, UITableViewUpdates.cpp and UITableViewEvents.cpp implement it.
 ///
 /// Content from above: the header view, the sections, the footer view. Every row in `rows` is a subview; between layouts
 /// its frame agrees with `heights`.
@@ -44,10 +44,10 @@ struct UITableView::Implementation {
         std::map<NSIndexPath, CGFloat> oldScreenY;                    // by new path
         std::vector<std::pair<std::int64_t, std::int64_t>> inserted;  // that fade in: first section, number
         std::vector<NSIndexPath> reloaded;                            // that fade in
-        std::vector<std::pair<std::shared_ptr<UITableViewCell>, CGFloat>>
-            gone;  // faded out, with their place on screen
-        std::vector<std::pair<std::shared_ptr<UITableViewCell>, CGRect>>
-            pushedOut;  // slid out, to their new place
+        // Faded out, with their place on screen.
+        std::vector<std::pair<std::shared_ptr<UITableViewCell>, CGFloat>> gone;
+        // Slid out, to their new place.
+        std::vector<std::pair<std::shared_ptr<UITableViewCell>, CGRect>> pushedOut;
         bool isAnimated = false;
     };
     struct Swipe {
@@ -64,8 +64,8 @@ struct UITableView::Implementation {
     void reload();
     void widthChanged();
     void layout();
-    /// Makes, measures and places the rows in reach and lets go of the others; the anchor keeps its place.
-    void tile(Transition* transition = nullptr);
+    /// Makes, measures and places the rows near the viewport and releases the others; the anchor row keeps its place.
+    void layOutRows(Transition* transition = nullptr);
     /// Tells the data source what comes next in the direction that the content `moved`.
     void prefetch(CGFloat moved);
     void letGoOutside(CGFloat lower, CGFloat upper, Transition* transition);
@@ -125,13 +125,13 @@ struct UITableView::Implementation {
     RowHeights heights;
     std::optional<RowHeights::Section> uniformShape;
     std::map<NSIndexPath, Row> rows;
-    std::map<std::int64_t, std::shared_ptr<UIView>>
-        headers;  // of the sections in reach; null: without a title
+    // Of the sections in reach; null: without a title.
+    std::map<std::int64_t, std::shared_ptr<UIView>> headers;
     UITableViewReusePool pool;
-    std::vector<std::pair<NSIndexPath, std::shared_ptr<UITableViewCell>>>
-        retired;  // still shown, to be used again first
-    std::vector<std::shared_ptr<UITableViewCell>>
-        leaving;  // gone from the model, still fading or sliding on screen
+    // Still shown, to be used again first.
+    std::vector<std::pair<NSIndexPath, std::shared_ptr<UITableViewCell>>> retired;
+    // Gone from the model, still fading or sliding on screen.
+    std::vector<std::shared_ptr<UITableViewCell>> leaving;
     std::optional<Anchor> keptPlace;
     std::optional<NSIndexPath> askedPath;  // of the row that the data source is making
     CGFloat laidOutWidth = -1;
@@ -141,9 +141,9 @@ struct UITableView::Implementation {
     bool reloadsAfter = false;  // asked for while rows were being laid out
     bool settlesAfter = false;  // the offset may lie outside of the content
     std::optional<std::pair<NSIndexPath, NSIndexPath>> prefetched;  // first and last, all between them too
-    CGPoint tiledOffset;
-    CGSize tiledSize;
-    CGFloat tiledVelocity = 0;
+    CGPoint laidOutOffset;
+    CGSize laidOutSize;
+    CGFloat laidOutVelocity = 0;
 
     int updateDepth = 0;
     Batch batch;

@@ -59,7 +59,7 @@ RowHeights::Section UITableView::Implementation::shapeOf(std::int64_t section) c
 
 void UITableView::Implementation::askNumbers() {
     needsNumbers = false;
-    // What was known stays as the estimate of the same row, so that the same offset shows the same rows.
+    // A known height becomes the estimate of the same row, so that the same offset shows the same rows.
     heights.forgetKnown();
     const std::int64_t count =
         table.dataSource_ ? std::max<std::int64_t>(0, table.dataSource_->numberOfSectionsInTableView(table))
@@ -188,7 +188,7 @@ std::shared_ptr<UITableViewCell> UITableView::dequeueReusableCell(const std::str
         retired.erase(found);
         return cell;
     };
-    // The row that showed it before keeps what else it shows: a playing video, text under edit.
+    // The same view shows the row again, so that a playing video or text under edit stays in it.
     auto cell = takeRetired([&](NSIndexPath path) { return path == self.askedPath; });
     if (!cell) cell = self.pool.take(identifier);
     if (!cell) cell = takeRetired([](NSIndexPath) { return true; });
@@ -213,7 +213,7 @@ std::shared_ptr<UITableViewCell> UITableView::Implementation::askForCell(NSIndex
     }
     askedPath.reset();
     UITableViewCell::currentRowWidth = formerWidth;
-    // The data source may hand out a row that it holds itself, wherever it is.
+    // The data source may hand out a view of its own that already is in another place of the table.
     std::erase_if(retired, [&](const auto& entry) { return entry.second == cell; });
     pool.remove(*cell);
     if (std::erase(leaving, cell) > 0) {
@@ -253,7 +253,7 @@ void UITableView::Implementation::measure(NSIndexPath path, Row& row) {
     row.isAutomatic = !fixed;
     const CGRect place = rowFrame(path);
     const CGFloat x = row.cell->superview() == &table ? row.cell->frame().minX() : place.minX();
-    // With the width first, so that the row can tell its height; some settle only when they have it.
+    // The row gets its width first, because its height depends on it; some rows need a second pass.
     constexpr int attempts = 3;
     CGFloat height = fixed ? roundedHeight(*fixed) : row.cell->frame().height();
     row.cell->setFrame({x, place.minY(), place.width(), height});
@@ -288,7 +288,7 @@ std::int64_t UITableView::Implementation::indexOfSubview(const UIView* view) con
     return found == all.end() ? -1 : found - all.begin();
 }
 
-/// Subviews are in the order of the rows, which is the order of the Tab key.
+/// Subviews stand in the order of the rows, because the Tab key follows the order of subviews.
 void UITableView::Implementation::insertRowView(NSIndexPath path,
                                                 const std::shared_ptr<UITableViewCell>& cell) {
     const auto self = rows.find(path);
@@ -359,16 +359,16 @@ void UITableView::Implementation::layout() {
         table.refreshControl_->setFrame(
             {0, -UIRefreshControl::height, table.frame().width(), UIRefreshControl::height});
     }
-    const bool isTiled = !needsRows && tiledOffset == table.contentOffset() &&
-                         tiledSize == table.frame().size && tiledVelocity == table.scrollVelocity();
-    if (!isTiled) {
-        tile();
+    const bool isLaidOut = !needsRows && laidOutOffset == table.contentOffset() &&
+                           laidOutSize == table.frame().size && laidOutVelocity == table.scrollVelocity();
+    if (!isLaidOut) {
+        layOutRows();
         updateContentSize();
     }
     if (std::exchange(settlesAfter, false)) table.settle(false);
 }
 
-void UITableView::Implementation::tile(Transition* transition) {
+void UITableView::Implementation::layOutRows(Transition* transition) {
     isLayingOut = true;
     needsRows = false;
     const CGFloat viewport = table.frame().height();
@@ -412,10 +412,10 @@ void UITableView::Implementation::tile(Transition* transition) {
     }
     for (const auto& [path, cell] : std::exchange(retired, {})) recycle(cell);
     for (const auto& [path, row] : rows) needsRows = needsRows || row.isHeightStale;
-    const CGFloat moved = before - tiledOffset.y;
-    tiledOffset = table.contentOffset();
-    tiledSize = table.frame().size;
-    tiledVelocity = table.scrollVelocity();
+    const CGFloat moved = before - laidOutOffset.y;
+    laidOutOffset = table.contentOffset();
+    laidOutSize = table.frame().size;
+    laidOutVelocity = table.scrollVelocity();
     isLayingOut = false;
     prefetch(moved);
 }
@@ -428,7 +428,7 @@ void UITableView::Implementation::prefetch(CGFloat moved) {
     const CGFloat to = table.contentOffset().y - contentTop() + table.frame().height() + reach;
     std::vector<NSIndexPath> named;
     std::optional<NSIndexPath> path = down ? rows.rbegin()->first : rows.begin()->first;
-    // A jump leaves behind what was named.
+    // After a jump of the offset, the rows that were named before are no longer near.
     if (prefetched && (*path < prefetched->first || prefetched->second < *path)) prefetched.reset();
     if (!prefetched) prefetched = {rows.begin()->first, rows.rbegin()->first};
     path = down ? prefetched->second : prefetched->first;
@@ -480,7 +480,7 @@ std::shared_ptr<UIView> UITableView::Implementation::makeHeader(std::int64_t sec
     const UIFont font = isPlain ? UIFont::mediumSystem(15) : UIFont::system(13);
     const CGFloat line = std::min(height, TextMeasurer::shared().lineHeight(font) + 2);
     const CGFloat x = rowX() + headerInset;
-    // Above a card the title stands close to it.
+    // The title of a section stands close to the card below.
     label->setFrame({x, isPlain ? (height - line) / 2 : std::max(0.0, height - line - 6),
                      std::max(0.0, width - 2 * x), line});
     label->setAutoresizingMask(flexibleWidth);
@@ -514,7 +514,7 @@ void UITableView::Implementation::placeHeaders(CGFloat from, CGFloat to) {
         if (!entry->second) continue;
         CGFloat y = contentTop() + place.top;
         if (table.style_ == UITableViewStyle::plain) {
-            // It sticks to the upper edge until its section has gone.
+            // A header sticks to the upper edge while any row of its section is visible.
             y = std::max(y, std::min(offset, contentTop() + place.bottom() - place.header));
         }
         entry->second->setFrame({0, y, table.frame().width(), place.header});

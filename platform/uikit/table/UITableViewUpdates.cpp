@@ -11,7 +11,7 @@ constexpr double updateDuration = 0.3;
 }  // namespace
 
 void UITableView::beginUpdates() {
-    // The numbers before the change are those that the data source gives now.
+    // The data source still answers with the numbers of sections and rows before the change.
     if (implementation_->updateDepth++ == 0) implementation_->ensureNumbers();
 }
 
@@ -155,7 +155,7 @@ void UITableView::Implementation::apply(const Batch& unsorted) {
             transition.inserted.push_back({range.first, range.count});
     }
     reloadRows(update, transition);
-    // What stays may want another height: the editor grows, a strip gets an item.
+    // A row that stays may need another height: text under edit grows, a strip gets an item.
     for (auto& [path, row] : rows) row.isHeightStale = true;
 
     needsRows = true;
@@ -164,11 +164,11 @@ void UITableView::Implementation::apply(const Batch& unsorted) {
         for (const auto& [cell, screenY] : transition.gone) recycle(cell);
         return table.setNeedsLayout();
     }
-    tile(&transition);
+    layOutRows(&transition);
     updateContentSize();
     settlesAfter = false;
     table.settle(false);
-    if (table.contentOffset() != tiledOffset) tile(&transition);
+    if (table.contentOffset() != laidOutOffset) layOutRows(&transition);
     animate(transition);
     table.setNeedsLayout();
 }
@@ -212,7 +212,7 @@ void UITableView::Implementation::reloadRows(const Batch& update, Transition& tr
     }
 }
 
-/// A row that has gone from the model stays a subview until `change` has been seen.
+/// A row that was removed from the model stays a subview until the animation `change` has ended.
 void UITableView::Implementation::leave(const std::shared_ptr<UITableViewCell>& cell,
                                         const std::function<void()>& change) {
     if (swipe && swipe->cell == cell) closeSwipe(false);

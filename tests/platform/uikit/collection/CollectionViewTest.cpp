@@ -13,9 +13,10 @@ namespace ostrel {
 
 namespace {
 
-class Tile final : public UICollectionViewCell {
+class NumberCell final : public UICollectionViewCell {
 public:
-    explicit Tile(CGRect frame) : UICollectionViewCell(frame), label(make<UILabel>(CGRect{0, 0, 60, 20})) {
+    explicit NumberCell(CGRect frame)
+        : UICollectionViewCell(frame), label(make<UILabel>(CGRect{0, 0, 60, 20})) {
         contentView()->addSubview(label);
         button = make<UIButton>();
         button->setFrame({frame.width() - 30, 0, 30, 30});
@@ -57,7 +58,7 @@ public:
         row = make<UITableViewCell>(UITableViewCellStyle::defaultStyle, "strip");
         view = make<UICollectionView>(row->bounds(), std::make_shared<UICollectionViewFlowLayout>());
         view->setAutoresizingMask(flexibleWidth | flexibleHeight);
-        view->registerClassForCellWithReuseIdentifier<Tile>("tile");
+        view->registerClassForCellWithReuseIdentifier<NumberCell>("cell");
         view->setDataSource(weak_from_this());
         view->setDelegate(weak_from_this());
         row->addSubview(view);
@@ -77,8 +78,8 @@ public:
     std::shared_ptr<UICollectionViewCell> collectionViewCellForItemAtIndexPath(UICollectionView& collection,
                                                                                NSIndexPath path) override {
         ++asked;
-        auto cell = std::static_pointer_cast<Tile>(
-            collection.dequeueReusableCellWithReuseIdentifierForIndexPath("tile", path));
+        auto cell = std::static_pointer_cast<NumberCell>(
+            collection.dequeueReusableCellWithReuseIdentifierForIndexPath("cell", path));
         const int item = items.at(static_cast<std::size_t>(path.row));
         cell->label->setText(std::to_string(item));
         cell->setAccessibility(AccessibilityRole::listItem, "Item " + std::to_string(item));
@@ -118,14 +119,14 @@ public:
         items.erase(items.begin() + at);
         view->deleteItemsAtIndexPaths({{0, at}});
     }
-    /// What the tiles show, from above, left to right.
+    /// What the cells show, from above, left to right.
     std::vector<int> shown() const {
         std::vector<std::pair<std::pair<CGFloat, CGFloat>, int>> found;
         for (const auto& child : view->subviews()) {
-            const auto tile = std::dynamic_pointer_cast<Tile>(child);
-            if (tile && tile->alpha() > 0.5)
+            const auto cell = std::dynamic_pointer_cast<NumberCell>(child);
+            if (cell && cell->alpha() > 0.5)
                 found.push_back(
-                    {{tile->frame().minY(), tile->frame().minX()}, std::stoi(tile->label->text())});
+                    {{cell->frame().minY(), cell->frame().minX()}, std::stoi(cell->label->text())});
         }
         std::sort(found.begin(), found.end());
         std::vector<int> result;
@@ -383,11 +384,12 @@ TEST_F(CollectionViewTest, PressesTapsAndDragsGoToWhomTheyAreFor) {
     strip->show(platform, 20);
     attachDrag(0.5);
     const auto tapButton = [&] {
-        platform.tap(*std::static_pointer_cast<Tile>(strip->view->cellForItemAtIndexPath({0, 1}))->button);
+        platform.tap(
+            *std::static_pointer_cast<NumberCell>(strip->view->cellForItemAtIndexPath({0, 1}))->button);
     };
-    Tile::pressed = 0;
+    NumberCell::pressed = 0;
     tapButton();
-    EXPECT_EQ(Tile::pressed, 1);
+    EXPECT_EQ(NumberCell::pressed, 1);
     EXPECT_TRUE(strip->selected.empty());
     platform.tap(strip->middle(1));
     EXPECT_EQ(strip->selected, std::vector<std::int64_t>{1});
@@ -398,13 +400,13 @@ TEST_F(CollectionViewTest, PressesTapsAndDragsGoToWhomTheyAreFor) {
 
     drag->minimumPressDuration = 0;
     tapButton();
-    EXPECT_EQ(Tile::pressed, 1) << "the gesture has every touch on the strip";
+    EXPECT_EQ(NumberCell::pressed, 1) << "the gesture has every touch on the strip";
     platform.drag({100, 100}, {100, 20}, 0.2, true);
     EXPECT_GT(strip->table->contentOffset().y, 50) << "beside the strip the table scrolls";
     strip->view->removeGestureRecognizer(drag);
     strip->table->setContentOffset({0, 0});
     tapButton();
-    EXPECT_EQ(Tile::pressed, 2);
+    EXPECT_EQ(NumberCell::pressed, 2);
 }
 
 TEST_F(CollectionViewTest, ItemsAreReachedMovedAndRemovedByTheKeyboard) {
@@ -413,8 +415,8 @@ TEST_F(CollectionViewTest, ItemsAreReachedMovedAndRemovedByTheKeyboard) {
     strip->show(platform, 30);
     const auto focused = [&] {
         UIView* view = platform.window().focusedView();
-        const auto tile = view ? std::dynamic_pointer_cast<Tile>(view->shared_from_this()) : nullptr;
-        return tile ? std::stoi(tile->label->text()) : -1;
+        const auto cell = view ? std::dynamic_pointer_cast<NumberCell>(view->shared_from_this()) : nullptr;
+        return cell ? std::stoi(cell->label->text()) : -1;
     };
     platform.tap(strip->middle(0));
     EXPECT_FALSE(platform.key(UIKeyCode::deleteBackward)) << "no ring shows what would go";

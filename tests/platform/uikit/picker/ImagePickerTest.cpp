@@ -2,6 +2,7 @@
 
 #include "platform/foundation/runloop/NSThread.h"
 #include "platform/media/MediaLibrary.h"
+#include "platform/uikit/picker/MediaGridCell.h"
 #include "platform/uikit/picker/MediaGridView.h"
 #include "platform/uikit/picker/UIImagePickerController.h"
 #include "tests/support/LogCapture.h"
@@ -50,7 +51,7 @@ protected:
         std::filesystem::last_write_time(path, start - std::chrono::seconds(secondsAgo));
         return path;
     }
-    /// Presents a picker and waits until it has searched the folders and made the thumbnails in sight.
+    /// Presents a picker and waits until it has searched the folders and made the visible thumbnails.
     std::shared_ptr<UIImagePickerController> open(std::vector<std::string> types = {"public.image"},
                                                   CGSize size = {375, 667}) {
         show(screen("A"), size);
@@ -74,11 +75,11 @@ protected:
         return dynamic_cast<MediaGridView&>(*find(
             *picker.view(), [](UIView& view) { return dynamic_cast<MediaGridView*>(&view) != nullptr; }));
     }
-    /// What the tiles in sight say, in reading order.
-    std::vector<std::string> tiles(UIImagePickerController& picker) {
+    /// The accessible names of the visible cells, in reading order.
+    std::vector<std::string> labels(UIImagePickerController& picker) {
         std::map<std::pair<CGFloat, CGFloat>, std::string> byPlace;
         for (const auto& view : grid(picker).subviews()) {
-            if (dynamic_cast<MediaTile*>(view.get()))
+            if (dynamic_cast<MediaGridCell*>(view.get()))
                 byPlace[{view->frame().minY(), view->frame().minX()}] = view->accessibility().label;
         }
         std::vector<std::string> labels;
@@ -108,7 +109,7 @@ TEST_F(ImagePickerTest, ShowsPicturesNewestFirstAndHandsOutTheOneChosen) {
     for (const bool byKeys : {true, false}) {
         picked.clear();
         const auto picker = open();
-        EXPECT_EQ(tiles(*picker),
+        EXPECT_EQ(labels(*picker),
                   (std::vector<std::string>{"Photo 1 of 3, new.jpg", "Photo 2 of 3, mid dle %41.png",
                                             "Photo 3 of 3, old.jpg"}));
         if (byKeys) {
@@ -152,7 +153,7 @@ TEST_F(ImagePickerTest, FilesThatCannotBeUsedSayWhy) {
     };
     for (const Case& each : cases) folder.write(each.name, each.bytes);
     const auto picker = open();
-    for (const std::string& label : tiles(*picker)) {
+    for (const std::string& label : labels(*picker)) {
         const bool isUsable = label.find(", Cannot be used") == std::string::npos;
         for (const Case& each : cases) {
             if (label.find(each.name.substr(0, 9)) == std::string::npos) continue;
@@ -181,7 +182,7 @@ TEST_F(ImagePickerTest, FilesThatCannotBeUsedSayWhy) {
 }
 
 TEST_F(ImagePickerTest, ClipsHaveTheirLengthAndComeByTheirAddress) {
-    const std::string path = add("film 100%.mov", Data::copy(std::string_view("x")), 1);
+    const std::string path = add("clip 100%.mov", Data::copy(std::string_view("x")), 1);
     add("sound.mp4", Data::copy(std::string_view("x")), 2);
     add("broken.mp4", Data::copy(std::string_view("x")), 3);
     add("picture.jpg", picture(9, 9));
@@ -191,9 +192,9 @@ TEST_F(ImagePickerTest, ClipsHaveTheirLengthAndComeByTheirAddress) {
     media->clips[folder.path("sound.mp4")] = {.length = CMTimeMake(5, 1)};
     const LogCapture quiet;
     const auto picker = open({"public.movie"});
-    EXPECT_EQ(tiles(*picker), (std::vector<std::string>{"Video 1 of 3, film 100%.mov, 1:03",
-                                                        "Video 2 of 3, sound.mp4, Cannot be used",
-                                                        "Video 3 of 3, broken.mp4, Cannot be used"}));
+    EXPECT_EQ(labels(*picker), (std::vector<std::string>{"Video 1 of 3, clip 100%.mov, 1:03",
+                                                         "Video 2 of 3, sound.mp4, Cannot be used",
+                                                         "Video 3 of 3, broken.mp4, Cannot be used"}));
     key(UIKeyCode::down);
     key(UIKeyCode::enter);
     key(UIKeyCode::enter);
@@ -258,12 +259,12 @@ TEST_F(ImagePickerTest, TenThousandPicturesCostWhatIsInSight) {
     all.setContentOffset({0, all.maximumOffsetY()});
     work();
     EXPECT_LT(all.liveCellCount(), 200u);
-    const auto labels = tiles(*picker);
-    EXPECT_EQ(labels.back().substr(0, 20), "Photo 10000 of 10000");
-    EXPECT_EQ(labels.back().find("Cannot be used"), std::string::npos);
+    const auto shown = labels(*picker);
+    EXPECT_EQ(shown.back().substr(0, 20), "Photo 10000 of 10000");
+    EXPECT_EQ(shown.back().find("Cannot be used"), std::string::npos);
 }
 
-TEST_F(ImagePickerTest, ArrowsReachEveryTileAndStayInTheGrid) {
+TEST_F(ImagePickerTest, ArrowsReachEveryCellAndStayInTheGrid) {
     for (int i = 0; i < 10; ++i) add("p" + std::to_string(i) + ".jpg", picture(8, 8), i);
     const auto picker = open();  // three columns: the last line has one
     const auto focused = [&] {

@@ -1,4 +1,4 @@
-#include "platform/uikit/picker/MediaGridView.h"
+#include "platform/uikit/picker/MediaGridCell.h"
 
 #include "platform/foundation/resources/PlatformText.h"
 #include "platform/foundation/values/NSURL.h"
@@ -16,7 +16,7 @@ constexpr CGFloat symbolSize = 28;
 constexpr UIColor restColor = UIColor::rgb(0xE6E8ED);
 constexpr UIColor unusableColor = UIColor::rgb(0xF0F1F4);
 
-std::shared_ptr<const UIImage> filmSymbol() {
+std::shared_ptr<const UIImage> videoSymbol() {
     static const auto image = [] {
         Path path;
         path.moveTo(4.5, 5.5).lineTo(19.5, 5.5).lineTo(19.5, 18.5).lineTo(4.5, 18.5).close();
@@ -26,7 +26,7 @@ std::shared_ptr<const UIImage> filmSymbol() {
     return image;
 }
 
-std::shared_ptr<const UIImage> photoSymbol() {
+std::shared_ptr<const UIImage> pictureSymbol() {
     static const auto image = [] {
         Path path;
         path.moveTo(4.5, 5.5).lineTo(19.5, 5.5).lineTo(19.5, 18.5).lineTo(4.5, 18.5).close();
@@ -55,7 +55,7 @@ std::string shownName(const std::string& path) {
 
 }  // namespace
 
-void MediaTile::initialise() {
+void MediaGridCell::initialise() {
     setClipsToBounds(true);
     picture_ = make<UIImageView>();
     picture_->setContentMode(UIViewContentMode::scaleAspectFill);
@@ -82,8 +82,8 @@ void MediaTile::initialise() {
     setCursor(CursorShape::pointingHand);
 }
 
-void MediaTile::show(const MediaLibraryItem& item, std::size_t position, std::size_t count,
-                     const std::shared_ptr<MediaThumbnails>& thumbnails) {
+void MediaGridCell::show(const MediaLibraryItem& item, std::size_t position, std::size_t count,
+                         const std::shared_ptr<MediaThumbnails>& thumbnails) {
     const bool isSame = item == item_ && picture_->image();
     item_ = item;
     position_ = position;
@@ -94,47 +94,47 @@ void MediaTile::show(const MediaLibraryItem& item, std::size_t position, std::si
     // Its old picture is better than none, until the new one has come.
     if (kept || !isSame) setThumbnail(kept);
     if (kept) return;
-    const auto weak = std::weak_ptr(std::static_pointer_cast<MediaTile>(shared_from_this()));
+    const auto weak = std::weak_ptr(std::static_pointer_cast<MediaGridCell>(shared_from_this()));
     thumbnails->request(item, [weak, path = item.path](const MediaThumbnail& thumbnail) {
         const auto self = weak.lock();
         if (self && self->path() == path) self->setThumbnail(&thumbnail);
     });
 }
 
-void MediaTile::didMoveToSuperview() {
+void MediaGridCell::didMoveToSuperview() {
     UICollectionViewCell::didMoveToSuperview();
     if (superview()) return;
     if (const auto thumbnails = thumbnails_.lock()) thumbnails->forget(item_.path);
 }
 
-void MediaTile::touchesBegan(const UITouch& touch) {
+void MediaGridCell::touchesBegan(const UITouch& touch) {
     setPressed(touch.button == UIButtonMask::primary);
     UICollectionViewCell::touchesBegan(touch);
 }
 
-void MediaTile::touchesEnded(const UITouch& touch) {
+void MediaGridCell::touchesEnded(const UITouch& touch) {
     setPressed(false);
     UICollectionViewCell::touchesEnded(touch);
 }
 
-void MediaTile::touchesCancelled(const UITouch& touch) {
+void MediaGridCell::touchesCancelled(const UITouch& touch) {
     setPressed(false);
     UICollectionViewCell::touchesCancelled(touch);
 }
 
-void MediaTile::setPressed(bool isPressed) {
+void MediaGridCell::setPressed(bool isPressed) {
     isPressed_ = isPressed;
     updateShade();
 }
 
-void MediaTile::setThumbnail(const MediaThumbnail* thumbnail) {
+void MediaGridCell::setThumbnail(const MediaThumbnail* thumbnail) {
     isUsable_ = !thumbnail || thumbnail->image;
     duration_ = thumbnail ? thumbnail->duration : 0;
     picture_->setImage(thumbnail ? thumbnail->image : nullptr);
     symbol_->setHidden(thumbnail && thumbnail->image);
     symbol_->setImage(!isUsable_                      ? UIImage::systemImageNamed("exclamationmark.circle")
-                      : item_.kind == MediaKind::clip ? filmSymbol()
-                                                      : photoSymbol());
+                      : item_.kind == MediaKind::clip ? videoSymbol()
+                                                      : pictureSymbol());
     symbol_->setTintColor(UIColor::tertiaryLabel());
     setBackgroundColor(isUsable_ ? restColor : unusableColor);
     badge_->setHidden(duration_ <= 0);
@@ -143,7 +143,7 @@ void MediaTile::setThumbnail(const MediaThumbnail* thumbnail) {
     setNeedsLayout();
 }
 
-void MediaTile::describe() {
+void MediaGridCell::describe() {
     std::string text = platformText(item_.kind == MediaKind::clip ? "Video %1 of %2" : "Photo %1 of %2");
     text = replacingOccurrences(text, "%1", decimalText(static_cast<std::int64_t>(position_)));
     text = replacingOccurrences(text, "%2", decimalText(static_cast<std::int64_t>(count_)));
@@ -153,7 +153,7 @@ void MediaTile::describe() {
     setAccessibility(AccessibilityRole::button, text);
 }
 
-void MediaTile::setBusy(bool isBusy) {
+void MediaGridCell::setBusy(bool isBusy) {
     isBusy_ = isBusy;
     if (isBusy) {
         wheel_->startAnimating();
@@ -163,13 +163,13 @@ void MediaTile::setBusy(bool isBusy) {
     updateShade();
 }
 
-void MediaTile::updateShade() {
+void MediaGridCell::updateShade() {
     shade_->setBackgroundColor(isBusy_      ? UIColor::black().withAlpha(0.45f)
                                : isPressed_ ? UIColor::black().withAlpha(0.25f)
                                             : UIColor::clear());
 }
 
-void MediaTile::layoutSubviews() {
+void MediaGridCell::layoutSubviews() {
     UICollectionViewCell::layoutSubviews();
     const CGSize size = bounds().size;
     picture_->setFrame({{}, size});
