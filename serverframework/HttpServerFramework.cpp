@@ -4,7 +4,7 @@
 #include "serverframework/account/Session.h"
 #include "serverframework/client/Accounts.h"
 #include "serverframework/client/AnswerDesk.h"
-#include "serverframework/client/HttpServer.h"
+#include "serverframework/client/HttpServerConnection.h"
 #include "serverframework/client/Notifications.h"
 #include "serverframework/http/HttpTransport.h"
 #include "serverframework/http/UploadQueue.h"
@@ -21,7 +21,7 @@ struct HttpServerFramework::Parts {
     std::shared_ptr<UploadQueue> uploads;
     std::shared_ptr<AnswerDesk> desk;
     std::shared_ptr<Session> session;
-    std::shared_ptr<HttpServer> server;
+    std::shared_ptr<HttpServerConnection> server;
     std::shared_ptr<MediaFetcher> media;
     std::shared_ptr<Accounts> accounts;
     std::shared_ptr<Notifications> notifications;
@@ -33,33 +33,20 @@ std::shared_ptr<HttpServerFramework> HttpServerFramework::create(Options options
     const Limits& limits = options.limits;
     if (!options.sessionStore) options.sessionStore = std::make_shared<MemorySessionStore>();
 
-    TransportLimits transportLimits;
-    transportLimits.connectTimeoutSeconds = limits.connectTimeoutSeconds;
-    transportLimits.stallTimeoutSeconds = limits.stallTimeoutSeconds;
-    transportLimits.connectionsPerHost = limits.connectionsPerHost;
-    MediaFetcher::Limits mediaLimits;
-    mediaLimits.maximumMediumBytes = limits.maximumMediumBytes;
-    mediaLimits.maximumCacheBytes = limits.mediaCacheBytes;
     const std::string folder = options.mediaCacheFolder.value_or(MediaDiskCache::defaultFolder());
     std::unique_ptr<MediaDiskCache> disk;
-    if (!folder.empty()) {
-        MediaDiskCache::Limits diskLimits;
-        diskLimits.maximumBytes = limits.mediaDiskBytes;
-        disk = std::make_unique<MediaDiskCache>(folder, diskLimits);
-    }
+    if (!folder.empty()) disk = std::make_unique<MediaDiskCache>(folder, limits.mediaDisk);
 
     auto parts = std::make_unique<Parts>();
-    parts->transport = std::make_shared<HttpTransport>(transportLimits);
-    UploadQueue::Limits uploadLimits;
-    uploadLimits.simultaneous = limits.simultaneousUploads;
-    parts->uploads = std::make_shared<UploadQueue>(uploadLimits);
+    parts->transport = std::make_shared<HttpTransport>(limits.transport);
+    parts->uploads = std::make_shared<UploadQueue>(limits.uploads);
     parts->desk = std::make_shared<AnswerDesk>();
     parts->session = std::make_shared<Session>(base->origin(), options.sessionStore);
-    parts->server =
-        make<HttpServer>(HttpServer::Settings{*base, options.userAgent, limits.maximumAnswerBytes, {}},
-                         parts->session, parts->transport, parts->uploads, parts->desk);
+    parts->server = make<HttpServerConnection>(
+        HttpServerConnection::Settings{*base, options.userAgent, limits.requests, limits.faces},
+        parts->session, parts->transport, parts->uploads, parts->desk);
     parts->media =
-        std::make_shared<MediaFetcher>(mediaLimits, options.userAgent, parts->transport, std::move(disk));
+        std::make_shared<MediaFetcher>(limits.media, options.userAgent, parts->transport, std::move(disk));
     parts->accounts = std::make_shared<Accounts>(parts->server, parts->session);
     parts->notifications = std::make_shared<Notifications>(parts->server, parts->session);
     return std::make_shared<HttpServerFramework>(std::move(parts));
@@ -68,7 +55,7 @@ std::shared_ptr<HttpServerFramework> HttpServerFramework::create(Options options
 HttpServerFramework::HttpServerFramework(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
 
 HttpServerFramework::~HttpServerFramework() {
-    // In this order every answer, the cancelled ones too, has reached the main run loop before the desk closes.
+    // In this order every answer, even a cancelled one, has reached the main run loop before the desk stops.
     parts_->uploads->stop();
     parts_->transport->stop();
     parts_->desk->stop();
@@ -107,7 +94,7 @@ OstrelRequestManager& HttpServerFramework::requestManager() { return *parts_->me
 
 std::shared_ptr<const OstrelServerHtmlResultObject> HttpServerFramework::parseResult(
     const std::string& html) {
-    return parts_->desk->parse(html);
+    return ParsedAnswer::parse(html);
 }
 
 std::shared_ptr<UIViewController> HttpServerFramework::loginController(LoginHandler handler) {
@@ -119,9 +106,5 @@ std::optional<NSDate> HttpServerFramework::dateFromServerText(std::string_view t
 }
 
 std::string HttpServerFramework::encodeForQuery(std::string_view text) { return percentEncoded(text); }
-
-HttpServerFramework::Statistics HttpServerFramework::statistics() const {
-    return {parts_->desk->parsedAhead(), parts_->desk->parsedOnTheSpot()};
-}
 
 }  // namespace ostrel

@@ -536,7 +536,7 @@ void WriteTour::pageIsPublic() {
     std::optional<std::string> page;
     reader_.framework().shareServer().request(
         url.substr(std::min(url.size(), server_.address().size())),
-        [&](const auto& answer, const auto&) { page = answer.value_or(""); });
+        [&](const auto& answer, const auto&) { page = answer.value_or("").string(); });
     check(window_.waitFor([&] { return page.has_value(); }), "it answers");
     if (!page) return;
     check(page->find(title) != std::string::npos && page->find(escapedComment) != std::string::npos,

@@ -1,11 +1,13 @@
 #include "article/detail/VideoFile.h"
 
 #include "platform/foundation/resources/Files.h"
+#include "platform/foundation/resources/PartialFile.h"
 #include "platform/foundation/runloop/NSThread.h"
 
-#include <atomic>
 #include <cctype>
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -45,20 +47,19 @@ std::string currentVideoFile() { return NSHomeDirectory() + "/Documents/current.
 
 void writeCurrentVideoFile(const Data& video, std::function<bool()> isWanted,
                            std::function<void(const std::string&)> done) {
-    static std::atomic<unsigned> written = 0;
-    const std::string target = currentVideoFile();
-    const std::string part = target + "." + std::to_string(++written) + ".part";
+    const std::filesystem::path target = currentVideoFile();
     NSThread::detachNewThread([=] {
-        const bool isWritten = writeFileAtomically(part, video.view());
+        std::error_code error;
+        std::filesystem::create_directories(target.parent_path(), error);
+        auto file = PartialFile::create(target.parent_path().string());
+        if (file && !file->append(video.view())) file.reset();
         if (!RunLoop::hasMain()) return;
+        // Shared because a task is copyable.
+        const auto written = std::make_shared<std::optional<PartialFile>>(std::move(file));
         RunLoop::main().perform([=] {
-            std::error_code error;
-            if (!isWanted()) {
-                std::filesystem::remove(part, error);
-                return;
-            }
-            if (isWritten) std::filesystem::rename(part, target, error);
-            done(isWritten && !error ? target : std::string());
+            if (!isWanted()) return;
+            const bool isInPlace = *written && (*written)->moveTo(target.string());
+            done(isInPlace ? target.string() : std::string());
         });
     });
 }

@@ -190,22 +190,19 @@ void ArticleRequest::sendUnjudged(OstrelServer& server, AnswerHandler handler) c
     }
 }
 
-ArticleAnswer ArticleRequest::judge(const std::optional<std::string>& answer,
+ArticleAnswer ArticleRequest::judge(const std::optional<AnswerText>& answer,
                                     const std::optional<std::string>& error) const {
     const Rule rule = ruleOf(kind_);
     ArticleAnswer judged;
-    judged.text = answer;
+    if (answer) judged.text = answer->string();
     judged.error = error;
     bool good = !error;
     if (good && rule.reading == Reading::result) {
-        static const std::string nothing;
-        // The very text that was handed over, not a copy: the framework may keep its parsed form ready.
-        judged.result = OstrelServerHtmlResultObject::initWithHtml(answer ? *answer : nothing);
+        judged.result = OstrelServerHtmlResultObject::initWithHtml(answer.value_or(""));
         judged.error = judged.result->errString();
         good = !judged.error && (!rule.needsSuccess || judged.result->success());
     } else if (good && rule.reading == Reading::json) {
-        const auto read =
-            Value::parse(answer ? std::string_view(*answer) : std::string_view(), &judged.parseError);
+        const Value read = answer.value_or("").json(&judged.parseError);
         judged.record = Dictionary(read);
         if (!read.isAbsent() && !judged.record) judged.parseError = "The answer is no JSON object.";
         good = rule.informs || judged.record;
@@ -214,7 +211,7 @@ ArticleAnswer ArticleRequest::judge(const std::optional<std::string>& answer,
         judged.verdict = good ? ArticleAnswer::Verdict::succeeded : ArticleAnswer::Verdict::failed;
     if (error) {
         if (errorFile_ == ErrorFile::answer && answer)
-            writeFileAtomically(NSHomeDirectory() + articleErrorFile, *answer);
+            writeFileAtomically(NSHomeDirectory() + articleErrorFile, answer->string());
         if (errorFile_ == ErrorFile::errorText)
             writeFileAtomically(NSHomeDirectory() + articleErrorFile, *error);
     }

@@ -95,7 +95,7 @@ public:
     /// Sends it through `server`; any thread. `handler` gets the answer as it is, for `judge`.
     void sendUnjudged(OstrelServer& server, AnswerHandler handler) const;
     /// Judges an answer to this request without sending it, and writes the error file where that is due.
-    ArticleAnswer judge(const std::optional<std::string>& answer,
+    ArticleAnswer judge(const std::optional<AnswerText>& answer,
                         const std::optional<std::string>& error) const;
 
 private:

@@ -11,14 +11,14 @@ namespace ostrel {
 /// Converter of the server's date texts.
 class NSDjangoUTCConvert {
 public:
-    /// The moment that `text` denotes; none when it is no date of the server's format.
+    /// The moment that `text` denotes; absent when it is no date in the server's format.
     static std::optional<NSDate> djangoDateString(std::string_view text);
 };
 
 /// Encoder of free text for use inside a query string.
 class NSDjangoStringEncoder {
 public:
-    /// `text` (UTF-8) so encoded that it can stand as a query value.
+    /// `text` (UTF-8), encoded as the value of a query.
     static std::string encoder(std::string_view text);
 };
 

@@ -8,7 +8,7 @@
 
 namespace ostrel {
 
-/// The shared fetcher of media bytes by absolute address, with a cache; required of the server framework.
+/// Fetches the bytes of media by absolute address, with a cache. The server framework implements it.
 class OstrelRequestManager {
 public:
     using Handler =
@@ -17,12 +17,12 @@ public:
 
     static OstrelRequestManager& defaultOstrelRequestManager();
 
-    /// Fetches `url`. Returns the data at once when it is cached (null data otherwise); the handler is called once, on
-    /// the main thread, independently of that. `data` is meaningful only when `loaded` is true. Any thread.
+    /// Fetches `url`. Returns the data when it is cached, else null data; in both cases the handler is called once, on the
+    /// main thread. Its `data` counts only when `loaded` is true. Any thread.
     virtual Data request(const std::string& url, Handler handler) = 0;
 
-    /// Takes back one request of `url` that has not been answered. When all of them were taken back, the fetch ends and
-    /// their handlers are called with an error. A manager may go on regardless. Any thread.
+    /// Cancels one request of `url` that has not been answered. When all of them are cancelled, the fetch ends and their
+    /// handlers get an error. A manager may ignore this call. Any thread.
     virtual void cancel(const std::string& /*url*/) {}
 };
 

@@ -10,12 +10,13 @@ namespace ostrel {
 namespace {
 
 struct Slot {
-    std::mutex mutex;  // guards framework
+    /// Guards `framework`.
+    std::mutex mutex;
     std::shared_ptr<OstrelServerFramework> framework;
 };
 
 Slot& slot() {
-    // Never destroyed: a thread may still look while the process ends.
+    // Never destroyed, because a thread may still call `current` while the process ends.
     static Slot& slot = *new Slot;
     return slot;
 }
@@ -23,7 +24,7 @@ Slot& slot() {
 }  // namespace
 
 void OstrelServerFramework::install(std::shared_ptr<OstrelServerFramework> framework) {
-    // The former one goes after the lock: what it cancels may look for the one in use.
+    // The former framework is destroyed after the mutex is unlocked: handlers that it cancels may call `current`.
     const std::lock_guard lock(slot().mutex);
     slot().framework.swap(framework);
 }
@@ -51,8 +52,9 @@ OstrelRequestManager& OstrelRequestManager::defaultOstrelRequestManager() {
 }
 
 std::shared_ptr<const OstrelServerHtmlResultObject> OstrelServerHtmlResultObject::initWithHtml(
-    const std::string& html) {
-    return OstrelServerFramework::installed().parseResult(html);
+    const AnswerText& html) {
+    if (const AnswerText::Parsed* parsed = html.parsed()) return parsed->result;
+    return OstrelServerFramework::installed().parseResult(html.string());
 }
 
 std::shared_ptr<UIViewController> OstrelLoginViewController::shareWithHandler(LoginHandler handler) {

@@ -10,14 +10,15 @@
 
 namespace ostrel {
 
-/// Everything the module requires of a server framework, in one object that the host installs before it makes the first
-/// screen. The class operations of the module's boundary (`OstrelServer::shareServer` and its like) lead here.
+/// All that the module needs of a server framework, in one object that the host installs before it makes the first screen.
+/// The static operations of the boundary's classes, such as `OstrelServer::shareServer`, call this object.
 class OstrelServerFramework {
 public:
     virtual ~OstrelServerFramework() = default;
 
     virtual OstrelServer& shareServer() = 0;
     virtual OstrelRequestManager& requestManager() = 0;
+    /// Parses an answer's text that came without its result (see `AnswerText`); never null. Any thread.
     virtual std::shared_ptr<const OstrelServerHtmlResultObject> parseResult(const std::string& html) = 0;
     virtual std::shared_ptr<UIViewController> loginController(LoginHandler handler) = 0;
     virtual std::optional<NSDate> dateFromServerText(std::string_view text) = 0;
@@ -25,9 +26,10 @@ public:
 
     /// Replaces the framework in use; null removes it. Main thread, while no request is under way.
     static void install(std::shared_ptr<OstrelServerFramework> framework);
-    /// The framework in use, which lives at least as long as it is held; null when there is none. Any thread.
+    /// The framework in use; null when there is none. Any thread.
     static std::shared_ptr<OstrelServerFramework> current();
-    /// The framework in use. Calling it with none installed is a programming error and ends the process with a message.
+    /// The framework in use. Calling this while none is installed is a programming error and ends the process with a
+    /// message.
     static OstrelServerFramework& installed();
 };
 

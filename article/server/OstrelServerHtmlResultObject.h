@@ -9,13 +9,16 @@
 
 namespace ostrel {
 
-/// One answer text, parsed by the server framework. Also made when the server reported an error.
+class AnswerText;
+
+/// The text of an answer as the server framework parsed it. It exists for answers that report an error too.
 class OstrelServerHtmlResultObject {
 public:
     virtual ~OstrelServerHtmlResultObject() = default;
 
-    /// Parses `html`; never null. An answer that cannot be read has an `errString` saying so.
-    static std::shared_ptr<const OstrelServerHtmlResultObject> initWithHtml(const std::string& html);
+    /// The result that came with `html`, or else the result that the installed server framework parses now; never null. The
+    /// result of an answer that cannot be read has an `errString` that says so.
+    static std::shared_ptr<const OstrelServerHtmlResultObject> initWithHtml(const AnswerText& html);
 
     /// Present when the server reported an error or the answer could not be read.
     virtual const std::optional<std::string>& errString() const = 0;

@@ -49,7 +49,7 @@ public:
         std::optional<std::string> text;
         bool isAnswered = false;
         send(framework_->shareServer(), [&](const auto& answer, const auto& error) {
-            if (!error) text = answer;
+            if (!error && answer) text = answer->string();
             if (error) std::fprintf(stderr, "upload: %s\n", error->c_str());
             isAnswered = true;
         });

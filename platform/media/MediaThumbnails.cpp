@@ -61,18 +61,11 @@ MediaThumbnail MediaThumbnails::make(const MediaLibraryItem& item, int side) {
 
 bool MediaThumbnails::setSide(int side) {
     if (side == std::exchange(side_, side)) return false;
-    recent_.clear();
-    byPath_.clear();
-    bytes_ = 0;
+    kept_.clear();
     return true;
 }
 
-const MediaThumbnail* MediaThumbnails::find(const std::string& path) {
-    const auto found = byPath_.find(path);
-    if (found == byPath_.end()) return nullptr;
-    recent_.splice(recent_.begin(), recent_, found->second);
-    return &recent_.front().thumbnail;
-}
+const MediaThumbnail* MediaThumbnails::find(const std::string& path) { return kept_.find(path); }
 
 void MediaThumbnails::request(const MediaLibraryItem& item, Handler handler) {
     forget(item.path);
@@ -114,7 +107,7 @@ void MediaThumbnails::startNext() {
 void MediaThumbnails::finished(const std::string& path, std::uint64_t number, int side,
                                MediaThumbnail thumbnail) {
     --running_;
-    if (side == side_) keep(path, thumbnail);
+    if (side == side_) kept_.insert(path, thumbnail, costOf(thumbnail));
     const auto found = requests_.find(path);
     if (found != requests_.end() && found->second.number == number) {
         const Handler handler = std::move(found->second.handler);
@@ -122,22 +115,6 @@ void MediaThumbnails::finished(const std::string& path, std::uint64_t number, in
         handler(thumbnail);
     }
     startNext();
-}
-
-void MediaThumbnails::keep(const std::string& path, const MediaThumbnail& thumbnail) {
-    if (const auto former = byPath_.find(path); former != byPath_.end()) {
-        bytes_ -= costOf(former->second->thumbnail);
-        recent_.erase(former->second);
-        byPath_.erase(former);
-    }
-    recent_.push_front({path, thumbnail});
-    byPath_[path] = recent_.begin();
-    bytes_ += costOf(thumbnail);
-    while (bytes_ > mostBytes && recent_.size() > 1) {
-        bytes_ -= costOf(recent_.back().thumbnail);
-        byPath_.erase(recent_.back().path);
-        recent_.pop_back();
-    }
 }
 
 }  // namespace ostrel

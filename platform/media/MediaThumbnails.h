@@ -1,11 +1,11 @@
 #pragma once
 
+#include "platform/foundation/values/LeastRecentlyUsedCache.h"
 #include "platform/graphics/UIImage.h"
 #include "platform/media/MediaLibrary.h"
 
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -54,22 +54,15 @@ private:
         Handler handler;
         std::uint64_t number = 0;
     };
-    struct Kept {
-        std::string path;
-        MediaThumbnail thumbnail;
-    };
     void startNext();
     void finished(const std::string& path, std::uint64_t number, int side, MediaThumbnail thumbnail);
-    void keep(const std::string& path, const MediaThumbnail& thumbnail);
 
     int side_ = 1;
     int running_ = 0;
     std::uint64_t nextNumber_ = 1;
     std::unordered_map<std::string, Request> requests_;
     std::map<std::uint64_t, std::string> waiting_;  ///< by number, the largest is next
-    std::list<Kept> recent_;                        ///< the last used first
-    std::unordered_map<std::string, std::list<Kept>::iterator> byPath_;
-    std::size_t bytes_ = 0;
+    LeastRecentlyUsedCache<std::string, MediaThumbnail> kept_{{.totalCost = mostBytes}};
 };
 
 }  // namespace ostrel

@@ -72,7 +72,7 @@ void Session::restoreCookies(std::function<void()> done) {
                     self->keptCookies_ = withoutExpiry(text);
                     self->keptAt_ = Clock::shared().monotonicSeconds();
                 } else {
-                    // Somebody signed in or out while the store was asked: that holds.
+                    // A user signed in or out while the store was loading; the store's cookies are out of date.
                     self->keepCookies();
                 }
             }

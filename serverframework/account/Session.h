@@ -13,11 +13,11 @@
 
 namespace ostrel {
 
-/// Who is signed in, and the cookies that prove it. Every change of the user posts
+/// The signed-in user, and the cookies that prove it to the server. Every change of the user posts
 /// "Current_User_Changed_Notification_Name" on the main thread.
 class Session final : public std::enable_shared_from_this<Session> {
 public:
-    /// The cookie that carries the session; signing out drops it and keeps the others.
+    /// The cookie that carries the session. Signing out removes this cookie and keeps the others.
     static constexpr std::string_view cookieName = "ostrel_session";
 
     Session(std::string origin, std::shared_ptr<SessionStore> store);
@@ -25,29 +25,31 @@ public:
     /// Any thread.
     std::shared_ptr<const OstrelServerUserObject> currentUser() const;
     std::shared_ptr<CookieJar> jar() const;
-    /// Counts the changes of who is signed in. What belongs to an older count must not touch the session any more.
+    /// The number of sign-ins and sign-outs so far. An answer to a request of an earlier generation must not change the
+    /// session.
     std::uint64_t generation() const;
 
-    /// Main thread. Ends what was before; `jar` holds the cookies that came with the user.
+    /// Main thread. Replaces the former session; `jar` holds the cookies that came with the user.
     void begin(std::shared_ptr<const OstrelServerUserObject> user, std::shared_ptr<CookieJar> jar);
-    /// Main thread. Nobody is signed in any more; the cookie of the session is forgotten here and in the store.
+    /// Main thread. Signs the user out and removes the session's cookie from the jar and the store.
     void end();
-    /// Main thread. Gives the cookies to the store when they changed, or when the kept ones are an hour old: the server
-    /// puts off their expiry with each use.
+    /// Main thread. Saves the cookies in the store when they have changed or when the saved ones are an hour old: the server
+    /// postpones their expiry with each use.
     void keepCookies();
-    /// Main thread. Fills the jar from the store, then calls `done`. Until then nothing is given to the store, which would
-    /// lose what it keeps.
+    /// Main thread. Fills the jar from the store, then calls `done`. Until then nothing is saved, because saving would
+    /// replace the cookies that have not been loaded yet.
     void restoreCookies(std::function<void()> done);
 
 private:
     void change(std::shared_ptr<const OstrelServerUserObject> user, std::shared_ptr<CookieJar> jar);
 
     const std::shared_ptr<SessionStore> store_;
+    /// Guards the three members that follow.
     mutable std::mutex mutex_;
-    std::shared_ptr<const OstrelServerUserObject> user_;  // guarded by mutex_
-    std::shared_ptr<CookieJar> jar_;                      // guarded by mutex_
-    std::uint64_t generation_ = 0;                        // guarded by mutex_
-    /// Main thread.
+    std::shared_ptr<const OstrelServerUserObject> user_;
+    std::shared_ptr<CookieJar> jar_;
+    std::uint64_t generation_ = 0;
+    // Main thread: the cookies in the store, without their times, and when they were saved.
     std::string keptCookies_;
     double keptAt_ = 0;
     bool isRestoring_ = false;

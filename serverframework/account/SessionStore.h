@@ -5,22 +5,22 @@
 
 namespace ostrel {
 
-/// Keeps the session between starts of an application: one text with secrets, which the host puts where it keeps
-/// secrets. Called on the main thread only.
+/// Keeps the session between starts of an application, as one text with secrets. A host implements this class over the
+/// place where it keeps secrets. Main thread.
 class SessionStore {
 public:
     virtual ~SessionStore() = default;
-    /// Receives the kept text; empty when there is none or it cannot be read.
+    /// Gets the kept text; empty when there is none or it cannot be read.
     using LoadHandler = std::function<void(const std::string& cookieText)>;
 
     /// Calls `handler` once on the main thread, before it returns or later: a keychain may ask the user first.
     virtual void load(LoadHandler handler) = 0;
-    /// Replaces what is kept. A failure is the store's to log; the session then lasts as long as the process.
+    /// Replaces the kept text. The store logs a failure; the session then lasts as long as the process.
     virtual void save(const std::string& cookieText) = 0;
     virtual void clear() = 0;
 };
 
-/// Keeps the session as long as the object lives.
+/// A store that keeps the session in memory, as long as the object lives.
 class MemorySessionStore final : public SessionStore {
 public:
     void load(LoadHandler handler) override { handler(text_); }

@@ -23,18 +23,18 @@ struct UserNotification {
 };
 
 struct UserNotificationPage {
-    /// Newest first. Records without an id are left out.
+    /// The newest first, without records that have no id.
     std::vector<UserNotification> notifications;
-    /// Of all pages.
+    /// The number of unread notifications on all pages.
     std::int64_t unread = 0;
-    /// Names the page of older ones; absent when there are none.
+    /// Names the page of older notifications; absent on the last page.
     std::optional<std::string> next;
 };
 
-/// The page is empty beside an error, an English sentence.
+/// Gets a page, or an empty page and an error, which is an English sentence.
 using NotificationsHandler =
     std::function<void(const UserNotificationPage& page, const std::optional<std::string>& error)>;
-/// How many of the user's are still unread; 0 beside an error.
+/// Gets the number of the user's notifications that are still unread; 0 when there is an error.
 using UnreadHandler = std::function<void(std::int64_t unread, const std::optional<std::string>& error)>;
 
 }  // namespace ostrel

@@ -25,7 +25,7 @@ std::string errorOf(const JudgedAnswer& answer) {
 
 }  // namespace
 
-Accounts::Accounts(std::shared_ptr<HttpServer> server, std::shared_ptr<Session> session)
+Accounts::Accounts(std::shared_ptr<HttpServerConnection> server, std::shared_ptr<Session> session)
     : server_(std::move(server)), session_(std::move(session)) {}
 
 void Accounts::signIn(const std::string& name, const std::string& password, SignInHandler handler) {
@@ -38,12 +38,12 @@ void Accounts::signUp(const std::string& name, const std::string& password, Sign
 
 void Accounts::enter(const std::string& path, const std::string& name, const std::string& password,
                      SignInHandler handler) {
-    HttpServer::Sending sending;
+    HttpServerConnection::Sending sending;
     sending.path = path;
     sending.form = FormFields{{"name", name}, {"password", password}};
-    // A wrong password is answered with 401, too; that says nothing about who is signed in.
-    sending.onUnauthorized = HttpServer::OnUnauthorized::keepSession;
-    // A jar of its own: only a sign-in that counts brings its cookies to the session.
+    // The server also answers 401 to a wrong password, which does not end the session.
+    sending.onUnauthorized = HttpServerConnection::OnUnauthorized::keepSession;
+    // The sign-in has a jar of its own, because only a successful one may change the session's cookies.
     const auto jar = session_->jar()->without(Session::cookieName);
     sending.jar = jar;
     server_->send(std::move(sending),
@@ -54,7 +54,7 @@ void Accounts::enter(const std::string& path, const std::string& name, const std
                       const bool isLate = !accounts || accounts->session_->generation() != generation ||
                                           accounts->attempts_ != attempt;
                       if (isLate) {
-                          // Somebody signed in or out meanwhile, which holds, or nobody waits any more.
+                          // A later sign-in or sign-out counts, or the caller abandoned this one.
                           if (handler) handler(nullptr, std::string(cancelledText));
                           return;
                       }
@@ -65,10 +65,10 @@ void Accounts::enter(const std::string& path, const std::string& name, const std
 
 void Accounts::signOut() {
     if (session_->jar()->has(Session::cookieName)) {
-        HttpServer::Sending sending;
+        HttpServerConnection::Sending sending;
         sending.path = "account/sign_out";
         sending.form = FormFields{};
-        sending.onUnauthorized = HttpServer::OnUnauthorized::keepSession;
+        sending.onUnauthorized = HttpServerConnection::OnUnauthorized::keepSession;
         server_->send(std::move(sending), nullptr);
     }
     session_->end();
@@ -82,7 +82,7 @@ void Accounts::restore(SignInHandler handler) {
             if (handler) RunLoop::main().perform([handler] { handler(nullptr, std::nullopt); });
             return;
         }
-        HttpServer::Sending sending;
+        HttpServerConnection::Sending sending;
         sending.path = "account/me";
         accounts->server_->send(std::move(sending), [self, generation, handler](const JudgedAnswer& answer) {
             const auto user = userOf(answer);
@@ -94,7 +94,8 @@ void Accounts::restore(SignInHandler handler) {
             if (user) {
                 current->session_->begin(user, current->session_->jar());
             } else if (answer.status == 401 || (!answer.error && answer.result && answer.result->success())) {
-                // The server knows the session no more. (When it cannot be reached, the cookies stay for the next time.)
+                // The server no longer knows the session. (When the server cannot be reached, the cookies stay for the
+                // next start.)
                 current->session_->end();
             }
             const bool failed = answer.error || (answer.result && answer.result->errString());

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "serverframework/account/SignInService.h"
-#include "serverframework/client/HttpServer.h"
+#include "serverframework/client/HttpServerConnection.h"
 
 #include <cstdint>
 #include <memory>
@@ -9,26 +9,26 @@
 
 namespace ostrel {
 
-/// The account requests and what they do to the session. Main thread.
+/// Makes the requests about accounts and changes the session by their answers. Main thread.
 class Accounts final : public SignInService, public std::enable_shared_from_this<Accounts> {
 public:
-    Accounts(std::shared_ptr<HttpServer> server, std::shared_ptr<Session> session);
+    Accounts(std::shared_ptr<HttpServerConnection> server, std::shared_ptr<Session> session);
 
     void signIn(const std::string& name, const std::string& password, SignInHandler handler) override;
     void signUp(const std::string& name, const std::string& password, SignInHandler handler) override;
     void abandon() override { ++attempts_; }
-    /// Forgets the session at once and tells the server, whatever it answers.
+    /// Ends the session at once and tells the server, whatever it answers.
     void signOut();
-    /// Takes the kept session and asks the server whose it is.
+    /// Loads the kept session and asks the server for its user.
     void restore(SignInHandler handler);
 
 private:
     void enter(const std::string& path, const std::string& name, const std::string& password,
                SignInHandler handler);
 
-    const std::shared_ptr<HttpServer> server_;
+    const std::shared_ptr<HttpServerConnection> server_;
     const std::shared_ptr<Session> session_;
-    /// Sign-ins that began at another count have been abandoned.
+    /// The number of calls of `abandon`. A sign-in that began at another number was abandoned.
     std::uint64_t attempts_ = 0;
 };
 

@@ -15,10 +15,10 @@ std::int64_t countOf(const std::string& text) {
     return fault == std::errc() && end == text.data() + text.size() && count > 0 ? count : 0;
 }
 
-/// Strings only: a record with a number in the place of a text shows nothing there.
+/// The text of a string; empty for other types, so that a number in the place of a text is not shown.
 std::string textOf(const Value& value) { return std::string(value.string()); }
 
-UserNotificationPage pageOf(const ServerResult& result) {
+UserNotificationPage pageOf(const ParsedAnswer& result) {
     UserNotificationPage page;
     page.unread = countOf(result.resultString());
     page.next = result.moreResultsURL();
@@ -39,12 +39,12 @@ UserNotificationPage pageOf(const ServerResult& result) {
 
 }  // namespace
 
-Notifications::Notifications(std::shared_ptr<HttpServer> server, std::shared_ptr<Session> session)
+Notifications::Notifications(std::shared_ptr<HttpServerConnection> server, std::shared_ptr<Session> session)
     : server_(std::move(server)), session_(std::move(session)) {}
 
 void Notifications::ask(
-    HttpServer::Sending sending,
-    std::function<void(const ServerResult*, const std::optional<std::string>& error)> handler) {
+    HttpServerConnection::Sending sending,
+    std::function<void(const ParsedAnswer*, const std::optional<std::string>& error)> handler) {
     server_->send(std::move(sending), [session = session_, generation = session_->generation(),
                                        handler = std::move(handler)](const JudgedAnswer& answer) {
         std::optional<std::string> error = answer.error;
@@ -57,20 +57,20 @@ void Notifications::ask(
 }
 
 void Notifications::load(const std::optional<std::string>& next, NotificationsHandler handler) {
-    HttpServer::Sending sending;
+    HttpServerConnection::Sending sending;
     sending.path = next.value_or("account/notifications");
     ask(std::move(sending),
-        [handler = std::move(handler)](const ServerResult* result, const std::optional<std::string>& error) {
+        [handler = std::move(handler)](const ParsedAnswer* result, const std::optional<std::string>& error) {
             if (handler) handler(result ? pageOf(*result) : UserNotificationPage(), error);
         });
 }
 
 void Notifications::markRead(std::int64_t upTo, UnreadHandler handler) {
-    HttpServer::Sending sending;
+    HttpServerConnection::Sending sending;
     sending.path = "account/notifications_read";
     sending.form = FormFields{{"up_to", std::to_string(upTo)}};
     ask(std::move(sending),
-        [handler = std::move(handler)](const ServerResult* result, const std::optional<std::string>& error) {
+        [handler = std::move(handler)](const ParsedAnswer* result, const std::optional<std::string>& error) {
             if (handler) handler(result ? countOf(result->resultString()) : 0, error);
         });
 }

@@ -9,28 +9,28 @@
 
 namespace ostrel {
 
-/// The cookies of one server (RFC 6265, kept by libcurl), shared by the requests that are made with it. A request keeps
-/// its jar until it has ended, so that an answer that is late by a sign-out cannot bring the old session back: signing
-/// out makes a new jar. Any thread.
+/// The cookies of one server (RFC 6265), kept by libcurl and shared by the requests that are made with this jar. A request
+/// keeps its jar until the request has ended, and signing out makes a new jar: an answer that arrives after a sign-out
+/// therefore cannot bring the old session back. Any thread.
 class CookieJar final {
 public:
-    /// `origin`: the only server whose cookies are taken from a kept text; "http://host:port".
+    /// `origin`: "http://host:port" of the only server whose cookies `add` accepts.
     explicit CookieJar(std::string origin);
     ~CookieJar();
     CookieJar(const CookieJar&) = delete;
     CookieJar& operator=(const CookieJar&) = delete;
 
-    /// The cookies as text to be kept: the origin, then a line a cookie in the format of Netscape's cookie file. Empty
-    /// when there are none.
+    /// The cookies as a text for a store: a line with the origin, then one line for each cookie in the format of Netscape's
+    /// cookie file. Empty when there are no cookies.
     std::string text() const;
-    /// Adds the cookies of a text that `text()` gave. Lines of another origin, of another host and malformed ones are
-    /// left out.
+    /// Adds the cookies of a text that `text()` returned. Leaves out a text of another origin, cookies of another host and
+    /// malformed lines.
     void add(std::string_view text);
     bool has(std::string_view name) const;
-    /// A new jar with all cookies but the one named.
+    /// A new jar with all cookies except the one with this name.
     std::shared_ptr<CookieJar> without(std::string_view name) const;
 
-    /// The CURLSH to be set as CURLOPT_SHARE.
+    /// The CURLSH that a request sets as CURLOPT_SHARE.
     void* shareHandle() const { return share_; }
 
 private:
@@ -39,11 +39,11 @@ private:
 
     std::string origin_;
     void* share_;
-    /// One for each kind of data libcurl locks.
+    /// One for each kind of data that libcurl locks.
     mutable std::array<std::mutex, 16> locks_;
 };
 
-/// `text` of a jar without the moments at which its cookies expire: what decides whether it is worth keeping anew.
+/// The text of a jar without the times at which its cookies expire. A store need not be written again for these alone.
 std::string withoutExpiry(std::string_view text);
 
 }  // namespace ostrel

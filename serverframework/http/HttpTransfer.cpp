@@ -60,7 +60,8 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-/// The value when `line` is the header `name` (in lower case); header names know no case (RFC 9110, section 5.1).
+/// The value of the header `name` (in lower case) when `line` is that header. The case of header names does not matter (RFC
+/// 9110, section 5.1).
 std::optional<std::string_view> headerValue(std::string_view line, std::string_view name) {
     if (line.size() <= name.size() || line[name.size()] != ':') return std::nullopt;
     for (std::size_t i = 0; i < name.size(); ++i) {
@@ -86,7 +87,7 @@ HttpTransfer::HttpTransfer(std::uint64_t id, HttpRequest request, HttpCompletion
 
 HttpTransfer::~HttpTransfer() {
     assert(!completion_);
-    // The handle refers to the body and the header lines: it goes first.
+    // Destroyed first, because the handle refers to the body and the header lines.
     if (handle_) curl_easy_cleanup(handle_);
     curl_mime_free(static_cast<curl_mime*>(mime_));
     curl_slist_free_all(static_cast<curl_slist*>(headers_));
@@ -103,7 +104,7 @@ void* HttpTransfer::prepare() {
     curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    // A name look-up that hangs must not hold up the end of a request.
+    // Ending a request must not block on a name look-up that hangs.
     curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
@@ -160,7 +161,7 @@ bool HttpTransfer::addBody() {
             complete = curl_mime_data(part, content.text.data(), content.text.size()) == CURLE_OK;
             continue;
         }
-        // RFC 7578, section 4.2: a file name that is no ASCII stands as its UTF-8 bytes.
+        // RFC 7578, section 4.2: a file name with characters beyond ASCII is sent as its UTF-8 bytes.
         auto& file = fileParts_.emplace_back(std::make_unique<FilePart>(*this, content.name, *content.file));
         complete = curl_mime_filename(part, content.name.c_str()) == CURLE_OK &&
                    curl_mime_type(part, contentTypeOf(content.name)) == CURLE_OK &&
@@ -197,7 +198,7 @@ std::size_t HttpTransfer::writeBody(char* bytes, std::size_t size, std::size_t c
     }
     try {
         if (body.empty()) {
-            // What is announced is reserved at once; memory that is never written costs nothing.
+            // The announced length is reserved at once; pages that are never written cost no memory.
             curl_off_t announced = -1;
             curl_easy_getinfo(transfer.handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced);
             const auto most = static_cast<curl_off_t>(transfer.request_.maximumBytes);
@@ -212,12 +213,10 @@ std::size_t HttpTransfer::writeBody(char* bytes, std::size_t size, std::size_t c
 }
 
 bool HttpTransfer::writeToSink(std::string_view bytes) {
-    // Nobody reads the body of a refusal: a long one is not worth its time.
-    constexpr std::size_t longestRefusal = std::size_t{256} * 1024;
     long status = 0;
     curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
     const bool isWanted = status >= 200 && status < 300;
-    const std::size_t most = isWanted ? request_.maximumBytes : longestRefusal;
+    const std::size_t most = isWanted ? request_.maximumBytes : limits_.maximumRefusalBytes;
     if (bytes.size() > most - std::min(sinkBytes_, most)) {
         ownError_ = "The answer is larger than " + sizeText(most) + ".";
         return false;
@@ -240,13 +239,13 @@ std::size_t HttpTransfer::readHeader(char* bytes, std::size_t size, std::size_t 
     HttpAnswer& answer = transfer.answer_;
     transfer.hasWholeHead_ = trimmed(line).empty();
     if (line.substr(0, 5) == "HTTP/") {
-        // "HTTP/1.1 404 Not Found"; HTTP/2 has no reason.
+        // As in "HTTP/1.1 404 Not Found"; HTTP/2 has no reason phrase.
         const std::string_view text = trimmed(line);
         const std::size_t status = text.find(' ');
         const std::size_t reason = status == std::string_view::npos ? status : text.find(' ', status + 1);
         answer.reason = reason == std::string_view::npos ? "" : trimmed(text.substr(reason).substr(0, 100));
         std::erase_if(answer.reason, [](char c) { return c < 0x20 || c > 0x7e; });
-        // An answer of 1xx came before this one.
+        // The headers of a 1xx answer that came before this one do not count.
         answer.entityTag.clear();
         for (std::string* header : {&answer.lastModified, &answer.cacheControl, &answer.expires, &answer.date,
                                     &answer.age, &answer.vary, &answer.contentType}) {
@@ -281,7 +280,7 @@ void HttpTransfer::readCachingHeader(std::string_view line) {
 int HttpTransfer::reportProgress(void* self, std::int64_t, std::int64_t, std::int64_t total,
                                  std::int64_t sent) {
     auto& transfer = *static_cast<HttpTransfer*>(self);
-    // The last step is told when the answer says that all has arrived, not when the last byte left.
+    // The last step, 1, is reported when the answer confirms that the whole body arrived, not when the last byte was sent.
     transfer.hasSentAll_ = total > 0 && sent >= total;
     if (total <= 0 || transfer.hasSentAll_) return 0;
     const double fraction = static_cast<double>(sent) / static_cast<double>(total);
@@ -315,7 +314,7 @@ bool HttpTransfer::redirect(int result) {
     answer_ = {};
     sinkBytes_ = 0;
     answer_.setsCookies = setsCookies;
-    // RFC 9110, section 15.4: 307 and 308 repeat the request; after the others a POST goes on as a GET.
+    // RFC 9110, section 15.4: 307 and 308 repeat the request; after other redirects a POST becomes a GET.
     if (status != 307 && status != 308) dropBody();
     curl_easy_setopt(handle_, CURLOPT_URL, request_.address.c_str());
     return true;

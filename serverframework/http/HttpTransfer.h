@@ -1,6 +1,7 @@
 #pragma once
 
 #include "article/server/OstrelServer.h"
+#include "serverframework/http/ClientLimits.h"
 #include "serverframework/http/CookieJar.h"
 #include "serverframework/http/PreparedUpload.h"
 
@@ -16,69 +17,57 @@
 
 namespace ostrel {
 
-/// What the transport itself allows, whatever is asked for.
-struct TransportLimits {
-    double connectTimeoutSeconds = 10;
-    /// A transfer that moves less than a byte a second for so long is given up. There is no bound on its whole time.
-    int stallTimeoutSeconds = 30;
-    int connectionsPerHost = 8;
-    int connections = 24;
-    std::size_t maximumHeaderBytes = std::size_t{256} * 1024;
-    int maximumRedirects = 5;
-    std::size_t uploadBufferBytes = std::size_t{256} * 1024;
-    double progressPerSecond = 60;
-};
-
-/// Takes the body of a successful answer instead of `HttpAnswer::body`, for what may be large. Network thread.
+/// Takes the body of a successful answer that may be too large for `HttpAnswer::body`. Network thread.
 class BodySink {
 public:
     virtual ~BodySink() = default;
-    /// The next bytes, in order. False ends the transfer; `failure` then says why.
+    /// Takes the next bytes, in order. False ends the transfer; `failure` then says why.
     virtual bool write(std::string_view bytes) = 0;
     virtual const std::string& failure() const = 0;
 };
 
-/// One request to be made: GET, or POST when there is a form or an upload.
+/// A request to make: GET, or POST when it has a form or an upload.
 struct HttpRequest {
     /// Absolute, http or https.
     std::string address;
     /// Whole lines, such as "Accept: application/json".
     std::vector<std::string> headers;
     std::string userAgent;
-    /// The cookies to send and to keep; null: neither.
+    /// The jar whose cookies are sent and which keeps those of the answer. Null: no cookies are sent or kept.
     std::shared_ptr<CookieJar> cookies;
-    /// A body of the type application/x-www-form-urlencoded, encoded already.
+    /// A body of the type application/x-www-form-urlencoded, already encoded.
     std::optional<std::string> form;
-    /// A body of the type multipart/form-data. Its files are read while they are sent, by this request alone.
+    /// A body of the type multipart/form-data. This request reads its files while it sends them; no other request may.
     std::shared_ptr<PreparedUpload> upload;
+    /// Of the answer's body.
     std::size_t maximumBytes = 0;
-    /// Where the body of an answer with a status of 200 to 299 goes; the bodies of others are then dropped. Null: the
-    /// body goes into the answer.
+    /// Takes the body of an answer with a status of 200 to 299; bodies of other answers are then dropped. Null:
+    /// `HttpAnswer::body` takes every body.
     std::shared_ptr<BodySink> sink;
-    /// A transfer that is slower than this for the stall time-out is given up, in bytes a second.
+    /// Bytes a second. A transfer that is slower for the whole stall time-out is given up.
     int minimumSpeed = 1;
-    /// For the whole transfer; 0: no bound.
+    /// Bounds the whole transfer; 0: no bound.
     double maximumSeconds = 0;
     bool takesCompressed = false;
     bool usesProxy = true;
-    /// The fraction of the body sent, never falling, at most `progressPerSecond` times; 1 once, with the answer, when all
-    /// of it was. Network thread.
+    /// Gets the fraction of the body that was sent, which never falls, at most `progressPerSecond` times a second. Gets 1
+    /// once, when the answer has arrived and the whole body was sent. Network thread.
     ProgressHandler progress;
 };
 
-/// What became of a request. `error` is empty when the transfer itself went well, whatever the status says.
+/// The outcome of a request. `error` is empty when the transfer itself succeeded, whatever the status is.
 struct HttpAnswer {
     std::string error;
     bool cancelled = false;
-    /// 0 when no status line arrived.
+    /// The status code; 0 when no status line arrived.
     long status = 0;
-    /// Printable ASCII; empty when the server gave none.
+    /// The reason phrase in printable ASCII; empty when the server sent none.
     std::string reason;
-    /// What arrived of the body, also beside an error.
+    /// The part of the body that arrived, even when there is an error.
     std::string body;
     std::string entityTag;
-    /// Headers that decide for how long an answer may be kept (RFC 9111), as they stand; several Cache-Control lines
-    /// are one list.
+    /// The headers that decide for how long an answer may be kept (RFC 9111), unchanged. Several lines of one header are
+    /// joined to a list.
     std::string lastModified;
     std::string cacheControl;
     std::string expires;
@@ -94,11 +83,11 @@ using HttpCompletion = std::function<void(HttpAnswer)>;
 /// "HTTP 500 Internal Server Error".
 std::string statusSentence(const HttpAnswer& answer);
 
-/// The text every handler gets for a request that was cancelled or overtaken by the end of the framework.
+/// The error of a request that was cancelled, by its caller or because the framework was destroyed.
 inline constexpr const char* cancelledText = "cancelled";
 
-/// One request under way: its handle of libcurl, the body it sends and the answer it gathers. Network thread, except
-/// for construction.
+/// One request that is being made: its handle of libcurl, the body that it sends and the answer that it gathers. Network
+/// thread, except for construction.
 class HttpTransfer final {
 public:
     HttpTransfer(std::uint64_t id, HttpRequest request, HttpCompletion completion,
@@ -108,14 +97,14 @@ public:
     HttpTransfer& operator=(const HttpTransfer&) = delete;
 
     std::uint64_t id() const { return id_; }
-    /// A CURL*, set up; null when the request cannot be made (then `finish` says why).
+    /// Sets up a CURL* and returns it; null when the request cannot be made, for which `finish` then reports the reason.
     void* prepare();
     void* handle() const { return handle_; }
 
-    /// Whether the answer that just ended sends the request elsewhere, within the same origin and the limits. Then the
-    /// handle has been set up anew. `result` is the CURLcode of the transfer.
+    /// True when the answer that has ended redirects the request within its origin and the limits; the handle is then set up
+    /// for the new address. `result` is the CURLcode of the transfer.
     bool redirect(int result);
-    /// Calls the completion with what `result` and the answer say. Once.
+    /// Calls the completion with the answer and the error for `result`, a CURLcode. Once.
     void finish(int result);
     void finishCancelled();
 
@@ -143,16 +132,18 @@ private:
     std::vector<std::unique_ptr<FilePart>> fileParts_;
 
     HttpAnswer answer_;
-    /// A failure found by this object, which libcurl only knows as an abort.
+    /// The sentence for a failure that this object found and that libcurl only knows as an abort.
     std::string ownError_;
     std::size_t headerBytes_ = 0;
-    /// The empty line after the headers has arrived. libcurl takes a head that breaks off for a whole answer.
+    /// True once the empty line after the headers has arrived. libcurl takes an answer whose head is cut short for a whole
+    /// one.
     bool hasWholeHead_ = false;
-    /// Of the body, when it goes to the sink.
+    /// The bytes that went to the sink or, of a refusal, were dropped.
     std::size_t sinkBytes_ = 0;
     int redirects_ = 0;
+    /// The fraction that was reported last; below 0 when there was none.
     double reported_ = -1;
-    /// All of the body has left.
+    /// True when the whole body of the request was sent.
     bool hasSentAll_ = false;
     std::chrono::steady_clock::time_point reportedAt_;
 };

@@ -71,7 +71,7 @@ HttpTransport::Orders HttpTransport::takeOrders() {
 }
 
 void HttpTransport::run() {
-    // The poll wakes for orders, for sockets and for libcurl's own timers; the bound only guards against a lost wake-up.
+    // Orders, sockets and libcurl's own timers end the poll; the time-out only guards against a lost wake-up.
     constexpr int longestPollMilliseconds = 10'000;
     while (true) {
         Orders orders = takeOrders();
@@ -108,7 +108,7 @@ void HttpTransport::collectEnded() {
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
         if (message->msg != CURLMSG_DONE) continue;
-        // Removing the handle ends the message's life.
+        // libcurl frees the message when its handle is removed.
         CURL* handle = message->easy_handle;
         const CURLcode result = message->data.result;
         void* self = nullptr;

@@ -11,9 +11,9 @@
 
 namespace ostrel {
 
-/// Carries all requests over libcurl's multi interface on one network thread. Connections are kept and, where a server
-/// offers HTTP/2, shared. Every completion is called exactly once, on the network thread; after `stop` at once, on the
-/// thread that called `start`.
+/// Carries all requests over libcurl's multi interface on one network thread. Connections are kept open and, where a server
+/// offers HTTP/2, shared by requests. Every completion is called exactly once: on the network thread, or, when `start` is
+/// called after `stop`, by `start` itself.
 class HttpTransport final {
 public:
     explicit HttpTransport(TransportLimits limits);
@@ -23,9 +23,9 @@ public:
 
     /// Returns the number by which the request is cancelled. Any thread.
     std::uint64_t start(HttpRequest request, HttpCompletion completion);
-    /// Ends a request with the error "cancelled"; numbers of requests that have ended are ignored. Any thread.
+    /// Ends a request with the error "cancelled". The number of a request that has ended is ignored. Any thread.
     void cancel(std::uint64_t id);
-    /// Cancels everything and waits until the network thread has ended.
+    /// Cancels all requests and waits until the network thread has ended.
     void stop();
 
 private:
@@ -45,12 +45,13 @@ private:
     const TransportLimits limits_;
     void* const multi_;
 
+    /// Guards the three members that follow.
     std::mutex mutex_;
-    Orders orders_;             // guarded by mutex_
-    bool stopped_ = false;      // guarded by mutex_
-    std::uint64_t lastId_ = 0;  // guarded by mutex_
+    Orders orders_;
+    bool stopped_ = false;
+    std::uint64_t lastId_ = 0;
 
-    /// Network thread.
+    /// Used by the network thread only.
     std::map<std::uint64_t, std::unique_ptr<HttpTransfer>> running_;
     std::thread thread_;
 };

@@ -27,7 +27,7 @@ public:
     }
 
 private:
-    /// Pages of a mapped file that were sent leave the memory of the process; the file still has them.
+    /// Removes the pages of a mapped file that were sent from the memory of the process.
     void letGo() {
         constexpr std::size_t step = std::size_t{1} << 20;
         if (offset_ < released_) released_ = 0;
@@ -44,14 +44,14 @@ private:
 
 class FileReader final : public UploadFileReader {
 public:
-    /// Takes the descriptor.
+    /// Closes `descriptor` at its end.
     FileReader(int descriptor, std::size_t size) : UploadFileReader(size), descriptor_(descriptor) {}
     FileReader(const FileReader&) = delete;
     FileReader& operator=(const FileReader&) = delete;
     ~FileReader() override { ::close(descriptor_); }
 
     static std::unique_ptr<UploadFileReader> open(const std::string& path) {
-        // Without blocking: a path may name a pipe, which is refused below.
+        // Opened without blocking: the path may name a pipe, which is refused below.
         const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
         if (descriptor < 0) return nullptr;
         struct stat status {};
@@ -70,7 +70,7 @@ public:
         do {
             count = ::pread(descriptor_, to, wanted, static_cast<off_t>(offset_));
         } while (count < 0 && errno == EINTR);
-        // A file that grew is sent as far as it reached; one that shrank cannot be what was meant.
+        // Of a file that grew, the bytes that it had when it was opened are sent; a file that shrank is an error.
         if (count <= 0) return std::nullopt;
         offset_ += static_cast<std::size_t>(count);
         return static_cast<std::size_t>(count);
@@ -108,7 +108,7 @@ std::shared_ptr<PreparedUpload> PreparedUpload::prepare(const UploadBody& body, 
             try {
                 part.file = readerOf(content);
             } catch (const std::exception&) {
-                // What makes a file may run out of memory; the file is then one that cannot be had.
+                // The function that makes a file may run out of memory; the file then counts as missing.
             }
             if (!part.file) {
                 *error = "The file \"" + name + "\" cannot be read.";

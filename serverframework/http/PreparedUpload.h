@@ -11,14 +11,14 @@
 
 namespace ostrel {
 
-/// The bytes of one file of an upload, read in order, and from the start once more when the request is repeated. One
-/// thread at a time.
+/// Reads the bytes of one file of an upload in order, and from the start once more when the request is repeated. One thread
+/// at a time.
 class UploadFileReader {
 public:
     virtual ~UploadFileReader() = default;
 
     std::size_t size() const { return size_; }
-    /// The next bytes, 0 at the end; none when the file is no longer what it was when it was opened.
+    /// Copies the next bytes and returns their number, 0 at the end. Absent when the file was cut short after it was opened.
     virtual std::optional<std::size_t> read(char* to, std::size_t most) = 0;
     void rewind(std::size_t offset) { offset_ = offset; }
 
@@ -30,7 +30,7 @@ protected:
     std::size_t offset_ = 0;
 };
 
-/// A body of the type multipart/form-data whose files are at hand: made, or open.
+/// A body of the type multipart/form-data whose files have been made or opened.
 struct PreparedUpload {
     struct Part {
         std::string name;
@@ -39,12 +39,12 @@ struct PreparedUpload {
         std::unique_ptr<UploadFileReader> file;
     };
     std::vector<Part> parts;
-    /// The name to show for it: that of its largest file, empty without one.
+    /// The name that users see for the upload: that of its largest file; empty when it has no file.
     std::string title;
     std::uint64_t fileBytes = 0;
 
-    /// Makes and opens the files of `body`, which may take long. Null, and a sentence in `error`, when one of them cannot
-    /// be had.
+    /// Makes and opens the files of `body`; blocks, perhaps for long. Null, with a sentence in `error`, when a file cannot be
+    /// made or opened.
     static std::shared_ptr<PreparedUpload> prepare(const UploadBody& body, std::string* error);
 };
 

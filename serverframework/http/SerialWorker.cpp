@@ -41,7 +41,7 @@ void SerialWorker::run() {
             lock.unlock();
             task();
         }
-        // The task and all it held are gone before the lock is taken again: freeing can take long.
+        // The task and all that it held are destroyed before the mutex is locked again: freeing memory can take long.
         lock.lock();
     }
 }

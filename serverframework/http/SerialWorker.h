@@ -9,8 +9,8 @@
 
 namespace ostrel {
 
-/// One thread that runs tasks in the order they came, for what would hold up the main and the network thread. After
-/// `stop` a task runs at once on the thread that posts it, so that none is ever lost.
+/// One thread that runs tasks in the order in which they were posted, for work that would block the main or the network
+/// thread. After `stop` a task runs at once on the thread that posts it, so that no task is lost.
 class SerialWorker final {
 public:
     SerialWorker();
@@ -20,16 +20,17 @@ public:
 
     /// Any thread.
     void post(Task task);
-    /// Runs what was posted, then ends the thread.
+    /// Runs the tasks that were posted, then ends the thread.
     void stop();
 
 private:
     void run();
 
+    /// Guards the members up to the thread.
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::deque<Task> tasks_;  // guarded by mutex_
-    bool stopping_ = false;   // guarded by mutex_
+    std::deque<Task> tasks_;
+    bool stopping_ = false;
     std::thread thread_;
 };
 

@@ -9,8 +9,8 @@
 
 namespace ostrel {
 
-/// One upload on its way: waits, is prepared, is sent. Held by the queue, by who may cancel it, and while it is sent by
-/// its own completion.
+/// One upload, which waits, is prepared and is sent. The queue holds it while it waits, the transport's completion while it
+/// is sent, and the caller as long as the caller may cancel it.
 class UploadQueue::Upload final : public Transfer, public std::enable_shared_from_this<Upload> {
 public:
     Upload(std::weak_ptr<UploadQueue> queue, Order order)
@@ -31,7 +31,8 @@ public:
         order_.body.reset();
     }
 
-    /// Prepares and sends it, unless it was cancelled; `ended` is called when its lane is free again.
+    /// Prepares and sends the upload, unless it was cancelled. Calls `ended` once the upload no longer counts as
+    /// simultaneous.
     void start(std::uint64_t shownBytes, const Task& ended) {
         {
             const std::lock_guard lock(mutex_);
@@ -50,8 +51,8 @@ public:
         ProgressHandler progress;
         if (prepared->fileBytes >= shownBytes) progress = publish(*prepared);
         state_ = State::sent;
-        // Under the mutex, so that whoever cancels finds the number. The transport calls nothing of ours in here but, when
-        // it has stopped, the end.
+        // The mutex stays locked, so that `cancel` on another thread finds the number. A transport that has stopped calls
+        // the last argument in here; it calls nothing else.
         number_ = order_.send(std::move(prepared), std::move(progress), [self = shared_from_this(), ended] {
             if (self->progress_) self->progress_->unpublish();
             ended();
@@ -76,11 +77,14 @@ private:
 
     const std::weak_ptr<UploadQueue> queue_;
     Order order_;
+    /// Guards the three members that follow.
     std::mutex mutex_;
-    State state_ = State::waiting;          // guarded by mutex_
-    bool isCancelled_ = false;              // guarded by mutex_
-    std::uint64_t number_ = 0;              // guarded by mutex_
-    std::shared_ptr<NSProgress> progress_;  // set before it is sent, then only read
+    State state_ = State::waiting;
+    bool isCancelled_ = false;
+    /// The transport's number of the request.
+    std::uint64_t number_ = 0;
+    /// Set before the upload is sent, then only read. Null for a small upload.
+    std::shared_ptr<NSProgress> progress_;
 };
 
 UploadQueue::~UploadQueue() { stop(); }

@@ -115,7 +115,7 @@ std::optional<std::string> BaseAddress::join(std::string_view path, std::string*
 }
 
 std::optional<std::string> originOfAddress(const std::string& address) {
-    // The parser alone would accept "http:/host" and guess; an address that is not written out is none.
+    // libcurl's parser completes an address such as "http:/host"; only an address that is written out counts here.
     if (address.find("://") == std::string::npos) return std::nullopt;
     const Url url = parsed(address);
     const auto origin = url ? originOf(url.get()) : std::nullopt;

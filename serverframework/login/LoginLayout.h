@@ -6,31 +6,31 @@
 
 namespace ostrel {
 
-/// Where the parts of the login screen stand: one column, at most `maximumWidth` wide, centred. Points.
+/// The frames of the login screen's parts, in points: one centred column that is at most `maximumWidth` wide.
 struct LoginLayout {
     static constexpr CGFloat maximumWidth = 400;
     static constexpr CGFloat margin = 20;
     static constexpr CGFloat rowHeight = 52;
     static constexpr CGFloat buttonHeight = 50;
 
-    /// The heights of the texts at `columnWidth(bounds)`; absent: not shown.
+    /// The heights of the texts at `columnWidth(bounds)`. An absent text is not shown.
     struct Texts {
         CGFloat heading = 0;
         CGFloat subtitle = 0;
         std::optional<CGFloat> hint;
         std::optional<CGFloat> error;
-        /// The width of the longer of the two row titles.
+        /// The width of the wider row title.
         CGFloat rowTitleWidth = 0;
     };
 
     CGRect heading, subtitle, mode, card, hint, error, button;
-    /// Within the card.
+    /// In the coordinates of the card.
     CGRect nameTitle, nameField, separator, passwordTitle, passwordField;
-    /// What there is to scroll, the margin below the button included.
+    /// The height of the scrolled content, including the margin below the button.
     CGFloat contentHeight = 0;
 
     static CGFloat columnWidth(CGSize bounds);
-    /// Higher windows leave more room above the column, about a third of what is left over.
+    /// About a third of the height that the column leaves free is above it.
     static LoginLayout make(CGSize bounds, const Texts& texts);
 };
 

@@ -12,7 +12,7 @@
 
 namespace ostrel {
 
-/// What the login screen shows. It knows looks and geometry only; the controller tells it what to say. Main thread.
+/// The view of the login screen. It knows looks and geometry only; the controller sets its texts and state. Main thread.
 class LoginView final : public UIView {
 public:
     enum class Mode { signIn, createAccount };
@@ -20,13 +20,13 @@ public:
     LoginView() = default;
     void initialise();
 
-    /// Changes the words; what was typed stays.
+    /// Changes the labels and keeps the typed texts.
     void setMode(Mode mode);
     Mode mode() const { return mode_; }
-    /// The button turns into a spinner and takes no presses.
+    /// While it is busy, the button shows a spinner and cannot be pressed.
     void setBusy(bool busy);
     bool isBusy() const { return spinner_->isAnimating(); }
-    /// Empty: none.
+    /// Shows `sentence`; an empty one hides the error.
     void setError(const std::string& sentence);
 
     const std::shared_ptr<UISegmentedControl>& modeControl() const { return modeControl_; }

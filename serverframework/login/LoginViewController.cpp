@@ -15,7 +15,7 @@ std::string trimmed(const std::string& text) {
     return text.substr(begin, text.find_last_not_of(" \t\r\n") - begin + 1);
 }
 
-/// Characters of valid UTF-8: all bytes but the continuing ones.
+/// The number of characters in valid UTF-8: the bytes that are no continuation bytes.
 std::size_t characterCount(const std::string& text) {
     return static_cast<std::size_t>(std::count_if(
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));

@@ -11,28 +11,28 @@
 
 namespace ostrel {
 
-/// The login screen: signs in or creates an account. Its handler is called once: with the user when that went well (the
-/// caller then dismisses the screen), or with "cancelled" when the user closed it, which dismisses it. A failure is told
-/// on the screen, which keeps what was typed. Main thread.
+/// The login screen, which signs in or creates an account. It calls its handler once: with the user after a success, when
+/// the caller dismisses the screen, or with "cancelled" when the user closed the screen, which dismisses itself. The screen
+/// shows a failure and keeps the typed texts. Main thread.
 class LoginViewController final : public UIViewController {
 public:
-    /// The service is not kept alive; without it the screen says that it cannot be reached.
+    /// The screen does not keep the service alive; when it has gone, the screen says that the server cannot be reached.
     LoginViewController(std::weak_ptr<SignInService> service, LoginHandler handler);
 
     void loadView() override;
     void viewDidLoad() override;
     void viewDidAppear(bool animated) override;
-    /// Escape: as Cancel.
+    /// The Escape key does the same as "Cancel".
     bool cancelOperation() override;
 
-    /// The Return key of the password, and the button.
+    /// Called by the button and by the Return key of the password field.
     void submit();
     /// Closes the screen without a login.
     void cancel();
 
 private:
     void setMode(LoginView::Mode mode);
-    /// What is wrong with the input, told before the server is asked; puts the focus there. None: it can be sent.
+    /// A sentence on what is wrong with the input, and moves the focus there; absent when the input can be sent.
     std::optional<std::string> complaint();
     void answered(const std::shared_ptr<const OstrelServerUserObject>& user,
                   const std::optional<std::string>& error);

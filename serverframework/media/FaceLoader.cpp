@@ -9,14 +9,21 @@
 namespace ostrel {
 
 namespace {
+
+/// The bytes that a kept face takes besides its image.
+constexpr std::size_t bookkeeping = 512;
+
 bool isDecimalId(const std::string& text) {
     return !text.empty() && text.size() <= 19 &&
            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
+
 }  // namespace
 
 FaceLoader::FaceLoader(Limits limits, Fetch fetch)
-    : limits_(limits), fetch_(std::move(fetch)), cache_(limits.maximumCacheBytes) {}
+    : limits_(limits),
+      fetch_(std::move(fetch)),
+      cache_({.totalCost = limits.maximumCacheBytes, .costOfOne = limits.maximumCacheBytes / 4}) {}
 
 FaceLoader::~FaceLoader() {
     if (!RunLoop::hasMain()) return;
@@ -57,12 +64,13 @@ void FaceLoader::answered(const std::string& userId, HttpAnswer answer) {
     Data image = kept ? kept->image : Data();
     const double now = Clock::shared().monotonicSeconds();
     if (!answer.error.empty() || answer.status >= 500) {
-        // Not an answer to the question: the face that was kept goes on, and the next request asks again.
+        // The server said nothing about the face: the kept one is shown, and the next request asks again.
     } else if (answer.status == 304 && kept) {
         kept->askedAt = now;
     } else {
         image = answer.status == 200 && !answer.body.empty() ? Data::take(std::move(answer.body)) : Data();
-        cache_.insert(userId, {image, image ? answer.entityTag : std::string(), now}, image.size());
+        cache_.insert(userId, {image, image ? answer.entityTag : std::string(), now},
+                      image.size() + bookkeeping);
     }
     const auto found = waiting_.find(userId);
     if (found == waiting_.end()) return;

@@ -19,15 +19,14 @@ namespace ostrel {
 namespace {
 
 constexpr std::size_t blockBytes = 4096;
-/// What is left after room was made, so that it is not made for each medium.
+/// A sweep reduces the cache to this part of its bounds, so that not every new medium causes a sweep.
 constexpr double keptPart = 0.9;
-constexpr std::int64_t longestFresh = std::int64_t{365} * 24 * 3600;
 
 double systemSeconds() {
     return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
-/// Not UTIME_NOW, whose clock ticks too slowly to order what is used one after the other.
+/// The current time. The clock of UTIME_NOW ticks too slowly to order files that are used shortly after each other.
 timespec systemTime() {
     timespec time{};
     ::clock_gettime(CLOCK_REALTIME, &time);
@@ -38,7 +37,7 @@ double secondsOf(const timespec& time) { return static_cast<double>(time.tv_sec)
 
 std::size_t onDisk(std::size_t bytes) { return (bytes + blockBytes - 1) / blockBytes * blockBytes; }
 
-/// Owns a descriptor with a lock on its file; the lock goes with the descriptor.
+/// Opens a file and locks it until the object's end, unless another process holds the lock.
 class FileLock final {
 public:
     explicit FileLock(const std::string& path, int flags)
@@ -70,7 +69,7 @@ MediaDiskCache::MediaDiskCache(std::string folder, Limits limits)
 
 std::string MediaDiskCache::defaultFolder() {
     const char* set = std::getenv("XDG_CACHE_HOME");
-    // A relative path there is to be ignored.
+    // The XDG rules ignore a relative path.
     const std::string base = set && *set == '/' ? std::string(set) : NSHomeDirectory() + "/.cache";
     return base + "/ostrel/media";
 }
@@ -99,7 +98,7 @@ MediaDiskCache::Lookup MediaDiskCache::find(const std::string& url, Checking che
         ::unlink(path.c_str());
         return {};
     }
-    // Another address may have the same name, by chance or by design.
+    // Two addresses may have the same file name, by chance or because somebody chose them so.
     if (medium->url != url) return {};
     const Checked facts{status.st_ino, medium->checksum};
     if (!isChecked(path, facts)) {
@@ -117,7 +116,7 @@ MediaDiskCache::Lookup MediaDiskCache::find(const std::string& url, Checking che
     Medium found{medium->body, medium->facts};
     if (found.data.size() <= limits_.readAtOnce) found.data = Data::copy(found.data.span());
     const auto now = static_cast<std::int64_t>(systemSeconds());
-    found.facts.freshUntil = std::min<std::int64_t>(status.st_mtim.tv_sec, now + longestFresh);
+    found.facts.freshUntil = std::min<std::int64_t>(status.st_mtim.tv_sec, now + FreshnessLimits::longest);
     return {std::move(found), false};
 }
 
@@ -139,7 +138,7 @@ std::optional<bool> MediaDiskCache::isIntact(const MediumFile& medium, const std
 std::optional<PartialFile> MediaDiskCache::newFile() const {
     auto file = PartialFile::create(folder_);
     if (file || errno != ENOENT) return file;
-    // The first time, or somebody emptied the caches.
+    // The folder does not exist: this is the first medium, or a user removed the caches.
     std::error_code error;
     std::filesystem::create_directories(folder_, error);
     std::filesystem::permissions(folder_, std::filesystem::perms::owner_all, error);
@@ -156,7 +155,7 @@ void MediaDiskCache::keep(const std::string& url, const MediumFacts& facts, cons
     const std::string trailer = MediumFile::trailer(url, facts, data.size(), *checksum);
     const std::size_t size = onDisk(data.size() + trailer.size());
     makeRoom(size);
-    // Another process is just making room.
+    // Another process is sweeping, which makes room for the next medium.
     if (*totalBytes_ + size > limits_.maximumBytes) return;
     if (!file) {
         auto made = newFile();
@@ -167,7 +166,10 @@ void MediaDiskCache::keep(const std::string& url, const MediumFacts& facts, cons
     const std::string path = pathFor(url);
     struct stat replaced {};
     const bool replaces = ::stat(path.c_str(), &replaced) == 0;
-    if (!file->moveTo(path, systemSeconds(), static_cast<double>(facts.freshUntil))) return;
+    if (!file->synchronise() || !file->setTimes(systemSeconds(), static_cast<double>(facts.freshUntil)) ||
+        !file->moveTo(path)) {
+        return;
+    }
     writtenBytes_ += size;
     *totalBytes_ += size;
     if (replaces) {
@@ -198,7 +200,7 @@ void MediaDiskCache::sweep(std::size_t bytes) {
     std::vector<KeptFile> kept;
     std::size_t total = 0;
     const double now = systemSeconds();
-    // One process at a time. When another is at it, it does the same work; our count then stays what it was.
+    // One process sweeps at a time. While another one sweeps, this process only counts.
     const FileLock sweeping(folder_ + "/lock", O_RDWR | O_CREAT);
     std::error_code error;
     std::filesystem::directory_iterator entry(folder_, error);

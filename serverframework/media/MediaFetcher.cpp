@@ -12,8 +12,15 @@ namespace ostrel {
 
 namespace {
 
-/// What a mapped medium costs in memory: the map's own tables. Its bytes are the system's file cache.
+/// What a mapped medium costs in memory, in bytes: the tables of the mapping. The bytes themselves belong to the system's
+/// file cache.
 constexpr std::size_t costOfMapped = std::size_t{64} * 1024;
+
+/// What keeping a medium costs in memory, in bytes.
+std::size_t costOf(const std::string& url, std::size_t bytes) {
+    constexpr std::size_t bookkeeping = 256;
+    return bytes + url.size() + bookkeeping;
+}
 
 bool isOnThisMachine(const std::string& origin) {
     const std::size_t host = origin.find("://") + 3;
@@ -27,20 +34,20 @@ bool startsWith(std::string_view text, std::string_view lowerCasePrefix) {
     });
 }
 
-/// What went wrong; none for an answer with the medium or the word that the kept one holds.
+/// The error of an answer; absent when the answer has the medium or confirms the kept one.
 std::optional<std::string> errorOf(const HttpAnswer& answer, bool isConditional) {
-    // A refusal stays one when its body was too long to be read.
+    // The status counts even when the body of the refusal was too long to be read.
     if (answer.status >= 400 && !answer.cancelled) return statusSentence(answer);
     if (!answer.error.empty()) return answer.error;
     if (answer.status >= 300 && !(answer.status == 304 && isConditional)) return statusSentence(answer);
-    // A gateway that wants a sign-in, or an address that was never a medium's.
+    // A gateway asks for a sign-in, or the address never led to a medium.
     if (startsWith(answer.contentType, "text/html") || startsWith(answer.contentType, "application/xhtml")) {
         return "The address leads to a web page, not to a picture or a video.";
     }
     return std::nullopt;
 }
 
-/// Whether a failed request says something of the medium itself, and not only of the server's state.
+/// Whether a failed request says that the medium is gone, not only that the server is busy or failing.
 bool saysItIsGone(const HttpAnswer& answer) {
     return !answer.cancelled && answer.status >= 400 && answer.status < 500 && answer.status != 408 &&
            answer.status != 429;
@@ -56,7 +63,7 @@ MediaFetcher::MediaFetcher(Limits limits, std::string userAgent, std::shared_ptr
       userAgent_(std::move(userAgent)),
       transport_(std::move(transport)),
       disk_(std::move(disk)),
-      memory_(limits.maximumCacheBytes) {}
+      memory_({.totalCost = limits.maximumCacheBytes, .costOfOne = limits.maximumCacheBytes / 4}) {}
 
 MediaFetcher::~MediaFetcher() {
     worker_.stop();
@@ -92,7 +99,7 @@ Data MediaFetcher::request(const std::string& url, Handler handler) {
         if (const Medium* medium = memory_.find(url)) known.medium = *medium;
         looksOnDisk &= !known.medium && !beingRemoved_.contains(url);
     }
-    // Outside of the lock: it reads a file.
+    // The mutex is not locked here, because a file is read.
     if (looksOnDisk) known = disk_->find(url, MediaDiskCache::Checking::small);
     Data shown;
     {
@@ -130,12 +137,12 @@ std::optional<Data> MediaFetcher::join(const std::string& url, Handler& handler)
 }
 
 bool MediaFetcher::livesOnDisk(const Data& data) const {
-    return disk_ && data.size() > limits_.body.inMemory;
+    return disk_ && data.size() > limits_.bodyInMemoryBytes;
 }
 
 void MediaFetcher::remember(const std::string& url, const Medium& medium) {
-    // A large one is found on the disk as fast; holding it here would hold its room there when it goes.
-    if (!livesOnDisk(medium.data)) memory_.insert(url, medium, medium.data.size());
+    // A large medium is found on the disk as fast. Its mapping here would keep its room on the disk after its removal.
+    if (!livesOnDisk(medium.data)) memory_.insert(url, medium, costOf(url, medium.data.size()));
 }
 
 void MediaFetcher::cancel(const std::string& url) {
@@ -214,7 +221,7 @@ void MediaFetcher::startNext() {
         }
         MediumBody::OpenFile openFile;
         if (disk_) openFile = [this] { return disk_->newFile(); };
-        const auto body = std::make_shared<MediumBody>(limits_.body, std::move(openFile));
+        const auto body = std::make_shared<MediumBody>(limits_, std::move(openFile));
         const std::uint64_t transfer = transport_->start(
             requestFor(url, kept, body), [fetcher = weak_from_this(), url, number, body](HttpAnswer answer) {
                 if (const auto self = fetcher.lock()) self->arrived(url, number, body, std::move(answer));
@@ -226,7 +233,7 @@ void MediaFetcher::startNext() {
             isWanted = found != fetches_.end() && found->second.number == number;
             if (isWanted) found->second.transfer = transfer;
         }
-        // It ended meanwhile, or was taken back before its number was known.
+        // The fetch has ended, or was cancelled before the transport's number was known.
         if (!isWanted && transfer != 0) transport_->cancel(transfer);
     }
 }
@@ -261,7 +268,7 @@ void MediaFetcher::arrived(const std::string& url, std::uint64_t number,
         if (isWanted) kept = found->second.kept;
     }
     if (isWanted) {
-        // Kept before the fetch is over, so that whoever asks meanwhile joins it or finds the medium.
+        // The medium is kept before the fetch is removed, so that a request in between joins the fetch or finds the medium.
         const Outcome outcome = judge(url, kept, body, answer);
         Handlers handlers;
         {
@@ -274,8 +281,8 @@ void MediaFetcher::arrived(const std::string& url, std::uint64_t number,
         }
         deliver(std::move(handlers), outcome.data, outcome.error);
     }
-    // A cancelled answer may mean that the transport has ended: starting the next would only recurse. Those that wait
-    // are started from the main thread.
+    // After a cancelled answer the transport may have stopped; starting the next fetch here would then recurse. A task of
+    // the main run loop starts it instead.
     if (!answer.cancelled) return startNext();
     if (!RunLoop::hasMain()) return;
     RunLoop::main().perform([fetcher = weak_from_this()] {
@@ -288,7 +295,7 @@ MediaFetcher::Outcome MediaFetcher::judge(const std::string& url, const std::opt
     const std::int64_t now = nowInSeconds();
     std::optional<std::string> error = errorOf(answer, kept.has_value());
     if (!error && answer.status == 304) {
-        if (const auto facts = factsOf(answer, now)) {
+        if (const auto facts = mediumFactsOf(answer, now)) {
             Medium confirmed = *kept;
             confirmed.facts.freshUntil = facts->freshUntil;
             const std::lock_guard lock(mutex_);
@@ -300,7 +307,7 @@ MediaFetcher::Outcome MediaFetcher::judge(const std::string& url, const std::opt
     if (!error) {
         const Data data = body->finish();
         if (data.isNull()) return {Data(), body->failure()};
-        const auto facts = answer.status == 200 ? factsOf(answer, now) : std::nullopt;
+        const auto facts = answer.status == 200 ? mediumFactsOf(answer, now) : std::nullopt;
         if (facts) {
             keep(url, {data, *facts}, body);
         } else {
@@ -320,8 +327,9 @@ void MediaFetcher::keep(const std::string& url, const Medium& medium,
                         const std::shared_ptr<MediumBody>& body) {
     {
         const std::lock_guard lock(mutex_);
-        // Until its file has its name, a large one is found here.
-        memory_.insert(url, medium, livesOnDisk(medium.data) ? costOfMapped : medium.data.size());
+        // A large medium is found here until its file has its name.
+        memory_.insert(url, medium,
+                       costOf(url, livesOnDisk(medium.data) ? costOfMapped : medium.data.size()));
     }
     if (!disk_) return;
     worker_.post([this, url, medium, body] {
@@ -337,7 +345,7 @@ void MediaFetcher::forget(const std::string& url) {
     const std::lock_guard lock(mutex_);
     memory_.remove(url);
     if (!disk_) return;
-    // Behind what may still be waiting to be written; until then its file is not looked at.
+    // The removal waits behind the writes that the worker has not done yet; until then the file is not looked at.
     ++beingRemoved_[url];
     worker_.post([this, url] {
         disk_->remove(url);

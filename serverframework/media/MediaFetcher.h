@@ -1,9 +1,10 @@
 #pragma once
 
 #include "article/server/OstrelRequestManager.h"
+#include "platform/foundation/values/LeastRecentlyUsedCache.h"
+#include "serverframework/http/ClientLimits.h"
 #include "serverframework/http/HttpTransport.h"
 #include "serverframework/http/SerialWorker.h"
-#include "serverframework/media/BoundedCache.h"
 #include "serverframework/media/MediaDiskCache.h"
 #include "serverframework/media/MediaQueue.h"
 #include "serverframework/media/MediumBody.h"
@@ -19,32 +20,20 @@
 
 namespace ostrel {
 
-/// Fetches media by absolute address, with a memory cache over a disk cache, both bounded. What is kept is returned at
-/// once, also when it is no longer fresh; then the server is asked whether it still holds (entity tag or modification
-/// date, RFC 9110, section 13) and the handler gets what does. A server that fails or cannot be reached leaves what is
-/// kept in force; one that says the medium is gone does not. Equal requests are joined. What was asked for last is
-/// fetched first. No cookies are sent: an address in a record may lead anywhere.
+/// Fetches media by absolute address, with a memory cache over a disk cache, both bounded. A kept medium is returned at
+/// once, even when it is no longer fresh; the server is then asked whether the medium has changed (entity tag or
+/// modification date, RFC 9110, section 13), and the handler gets the current medium. A kept medium stays valid when the
+/// server fails or cannot be reached, but not when the server says that the medium is gone. Requests of one address that
+/// overlap are joined, and the address that was requested last is fetched first. No cookies are sent, because an address
+/// in a record may lead to any server.
 class MediaFetcher final : public OstrelRequestManager, public std::enable_shared_from_this<MediaFetcher> {
 public:
-    struct Limits {
-        std::size_t maximumMediumBytes = std::size_t{1024} * 1024 * 1024;
-        std::size_t maximumCacheBytes = std::size_t{32} * 1024 * 1024;
-        /// Fewer than the connections to one host, so that media never hold up the other requests.
-        int simultaneous = 4;
-        /// A fetch that has taken so long counts as slow; so many slow ones run beside the simultaneous ones, so that a
-        /// few large or hanging media do not keep the others waiting.
-        double slowSeconds = 3;
-        int simultaneousSlow = 2;
-        /// In bytes a second, over the transport's stall time-out.
-        int minimumSpeed = 100;
-        double maximumSeconds = 3600;
-        MediumBody::Limits body;
-    };
+    using Limits = MediaLimits;
 
-    /// `disk` may be null: then media are kept in memory only.
+    /// Without `disk`, which may be null, media are kept in memory only.
     MediaFetcher(Limits limits, std::string userAgent, std::shared_ptr<HttpTransport> transport,
                  std::unique_ptr<MediaDiskCache> disk);
-    /// Handlers that still wait are called in a later turn, with the error "cancelled". The transport has stopped.
+    /// The transport must have stopped. Handlers that still wait get the error "cancelled" in a later turn.
     ~MediaFetcher() override;
 
     Data request(const std::string& url, Handler handler) override;
@@ -53,12 +42,13 @@ public:
 private:
     using Handlers = std::vector<Handler>;
     using Medium = MediaDiskCache::Medium;
-    /// Requests of one address that wait for the same answer.
+    /// The requests of one address that wait for the same answer.
     struct Fetch {
         std::uint64_t number = 0;
         Handlers handlers;
+        /// How many of the handlers' requests were cancelled.
         std::size_t takenBack = 0;
-        /// What is kept of it, to be confirmed.
+        /// The kept medium, which the server is asked to confirm.
         std::optional<Medium> kept;
         /// The transport's number; 0 until it is known.
         std::uint64_t transfer = 0;
@@ -71,7 +61,7 @@ private:
     static Data shownAtOnce(const std::optional<Medium>& kept);
     static void deliver(Handlers handlers, const Data& data, const std::optional<std::string>& error);
 
-    /// Guarded by mutex_, as are those below.
+    // Functions up to the next group require mutex_.
     std::optional<Data> join(const std::string& url, Handler& handler);
     void remember(const std::string& url, const Medium& medium);
     bool livesOnDisk(const Data& data) const;
@@ -95,15 +85,19 @@ private:
     const std::unique_ptr<MediaDiskCache> disk_;
 
     std::mutex mutex_;
-    BoundedCache<Medium> memory_;               // guarded by mutex_
-    std::map<std::string, Fetch> fetches_;      // guarded by mutex_
-    MediaQueue queue_;                          // guarded by mutex_
-    std::map<std::uint64_t, double> underWay_;  // guarded by mutex_; the moment each began
-    std::map<std::string, int> beingRemoved_;   // guarded by mutex_; removals that wait for the worker
-    std::uint64_t lastNumber_ = 0;              // guarded by mutex_
-    bool wakes_ = false;                        // guarded by mutex_
+    // All up to the worker are guarded by mutex_.
+    LeastRecentlyUsedCache<std::string, Medium> memory_;
+    std::map<std::string, Fetch> fetches_;
+    MediaQueue queue_;
+    /// The moments at which the transfers began, by the numbers of their fetches.
+    std::map<std::uint64_t, double> underWay_;
+    /// How many removals of an address wait for the worker; its file is not looked at until then.
+    std::map<std::string, int> beingRemoved_;
+    std::uint64_t lastNumber_ = 0;
+    /// True while a timer of the main run loop is set that starts the next fetch.
+    bool wakes_ = false;
 
-    /// Writes to the disk and checks large files. Its tasks use this object, so it ends first.
+    /// Writes to the disk and checks large files. Declared last, because its tasks use the other members.
     SerialWorker worker_;
 };
 

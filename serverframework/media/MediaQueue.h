@@ -9,14 +9,14 @@
 
 namespace ostrel {
 
-/// The order in which media are fetched: what was asked for last comes first, for that is what is on screen now. Media
-/// asked for together, as by the rows of one screen, keep the order in which they were asked for. Not synchronised.
+/// The order in which media are fetched: the media requested last come first, because they are on screen now. Media that
+/// were requested together, as the rows of one screen do it, keep their order. Not synchronised.
 class MediaQueue final {
 public:
-    /// Requests that follow each other within this time belong together.
+    /// Requests with at most so much time between them belong together.
     static constexpr double togetherSeconds = 0.05;
 
-    /// Adds `url`, or moves it to the requests of now. `now` in seconds, never falling.
+    /// Adds `url`, or moves it to the latest requests. `now` is in seconds and never falls.
     void add(const std::string& url, double now) {
         if (now - lastAdded_ > togetherSeconds) ++batch_;
         lastAdded_ = now;
@@ -50,7 +50,7 @@ public:
     bool isEmpty() const { return order_.empty(); }
 
 private:
-    /// Later batches first, then the order of adding.
+    /// The negative number of the batch, then the order of adding: later batches come first.
     using Place = std::pair<std::int64_t, std::uint64_t>;
     std::map<Place, std::string> order_;
     std::unordered_map<std::string, Place> places_;

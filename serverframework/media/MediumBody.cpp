@@ -14,13 +14,13 @@ bool MediumBody::write(std::string_view bytes) {
     try {
         if (file_) {
             if (file_->append(bytes)) return true;
-            // The disk is full, most likely.
+            // Most likely the disk is full: the body goes on in memory.
             auto written = file_->readBack();
             file_.reset();
             if (!written) return fail("The medium cannot be kept: its file cannot be read.");
             memory_ = std::move(*written);
         }
-        if (memory_.size() + bytes.size() > limits_.inMemory && !hasTriedFile_) {
+        if (memory_.size() + bytes.size() > limits_.bodyInMemoryBytes && !hasTriedFile_) {
             hasTriedFile_ = true;
             auto file = openFile_ ? openFile_() : std::nullopt;
             if (file && file->append(memory_) && file->append(bytes)) {
@@ -29,7 +29,7 @@ bool MediumBody::write(std::string_view bytes) {
                 return true;
             }
         }
-        if (memory_.size() + bytes.size() > limits_.inMemoryWithoutFile) {
+        if (memory_.size() + bytes.size() > limits_.bodyWithoutFileBytes) {
             return fail("There is no room on the disk for the medium.");
         }
         memory_.append(bytes);

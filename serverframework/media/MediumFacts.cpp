@@ -1,5 +1,7 @@
 #include "serverframework/media/MediumFacts.h"
 
+#include "serverframework/http/ClientLimits.h"
+
 #include <algorithm>
 #include <charconv>
 #include <curl/curl.h>
@@ -9,10 +11,6 @@
 namespace ostrel {
 
 namespace {
-
-constexpr std::int64_t shortestGuess = 5 * 60;
-constexpr std::int64_t longestGuess = std::int64_t{24} * 3600;
-constexpr std::int64_t longestFresh = std::int64_t{365} * 24 * 3600;
 
 std::string_view trimmed(std::string_view text) {
     while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
@@ -28,8 +26,8 @@ std::string lowerCase(std::string_view text) {
     return result;
 }
 
-/// The directives of a Cache-Control list, names in lower case, values without their quotes. Commas within quotes
-/// separate nothing.
+/// The directives of a Cache-Control list, with names in lower case and values without their quotes. A comma within quotes
+/// does not separate directives.
 std::map<std::string, std::string> directivesOf(std::string_view list) {
     std::map<std::string, std::string> directives;
     while (!list.empty()) {
@@ -48,12 +46,13 @@ std::map<std::string, std::string> directivesOf(std::string_view list) {
     return directives;
 }
 
-/// Delta-seconds (RFC 9111, section 1.2.2): digits; too large a number counts as the largest.
+/// Delta-seconds (RFC 9111, section 1.2.2). A number that is too large counts as the longest freshness.
 std::optional<std::int64_t> secondsOf(std::string_view text) {
     if (text.empty() || text.find_first_not_of("0123456789") != std::string_view::npos) return std::nullopt;
     std::int64_t seconds = 0;
     const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-    return fault == std::errc::result_out_of_range ? longestFresh : std::min(seconds, longestFresh);
+    return fault == std::errc::result_out_of_range ? FreshnessLimits::longest
+                                                   : std::min(seconds, FreshnessLimits::longest);
 }
 
 std::optional<std::int64_t> dateOf(const std::string& text) {
@@ -62,20 +61,21 @@ std::optional<std::int64_t> dateOf(const std::string& text) {
     return date < 0 ? std::nullopt : std::optional(date);
 }
 
-/// How long an answer is fresh from the moment the server made it.
+/// The seconds for which an answer is fresh, from the moment at which the server made it.
 std::int64_t lifetimeOf(const HttpAnswer& answer, const std::map<std::string, std::string>& directives,
                         std::int64_t date) {
     const auto age = directives.find("max-age");
-    // What cannot be read counts as stale (section 4.2.1).
+    // A lifetime that cannot be read counts as stale (section 4.2.1).
     if (age != directives.end()) return secondsOf(age->second).value_or(0);
     if (!answer.expires.empty()) return dateOf(answer.expires).value_or(date) - date;
     const auto modified = dateOf(answer.lastModified);
-    return std::clamp(modified ? (date - *modified) / 10 : 0, shortestGuess, longestGuess);
+    return std::clamp(modified ? (date - *modified) / 10 : 0, FreshnessLimits::shortestGuess,
+                      FreshnessLimits::longestGuess);
 }
 
 }  // namespace
 
-std::optional<MediumFacts> factsOf(const HttpAnswer& answer, std::int64_t now) {
+std::optional<MediumFacts> mediumFactsOf(const HttpAnswer& answer, std::int64_t now) {
     const auto directives = directivesOf(answer.cacheControl);
     const auto has = [&](const char* name) { return directives.find(name) != directives.end(); };
     if (has("no-store") || answer.vary.find('*') != std::string::npos) return std::nullopt;
@@ -87,7 +87,7 @@ std::optional<MediumFacts> factsOf(const HttpAnswer& answer, std::int64_t now) {
     const std::int64_t date = dateOf(answer.date).value_or(now);
     const std::int64_t spent = std::max({secondsOf(answer.age).value_or(0), now - date, std::int64_t{0}});
     const std::int64_t left = lifetimeOf(answer, directives, date) - spent;
-    facts.freshUntil = now + std::clamp(left, std::int64_t{0}, longestFresh);
+    facts.freshUntil = now + std::clamp(left, std::int64_t{0}, FreshnessLimits::longest);
     return facts;
 }
 

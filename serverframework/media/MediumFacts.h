@@ -8,22 +8,23 @@
 
 namespace ostrel {
 
-/// What is known of a kept medium besides its bytes: how to ask whether it still holds, and until when there is no need.
+/// What a cache knows about a medium besides its bytes: how to ask the server whether the medium has changed, and until
+/// when there is no need to ask.
 struct MediumFacts {
-    /// As the server gave them; empty when it gave none.
+    /// The headers ETag and Last-Modified, unchanged; empty when the server sent none.
     std::string entityTag;
     std::string lastModified;
     /// Seconds since 1970, UTC.
     std::int64_t freshUntil = 0;
-    /// It must not be shown before the server has confirmed it, once it is no longer fresh.
+    /// A medium that is no longer fresh must not be shown before the server has confirmed it.
     bool mustRevalidate = false;
 
     bool isFreshAt(std::int64_t now) const { return now < freshUntil; }
 };
 
-/// The facts of an answer with the status 200 or 304 that came at `now`, by the rules for a cache of one user (RFC 9111,
-/// sections 3 and 4.2). None when it must not be kept. Without a word of the server an answer is fresh for a tenth of
-/// its age, at least 5 minutes and at most a day. Nothing is fresh for longer than a year.
-std::optional<MediumFacts> factsOf(const HttpAnswer& answer, std::int64_t now);
+/// The facts of an answer with the status 200 or 304 that arrived at `now` (seconds since 1970), by the rules for a cache of
+/// one user (RFC 9111, sections 3 and 4.2, within `FreshnessLimits`). Absent when the answer must not be kept. When the
+/// server says nothing, an answer is fresh for a tenth of the medium's age.
+std::optional<MediumFacts> mediumFactsOf(const HttpAnswer& answer, std::int64_t now);
 
 }  // namespace ostrel

@@ -19,7 +19,7 @@ constexpr std::string_view extension = ".medium";
 constexpr std::size_t nameDigits = 32;
 constexpr std::size_t longestText = 64 * 1024;
 
-/// The end of the file. The texts stand before it. In the machine's byte order: the cache stays on its machine.
+/// The end of the file, in the machine's byte order, because a cache stays on its machine. The texts stand before it.
 struct Footer {
     std::uint64_t bodySize = 0;
     std::uint64_t bodyChecksum = 0;
@@ -27,7 +27,7 @@ struct Footer {
     std::uint32_t entityTagSize = 0;
     std::uint32_t lastModifiedSize = 0;
     std::uint32_t mustRevalidate = 0;
-    /// Of the texts and of what stands above.
+    /// The checksum of the texts and of the members above.
     std::uint64_t trailerChecksum = 0;
     std::array<char, 8> mark = magic;
 };
@@ -82,7 +82,7 @@ std::optional<MediumFile> MediumFile::read(const Data& file) {
     Footer footer;
     std::memcpy(&footer, bytes.data() + bytes.size() - sizeof footer, sizeof footer);
     if (footer.mark != magic) return std::nullopt;
-    // In 64 bits three of 32 cannot overflow.
+    // A sum of three numbers of 32 bits fits into 64 bits.
     const std::uint64_t texts =
         std::uint64_t{footer.urlSize} + footer.entityTagSize + footer.lastModifiedSize;
     const std::uint64_t rest = bytes.size() - sizeof footer;

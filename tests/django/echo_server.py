@@ -1,10 +1,11 @@
 #!/usr/bin/python3
 """Answers every request with what Django made of it: path, query, form, files, each value as the hexadecimal digits of its
-bytes. Prints the port it listens on, and ends when its standard input does."""
+bytes. Prints the port it listens on, and ends with the process that started it."""
 
+import os
 import socketserver
-import sys
 import threading
+import time
 from wsgiref.simple_server import ServerHandler, WSGIRequestHandler, WSGIServer
 
 from django.conf import settings
@@ -12,6 +13,7 @@ from django.core.wsgi import get_wsgi_application
 from django.http import JsonResponse
 from django.urls import re_path
 
+parent = os.getppid()
 settings.configure(
     ALLOWED_HOSTS=["127.0.0.1"],
     ROOT_URLCONF=__name__,
@@ -39,7 +41,6 @@ def echo(request):
         "form": fields(request.POST),
         "files": {name: file.read().hex() for name, file in request.FILES.items()},
         "file_names": {name: file.name for name, file in request.FILES.items()},
-        "file_types": {name: file.content_type for name, file in request.FILES.items()},
     }
     return JsonResponse(answer)
 
@@ -76,4 +77,5 @@ server = Server(("127.0.0.1", 0), LongLineHandler)
 server.set_app(get_wsgi_application())
 threading.Thread(target=server.serve_forever, daemon=True).start()
 print(server.server_port, flush=True)
-sys.stdin.read()
+while os.getppid() == parent:
+    time.sleep(0.5)

@@ -86,8 +86,8 @@ TEST_F(SaveOnServerTest, AnArticleLivesFromCreationToRemovalAsTheEditorSays) {
     EXPECT_EQ(rows("SELECT position, text, duration, latitude, altitude FROM videos"),
               Lines{"0||13.0|+31.2304|"});
     EXPECT_EQ(mediaFiles(), 8u) << "each with its small picture";
-    const Lines film = rows("SELECT file FROM videos");
-    EXPECT_TRUE(Data::mapFile(data_.path("media/" + film.at(0))).view() == Data::mapFile(clip).view());
+    const Lines video = rows("SELECT file FROM videos");
+    EXPECT_TRUE(Data::mapFile(data_.path("media/" + video.at(0))).view() == Data::mapFile(clip).view());
     ASSERT_EQ(lastRecord["images"].count(), 3u);
     EXPECT_EQ(lastRecord["images"].elements()[0]["text"].string(), "one & only");
     EXPECT_EQ(lastRecord["videos"].count(), 1u);

@@ -35,15 +35,19 @@ protected:
     /// Limits short enough for tests of what hangs.
     static HttpServerFramework::Limits shortLimits() {
         HttpServerFramework::Limits limits;
-        limits.connectTimeoutSeconds = 5;
-        limits.stallTimeoutSeconds = 1;
+        limits.transport.connectTimeoutSeconds = 5;
+        limits.transport.stallTimeoutSeconds = 1;
         return limits;
     }
 
-    HttpServerFramework& start(HttpServerFramework::Limits limits = {}, std::string prefix = {},
+    HttpServerFramework& start(HttpServerFramework::Limits limits = {},
                                std::shared_ptr<SessionStore> store = nullptr) {
+        return startAt(server_.address(), limits, std::move(store));
+    }
+    HttpServerFramework& startAt(const std::string& address, HttpServerFramework::Limits limits = {},
+                                 std::shared_ptr<SessionStore> store = nullptr) {
         HttpServerFramework::Options options;
-        options.baseAddress = server_.address() + prefix;
+        options.baseAddress = address;
         options.limits = limits;
         options.sessionStore = std::move(store);
         options.mediaCacheFolder = cacheFolder_.path("media");
@@ -61,17 +65,57 @@ protected:
     }
 
     Texts get(const std::string& path) {
-        std::optional<Texts> texts;
-        client().request(path, [&](const auto& answer, const auto& error) { texts = Texts{answer, error}; });
-        EXPECT_FALSE(texts) << "called before the call returned";
-        EXPECT_TRUE(runUntil([&] { return texts.has_value(); })) << path << " was not answered";
-        return texts.value_or(Texts{});
+        return await([&](AnswerHandler handler) { client().request(path, std::move(handler)); });
+    }
+    Texts post(const std::string& path, const FormFields& fields) {
+        return await([&](AnswerHandler handler) { client().postURL(path, fields, std::move(handler)); });
+    }
+    Texts upload(const UploadBody& body, ProgressHandler progress = nullptr) {
+        return await([&](AnswerHandler handler) {
+            client().postManyDataURL("upload", body, std::move(handler), std::move(progress));
+        });
+    }
+    Texts await(const std::function<void(AnswerHandler)>& send) {
+        // Shared, for a handler that is called once more after this returned.
+        const auto texts = std::make_shared<std::optional<Texts>>();
+        send([texts](const auto& answer, const auto& error) {
+            EXPECT_FALSE(*texts) << "called twice";
+            *texts = Texts{answer ? std::optional(answer->string()) : std::nullopt, error};
+        });
+        EXPECT_FALSE(*texts) << "called before the call returned";
+        EXPECT_TRUE(runUntil([&] { return texts->has_value(); }, 60));
+        return texts->value_or(Texts{});
+    }
+
+    static Answer answer(std::string_view body, int status = 200, std::string_view headers = {}) {
+        return ScriptedHttpServer::answer(body, status, headers);
+    }
+    /// Sends `bytes` and then nothing more, with the connection open.
+    static Answer hanging(std::string bytes = {}) {
+        Answer answer;
+        answer.bytes = std::move(bytes);
+        answer.hangs = true;
+        return answer;
+    }
+    static Answer late(double seconds, Answer answer) {
+        answer.delaySeconds = seconds;
+        return answer;
+    }
+    /// The whole answer but its last bytes.
+    static Answer cut(std::size_t missing, Answer answer) {
+        answer.cutAfter = answer.bytes.size() - missing;
+        return answer;
+    }
+    static Answer raw(std::string bytes) {
+        Answer answer;
+        answer.bytes = std::move(bytes);
+        answer.closes = true;
+        return answer;
     }
 
     /// Signs in by a scripted answer that sets the session's cookie to `session`.
     void signIn(const std::string& session = "secret") {
-        server_.on("/account/sign_in",
-                   ScriptedHttpServer::answer(R"({"success":true,"user":{"id":7,"name":"Ada"}})", 200,
+        server_.on("/account/sign_in", answer(R"({"success":true,"user":{"id":7,"name":"Ada"}})", 200,
                                               "Set-Cookie: ostrel_session=" + session +
                                                   "; Path=/; HttpOnly; Max-Age=2592000\r\n"));
         bool done = false;

@@ -50,7 +50,7 @@ public:
     }
 
     void signal(int number) { ::kill(pid_, number); }
-    std::string line() { return read(out_, true); }
+    std::string line(int milliseconds = 10'000) { return read(out_, true, milliseconds); }
     /// Both to their ends.
     std::string rest() { return read(out_, false); }
     std::string errors() { return read(err_, false); }
@@ -69,11 +69,11 @@ public:
     }
 
 private:
-    static std::string read(int descriptor, bool toLineEnd) {
+    static std::string read(int descriptor, bool toLineEnd, int milliseconds = 10'000) {
         std::string text;
         for (;;) {
             pollfd watched{descriptor, POLLIN, 0};
-            if (::poll(&watched, 1, 10'000) <= 0) return text + "(nothing more came)";
+            if (::poll(&watched, 1, milliseconds) <= 0) return text + "(nothing more came)";
             char byte = 0;
             if (::read(descriptor, &byte, 1) != 1 || (toLineEnd && byte == '\n')) return text;
             text += byte;

@@ -48,7 +48,8 @@ std::int64_t decodingBytes(const ImageHeader& header, const PictureKey& key) {
 
 }  // namespace
 
-PictureStore::PictureStore(std::function<void()> decoded) : decoded_(std::move(decoded)) {}
+PictureStore::PictureStore(std::function<void()> decoded)
+    : decoded_(std::move(decoded)), pictures_({.totalCost = maximumBytes}) {}
 
 PictureStore::~PictureStore() {
     {
@@ -130,7 +131,7 @@ std::vector<PictureKey> PictureStore::takeDecoded() {
 
 std::size_t PictureStore::storedBytes() const {
     const std::lock_guard lock(mutex_);
-    return bytes_;
+    return pictures_.totalCost();
 }
 
 QImage PictureStore::decode(const UIImage& image, const PictureKey& key) {
@@ -164,25 +165,16 @@ QImage PictureStore::decode(const UIImage& image, const PictureKey& key) {
 }
 
 bool PictureStore::find(const PictureKey& key, QImage& picture) {
-    const auto found = byKey_.find(key);
-    if (found == byKey_.end()) return false;
-    recent_.splice(recent_.begin(), recent_, found->second);
-    picture = recent_.front().picture;
-    return true;
+    const QImage* stored = pictures_.find(key);
+    if (stored) picture = *stored;
+    return stored != nullptr;
 }
 
 void PictureStore::store(const PictureKey& key, const QImage& picture) {
-    if (byKey_.count(key)) return;
-    recent_.push_front({key, picture});
-    byKey_[key] = recent_.begin();
-    // An entry costs something also when it could not be decoded.
-    const auto cost = [](const QImage& image) { return static_cast<std::size_t>(image.sizeInBytes()) + 256; };
-    bytes_ += cost(picture);
-    while (bytes_ > maximumBytes && recent_.size() > 1) {
-        bytes_ -= cost(recent_.back().picture);
-        byKey_.erase(recent_.back().key);
-        recent_.pop_back();
-    }
+    // A picture that could not be decoded has no bytes, but its entry has.
+    constexpr std::size_t bookkeeping = 256;
+    if (!pictures_.find(key))
+        pictures_.insert(key, picture, static_cast<std::size_t>(picture.sizeInBytes()) + bookkeeping);
 }
 
 void PictureStore::run() {

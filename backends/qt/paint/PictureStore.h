@@ -1,17 +1,16 @@
 #pragma once
 
+#include "platform/foundation/values/LeastRecentlyUsedCache.h"
 #include "platform/graphics/UIImage.h"
 
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <memory>
 #include <mutex>
 #include <QImage>
 #include <thread>
-#include <unordered_map>
 #include <vector>
 
 namespace ostrel {
@@ -54,10 +53,6 @@ public:
     std::size_t storedBytes() const;
 
 private:
-    struct Entry {
-        PictureKey key;
-        QImage picture;
-    };
     struct Wanted {
         PictureKey key;
         std::shared_ptr<const UIImage> image;
@@ -70,9 +65,7 @@ private:
     const std::function<void()> decoded_;
     mutable std::mutex mutex_;  // guards all below
     std::condition_variable changed_;
-    std::list<Entry> recent_;  // the last used first
-    std::unordered_map<PictureKey, std::list<Entry>::iterator, PictureKeyHash> byKey_;
-    std::size_t bytes_ = 0;
+    LeastRecentlyUsedCache<PictureKey, QImage, PictureKeyHash> pictures_;
     std::vector<Wanted> wanted_;  // the last asked for is decoded first
     PictureKey underWay_;
     std::vector<PictureKey> done_;

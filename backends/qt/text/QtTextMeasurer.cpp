@@ -98,32 +98,19 @@ private:
     std::thread thread_;
 };
 
-QtTextMeasurer::QtTextMeasurer() = default;
+QtTextMeasurer::QtTextMeasurer()
+    : answers_({.totalCost = maximumTextBytes, .costOfOne = maximumTextBytes / 2, .count = maximumEntries}) {}
 QtTextMeasurer::~QtTextMeasurer() = default;
 
 const QtTextMeasurer::Entry* QtTextMeasurer::find(std::size_t hash, std::string_view text, const UIFont& font,
                                                   CGFloat width, int maximumLines) {
-    const auto found = byHash_.find(hash);
-    if (found == byHash_.end() || !found->second->asks(text, font, width, maximumLines)) return nullptr;
-    recent_.splice(recent_.begin(), recent_, found->second);
-    return &recent_.front();
+    const Entry* entry = answers_.find(hash);
+    return entry && entry->asks(text, font, width, maximumLines) ? entry : nullptr;
 }
 
 void QtTextMeasurer::keep(Entry entry) {
-    if (entry.text.size() > maximumTextBytes / 2) return;
-    // Another question with the same hash gives way.
-    if (const auto found = byHash_.find(entry.hash); found != byHash_.end()) {
-        textBytes_ -= found->second->text.size();
-        recent_.erase(found->second);
-    }
-    textBytes_ += entry.text.size();
-    recent_.push_front(std::move(entry));
-    byHash_[recent_.front().hash] = recent_.begin();
-    while (recent_.size() > maximumEntries || textBytes_ > maximumTextBytes) {
-        textBytes_ -= recent_.back().text.size();
-        byHash_.erase(recent_.back().hash);
-        recent_.pop_back();
-    }
+    const std::size_t hash = entry.hash, cost = entry.text.size();
+    answers_.insert(hash, std::move(entry), cost);
 }
 
 TextMetrics QtTextMeasurer::measure(std::string_view text, const UIFont& font, CGFloat width,

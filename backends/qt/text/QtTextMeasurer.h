@@ -1,13 +1,12 @@
 #pragma once
 
+#include "platform/foundation/values/LeastRecentlyUsedCache.h"
 #include "platform/graphics/TextMeasurer.h"
 
 #include <cstddef>
-#include <list>
 #include <map>
 #include <memory>
 #include <string>
-#include <unordered_map>
 
 namespace ostrel {
 
@@ -23,7 +22,7 @@ public:
     void measureAhead(std::string text, const UIFont& font, CGFloat width, int maximumLines) override;
     std::size_t offsetAtPoint(std::string_view text, const TextLayout& layout, CGPoint point) override;
 
-    std::size_t cachedCount() const { return recent_.size(); }
+    std::size_t cachedCount() const { return answers_.count(); }
 
 private:
     struct Entry {
@@ -37,16 +36,14 @@ private:
             return text == otherText && font == otherFont && width == otherWidth && maximumLines == lines;
         }
     };
-    using Entries = std::list<Entry>;
     class Ahead;
 
     const Entry* find(std::size_t hash, std::string_view text, const UIFont& font, CGFloat width,
                       int maximumLines);
     void keep(Entry entry);
 
-    Entries recent_;  // the last used first
-    std::unordered_map<std::size_t, Entries::iterator> byHash_;
-    std::size_t textBytes_ = 0;
+    /// By hash; an answer to another question with the same hash gives way. Its cost is its text's bytes.
+    LeastRecentlyUsedCache<std::size_t, Entry> answers_;
     std::map<std::pair<std::string, CGFloat>, CGFloat> lineHeights_;
     std::unique_ptr<Ahead> ahead_;  // from the first text that is measured ahead on
 };

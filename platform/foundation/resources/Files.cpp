@@ -1,5 +1,7 @@
 #include "platform/foundation/resources/Files.h"
 
+#include "platform/foundation/resources/PartialFile.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
@@ -38,16 +40,6 @@ std::string homeOfSystem() {
         return found->pw_dir;
     }
     return "/";
-}
-
-bool writeAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = ::write(descriptor, text.data(), text.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
 }
 
 /// A regular file opened for reading, and its size.
@@ -116,21 +108,8 @@ bool writeFileAtomically(const std::string& path, std::string_view text) {
     std::error_code failure;
     std::filesystem::create_directories(folder, failure);
     if (failure) return false;
-
-    // mkostemp makes the file readable by its owner only, which stays so for a new file; an old one keeps its
-    // mode.
-    std::string temporary = (folder / ".writing-XXXXXX").string();
-    const int descriptor = ::mkostemp(temporary.data(), O_CLOEXEC);
-    if (descriptor < 0) return false;
-    bool isWritten = writeAll(descriptor, text);
-    struct stat status {};
-    if (isWritten && ::stat(path.c_str(), &status) == 0)
-        isWritten = ::fchmod(descriptor, status.st_mode & 07777) == 0;
-    // Delayed write errors of network file systems come with close.
-    isWritten = ::close(descriptor) == 0 && isWritten;
-    if (isWritten && ::rename(temporary.c_str(), path.c_str()) == 0) return true;
-    ::unlink(temporary.c_str());
-    return false;
+    auto file = PartialFile::create(folder.string());
+    return file && file->append(text) && file->moveTo(path);
 }
 
 Data readFile(const std::string& path, std::size_t limit, std::string* error) {
@@ -149,21 +128,14 @@ Data snapshotOfFile(const std::string& path, std::size_t limit, std::string* err
     Source source;
     if (!source.open(path, limit, error)) return {};
     std::error_code failure;
-    std::string copy = (std::filesystem::temp_directory_path(failure) / "ostrel-XXXXXX").string();
-    const int descriptor = failure ? -1 : ::mkostemp(copy.data(), O_CLOEXEC);
-    const bool isCopied =
-        descriptor >= 0 && source.read([&](std::string_view piece) { return writeAll(descriptor, piece); });
-    const int reason = errno;
-    if (descriptor >= 0) ::close(descriptor);
-    Data data;
-    if (isCopied) {
-        data = Data::mapFile(copy, error);
-    } else if (error) {
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(failure);
+    auto copy = failure ? std::nullopt : PartialFile::create(folder.string());
+    if (copy && source.read([&](std::string_view piece) { return copy->append(piece); }))
+        return Data::mapFile(copy->path(), error);
+    if (error)
         *error =
-            "The file \"" + path + "\" cannot be copied: " + std::generic_category().message(reason) + ".";
-    }
-    if (descriptor >= 0) ::unlink(copy.c_str());
-    return data;
+            "The file \"" + path + "\" cannot be copied: " + std::generic_category().message(errno) + ".";
+    return {};
 }
 
 }  // namespace ostrel

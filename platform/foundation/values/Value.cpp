@@ -2,7 +2,6 @@
 
 #include "platform/foundation/values/JsonTape.h"
 #include "platform/foundation/values/NumberText.h"
-#include "platform/foundation/values/PreparedText.h"
 #include "platform/foundation/values/Text.h"
 
 #include <algorithm>
@@ -178,10 +177,6 @@ Place placeOf(const JsonDocument& document, std::size_t index) {
 }  // namespace
 
 Value Value::parse(std::string_view json, std::string* error) {
-    if (const PreparedText* prepared = PreparedText::find(json)) {
-        if (error) *error = prepared->error();
-        return prepared->value();
-    }
     auto document = JsonDocument::parse(json, error);
     return document ? Value(std::move(document), rootValueIndex) : Value();
 }

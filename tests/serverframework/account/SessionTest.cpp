@@ -39,7 +39,7 @@ protected:
 };
 
 TEST_F(SessionTest, signingInSetsTheUserAndSendsTheCookieFromThenOn) {
-    server_.on("/a", ScriptedHttpServer::answer("{}"));
+    server_.on("/a", answer("{}"));
     EXPECT_EQ(cookieSentTo("/a"), "");
     signIn();
     ASSERT_TRUE(client().currentUser());
@@ -48,6 +48,15 @@ TEST_F(SessionTest, signingInSetsTheUserAndSendsTheCookieFromThenOn) {
     EXPECT_EQ(changes_, 1);
     EXPECT_EQ(server_.requests().back().bodyBegin, "name=Ada&password=password");
     EXPECT_EQ(cookieSentTo("/a"), "ostrel_session=secret");
+
+    bool done = false;
+    framework().requestManager().request(server_.address() + "/media",
+                                         [&](const Data&, bool, const auto&) { done = true; });
+    ASSERT_TRUE(runUntil([&] { return done; }));
+    EXPECT_EQ(header(server_.requests().back(), "cookie"), "") << "media get no cookies";
+    client().notificationUserID(Value::parse("12"), "Touch You", "Hello & bye");
+    ASSERT_TRUE(runUntil([&] { return server_.requestCount("/account/notify") == 1; }));
+    EXPECT_EQ(server_.requests().back().bodyBegin, "text=Hello%20%26%20bye&title=Touch%20You&user_id=12");
 }
 
 TEST_F(SessionTest, aFailedSignInChangesNothing) {
@@ -56,14 +65,12 @@ TEST_F(SessionTest, aFailedSignInChangesNothing) {
         Answer script;
         const char* error;
     } cases[] = {
-        {ScriptedHttpServer::answer(R"({"success":false,"error":"The name or the password is wrong."})", 401,
-                                    "Set-Cookie: ostrel_session=other; Path=/\r\n"),
+        {answer(R"({"success":false,"error":"The name or the password is wrong."})", 401,
+                "Set-Cookie: ostrel_session=other; Path=/\r\n"),
          "The name or the password is wrong."},
-        {ScriptedHttpServer::answer(R"({"success":false,"error":"Busy."})"), "Busy."},
-        {ScriptedHttpServer::answer(R"({"success":true,"user":null})"),
-         "The answer cannot be read: it names no user."},
-        {ScriptedHttpServer::answer(R"({"success":true,"user":{"id":"x"}})"),
-         "The answer cannot be read: it names no user."},
+        {answer(R"({"success":false,"error":"Busy."})"), "Busy."},
+        {answer(R"({"success":true,"user":null})"), "The answer cannot be read: it names no user."},
+        {answer(R"({"success":true,"user":{"id":"x"}})"), "The answer cannot be read: it names no user."},
         {Answer{}, "The server closed the connection without an answer."},
     };
     for (const auto& one : cases) {
@@ -79,10 +86,8 @@ TEST_F(SessionTest, aFailedSignInChangesNothing) {
 }
 
 TEST_F(SessionTest, anAbandonedSignInSignsNobodyIn) {
-    auto late = ScriptedHttpServer::answer(R"({"success":true,"user":{"id":7,"name":"Ada"}})", 200,
-                                           "Set-Cookie: ostrel_session=late; Path=/\r\n");
-    late.delaySeconds = 0.1;
-    server_.on("/account/sign_in", late);
+    server_.on("/account/sign_in", late(0.1, answer(R"({"success":true,"user":{"id":7,"name":"Ada"}})", 200,
+                                                    "Set-Cookie: ostrel_session=late; Path=/\r\n")));
     const Outcome outcome = wait([this](SignInHandler handler) {
         framework().signIn("Ada", "password", std::move(handler));
         framework().signInService().abandon();
@@ -94,7 +99,7 @@ TEST_F(SessionTest, anAbandonedSignInSignsNobodyIn) {
 
 TEST_F(SessionTest, anUnauthorizedAnswerEndsTheSessionBeforeItsHandler) {
     signIn();
-    server_.on("/a", ScriptedHttpServer::answer(R"({"success":false,"error":"Sign in first."})", 401));
+    server_.on("/a", answer(R"({"success":false,"error":"Sign in first."})", 401));
     bool wasSignedIn = true;
     client().request("/a", [&](const auto&, const auto& error) {
         wasSignedIn = client().currentUser() != nullptr;
@@ -108,9 +113,7 @@ TEST_F(SessionTest, anUnauthorizedAnswerEndsTheSessionBeforeItsHandler) {
 
 TEST_F(SessionTest, anAnswerOfAFormerSessionTouchesNothing) {
     signIn("first");
-    auto late = ScriptedHttpServer::answer("{}", 401, "Set-Cookie: ostrel_session=first-again; Path=/\r\n");
-    late.delaySeconds = 0.3;
-    server_.on("/late", late);
+    server_.on("/late", late(0.3, answer("{}", 401, "Set-Cookie: ostrel_session=first-again; Path=/\r\n")));
     bool answered = false;
     client().request("/late", [&](const auto&, const auto&) { answered = true; });
     ASSERT_TRUE(runUntil([&] { return server_.requestCount("/late") == 1; }));
@@ -123,7 +126,7 @@ TEST_F(SessionTest, anAnswerOfAFormerSessionTouchesNothing) {
 }
 
 TEST_F(SessionTest, signingOutTellsTheServerAndKeepsTheOtherCookies) {
-    server_.on("/visit", ScriptedHttpServer::answer("{}", 200, "Set-Cookie: ostrel_visitor=v; Path=/\r\n"));
+    server_.on("/visit", answer("{}", 200, "Set-Cookie: ostrel_visitor=v; Path=/\r\n"));
     get("/visit");
     signIn();
     framework().signOut();
@@ -136,73 +139,43 @@ TEST_F(SessionTest, signingOutTellsTheServerAndKeepsTheOtherCookies) {
 
 TEST_F(SessionTest, theSessionIsRestoredFromTheStore) {
     const auto store = std::make_shared<MemorySessionStore>();
-    start({}, {}, store);
+    start({}, store);
     signIn();
     framework_.reset();
 
     server_.on("/account/me", [](const Request& request) {
         const bool known = header(request, "cookie") == "ostrel_session=secret";
-        return ScriptedHttpServer::answer(known ? R"({"success":true,"user":{"id":7,"name":"Ada"}})"
-                                                : R"({"success":true,"user":null})");
+        return answer(known ? R"({"success":true,"user":{"id":7,"name":"Ada"}})"
+                            : R"({"success":true,"user":null})");
     });
-    start({}, {}, store);
+    start({}, store);
     EXPECT_FALSE(client().currentUser());
     EXPECT_EQ(restore().user->name, "Ada");
     EXPECT_EQ(client().currentUser()->id, 7);
 
     // A server that is out of reach does not cost the session; one that does not know it any more does.
     server_.on("/account/me", Answer{});
-    start({}, {}, store);
+    start({}, store);
     EXPECT_TRUE(restore().error);
-    server_.on("/account/me", ScriptedHttpServer::answer(R"({"success":true,"user":null})"));
-    start({}, {}, store);
+    server_.on("/account/me", answer(R"({"success":true,"user":null})"));
+    start({}, store);
     const Outcome forgotten = restore();
     EXPECT_FALSE(forgotten.user || forgotten.error);
     store->load([](const std::string& text) { EXPECT_EQ(text, ""); });
 }
 
-TEST_F(SessionTest, keptCookiesServeTheirOwnServerOnly) {
-    const auto store = std::make_shared<MemorySessionStore>();
-    start({}, {}, store);
-    signIn();
-    ScriptedHttpServer other;
-    HttpServerFramework::Options options;
-    options.baseAddress = other.address();
-    options.mediaCacheFolder = cacheFolder_.path("media");
-    options.sessionStore = store;
-    framework_ = HttpServerFramework::create(options);
-    EXPECT_FALSE(restore().user);
-    get("/a");
-    EXPECT_EQ(header(other.requests().back(), "cookie"), "");
-}
-
-TEST_F(SessionTest, mediaGetNoCookies) {
-    signIn();
-    server_.on("/media/1", ScriptedHttpServer::answer("bytes"));
-    bool done = false;
-    framework().requestManager().request(server_.address() + "/media/1",
-                                         [&](const Data&, bool loaded, const auto&) { done = loaded; });
-    ASSERT_TRUE(runUntil([&] { return done; }));
-    EXPECT_EQ(header(server_.requests().back(), "cookie"), "");
-}
-
-TEST_F(SessionTest, damagedStoresAreNoSession) {
-    for (const std::string text : {"", "garbage", "http://127.0.0.1:1\nx", "\n\n\n"}) {
+TEST_F(SessionTest, aDamagedStoreOrOneOfAnotherServerIsNoSession) {
+    const std::string cookie = "\t/\tFALSE\t0\tostrel_session\tx";
+    for (const std::string& text : {std::string(), std::string("garbage"), std::string("\n\n\n"),
+                                    "http://127.0.0.1:1\n127.0.0.1\tFALSE" + cookie,
+                                    server_.address() + "\nevil.example\tTRUE" + cookie + "\nshort\tline"}) {
         const auto store = std::make_shared<MemorySessionStore>();
-        const std::string damaged =
-            server_.address() + "\nevil.example\tTRUE\t/\tFALSE\t0\tostrel_session\tx\nshort\tline";
-        store->save(text.empty() ? damaged : text);
-        start({}, {}, store);
+        store->save(text);
+        start({}, store);
         const Outcome outcome = restore();
         EXPECT_FALSE(outcome.user || outcome.error) << text;
     }
     EXPECT_EQ(server_.requestCount("/account/me"), 0u);
-}
-
-TEST_F(SessionTest, aNotificationIsAForm) {
-    client().notificationUserID(Value::parse("12"), "Touch You", "Hello & bye");
-    ASSERT_TRUE(runUntil([&] { return server_.requestCount("/account/notify") == 1; }));
-    EXPECT_EQ(server_.requests().back().bodyBegin, "text=Hello%20%26%20bye&title=Touch%20You&user_id=12");
 }
 
 }  // namespace

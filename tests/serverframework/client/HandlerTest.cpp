@@ -16,20 +16,14 @@ TEST_F(HandlerTest, runsExactlyOnceWhateverHappens) {
     std::mt19937 random(seed);
     const auto pick = [&](int count) { return static_cast<int>(random() % static_cast<unsigned>(count)); };
 
-    auto whole = ScriptedHttpServer::answer(R"({"success":true,"results":[{"id":1}]})");
-    auto late = whole;
-    late.delaySeconds = 0.02;
-    auto cut = whole;
-    cut.cutAfter = whole.bytes.size() / 2;
-    Answer hanging;
-    hanging.hangs = true;
+    const Answer whole = answer(R"({"success":true,"results":[{"id":1}]})");
     server_.on("/whole", whole);
-    server_.on("/late", late);
-    server_.on("/cut", cut);
+    server_.on("/late", late(0.02, whole));
+    server_.on("/cut", cut(20, whole));
     server_.on("/closed", Answer{});
-    server_.on("/hanging", hanging);
-    server_.on("/round", ScriptedHttpServer::answer("", 302, "Location: /round\r\n"));
-    server_.on("/account/avatar/1", late);
+    server_.on("/hanging", hanging());
+    server_.on("/round", answer("", 302, "Location: /round\r\n"));
+    server_.on("/account/avatar/1", late(0.02, whole));
     const std::string paths[] = {"/whole",   "/late",  "/cut",     "/closed",
                                  "/hanging", "/round", "/missing", "http://other/"};
 
@@ -46,34 +40,33 @@ TEST_F(HandlerTest, runsExactlyOnceWhateverHappens) {
             if (!returned[static_cast<std::size_t>(i)]) ++early;
             if (!loop_->isMainThread()) ++offMain;
         };
-        // Half of the calls come from another thread.
+        const auto call = [&](int i, const std::string& path, int kind) {
+            const auto ended = [&note, i](const auto&...) { note(i); };
+            switch (kind) {
+            case 0:
+                transfers.push_back(client().postManyDataURL(
+                    path, {{"image.jpg", Data::copy("bytes")}, {"text", std::string("t")}}, ended,
+                    [](double) {}));
+                break;
+            case 1: client().loadUserFace(i % 2 ? "1" : "none", ended); break;
+            case 2: framework().requestManager().request(server_.address() + path, ended); break;
+            default: client().request(path, ended);
+            }
+            returned[static_cast<std::size_t>(i)] = true;
+        };
         std::vector<std::pair<int, std::string>> others;
         for (int i = 0; i < count; ++i) {
             const std::string path = paths[pick(std::size(paths))];
-            switch (pick(5)) {
-            case 0: client().request(path, [&note, i](const auto&, const auto&) { note(i); }); break;
-            case 1:
-                transfers.push_back(client().postManyDataURL(
-                    path, {{"image.jpg", Data::copy(std::string_view("bytes"))}, {"text", std::string("t")}},
-                    [&note, i](const auto&, const auto&) { note(i); }, [](double) {}));
-                break;
-            case 2: client().loadUserFace(i % 2 ? "1" : "none", [&note, i](const Data&) { note(i); }); break;
-            case 3:
-                framework().requestManager().request(server_.address() + path,
-                                                     [&note, i](const Data&, bool, const auto&) { note(i); });
-                break;
-            default: others.emplace_back(i, path); continue;
+            if (const int kind = pick(5); kind < 4) {
+                call(i, path, kind);
+            } else {
+                others.emplace_back(i, path);
             }
-            returned[static_cast<std::size_t>(i)] = true;
         }
-        OstrelServer& server = client();
         std::thread thread([&] {
-            for (const auto& [i, path] : others) {
-                server.request(path, [&note, number = i](const auto&, const auto&) { note(number); });
-                returned[static_cast<std::size_t>(i)] = true;
-            }
+            for (const auto& [i, path] : others) call(i, path, 3);
         });
-        // The main loop stands still meanwhile, so that a call has returned before its handler can run.
+        // The main loop does not run until the thread has ended: a call returns before its handler can run.
         thread.join();
         for (int turn = pick(30); turn > 0; --turn) {
             loop_->runTurn();
@@ -91,32 +84,29 @@ TEST_F(HandlerTest, runsExactlyOnceWhateverHappens) {
 }
 
 TEST_F(HandlerTest, theEndOfTheFrameworkCancelsWhatIsUnderWay) {
-    Answer hanging;
-    hanging.hangs = true;
-    server_.on("/hanging", hanging);
-    Texts texts;
-    std::optional<std::string> mediumError;
+    server_.on("/hanging", hanging());
+    server_.on("/account/avatar/1", hanging());
+    std::optional<std::string> answerError, mediumError;
     bool faceCame = false;
-    client().request("/hanging", [&](const auto& answer, const auto& error) { texts = {answer, error}; });
+    client().request("/hanging", [&](const auto&, const auto& error) { answerError = error; });
     framework().requestManager().request(server_.address() + "/hanging",
                                          [&](const Data&, bool, const auto& error) { mediumError = error; });
-    server_.on("/account/avatar/1", hanging);
     client().loadUserFace("1", [&](const Data& image) { faceCame = image.isNull(); });
     ASSERT_TRUE(runUntil([&] { return server_.connectionCount() == 3; }));
     framework_.reset();
-    EXPECT_FALSE(texts.error) << "called from the destructor";
+    EXPECT_FALSE(answerError) << "called from the destructor";
     while (loop_->runTurn()) {}
-    EXPECT_EQ(texts.error, "cancelled");
+    EXPECT_EQ(answerError, "cancelled");
     EXPECT_EQ(mediumError, "cancelled");
     EXPECT_TRUE(faceCame);
 }
 
 TEST_F(HandlerTest, mayDestroyTheFramework) {
-    server_.on("/a", ScriptedHttpServer::answer("{}"));
+    server_.on("/a", answer("{}"));
     bool done = false;
-    client().request("/a", [&](const auto& answer, const auto&) {
+    client().request("/a", [&](const auto& text, const auto&) {
         framework_.reset();
-        done = answer == "{}";
+        done = text == "{}";
     });
     EXPECT_TRUE(runUntil([&] { return done; }));
 }
@@ -131,7 +121,7 @@ TEST_F(HandlerTest, endsOnTheMainThread) {
         }
     };
     std::atomic<int> elsewhere{0};
-    server_.on("/a", ScriptedHttpServer::answer("{}"));
+    server_.on("/a", answer("{}"));
     int done = 0;
     for (int i = 0; i < 200; ++i) {
         auto held = std::make_shared<Held>(*loop_, elsewhere);
@@ -149,12 +139,10 @@ TEST_F(HandlerTest, endsOnTheMainThread) {
 
 TEST_F(HandlerTest, requestsThatWaitForAConnectionDoNotTimeOut) {
     auto limits = shortLimits();
-    limits.connectTimeoutSeconds = 0.5;
-    limits.connectionsPerHost = 2;
+    limits.transport.connectTimeoutSeconds = 0.5;
+    limits.transport.connectionsPerHost = 2;
     start(limits);
-    auto slow = ScriptedHttpServer::answer("{}");
-    slow.delaySeconds = 0.4;
-    server_.on("/slow", slow);
+    server_.on("/slow", late(0.4, answer("{}")));
     int done = 0;
     for (int i = 0; i < 8; ++i) {
         client().request("/slow", [&](const auto&, const auto& error) {

@@ -11,11 +11,12 @@ protected:
         UserNotificationPage page;
         std::optional<std::string> error;
     };
-    Loaded load(const std::optional<std::string>& next = std::nullopt) {
+    Loaded load(const std::optional<std::string>& next = std::nullopt, bool signsOut = false) {
         std::optional<Loaded> loaded;
         framework().loadNotifications(next, [&](const auto& page, const auto& error) {
             loaded = Loaded{page, error};
         });
+        if (signsOut) framework().signOut();
         EXPECT_FALSE(loaded) << "called before the call returned";
         EXPECT_TRUE(runUntil([&] { return loaded.has_value(); }));
         return loaded.value_or(Loaded{});
@@ -24,8 +25,7 @@ protected:
 
 TEST_F(NotificationsTest, pagesAreReadLeniently) {
     signIn();
-    server_.on("/account/notifications",
-               ScriptedHttpServer::answer(R"({"success":true,"error":null,"result":"2",
+    server_.on("/account/notifications", answer(R"({"success":true,"error":null,"result":"2",
         "results":[{"id":9,"auth_name":"Bo","auth_id":2,"date":"2026-11-21T02:32:38.123Z","title":"Touch You",
                     "text":"Hello","read":false},
                    {"id":8,"auth_name":7,"date":"yesterday","read":"no"}, {"id":"x"}, 3],
@@ -50,17 +50,17 @@ TEST_F(NotificationsTest, pagesAreReadLeniently) {
 
 TEST_F(NotificationsTest, failuresLeaveAnEmptyPageWithASentence) {
     const struct {
-        Answer answer;
+        Answer script;
         const char* error;
     } cases[] = {
-        {ScriptedHttpServer::answer(R"({"success":false,"error":"Sign in first."})", 401), "Sign in first."},
-        {ScriptedHttpServer::answer("<html>", 500), "HTTP 500 Reason"},
-        {ScriptedHttpServer::answer(""), "The answer cannot be read: it is empty."},
-        {ScriptedHttpServer::answer("{}"), "The server did not do it."},
+        {answer(R"({"success":false,"error":"Sign in first."})", 401), "Sign in first."},
+        {answer("<html>", 500), "HTTP 500 Reason"},
+        {answer(""), "The answer cannot be read: it is empty."},
+        {answer("{}"), "The server did not do it."},
         {Answer{}, "The server closed the connection without an answer."},
     };
     for (const auto& one : cases) {
-        server_.on("/account/notifications", one.answer);
+        server_.on("/account/notifications", one.script);
         const Loaded loaded = load();
         EXPECT_EQ(loaded.error.value_or("none"), one.error);
         EXPECT_TRUE(loaded.page.notifications.empty());
@@ -68,7 +68,7 @@ TEST_F(NotificationsTest, failuresLeaveAnEmptyPageWithASentence) {
 }
 
 TEST_F(NotificationsTest, markingTellsWhatIsLeft) {
-    server_.on("/account/notifications_read", ScriptedHttpServer::answer(R"({"success":true,"result":"3"})"));
+    server_.on("/account/notifications_read", answer(R"({"success":true,"result":"3"})"));
     std::int64_t left = -1;
     framework().markNotificationsRead(41, [&](std::int64_t unread, const auto&) { left = unread; });
     ASSERT_TRUE(runUntil([&] { return left >= 0; }));
@@ -78,18 +78,11 @@ TEST_F(NotificationsTest, markingTellsWhatIsLeft) {
 
 TEST_F(NotificationsTest, messagesThatComeAfterTheirUserHasGoneAreNotShown) {
     signIn();
-    Answer slow =
-        ScriptedHttpServer::answer(R"({"success":true,"result":"1","results":[{"id":1,"text":"secret"}]})");
-    slow.delaySeconds = 0.2;
-    server_.on("/account/notifications", slow);
-    std::optional<Loaded> loaded;
-    framework().loadNotifications(std::nullopt, [&](const auto& page, const auto& error) {
-        loaded = Loaded{page, error};
-    });
-    framework().signOut();
-    ASSERT_TRUE(runUntil([&] { return loaded.has_value(); }));
-    EXPECT_EQ(loaded->error, "cancelled");
-    EXPECT_TRUE(loaded->page.notifications.empty());
+    server_.on("/account/notifications",
+               late(0.2, answer(R"({"success":true,"result":"1","results":[{"id":1,"text":"secret"}]})")));
+    const Loaded loaded = load(std::nullopt, true);
+    EXPECT_EQ(loaded.error, "cancelled");
+    EXPECT_TRUE(loaded.page.notifications.empty());
 }
 
 }  // namespace

@@ -62,6 +62,11 @@ protected:
         type(view_->nameField(), name);
         type(view_->passwordField(), password);
     }
+    void succeed() {
+        service_->answer(std::make_shared<const OstrelServerUserObject>(OstrelServerUserObject{7, "Ada"}),
+                         std::nullopt);
+        platform_.advance(1);
+    }
     std::string error() const { return view_->errorLabel()->isHidden() ? "" : view_->errorLabel()->text(); }
     bool isShown() const { return root_->presentedViewController() != nullptr; }
 
@@ -89,29 +94,27 @@ TEST_F(LoginTest, theReturnKeyLeadsFromTheNameToTheAnswer) {
     platform_.tap(*view_->button());
     EXPECT_EQ(service_->calls.size(), 1u) << "one at a time";
 
-    service_->answer(std::make_shared<const OstrelServerUserObject>(OstrelServerUserObject{7, "Ada"}),
-                     std::nullopt);
-    platform_.advance(1);
+    succeed();
     EXPECT_EQ(ends_, std::vector<std::string>{"in Ada: Signed in as Ada."});
     EXPECT_TRUE(isShown()) << "the caller dismisses it";
 }
 
 TEST_F(LoginTest, whatIsWrongIsToldBeforeTheServerIsAsked) {
+    using Mode = LoginView::Mode;
+    const std::string tooShort = "The password needs at least 8 characters.";
     const struct {
-        LoginView::Mode mode;
+        Mode mode;
         const char* name;
         const char* password;
-        const char* error;
-        bool nameIsWrong;
+        std::string error;
+        bool nameIsWrong = false;
     } cases[] = {
-        {LoginView::Mode::signIn, "", "", "Enter your name.", true},
-        {LoginView::Mode::signIn, "   ", "password", "Enter your name.", true},
-        {LoginView::Mode::signIn, "Ada", "", "Enter your password.", false},
-        {LoginView::Mode::createAccount, "Ada", "", "Enter your password.", false},
-        {LoginView::Mode::createAccount, "Ada", "1234567", "The password needs at least 8 characters.",
-         false},
-        {LoginView::Mode::createAccount, "Ada", "ééééééé", "The password needs at least 8 characters.",
-         false},
+        {Mode::signIn, "", "", "Enter your name.", true},
+        {Mode::signIn, "   ", "password", "Enter your name.", true},
+        {Mode::signIn, "Ada", "", "Enter your password."},
+        {Mode::createAccount, "Ada", "", "Enter your password."},
+        {Mode::createAccount, "Ada", "1234567", tooShort},
+        {Mode::createAccount, "Ada", "ééééééé", tooShort},
     };
     for (const auto& one : cases) {
         choose(one.mode);
@@ -149,16 +152,6 @@ TEST_F(LoginTest, aFailureIsShownAndLosesNothing) {
     EXPECT_EQ(error(), "The server cannot be reached.");
 }
 
-TEST_F(LoginTest, creatingAnAccountKeepsWhatWasTyped) {
-    fill("Ada", "password");
-    choose(LoginView::Mode::createAccount);
-    EXPECT_EQ(login_->title(), "Create Account");
-    EXPECT_EQ(view_->button()->currentTitle(), "Create Account");
-    login_->submit();
-    EXPECT_EQ(service_->calls, std::vector<std::string>{"up Ada/password"});
-    EXPECT_FALSE(view_->modeControl()->isEnabled());
-}
-
 TEST_F(LoginTest, cancelAndEscapeCloseItOnce) {
     ASSERT_TRUE(login_->navigationItem().leftBarButtonItem());
     EXPECT_TRUE(platform_.key(UIKeyCode::escape));
@@ -166,24 +159,28 @@ TEST_F(LoginTest, cancelAndEscapeCloseItOnce) {
     platform_.advance(1);
     EXPECT_EQ(ends_, std::vector<std::string>{"out nobody: cancelled"});
     EXPECT_FALSE(isShown());
+    EXPECT_TRUE(service_->calls.empty());
 }
 
-TEST_F(LoginTest, closingItWhileItIsBusyAbandonsTheSignIn) {
+TEST_F(LoginTest, closingItWhileAnAccountIsCreatedAbandonsTheRequest) {
     fill("Ada", "password");
+    choose(LoginView::Mode::createAccount);
+    EXPECT_EQ(login_->title() + "/" + view_->button()->currentTitle(), "Create Account/Create Account");
     login_->submit();
+    EXPECT_FALSE(view_->modeControl()->isEnabled());
     login_->navigationItem().leftBarButtonItem()->press();
     platform_.advance(1);
-    EXPECT_EQ(service_->calls.back(), "abandon");
-    service_->answer(std::make_shared<const OstrelServerUserObject>(OstrelServerUserObject{7, "Ada"}),
-                     std::nullopt);
+    EXPECT_EQ(service_->calls, (std::vector<std::string>{"up Ada/password", "abandon"}));
+    succeed();
     EXPECT_EQ(ends_, std::vector<std::string>{"out nobody: cancelled"});
 }
 
 TEST_F(LoginTest, tabGoesDownTheScreen) {
-    platform_.key(UIKeyCode::tab);
-    EXPECT_EQ(window_->focusedView(), view_->passwordField().get());
-    platform_.key(UIKeyCode::tab);
-    EXPECT_EQ(window_->focusedView(), view_->button().get());
+    for (const UIView* next :
+         {static_cast<UIView*>(view_->passwordField().get()), static_cast<UIView*>(view_->button().get())}) {
+        platform_.key(UIKeyCode::tab);
+        EXPECT_EQ(window_->focusedView(), next);
+    }
 }
 
 TEST(LoginLayout, isOneColumnWithoutOverlapsAtEverySize) {

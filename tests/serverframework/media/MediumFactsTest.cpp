@@ -54,7 +54,7 @@ TEST(MediumFacts, freshnessFollowsTheAnswersHeaders) {
         answer.expires = one.expires;
         answer.lastModified = one.lastModified;
         answer.age = one.age;
-        const auto facts = factsOf(answer, now);
+        const auto facts = mediumFactsOf(answer, now);
         const std::string what = std::string(one.cacheControl) + "|" + one.expires + "|" + one.lastModified;
         ASSERT_EQ(facts.has_value(), one.freshSeconds >= 0) << what;
         if (!facts) continue;
@@ -64,11 +64,11 @@ TEST(MediumFacts, freshnessFollowsTheAnswersHeaders) {
     }
     HttpAnswer varied;
     varied.vary = "Accept, *";
-    EXPECT_FALSE(factsOf(varied, now));
+    EXPECT_FALSE(mediumFactsOf(varied, now));
     HttpAnswer old;
     old.date = "Sat, 21 Nov 2026 02:31:38 GMT";
     old.cacheControl = "max-age=90";
-    EXPECT_EQ(factsOf(old, now)->freshUntil, now + 30) << "the time on the way counts";
+    EXPECT_EQ(mediumFactsOf(old, now)->freshUntil, now + 30) << "the time on the way counts";
 }
 
 TEST(MediaQueue, whatWasAskedForLastComesFirstAndWhatBelongsTogetherInOrder) {

@@ -1,4 +1,4 @@
-#include "serverframework/media/PartialFile.h"
+#include "platform/foundation/resources/PartialFile.h"
 
 #include <cerrno>
 #include <cmath>
@@ -18,7 +18,7 @@ timespec timeOf(double seconds) {
 }  // namespace
 
 std::optional<PartialFile> PartialFile::create(const std::string& folder) {
-    std::string path = folder + "/XXXXXX" + std::string(extension);
+    std::string path = folder + "/.XXXXXX" + std::string(extension);
     const int descriptor = ::mkostemps(path.data(), static_cast<int>(extension.size()), O_CLOEXEC);
     if (descriptor < 0) return std::nullopt;
     ::flock(descriptor, LOCK_EX | LOCK_NB);
@@ -55,11 +55,20 @@ std::optional<std::string> PartialFile::readBack() const {
     return bytes;
 }
 
-bool PartialFile::moveTo(const std::string& path, double lastUsed, double modified) {
+bool PartialFile::setTimes(double lastUsed, double modified) {
     const timespec times[2] = {timeOf(lastUsed), timeOf(modified)};
-    // On the disk before it has its name: after a crash the name never stands for half a file.
-    if (::fdatasync(descriptor_) != 0 || ::futimens(descriptor_, times) != 0) return false;
-    if (::rename(path_.c_str(), path.c_str()) != 0) return false;
+    return ::futimens(descriptor_, times) == 0;
+}
+
+bool PartialFile::synchronise() { return ::fdatasync(descriptor_) == 0; }
+
+bool PartialFile::moveTo(const std::string& path) {
+    struct stat replaced {};
+    if (::stat(path.c_str(), &replaced) == 0 && ::fchmod(descriptor_, replaced.st_mode & 07777) != 0)
+        return false;
+    // Network file systems report late write errors when a descriptor is closed. The other one keeps the lock.
+    const int copy = ::fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
+    if (copy < 0 || ::close(copy) != 0 || ::rename(path_.c_str(), path.c_str()) != 0) return false;
     path_.clear();
     return true;
 }

@@ -1,8 +1,7 @@
-#include "backends/headless/VirtualTime.h"
 #include "serverframework/media/FaceLoader.h"
+#include "backends/headless/VirtualTime.h"
+#include "tests/serverframework/FrameworkTest.h"
 
-#include <gtest/gtest.h>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,7 +9,7 @@ namespace ostrel {
 namespace {
 
 /// A loader whose requests the test answers itself, on virtual time.
-class FaceRevalidationTest : public testing::Test {
+class FaceLoaderTest : public testing::Test {
 protected:
     struct Asked {
         std::string userId;
@@ -47,7 +46,7 @@ protected:
         });
 };
 
-TEST_F(FaceRevalidationTest, aStaleFaceIsConfirmedByItsTagReplacedOrKept) {
+TEST_F(FaceLoaderTest, aStaleFaceIsConfirmedByItsTagReplacedOrKept) {
     EXPECT_EQ(shown(200, "old", "\"1\""), "old");
     time_.loop().advance(299);
     EXPECT_EQ(shown(200, "unasked", "\"x\""), "old");
@@ -55,6 +54,7 @@ TEST_F(FaceRevalidationTest, aStaleFaceIsConfirmedByItsTagReplacedOrKept) {
     EXPECT_EQ(shown(304, "", ""), "old");
     time_.loop().advance(301);
     EXPECT_EQ(shown(0, "", ""), "old") << "no connection: the kept one is shown";
+    EXPECT_EQ(shown(500, "", ""), "old") << "nor does a failing server say anything of the face";
     EXPECT_EQ(shown(200, "new", "\"2\""), "new") << "and the next request asks again";
     time_.loop().advance(301);
     EXPECT_EQ(shown(404, "", ""), "none");
@@ -62,10 +62,10 @@ TEST_F(FaceRevalidationTest, aStaleFaceIsConfirmedByItsTagReplacedOrKept) {
     EXPECT_EQ(shown(200, "unasked", ""), "none");
     time_.loop().advance(2);
     EXPECT_EQ(shown(200, "back", ""), "back");
-    EXPECT_EQ(tags_, (std::vector<std::string>{"", "\"1\"", "\"1\"", "\"1\"", "\"2\"", ""}));
+    EXPECT_EQ(tags_, (std::vector<std::string>{"", "\"1\"", "\"1\"", "\"1\"", "\"1\"", "\"2\"", ""}));
 }
 
-TEST_F(FaceRevalidationTest, handlersThatWaitAreCalledWhenTheLoaderGoes) {
+TEST_F(FaceLoaderTest, handlersThatWaitAreCalledWhenTheLoaderGoes) {
     int calls = 0;
     loader_->load("1", [&](const Data& image) { calls += image.isNull(); });
     loader_->load("1", [&](const Data& image) { calls += image.isNull(); });
@@ -73,6 +73,27 @@ TEST_F(FaceRevalidationTest, handlersThatWaitAreCalledWhenTheLoaderGoes) {
     EXPECT_EQ(calls, 0);
     time_.loop().runUntilIdle();
     EXPECT_EQ(calls, 2);
+}
+
+using FaceTest = FrameworkTest;
+
+TEST_F(FaceTest, overlappingRequestsAreJoinedAndNeitherGiantsNorOddIdsAreFaces) {
+    int ended = 0, faces = 0;
+    const auto load = [&](const std::string& userId) {
+        client().loadUserFace(userId, [&](const Data& image) { ++ended, faces += image.view() == "face"; });
+    };
+    for (const char* none : {"", "-1", "1/../2", "1?a", "abc", "12345678901234567890"}) load(none);
+    ASSERT_TRUE(runUntil([&] { return ended == 6; }));
+    EXPECT_EQ(server_.connectionCount(), 0);
+    server_.on("/account/avatar/5", answer(std::string(1024 * 1024 + 1, 'x')));
+    load("5");
+    ASSERT_TRUE(runUntil([&] { return ended == 7; }));
+    EXPECT_EQ(faces, 0);
+    server_.on("/account/avatar/5", answer("face"));
+    for (int i = 0; i < 10; ++i) load("5");
+    ASSERT_TRUE(runUntil([&] { return ended == 17; }));
+    EXPECT_EQ(faces, 10);
+    EXPECT_EQ(server_.requestCount("/account/avatar/5"), 2u);
 }
 
 }  // namespace

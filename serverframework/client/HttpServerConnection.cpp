@@ -1,4 +1,4 @@
-#include "serverframework/client/HttpServer.h"
+#include "serverframework/client/HttpServerConnection.h"
 
 #include "platform/foundation/runloop/NSLog.h"
 #include "platform/foundation/runloop/RunLoop.h"
@@ -24,10 +24,7 @@ JudgedHandler textsOnly(AnswerHandler handler) {
     return [handler = std::move(handler)](const JudgedAnswer& answer) { handler(answer.text, answer.error); };
 }
 
-/// libcurl takes at most 1 MiB of a request's head; the rest is left to the headers.
-constexpr std::size_t longestAddress = 1'000'000;
-
-/// What stands for the answer of a request that was not sent.
+/// The answer of a request that was not sent.
 HttpAnswer refusalAnswer(std::string error) {
     HttpAnswer answer;
     answer.cancelled = error == cancelledText;
@@ -35,8 +32,8 @@ HttpAnswer refusalAnswer(std::string error) {
     return answer;
 }
 
-/// A header of its own for each POST, by which a server knows one that arrives twice: libcurl sends a request once more
-/// when a kept connection turns out to be closed.
+/// A header with a different key for each POST, by which a server recognises a request that arrives twice: libcurl sends a
+/// request once more when a kept connection turns out to be closed.
 std::string idempotencyKeyLine() {
     static constexpr char digits[] = "0123456789abcdef";
     constexpr int length = 32;
@@ -48,16 +45,17 @@ std::string idempotencyKeyLine() {
 
 }  // namespace
 
-HttpServer::HttpServer(Settings settings, std::shared_ptr<Session> session,
-                       std::shared_ptr<HttpTransport> transport, std::shared_ptr<UploadQueue> uploads,
-                       std::shared_ptr<AnswerDesk> desk)
+HttpServerConnection::HttpServerConnection(Settings settings, std::shared_ptr<Session> session,
+                                           std::shared_ptr<HttpTransport> transport,
+                                           std::shared_ptr<UploadQueue> uploads,
+                                           std::shared_ptr<AnswerDesk> desk)
     : settings_(std::move(settings)),
       session_(std::move(session)),
       transport_(std::move(transport)),
       uploads_(std::move(uploads)),
       desk_(std::move(desk)) {}
 
-void HttpServer::initialise() {
+void HttpServerConnection::initialise() {
     faces_ = std::make_shared<FaceLoader>(
         settings_.faces, [server = weak_from_this()](const std::string& userId, const std::string& entityTag,
                                                      std::function<void(HttpAnswer)> done) {
@@ -65,7 +63,7 @@ void HttpServer::initialise() {
         });
 }
 
-HttpRequest HttpServer::requestTo(std::string address) const {
+HttpRequest HttpServerConnection::requestTo(std::string address) const {
     HttpRequest request;
     request.address = std::move(address);
     request.userAgent = settings_.userAgent;
@@ -74,15 +72,16 @@ HttpRequest HttpServer::requestTo(std::string address) const {
     return request;
 }
 
-HttpRequest HttpServer::answeredRequest(std::string address) const {
+HttpRequest HttpServerConnection::answeredRequest(std::string address) const {
     HttpRequest request = requestTo(std::move(address));
     request.headers.emplace_back("Accept: application/json");
-    request.maximumBytes = settings_.maximumAnswerBytes;
+    request.maximumBytes = settings_.limits.maximumAnswerBytes;
     request.takesCompressed = true;
     return request;
 }
 
-HttpServer::Ticket HttpServer::ticketFor(OnUnauthorized onUnauthorized, JudgedHandler handler) {
+HttpServerConnection::Ticket HttpServerConnection::ticketFor(OnUnauthorized onUnauthorized,
+                                                             JudgedHandler handler) {
     auto ticket = std::make_shared<AnswerDesk::Ticket>();
     ticket->handler = [server = weak_from_this(), generation = session_->generation(), onUnauthorized,
                        handler = std::move(handler)](const JudgedAnswer& answer) {
@@ -92,14 +91,15 @@ HttpServer::Ticket HttpServer::ticketFor(OnUnauthorized onUnauthorized, JudgedHa
     return ticket;
 }
 
-std::optional<std::string> HttpServer::addressOf(const std::string& path, std::string* error) const {
+std::optional<std::string> HttpServerConnection::addressOf(const std::string& path,
+                                                           std::string* error) const {
     auto address = settings_.base.join(path, error);
-    if (!address || address->size() <= longestAddress) return address;
+    if (!address || address->size() <= settings_.limits.maximumAddressBytes) return address;
     *error = "The address of the request is too long.";
     return std::nullopt;
 }
 
-void HttpServer::send(Sending sending, JudgedHandler handler) {
+void HttpServerConnection::send(Sending sending, JudgedHandler handler) {
     const Ticket ticket = ticketFor(sending.onUnauthorized, std::move(handler));
     std::string error;
     const auto address = addressOf(sending.path, &error);
@@ -115,8 +115,8 @@ void HttpServer::send(Sending sending, JudgedHandler handler) {
     });
 }
 
-void HttpServer::takeNote(const JudgedAnswer& answer, std::uint64_t generation,
-                          OnUnauthorized onUnauthorized) {
+void HttpServerConnection::takeNote(const JudgedAnswer& answer, std::uint64_t generation,
+                                    OnUnauthorized onUnauthorized) {
     if (answer.status == 401 && onUnauthorized == OnUnauthorized::endSession && session_->currentUser() &&
         session_->generation() == generation) {
         session_->end();
@@ -125,21 +125,22 @@ void HttpServer::takeNote(const JudgedAnswer& answer, std::uint64_t generation,
     }
 }
 
-void HttpServer::request(const std::string& path, AnswerHandler handler) {
+void HttpServerConnection::request(const std::string& path, AnswerHandler handler) {
     Sending sending;
     sending.path = path;
     send(std::move(sending), textsOnly(std::move(handler)));
 }
 
-void HttpServer::postURL(const std::string& path, const FormFields& fields, AnswerHandler handler) {
+void HttpServerConnection::postURL(const std::string& path, const FormFields& fields, AnswerHandler handler) {
     Sending sending;
     sending.path = path;
     sending.form = fields;
     send(std::move(sending), textsOnly(std::move(handler)));
 }
 
-std::shared_ptr<Transfer> HttpServer::postManyDataURL(const std::string& path, const UploadBody& body,
-                                                      AnswerHandler handler, ProgressHandler progress) {
+std::shared_ptr<Transfer> HttpServerConnection::postManyDataURL(const std::string& path,
+                                                                const UploadBody& body, AnswerHandler handler,
+                                                                ProgressHandler progress) {
     const Ticket ticket = ticketFor(OnUnauthorized::endSession, textsOnly(std::move(handler)));
     ticket->progress = std::move(progress);
     UploadQueue::Order order;
@@ -161,16 +162,18 @@ std::shared_ptr<Transfer> HttpServer::postManyDataURL(const std::string& path, c
     return uploads_->add(std::move(order));
 }
 
-std::uint64_t HttpServer::sendUpload(const UploadTarget& target, std::shared_ptr<PreparedUpload> prepared,
-                                     ProgressHandler shown, Task ended) {
+std::uint64_t HttpServerConnection::sendUpload(const UploadTarget& target,
+                                               std::shared_ptr<PreparedUpload> prepared,
+                                               ProgressHandler shown, Task ended) {
     const Ticket& ticket = target.ticket;
-    // It has ended before its handler can run: who looks at the work in progress then finds it gone.
+    // `ended` is called before the answer is delivered, so that the handler no longer finds the upload listed as work in
+    // progress.
     const auto unsent = [&](std::string error) -> std::uint64_t {
         ended();
         desk_->deliver(refusalAnswer(std::move(error)), ticket);
         return 0;
     };
-    // What waited for its turn must not go out in the name of somebody else.
+    // An upload that waited must not be sent in the name of another user.
     if (session_->generation() != target.generation) return unsent(cancelledText);
     std::string error;
     const auto address = addressOf(target.path, &error);
@@ -191,8 +194,8 @@ std::uint64_t HttpServer::sendUpload(const UploadTarget& target, std::shared_ptr
                              });
 }
 
-void HttpServer::loadUserFace(const std::string& userId, FaceHandler handler) {
-    // Faces are kept on the main thread; the hop also keeps the handler from being called before this returned.
+void HttpServerConnection::loadUserFace(const std::string& userId, FaceHandler handler) {
+    // Faces are kept on the main thread. A later turn also ensures that the handler is called after this call returned.
     RunLoop::main().perform([faces = std::weak_ptr(faces_), userId, handler = std::move(handler)]() mutable {
         if (const auto loader = faces.lock()) {
             loader->load(userId, std::move(handler));
@@ -202,8 +205,8 @@ void HttpServer::loadUserFace(const std::string& userId, FaceHandler handler) {
     });
 }
 
-void HttpServer::fetchFace(const std::string& userId, const std::string& entityTag,
-                           std::function<void(HttpAnswer)> done) {
+void HttpServerConnection::fetchFace(const std::string& userId, const std::string& entityTag,
+                                     std::function<void(HttpAnswer)> done) {
     std::string error;
     HttpRequest request = requestTo(settings_.base.join("account/avatar/" + userId, &error).value_or(""));
     request.maximumBytes = settings_.faces.maximumFaceBytes;
@@ -222,7 +225,8 @@ void HttpServer::fetchFace(const std::string& userId, const std::string& entityT
     });
 }
 
-void HttpServer::notificationUserID(const Value& userId, const std::string& title, const std::string& text) {
+void HttpServerConnection::notificationUserID(const Value& userId, const std::string& title,
+                                              const std::string& text) {
     Sending sending;
     sending.path = "account/notify";
     sending.form = FormFields{{"user_id", userId.text().value_or("")}, {"title", title}, {"text", text}};

@@ -15,31 +15,33 @@
 
 namespace ostrel {
 
-/// The requests to the application's own server, made with the session's cookies.
-class HttpServer final : public OstrelServer, public std::enable_shared_from_this<HttpServer> {
+/// The connection to the application's own server: makes the requests of the boundary with the session's cookies.
+class HttpServerConnection final : public OstrelServer,
+                                   public std::enable_shared_from_this<HttpServerConnection> {
 public:
     struct Settings {
         BaseAddress base;
         std::string userAgent;
-        std::size_t maximumAnswerBytes;
-        FaceLoader::Limits faces;
+        RequestLimits limits;
+        FaceLimits faces;
     };
     enum class OnUnauthorized { endSession, keepSession };
     struct Sending {
         std::string path;
         std::optional<FormFields> form;
         OnUnauthorized onUnauthorized = OnUnauthorized::endSession;
-        /// The cookies to use in place of the session's; null: the session's.
+        /// The jar to use in place of the session's; null: the session's.
         std::shared_ptr<CookieJar> jar;
     };
 
-    HttpServer(Settings settings, std::shared_ptr<Session> session, std::shared_ptr<HttpTransport> transport,
-               std::shared_ptr<UploadQueue> uploads, std::shared_ptr<AnswerDesk> desk);
-    /// Second phase: what refers back to this object.
+    HttpServerConnection(Settings settings, std::shared_ptr<Session> session,
+                         std::shared_ptr<HttpTransport> transport, std::shared_ptr<UploadQueue> uploads,
+                         std::shared_ptr<AnswerDesk> desk);
+    /// The second phase of construction makes the parts that refer back to this object.
     void initialise();
 
-    /// Sends a request. A 401 answer ends the session it was made with, unless told otherwise, before the handler is
-    /// called. Any thread.
+    /// Sends a request. Before the handler is called, a 401 answer ends the session that the request was made with, unless
+    /// `onUnauthorized` says otherwise. Any thread.
     void send(Sending sending, JudgedHandler handler);
 
     std::shared_ptr<const OstrelServerUserObject> currentUser() const override {
@@ -58,9 +60,9 @@ private:
     HttpRequest requestTo(std::string address) const;
     HttpRequest answeredRequest(std::string address) const;
     Ticket ticketFor(OnUnauthorized onUnauthorized, JudgedHandler handler);
-    /// The absolute address of a path; none, and a sentence in `error`, when it has none.
+    /// The absolute address of a path; absent, with a sentence in `error`, when the path is not valid or too long.
     std::optional<std::string> addressOf(const std::string& path, std::string* error) const;
-    /// Where an upload goes, who waits for its answer, and who was signed in when it was handed over.
+    /// The path of an upload, who waits for its answer, and the session's generation when the upload was handed over.
     struct UploadTarget {
         const std::string& path;
         const Ticket& ticket;

@@ -1,19 +1,20 @@
-#include "serverframework/client/ServerResult.h"
+#include "serverframework/client/ParsedAnswer.h"
 
+#include "serverframework/http/ClientLimits.h"
 #include "serverframework/http/WebAddress.h"
 
 #include <utility>
 
 namespace ostrel {
 
-std::shared_ptr<const ServerResult> ServerResult::parse(std::string_view text) {
+std::shared_ptr<const ParsedAnswer> ParsedAnswer::parse(std::string_view text) {
     std::string error;
     const Value document = Value::parse(text, &error);
     return of(document, error);
 }
 
-std::shared_ptr<const ServerResult> ServerResult::of(const Value& document, const std::string& error) {
-    auto result = std::make_shared<ServerResult>();
+std::shared_ptr<const ParsedAnswer> ParsedAnswer::of(const Value& document, const std::string& error) {
+    auto result = std::make_shared<ParsedAnswer>();
     if (document.isAbsent()) {
         result->refuse(error.empty() ? "it is not JSON" : error);
     } else if (!document.isDictionary()) {
@@ -24,19 +25,19 @@ std::shared_ptr<const ServerResult> ServerResult::of(const Value& document, cons
     return result;
 }
 
-void ServerResult::refuse(std::string_view reason) {
+void ParsedAnswer::refuse(std::string_view reason) {
     document_ = {};
     errString_ = "The answer cannot be read: ";
     errString_->append(reason);
     if (errString_->back() != '.') *errString_ += '.';
 }
 
-void ServerResult::read(const Value& document) {
+void ParsedAnswer::read(const Value& document) {
     document_ = Dictionary(document);
     const Value results = document["results"];
     if (results.isArray()) {
-        if (results.count() > maximumRecords) {
-            refuse("it has more than " + std::to_string(maximumRecords) + " records");
+        if (results.count() > RequestLimits::maximumRecords) {
+            refuse("it has more than " + std::to_string(RequestLimits::maximumRecords) + " records");
             return;
         }
         std::vector<Value> elements = results.elements();

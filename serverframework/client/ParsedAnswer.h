@@ -11,27 +11,24 @@
 
 namespace ostrel {
 
-/// A result answer of the server: {"success", "error", "result", "results", "more"}, JSON of RFC 8259. Members that are
-/// missing or of another type count as empty; see each. Immutable; any thread.
-class ServerResult final : public OstrelServerHtmlResultObject {
+/// A parsed result of the server: {"success", "error", "result", "results", "more"}, JSON of RFC 8259. Members that are
+/// missing or have another type count as empty; see each operation. Immutable; any thread.
+class ParsedAnswer final : public OstrelServerHtmlResultObject {
 public:
-    /// A page with more records than this is refused as unreadable.
-    static constexpr std::size_t maximumRecords = 200'000;
+    /// Parses a text. Never null.
+    static std::shared_ptr<const ParsedAnswer> parse(std::string_view text);
+    /// Reads parsed JSON. An absent `document` means that the text was no JSON; `error` then says why. Never null.
+    static std::shared_ptr<const ParsedAnswer> of(const Value& document, const std::string& error);
 
-    /// Parses `text`. Never null.
-    static std::shared_ptr<const ServerResult> parse(std::string_view text);
-    /// Reads what has been parsed; absent: the text was no JSON, and `error` says why. Never null.
-    static std::shared_ptr<const ServerResult> of(const Value& document, const std::string& error);
-
-    /// The member "error": its text, or the JSON of another type than string or null. For a text that cannot be read:
-    /// "The answer cannot be read: " and why.
+    /// The member "error": the text of a string, the JSON of another type, absent for null. "The answer cannot be read: " and
+    /// the reason when the text cannot be read.
     const std::optional<std::string>& errString() const override { return errString_; }
-    /// True for true and for numbers other than 0.
+    /// True when the member "success" is true or a number other than 0.
     bool success() const override { return success_; }
-    /// A string as it is, a number as its decimal text.
+    /// The member "result": a string unchanged, a number as its decimal text.
     const std::string& resultString() const override { return resultString_; }
     const std::vector<Dictionary>& resultsArray() const override { return resultsArray_; }
-    /// Absent when empty, when it leads to another server, and when it has control characters.
+    /// The member "more"; absent when it is empty, leads to another server or has control characters.
     const std::optional<std::string>& moreResultsURL() const override { return moreResultsURL_; }
 
     /// False when the text is not a JSON object.
@@ -39,7 +36,7 @@ public:
     /// The whole answer; absent when it cannot be read.
     const Dictionary& document() const { return document_; }
 
-    ServerResult() = default;
+    ParsedAnswer() = default;
 
 private:
     void read(const Value& document);

@@ -1,4 +1,6 @@
-#include "serverframework/client/ServerResult.h"
+#include "serverframework/client/ParsedAnswer.h"
+
+#include "serverframework/http/ClientLimits.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -15,7 +17,7 @@ struct Fields {
     const char* more;  // null: none
 };
 
-TEST(ServerResult, readsFieldsAndToleratesOtherTypes) {
+TEST(ParsedAnswer, readsFieldsAndToleratesOtherTypes) {
     const Fields cases[] = {
         {R"({"success":true,"error":null,"result":"12","results":[{"id":1},{"id":2}],"more":"/a?before=1"})",
          nullptr, true, "12", 2, "/a?before=1"},
@@ -33,7 +35,7 @@ TEST(ServerResult, readsFieldsAndToleratesOtherTypes) {
         {R"({"more":"article/a?b=http://c"})", nullptr, false, "", 0, "article/a?b=http://c"},
     };
     for (const Fields& one : cases) {
-        const auto result = ServerResult::parse(one.json);
+        const auto result = ParsedAnswer::parse(one.json);
         ASSERT_TRUE(result->isReadable()) << one.json << ": " << result->errString().value_or("");
         EXPECT_EQ(result->errString().value_or("none"), one.error ? one.error : "none") << one.json;
         EXPECT_EQ(result->success(), one.success) << one.json;
@@ -43,9 +45,9 @@ TEST(ServerResult, readsFieldsAndToleratesOtherTypes) {
     }
 }
 
-TEST(ServerResult, saysThatAnAnswerCannotBeRead) {
+TEST(ParsedAnswer, saysThatAnAnswerCannotBeRead) {
     std::string crowd = R"({"success":true,"results":[)";
-    for (std::size_t i = 0; i <= ServerResult::maximumRecords; ++i) crowd += "{},";
+    for (std::size_t i = 0; i <= RequestLimits::maximumRecords; ++i) crowd += "{},";
     crowd.back() = ']';
     crowd += '}';
     const std::string deep =
@@ -60,7 +62,7 @@ TEST(ServerResult, saysThatAnAnswerCannotBeRead) {
                                  deep,
                                  crowd};
     for (const std::string& text : cases) {
-        const auto result = ServerResult::parse(text);
+        const auto result = ParsedAnswer::parse(text);
         EXPECT_FALSE(result->isReadable()) << text.substr(0, 40);
         EXPECT_FALSE(result->success()) << text.substr(0, 40);
         EXPECT_TRUE(result->resultsArray().empty()) << text.substr(0, 40);
