@@ -28,7 +28,7 @@ Home& home() {
 }
 
 std::string homeOfSystem() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here changes the environment
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no code of this program changes the environment
     if (const char* path = std::getenv("HOME"); path && *path) return path;
     std::vector<char> buffer(16 * 1024);
     passwd entry{};
@@ -62,7 +62,7 @@ struct Source {
         if (descriptor >= 0) ::close(descriptor);
     }
 
-    /// Opened without blocking: a path may name a pipe, which is refused.
+    /// Opens without blocking, because a path may name a pipe; only a regular file is accepted.
     bool open(const std::string& path, std::size_t limit, std::string* error) {
         const auto fail = [&](const std::string& reason) {
             if (error) *error = "The file \"" + path + "\" cannot be read: " + reason + ".";
@@ -79,7 +79,8 @@ struct Source {
         return true;
     }
 
-    /// Hands on the bytes in pieces, up to the size that the file had when it was opened: it may grow or shrink.
+    /// Passes the bytes on in pieces, at most as many as the file had when it was opened: the file may grow
+    /// or shrink.
     template <class Take>
     bool read(const Take& take) const {
         std::vector<char> piece(std::min<std::size_t>(size, 256 << 10));
@@ -117,8 +118,8 @@ bool writeFileAtomically(const std::string& path, std::string_view text) {
     std::filesystem::create_directories(folder, failure);
     if (failure) return false;
 
-    // mkostemp makes the file readable by its owner only, which stays so for a new file; an old one keeps its
-    // mode.
+    // mkostemp makes the file readable by its owner only. A new file stays so; a file that is replaced passes
+    // its mode on.
     std::string temporary = (folder / ".writing-XXXXXX").string();
     const int descriptor = ::mkostemp(temporary.data(), O_CLOEXEC);
     if (descriptor < 0) return false;
@@ -126,7 +127,7 @@ bool writeFileAtomically(const std::string& path, std::string_view text) {
     struct stat status {};
     if (isWritten && ::stat(path.c_str(), &status) == 0)
         isWritten = ::fchmod(descriptor, status.st_mode & 07777) == 0;
-    // Delayed write errors of network file systems come with close.
+    // Network file systems report delayed write errors at close.
     isWritten = ::close(descriptor) == 0 && isWritten;
     if (isWritten && ::rename(temporary.c_str(), path.c_str()) == 0) return true;
     ::unlink(temporary.c_str());
