@@ -14,18 +14,12 @@ TEST(HeadlessText, LinesBreakWhereWordsEnd) {
         {"fits", "one two", 35, {"one two"}},
         {"just not", "one two", 34.9, {"one", "two"}},
         {"blanks hang", "one    two", 15, {"one", "two"}},
-        {"blank at the end", "one ", 15, {"one"}},
-        {"a word too long", "abcdefgh", 15, {"abc", "def", "gh"}},
         {"a word too long after another", "a bcdefgh", 15, {"a", "bcd", "efg", "h"}},
         {"narrower than a letter", "ab", 1, {"a", "b"}},
         {"line breaks", "a\nb\r\nc\rd", 50, {"a", "b", "c", "d"}},
         {"empty lines", "a\n\n", 50, {"a", "", ""}},
-        {"only a break", "\n", 50, {"", ""}},
         {"wide characters break anywhere", "\u6587\u7AE0\u5217\u8868", 25, {"\u6587\u7AE0", "\u5217\u8868"}},
-        {"a word beside wide characters", "\u6587abc", 20, {"\u6587", "abc"}},
         {"wide beside a word", "abc\u6587", 20, {"abc", "\u6587"}},
-        {"emoji", "\U0001F600\U0001F600", 10, {"\U0001F600", "\U0001F600"}},
-        {"unbounded", "one two three", CGFLOAT_MAX_TEXT, {"one two three"}},
     };
     for (const auto& [what, text, width, lines] : cases)
         EXPECT_EQ(HeadlessTextMeasurer::lines(text, ten, width), lines) << what;

@@ -9,14 +9,11 @@
 namespace ostrel {
 namespace {
 
-class Languages final : public NSLocale {
-public:
-    explicit Languages(std::vector<std::string> tags) : tags_(std::move(tags)) {}
+struct Languages final : NSLocale {
+    explicit Languages(std::vector<std::string> wanted) : tags(std::move(wanted)) {}
     std::string shortDateAndTime(NSDate) const override { return {}; }
-    std::vector<std::string> preferredLanguages() const override { return tags_; }
-
-private:
-    std::vector<std::string> tags_;
+    std::vector<std::string> preferredLanguages() const override { return tags; }
+    std::vector<std::string> tags;
 };
 
 class NSBundleTest : public testing::Test {

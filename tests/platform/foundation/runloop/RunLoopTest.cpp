@@ -106,9 +106,7 @@ using NSTimerTest = RunLoopTest;
 TEST_F(NSTimerTest, FiresOnceAndIsLetGo) {
     std::weak_ptr<NSTimer> timer = NSTimer::scheduledTimer(0.2, false, [&](NSTimer&) { calls_ += 't'; });
     loop_.advance(0.199);
-    EXPECT_EQ(calls_, "");
-    ASSERT_FALSE(timer.expired());
-    EXPECT_TRUE(timer.lock()->isValid());
+    EXPECT_TRUE(calls_.empty() && timer.lock()->isValid());
     loop_.advance(10);
     EXPECT_EQ(calls_, "t");
     EXPECT_TRUE(timer.expired());

@@ -35,23 +35,18 @@ class FocusTest : public ::testing::Test {
 protected:
     void SetUp() override {
         window.setRootViewController(root);
-        place(*root->view());
-        platform.settle();
-    }
-    void place(UIView& parent) {
-        CGFloat y = 0;
-        for (UIView* view : {static_cast<UIView*>(name.get()), static_cast<UIView*>(button.get()),
-                             static_cast<UIView*>(secret.get())}) {
-            view->setFrame({0, y, 200, 40});
-            parent.addSubview(view->shared_from_this());
-            y += 50;
-        }
+        name->setFrame({0, 0, 200, 40});
+        button->setFrame({0, 50, 200, 40});
+        secret->setFrame({0, 100, 200, 40});
+        for (const std::shared_ptr<UIView>& view : {std::shared_ptr<UIView>(name), {button}, {secret}})
+            root->view()->addSubview(view);
         const std::pair<UIControlEvent, const char*> events[] = {{UIControlEvent::editingDidBegin, "begin"},
                                                                  {UIControlEvent::editingDidEnd, "end"},
                                                                  {UIControlEvent::editingChanged, "changed"}};
         for (const auto& [event, text] : events)
             name->addTarget([this, t = std::string(text)] { log.push_back(t); }, event);
         button->addTarget([this] { log.push_back("pressed"); }, UIControlEvent::touchUpInside);
+        platform.settle();
     }
     Log taken() { return std::exchange(log, {}); }
     UIView* afterTab(unsigned modifiers = modifierNone) {

@@ -90,8 +90,7 @@ TEST_F(ScrollViewTest, TheEndsGiveWayAndPullBack) {
         scroll->setContentOffset({0, start});
         const CGFloat way = start == 0 ? 200 : -200;
         platform.drag({100, 300}, {100, 300 + way}, 0.3, true);
-        EXPECT_LT(std::abs(y() - rest), 192 * 0.6);
-        EXPECT_GT(std::abs(y() - rest), 50);
+        EXPECT_NEAR(std::abs(y() - rest), 82, 33) << "the content resists";
         platform.advance(2);
         expectAtRest(rest);
     }
@@ -115,8 +114,8 @@ TEST_F(ScrollViewTest, ContentThatFitsOrIsSwitchedOffStays) {
 }
 
 TEST_F(ScrollViewTest, TheWheelIsSmoothAndAddsUpAndATrackpadIsImmediate) {
-    platform.window().sendScroll({.location = {100, 300}, .dx = 0, .dy = -60});
-    platform.window().sendScroll({.location = {100, 300}, .dx = 0, .dy = -60});
+    for (int notch = 0; notch < 2; ++notch)
+        platform.window().sendScroll({.location = {100, 300}, .dx = 0, .dy = -60});
     platform.advance(0.03);
     EXPECT_GT(y(), 0);
     EXPECT_LT(y(), 120);
