@@ -7,9 +7,9 @@
 
 namespace ostrel {
 
-/// While it lives, `Value::parse` of this very text (the same bytes in memory, not equal ones) on this thread
-/// answers with what was parsed before, elsewhere: a long text that is handed from thread to thread is parsed
-/// only once. The text must outlive it and stay as it is. May be nested.
+/// While it lives, `Value::parse` of this very text (the same bytes in memory, not equal ones) on this thread answers
+/// with what was parsed before, elsewhere: a long text that is handed from thread to thread is parsed only once. The
+/// text must outlive it and stay as it is. May be nested.
 class PreparedText final {
 public:
     /// `value` absent: the text is no JSON, and `error` says why.
