@@ -21,7 +21,7 @@ const char* nameOf(Mutation::Type type) {
     return "unknown";
 }
 
-/// Which phase of a transaction a step belongs to; phases do not mix.
+/// The phase of a transaction to which a step belongs; phases follow each other in this order.
 int phaseOf(Mutation::Type type) {
     switch (type) {
     case Mutation::Type::remove:
@@ -33,7 +33,7 @@ int phaseOf(Mutation::Type type) {
     return 0;
 }
 
-/// The parts in which two states differ.
+/// The parts in which two states differ, as ViewStateChange.
 std::uint32_t differences(const ViewState& a, const ViewState& b) {
     std::uint32_t changes = 0;
     if (a.frame.origin != b.frame.origin) changes |= changedFrameOrigin;
@@ -52,7 +52,7 @@ std::uint32_t differences(const ViewState& a, const ViewState& b) {
     return changes;
 }
 
-/// What a backend could not show.
+/// Why no backend could show `content`; null when it can be shown.
 const char* faultOf(const ViewContent& content) {
     const auto* const blur = std::get_if<BlurContent>(&content);
     if (blur && !(std::isfinite(blur->radius) && blur->radius >= 0)) return "a blur has a finite radius";
@@ -87,7 +87,7 @@ void HeadlessBackend::mount(const MountingTransaction& transaction) {
     last_ = transaction;
     const Mutation whole{};
     require(!transaction.mutations.empty(), whole, "a transaction changes something");
-    // The first of all: a window sends its whole tree to a new backend as number 1.
+    // A window sends its whole tree to a new backend as transaction 1.
     if (transaction.number == 1 && lastNumber_ != 0) {
         nodes_.clear();
         root_ = 0;

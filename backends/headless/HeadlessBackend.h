@@ -13,22 +13,23 @@
 
 namespace ostrel {
 
-/// The oracle: takes every transaction, checks each precondition, and keeps the tree that is mounted. Shows nothing.
-/// Tests look at what a user would see here; debug builds of other backends replay their transactions on it. Main thread.
+/// The oracle: applies every transaction to a tree of its own, checks each precondition, and draws nothing.
+/// Tests read from it what a user would see; debug builds of other backends replay their transactions on it.
+/// Main thread.
 class HeadlessBackend final : public MountingBackend {
 public:
     struct Node {
         ViewTag tag = 0;
-        ViewTag parent = 0;             ///< 0: the root, and what is not in the tree at this step
-        std::vector<ViewTag> children;  ///< back to front
+        ViewTag parent = 0;             ///< 0: the root, or a view outside of the tree at this step
+        std::vector<ViewTag> children;  ///< in z-order, the first at the back
         std::shared_ptr<const ViewState> state;
     };
 
-    /// Told of each broken rule. Without it the process prints the rule and aborts.
+    /// Called with each broken rule. Without it the process prints the rule and aborts.
     std::function<void(std::string)> onViolation;
     std::function<void()> onNeedsFlush;
     std::function<void(bool)> onFramesWanted;
-    /// Sees each transaction after it was applied.
+    /// Called with each transaction after it was applied.
     std::function<void(const MountingTransaction&)> onMount;
 
     void mount(const MountingTransaction& transaction) override;
@@ -38,25 +39,26 @@ public:
     void setScale(CGFloat scale) { scale_ = scale; }
     bool framesWanted() const { return framesWanted_; }
 
-    // What is mounted
+    // The mounted tree
     const Node* root() const { return node(root_); }
     const Node* node(ViewTag tag) const;
     std::size_t count() const { return nodes_.size(); }
     std::uint64_t transactionCount() const { return lastNumber_; }
     const MountingTransaction& lastTransaction() const { return last_; }
-    /// In the window's coordinates, transforms ignored; none when `tag` is not mounted.
+    /// The frame in the window's coordinates, without transforms; absent when `tag` is not mounted.
     std::optional<CGRect> absoluteFrame(ViewTag tag) const;
-    /// Whether any part of it can be seen: neither it nor an ancestor hidden or transparent, and not wholly clipped.
-    /// What other views cover counts as seen.
+    /// Whether a part of the view is visible: neither the view nor an ancestor is hidden or transparent, and
+    /// ancestors do not clip all of it. A view that other views cover counts as visible.
     bool isVisible(ViewTag tag) const;
-    /// What a view reads: its text, the placeholder of an empty editor, dots for a secret.
+    /// The text that a user reads in a view: its text, the placeholder of an empty editor, dots for a secure
+    /// text.
     static std::string textOf(const ViewState& state);
-    /// The visible texts, in the order of the tree.
+    /// The visible texts in tree order.
     std::vector<std::string> visibleTexts() const;
-    /// The visible views whose text, else whose accessibility label, is `text`, in the order of the tree.
+    /// The visible views whose text, else whose accessibility label, is `text`; in tree order.
     std::vector<ViewTag> tagsWithText(std::string_view text) const;
     std::vector<ViewTag> tagsWithLabel(std::string_view label) const;
-    /// The tree, a line a view, for messages of failed tests.
+    /// The tree with one line for each view, for the messages of failed tests.
     std::string dump() const;
 
 private:

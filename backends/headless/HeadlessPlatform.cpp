@@ -22,7 +22,7 @@ HeadlessPlatform::HeadlessPlatform(CGSize size, UIUserInterfaceIdiom idiom)
 
 HeadlessPlatform::~HeadlessPlatform() {
     if (ownWindow_) ownWindow_->setRootViewController(nullptr);
-    // What the closing of screens has left to do.
+    // Runs the tasks that the closing of screens has posted.
     time_.loop().advance(1);
     for (const auto& mounted : mounted_) {
         if (const auto window = mounted->window.lock()) window->setBackend(nullptr);
@@ -165,7 +165,7 @@ bool HeadlessPlatform::typeOver(std::string_view text) {
     const UIFont font = editor->font;
     const auto kept = view.shared_from_this();
     window().textInputChanged(view.tag(), std::string(text));
-    // The caret goes behind what was typed. An empty text is one line high.
+    // The caret goes behind the typed text. An empty text has the height of one line.
     const CGFloat height = std::max(TextMeasurer::shared().lineHeight(font),
                                     TextMeasurer::shared().measure(text, font, width).size.height);
     window().textInputSelectionChanged(view.tag(), {utf16Length(text), 0}, height);
@@ -180,7 +180,7 @@ bool HeadlessPlatform::pressReturn() {
     return true;
 }
 
-// What is seen
+// The visible views
 
 std::vector<std::string> HeadlessPlatform::texts() {
     settle();

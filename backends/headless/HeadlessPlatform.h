@@ -14,10 +14,11 @@
 
 namespace ostrel {
 
-/// All services of a platform without a display, as long as it lives: virtual time, fixed text metrics and locale, and
-/// windows on the oracle, flushed at the end of each turn and refreshed 60 times a virtual second while they want it.
-/// Stands for the user too: fingers, keys and typing reach the current window, the one made last. Every operation of
-/// the user runs what became due. Main thread.
+/// A platform without a display, installed as long as this object lives: virtual time, fixed text metrics, a
+/// fixed locale, and windows on the oracle. It flushes windows at the end of each turn, and gives them 60
+/// frames a virtual second while they want frames. It also plays the user: touches, keys and typing go to the
+/// current window, the last one made. Every operation of the user then runs the tasks that are due. Main
+/// thread.
 class HeadlessPlatform final {
 public:
     static constexpr double frameInterval = 1.0 / 60;
@@ -32,29 +33,30 @@ public:
     VirtualRunLoop& loop() { return time_.loop(); }
     HeadlessLocale& locale() { return *locale_; }
 
-    /// Makes a window, which becomes the current one; held by the caller.
+    /// Makes a window, which becomes the current one. The caller owns it.
     std::shared_ptr<UIWindow> makeWindow(CGSize size);
-    /// The current window. When there is none it is made, at the size the platform was made with, and kept.
+    /// The current window. When there is none, the platform makes and owns one of its own default size.
     UIWindow& window();
     /// The oracle of the current window.
     HeadlessBackend& backend();
 
     // Time
     void advance(double seconds) { time_.loop().advance(seconds); }
-    /// Runs what is due now, so that all changes are mounted.
+    /// Runs the tasks that are due now, so that all changes are mounted.
     void settle() { time_.loop().runUntilIdle(); }
 
-    // Fingers and pointer; points in the window
+    // Touches and pointer; points in the window
     UITouchType touchType = UITouchType::direct;
     UIButtonMask touchButton = UIButtonMask::primary;
     void touch(UITouchPhase phase, CGPoint point, std::int64_t identifier = 1);
     void tap(CGPoint point);
-    /// In the middle of the view.
+    /// Taps the middle of the view.
     void tap(const UIView& view);
-    /// On the first visible view with this text; false when there is none.
+    /// Taps the first visible view with this text; false when there is none.
     bool tapText(std::string_view text);
     void press(CGPoint point, double seconds);
-    /// In steps of a frame. The finger rests before it leaves when `restsAtEnd`, so that nothing is flung.
+    /// Moves a finger, one step a frame. With `restsAtEnd` the finger rests before it leaves, so that nothing
+    /// is flung.
     void drag(CGPoint from, CGPoint to, double seconds = 0.2, bool restsAtEnd = false);
     /// Positive `dy` moves the content down.
     void scroll(CGPoint point, CGFloat dy);
@@ -62,13 +64,13 @@ public:
 
     // Keyboard
     bool key(UIKeyCode code, unsigned modifiers = modifierNone, std::string characters = {});
-    /// Adds to the text of the editor that has the focus, as its user would; false when none has.
+    /// Appends to the text of the focused editor, as a user would; false when no editor has the focus.
     bool type(std::string_view text);
-    /// Replaces it.
+    /// Replaces the text of the focused editor.
     bool typeOver(std::string_view text);
     bool pressReturn();
 
-    // What is seen
+    // The visible views
     std::vector<std::string> texts();
     bool sees(std::string_view text);
     /// The first visible view with this text (or accessibility label); null when there is none.

@@ -10,7 +10,7 @@ namespace ostrel {
 
 namespace {
 
-/// Measures are exact in these units, so that a text fits a width that was measured for it.
+/// Absorbs rounding errors, so that a text fits into the width that was measured for it.
 constexpr CGFloat tolerance = 1e-6;
 
 struct Character {
@@ -37,10 +37,10 @@ Character next(std::string_view text) {
     return {text.substr(0, length), code, widthInEms(code)};
 }
 
-/// Breaks one paragraph, a text without line breaks.
+/// Breaks one paragraph (a text without line breaks) into lines.
 void breakParagraph(std::string_view text, CGFloat pointSize, CGFloat width,
                     std::vector<std::string>& lines) {
-    std::string line, word;  // what is settled in this line, and the part after its last place for a break
+    std::string line, word;  // the line up to its last possible break, and the part after that
     CGFloat lineWidth = 0, wordWidth = 0;
     const auto endLine = [&] {
         while (!line.empty() && (line.back() == ' ' || line.back() == '\t')) line.pop_back();

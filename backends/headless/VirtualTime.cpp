@@ -39,7 +39,7 @@ void VirtualClock::sleep(double seconds) {
     if (wake <= elapsed_) return;
     const auto entry = wakes_.insert(wake);
     moved_.wait(lock, [&] { return elapsed_ >= wake || sleepEnded_; });
-    // moveTo has already taken out whoever it wakes.
+    // moveTo has already removed the entries of the threads that it wakes.
     if (sleepEnded_ && elapsed_ < wake) wakes_.erase(entry);
 }
 
@@ -56,7 +56,7 @@ TaskQueue::Nanoseconds VirtualClock::elapsed() const {
 void VirtualClock::moveTo(TaskQueue::Nanoseconds elapsed) {
     const std::lock_guard lock(mutex_);
     elapsed_ = std::max(elapsed_, elapsed);
-    // Taken out here and not by the thread itself: from now on it counts as awake.
+    // Removed here and not by the sleeping threads, so that they count as awake from now on.
     wakes_.erase(wakes_.begin(), wakes_.upper_bound(elapsed_));
     moved_.notify_all();
 }
@@ -101,8 +101,7 @@ std::size_t VirtualRunLoop::runWhileDue(std::size_t ranBefore) {
 void VirtualRunLoop::advance(double seconds) {
     const TaskQueue::Nanoseconds target = clock_->elapsed() + TaskQueue::nanoseconds(seconds);
     std::size_t ran = runWhileDue(0);
-    // A thread just started may be on its way to sleep; one that really works is not waited for longer than
-    // this.
+    // A thread that has just started may be about to sleep. A thread that works for longer is not awaited.
     waitUntilAtMostAwake(0, secondsToFallAsleep);
     for (;;) {
         ran = runWhileDue(ran);
@@ -135,7 +134,7 @@ bool VirtualRunLoop::waitFor(const std::function<bool()>& isDone, double realSec
         if (isDone()) return true;
         const auto present = RealClock::now();
         if (present >= end) return false;
-        // What `isDone` looks at may change without a task.
+        // The state that `isDone` reads may change without a task.
         tasks_.waitForTask(std::min(end, present + longestWait));
     }
 }

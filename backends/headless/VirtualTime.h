@@ -10,30 +10,30 @@
 
 namespace ostrel {
 
-/// A clock that stands still until it is told to move. Threads that sleep by it wake when it has moved far
+/// A clock that advances only by `moveTo`. Threads that sleep by this clock wake when it has advanced far
 /// enough. Any thread.
 class VirtualClock final : public Clock {
 public:
     explicit VirtualClock(NSDate start) : start_(start) {}
 
     NSDate now() const override;
-    /// Begins at 0.
+    /// Starts at 0.
     double monotonicSeconds() const override;
     void sleep(double seconds) override;
 
-    /// Sets the calendar; timers and sleeping threads do not notice.
+    /// Sets the calendar time; timers and sleeping threads are not affected.
     void setNow(NSDate date);
     TaskQueue::Nanoseconds elapsed() const;
-    /// Moves on to `elapsed`; never goes back.
+    /// Advances to `elapsed`; an earlier time is ignored.
     void moveTo(TaskQueue::Nanoseconds elapsed);
-    /// When the next sleeping thread wakes.
+    /// The time at which the next sleeping thread wakes; absent when no thread sleeps.
     std::optional<TaskQueue::Nanoseconds> nextWake() const;
     int sleepingThreads() const;
-    /// Wakes all who sleep, and lets nobody sleep again.
+    /// Wakes all sleeping threads; from now on `sleep` returns at once.
     void endSleep();
 
 private:
-    mutable std::mutex mutex_;  // guards everything below
+    mutable std::mutex mutex_;  // guards all members below
     std::condition_variable moved_;
     NSDate start_;
     TaskQueue::Nanoseconds elapsed_ = 0;
@@ -41,24 +41,23 @@ private:
     bool sleepEnded_ = false;
 };
 
-/// A run loop on virtual time: nothing runs, and no time passes, but by the operations here. Its main thread
-/// is the one that made it. Endless chains of tasks end in a std::runtime_error after `maximumTasks`.
+/// A run loop on virtual time: tasks run and time advances only by the operations below. Its main thread is
+/// the one that made it. An endless chain of tasks ends in a std::runtime_error after `maximumTasks`.
 class VirtualRunLoop final : public RunLoop {
 public:
     static constexpr std::size_t maximumTasks = 1'000'000;
 
     explicit VirtualRunLoop(std::shared_ptr<VirtualClock> clock) : clock_(std::move(clock)) {}
 
-    /// Runs what is due at the present time, once. True when there was something.
+    /// Runs the tasks that are due now. True when there were any.
     bool runOneTurn();
-    /// Runs turns until nothing is due at the present time.
+    /// Runs turns until no task is due now.
     void runUntilIdle();
-    /// Moves time on by `seconds`, from one task or waking thread to the next, and runs everything that
-    /// becomes due. A thread of NSThread that wakes is given up to a second of real time to sleep again or to
-    /// end.
+    /// Advances time by `seconds`, from one task or waking thread to the next, and runs the tasks that become
+    /// due. Waits up to a second of real time until a thread of NSThread that woke sleeps again or ends.
     void advance(double seconds);
-    /// Runs everything due at the present time until `isDone`, for work of real threads; at most
-    /// `realSeconds`. False when the time ran out.
+    /// Runs the tasks that are due now until `isDone`, to wait for the work of real threads; at most
+    /// `realSeconds`. False after a time-out.
     bool waitFor(const std::function<bool()>& isDone, double realSeconds = 10);
 
     void perform(Task task) override;
@@ -78,8 +77,8 @@ private:
     TaskQueue tasks_;
 };
 
-/// Installs a virtual clock and a virtual main run loop as long as it lives. At its end, detached threads are
-/// woken and awaited, and tasks that wait are dropped.
+/// Installs a virtual clock and a virtual main run loop as long as this object lives. The destructor wakes
+/// and awaits detached threads, and drops waiting tasks.
 class VirtualTime final {
 public:
     explicit VirtualTime(NSDate start = {1'800'000'000});

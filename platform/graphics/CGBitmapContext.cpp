@@ -9,7 +9,7 @@ namespace ostrel {
 
 namespace {
 
-/// `first`, then `second`.
+/// The transform that applies `first`, then `second`.
 CGAffineTransform joined(const CGAffineTransform& first, const CGAffineTransform& second) {
     const CGPoint origin = second.apply({first.tx, first.ty});
     return {second.a * first.a + second.c * first.b,
@@ -50,16 +50,17 @@ void CGBitmapContext::concatenate(const CGAffineTransform& change) {
 }
 
 void CGBitmapContext::drawImage(const CGRect& rect, const CGImage& image) {
-    // From the picture's pixels, rows from the top, to the rectangle, whose minimal y is the picture's lower edge.
+    // From the picture's pixels (rows from the top) to the rectangle, whose smallest y is the picture's lower
+    // edge.
     const CGAffineTransform toRect{rect.width() / image.width(),    0,           0,
                                    -rect.height() / image.height(), rect.minX(), rect.maxY()};
     const CGAffineTransform toCanvas = joined(toRect, transform_);
     if (!drawByQuarters(toCanvas, image)) drawInterpolated(toCanvas, image);
 }
 
-/// True when the picture's pixels fall on pixels of the canvas and have been copied.
+/// Copies the picture when its pixels coincide with pixels of the canvas; false otherwise.
 bool CGBitmapContext::drawByQuarters(const CGAffineTransform& toCanvas, const CGImage& image) {
-    // Factors computed in single precision miss by up to this much of a pixel at the far edge.
+    // In pixels: transforms computed in single precision are off by up to this much at the far edge.
     constexpr double tolerance = 1.0 / 256;
     const double reach = std::max(image.width(), image.height());
     const auto isClose = [&](double value, double whole, double scale) {
@@ -78,10 +79,11 @@ bool CGBitmapContext::drawByQuarters(const CGAffineTransform& toCanvas, const CG
     if (!isQuarterTurn || !isClose(toCanvas.tx, left, 1) || !isClose(toCanvas.ty, top, 1)) return false;
     if (!(std::abs(left) < 1e9 && std::abs(top) < 1e9) || !image.isOpaque()) return false;
 
-    // The upper left corner of the source pixel (x, y) is moved so that the pixel's own corner is named.
+    // The target pixel of the source pixel (0, 0): after a turn, another corner of that pixel is its upper
+    // left one.
     const std::int64_t firstX = static_cast<std::int64_t>(left) + std::min({0, a, c, a + c});
     const std::int64_t firstY = static_cast<std::int64_t>(top) + std::min({0, b, d, b + d});
-    // Blocks keep both pictures' rows in the cache while columns become rows.
+    // Blocks keep the rows of both pictures in the processor's cache while columns become rows.
     constexpr int block = 32;
     for (int blockY = 0; blockY < image.height(); blockY += block) {
         for (int blockX = 0; blockX < image.width(); blockX += block) {

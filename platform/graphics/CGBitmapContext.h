@@ -5,23 +5,24 @@
 
 namespace ostrel {
 
-/// A canvas of pixels to draw pictures on, as `UIGraphicsBeginImageContext` opens one at scale 1: it starts transparent,
-/// its origin is the upper left corner and y grows downwards until the transform is changed. One thread.
+/// A canvas of pixels on which pictures are drawn, at scale 1: initially transparent, with the origin in the
+/// upper left corner and y growing downwards until the transform changes. One thread at a time.
 class CGBitmapContext final {
 public:
-    /// Pixels; null when `CGImage::make` cannot make a picture of this size.
+    /// Sizes in pixels. Null when `CGImage::make` cannot make a picture of this size.
     static std::unique_ptr<CGBitmapContext> make(int width, int height);
 
-    /// Each changes the drawing that follows, and applies to it before what was there.
+    /// Each of these three changes the transform of later drawing; it applies before the transform so far.
     void translateCTM(CGFloat x, CGFloat y) { concatenate(CGAffineTransform::translation(x, y)); }
     void scaleCTM(CGFloat x, CGFloat y) { concatenate(CGAffineTransform::scale(x, y)); }
-    /// Radians, from the x axis to the y axis.
+    /// `angle` in radians, from the x axis towards the y axis.
     void rotateCTM(CGFloat angle) { concatenate(CGAffineTransform::rotation(angle)); }
 
-    /// Draws the whole picture into `rect` over what is there, with its lower edge at the rectangle's minimal y: upright
-    /// where y grows upwards, as in Quartz. Turns by quarters at full size copy pixels; others are interpolated.
+    /// Draws the whole picture into `rect`, over the canvas so far, with the picture's lower edge at the
+    /// rectangle's smallest y: the picture is upright where y grows upwards. Quarter turns at full size copy
+    /// pixels; other transforms interpolate.
     void drawImage(const CGRect& rect, const CGImage& image);
-    /// What has been drawn; the context must not be used afterwards.
+    /// The finished picture; the context must not be used afterwards.
     std::shared_ptr<const CGImage> takeImage() { return std::move(canvas_); }
 
     explicit CGBitmapContext(std::shared_ptr<CGImage> canvas);
@@ -32,7 +33,7 @@ private:
     void drawInterpolated(const CGAffineTransform& toCanvas, const CGImage& image);
 
     std::shared_ptr<CGImage> canvas_;
-    /// From the drawing's coordinates to pixels of the canvas.
+    /// From drawing coordinates to pixels of the canvas.
     CGAffineTransform transform_;
 };
 

@@ -8,19 +8,19 @@
 
 namespace ostrel {
 
-/// A bitmap: 8 bits each of red, green, blue and alpha in this order, colours multiplied by alpha, sRGB, rows from the
-/// top without gaps. Filled by its maker, immutable once it is shared as const; any thread.
+/// A bitmap: 8 bits each of red, green, blue and alpha in this order, colours multiplied by alpha, sRGB, rows
+/// from the top without gaps. Filled by its maker, immutable once it is shared as const; any thread.
 class CGImage final {
 public:
     static constexpr std::size_t bytesPerPixel = 4;
-    /// Pixels of one picture: 400 MiB of bitmap, beyond any camera's.
+    /// Pixels of one picture: a bitmap of 400 MB, larger than those of cameras.
     static constexpr std::int64_t largestPixelCount = 100'000'000;
 
-    /// A bitmap with undefined contents. Null when a side is not 1 to 65,500 pixels, the picture is larger than
-    /// `largestPixelCount`, or memory is short.
+    /// A bitmap with undefined contents. Null when a side is not 1 to 65,500 pixels, the picture is larger
+    /// than `largestPixelCount`, or memory is short.
     static std::shared_ptr<CGImage> make(int width, int height);
-    /// The picture of a JPEG or PNG file, as it is stored (no EXIF orientation applied). Null when it is neither,
-    /// is damaged or too large.
+    /// Decodes a JPEG or PNG file as it is stored (without its EXIF orientation), or another format by the
+    /// installed ImageDecoder. Null for other data, and for a damaged or too large picture.
     static std::shared_ptr<const CGImage> decode(const Data& data);
 
     int width() const { return width_; }
@@ -30,15 +30,15 @@ public:
         return pixels_.get() + static_cast<std::size_t>(y) * bytesPerRow();
     }
     std::uint8_t* row(int y) { return pixels_.get() + static_cast<std::size_t>(y) * bytesPerRow(); }
-    /// No pixel is transparent.
+    /// Whether no pixel is transparent.
     bool isOpaque() const;
 
-    /// Null data when memory is short. `quality`: 0 (smallest) to 1 (best), values beyond are taken as these;
-    /// transparent parts are black.
+    /// The picture as a JPEG file. `quality`: 0 (smallest) to 1 (best), clamped. Transparent parts become
+    /// black. Null data when memory is short.
     Data jpeg(double quality) const;
     Data png() const;
 
-    /// Pixels start at a multiple of this many bytes, as vector instructions like them.
+    /// The pixels' address is a multiple of this many bytes, for vector instructions.
     static constexpr std::size_t alignment = 64;
     struct FreePixels {
         void operator()(std::uint8_t* pixels) const;

@@ -15,7 +15,7 @@ namespace {
 
 using detail::JpegErrors;
 
-/// Nothing with a destructor lives between setjmp and longjmp in the two functions below.
+/// In this function and the next, no object with a destructor lives between setjmp and longjmp.
 bool startReading(jpeg_decompress_struct& reader, JpegErrors& errors, const Data& data) {
     if (setjmp(errors.escape)) return false;
     jpeg_mem_src(&reader, reinterpret_cast<const unsigned char*>(data.bytes()), data.size());

@@ -13,7 +13,7 @@ struct Installed {
 };
 
 Installed& current() {
-    // Never destroyed: threads may still decode while the process ends.
+    // Never destroyed, because threads may still decode while the process ends.
     static Installed& current = *new Installed;
     return current;
 }

@@ -7,11 +7,12 @@
 
 namespace ostrel {
 
-/// Decodes what this layer reads no pixels of (GIF, WebP): the first picture, as it is stored. Null when it cannot.
-/// Any thread.
+/// Decodes the formats that this layer cannot decode itself (GIF, WebP): the first picture of the data, as it
+/// is stored. Null when decoding fails. Any thread.
 using ImageDecoder = std::function<std::shared_ptr<const CGImage>(const Data& data)>;
 
-/// Set by a backend; an empty function takes it out. `CGImage::decode` asks it.
+/// Installs the decoder that `CGImage::decode` uses for other formats; an empty function removes it. Called
+/// by a backend.
 void installImageDecoder(ImageDecoder decoder);
 ImageDecoder installedImageDecoder();
 

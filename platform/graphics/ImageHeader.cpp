@@ -9,7 +9,8 @@ namespace {
 
 constexpr int largestSide = 65500;
 
-/// Bytes of a file that may be cut short or hostile: reading beyond the end gives 0 and is remembered.
+/// The bytes of a file that may be cut short or hostile: reading beyond the end gives 0 and marks the reading
+/// as failed.
 class Bytes final {
 public:
     explicit Bytes(std::string_view bytes) : bytes_(bytes) {}
@@ -43,13 +44,13 @@ std::optional<ImageHeader> checked(const Bytes& bytes, ImageFormat format, std::
     if (bytes.failed() || width < 1 || height < 1 || width > largestSide || height > largestSide)
         return std::nullopt;
     ImageHeader header{.format = format, .orientation = orientation};
-    // Orientations 5 to 8 are turned by a quarter.
+    // Orientations 5 to 8 turn the picture by 90 degrees.
     header.pixelWidth = static_cast<int>(orientation >= 5 ? height : width);
     header.pixelHeight = static_cast<int>(orientation >= 5 ? width : height);
     return header;
 }
 
-/// The orientation in a TIFF structure (TIFF 6.0, tag 274); 1 when it has none.
+/// The orientation in a TIFF structure (TIFF 6.0, tag 274); 1 when the tag is missing.
 int tiffOrientation(const Bytes& tiff) {
     const bool little = tiff.has(0, std::string_view("II*\0", 4));
     if (!little && !tiff.has(0, std::string_view("MM\0*", 4))) return 1;
@@ -70,7 +71,8 @@ int tiffOrientation(const Bytes& tiff) {
     return 1;
 }
 
-/// Bytes of all coefficients, two each, of the frame header at `at` (ITU-T T.81, B.2.2); sizes are rounded up to blocks.
+/// The bytes of all coefficients, two bytes each, of the frame whose header is at `at` (ITU-T T.81, B.2.2).
+/// Sizes are rounded up to blocks.
 std::int64_t jpegCoefficientBytes(const Bytes& bytes, std::size_t at) {
     const unsigned components = bytes.byte(at + 9);
     unsigned samples = 0, widest = 1, highest = 1;
@@ -85,8 +87,8 @@ std::int64_t jpegCoefficientBytes(const Bytes& bytes, std::size_t at) {
     return columns * rows * samples * 64 * 2;
 }
 
-/// Whether the first scan, after `at`, holds all of `components` and all of each (B.2.3): then one block after the other
-/// can be decoded. A picture whose scan is not to be found is taken for one of many.
+/// Whether the first scan after `at` holds all `components` with all coefficients (B.2.3), so that the blocks
+/// can be decoded one after the other. False when no scan is found.
 bool isInOneScan(const Bytes& bytes, std::size_t at, unsigned components) {
     while (at + 5 <= bytes.size() && bytes.byte(at) == 0xFF) {
         const unsigned marker = bytes.byte(at + 1);
@@ -112,7 +114,7 @@ std::optional<ImageHeader> readJpeg(const Bytes& bytes) {
             ++at;
             continue;
         }
-        if (marker == 0x01 || (marker >= 0xD0 && marker <= 0xD7)) {  // without a length
+        if (marker == 0x01 || (marker >= 0xD0 && marker <= 0xD7)) {  // markers without a length
             at += 2;
             continue;
         }
@@ -140,7 +142,7 @@ std::optional<ImageHeader> readJpeg(const Bytes& bytes) {
     return std::nullopt;
 }
 
-/// RFC 9649: a RIFF file whose first chunk tells the size.
+/// RFC 9649: a RIFF file whose first chunk holds the size.
 std::optional<ImageHeader> readWebP(const Bytes& bytes) {
     constexpr std::size_t payload = 20;
     if (bytes.has(12, "VP8X")) {

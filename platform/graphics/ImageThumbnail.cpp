@@ -15,12 +15,12 @@ namespace ostrel {
 
 namespace {
 
-// What keeping a whole picture while it is decoded may take, where its form asks for that (progressive JPEG, interlaced
-// PNG): as much as decoding a picture to show it may.
+// The memory limit for pictures that the decoder has to keep whole (progressive JPEG, interlaced PNG), in
+// bytes; the same limit as for decoding a picture to show it.
 constexpr std::int64_t mostBytesKept = 128 << 20;
 
-/// Averages the middle square of a picture, row by row from the top, to a smaller square: every stored pixel counts by
-/// the area that it covers.
+/// Reduces the middle square of a picture to a smaller square, row by row from the top. Each result pixel is
+/// the average of the source pixels, weighted by the area that they cover.
 class SquareReducer final {
 public:
     SquareReducer(int width, int height, int side)
@@ -34,7 +34,7 @@ public:
 
     bool isReady() const { return result_ != nullptr; }
     bool isDone() const { return next_ >= lastRow(); }
-    /// The next row: `width` pixels of four bytes, colours multiplied by alpha.
+    /// Adds the next row: `width` pixels of four bytes, colours multiplied by alpha.
     void add(const std::uint8_t* row) {
         const int y = next_++;
         if (y < firstRow() || y >= lastRow()) return;
@@ -49,7 +49,7 @@ public:
             if (first + 1 < side_) addLine(bottom - boundary);
         }
     }
-    /// Undefined where rows are missing.
+    /// The result; its pixels are undefined where rows are missing.
     std::shared_ptr<const CGImage> take() { return std::move(result_); }
 
 private:
@@ -65,7 +65,7 @@ private:
         std::ranges::fill(line_, 0.0f);
         const float scale = float(side_) / float(square_);
         for (int x = 0; x < square_; ++x, pixel += 4) {
-            // In double precision: the place of the last pixel of a wide row must not drift.
+            // In double precision, so that the positions do not drift along a wide row.
             const double left = double(x) * side_ / square_;
             const int at = std::min(static_cast<int>(left), side_ - 1);
             const float beyond = at + 1 < side_ ? std::max(0.0f, float(left + double(scale) - (at + 1))) : 0;
@@ -110,7 +110,8 @@ bool startJpeg(jpeg_decompress_struct& reader, detail::JpegErrors& errors, const
     jpeg_mem_src(&reader, reinterpret_cast<const unsigned char*>(data.bytes()), data.size());
     if (jpeg_read_header(&reader, TRUE) != JPEG_HEADER_OK) return false;
     reader.out_color_space = JCS_EXT_RGBA;
-    // ITU-T T.81 blocks of 8 by 8 are decoded as 4 by 4, 2 by 2 or 1 by 1 while that is large enough.
+    // Blocks of 8 by 8 pixels (ITU-T T.81) are decoded as 4 by 4, 2 by 2 or 1 by 1 as long as the result is
+    // large enough.
     const JDIMENSION shorter = std::min(reader.image_width, reader.image_height);
     reader.scale_num = reader.scale_denom = 1;
     while (reader.scale_denom < 8 && shorter / (2 * reader.scale_denom) >= static_cast<JDIMENSION>(side))
@@ -145,7 +146,7 @@ std::shared_ptr<const CGImage> reduceJpeg(const Data& data, int side) {
     return result;
 }
 
-/// What libpng reads from, and where it jumps to on an error.
+/// The bytes that libpng reads, and the place to which it jumps on an error.
 struct PngSource {
     std::span<const std::byte> rest;
 
@@ -159,7 +160,7 @@ struct PngSource {
     static void warn(png_structp, png_const_charp) {}
 };
 
-/// As with libjpeg, nothing with a destructor lives between setjmp and longjmp.
+/// As with libjpeg, no object with a destructor lives between setjmp and longjmp.
 bool startPng(png_structp reader, png_infop info, PngSource& source) {
     if (setjmp(png_jmpbuf(reader))) return false;
     png_set_read_fn(reader, &source, PngSource::read);
@@ -231,7 +232,7 @@ std::shared_ptr<const CGImage> turnSquare(std::shared_ptr<const CGImage> image,
     return result;
 }
 
-/// TIFF 6.0, tag 274: how the stored picture is turned to be seen.
+/// The transform from the stored picture to the upright one (TIFF 6.0, tag 274).
 CGAffineTransform transformOfOrientation(int orientation) {
     constexpr CGAffineTransform transforms[] = {{1, 0, 0, 1}, {-1, 0, 0, 1}, {-1, 0, 0, -1}, {1, 0, 0, -1},
                                                 {0, 1, 1, 0}, {0, 1, -1, 0}, {0, -1, -1, 0}, {0, -1, 1, 0}};
@@ -250,7 +251,8 @@ std::shared_ptr<const CGImage> squareThumbnail(const Data& data, int side, std::
     const std::int64_t pixels = std::int64_t{header->pixelWidth} * header->pixelHeight;
     if (pixels > CGImage::largestPixelCount || header->coefficientBytes > mostBytesKept)
         return fail("The picture is too large.");
-    if (header->orientation >= 5) std::swap(header->pixelWidth, header->pixelHeight);  // as it is stored
+    // From the upright size back to the stored size.
+    if (header->orientation >= 5) std::swap(header->pixelWidth, header->pixelHeight);
 
     std::shared_ptr<const CGImage> result;
     bool needsWhole = header->format == ImageFormat::gif || header->format == ImageFormat::webp;

@@ -7,10 +7,10 @@
 
 namespace ostrel::detail {
 
-/// libjpeg reports errors through a function that must not return: it jumps to `escape`. Nothing with a destructor lives
-/// between setjmp and longjmp in functions that use this.
+/// libjpeg reports errors through a function that must not return: it jumps to `escape`. In functions that
+/// use this, no object with a destructor may live between setjmp and longjmp.
 struct JpegErrors {
-    jpeg_error_mgr manager;  // first: libjpeg hands back a pointer to it
+    jpeg_error_mgr manager;  // the first member, because libjpeg passes only a pointer to it
     std::jmp_buf escape;
 
     jpeg_error_mgr* prepare() {

@@ -33,7 +33,7 @@ Path& Path::arc(CGFloat cx, CGFloat cy, CGFloat radius, CGFloat from, CGFloat to
     const auto radians = [](CGFloat degrees) { return degrees * std::numbers::pi / 180; };
     const int pieces = std::max(1, static_cast<int>(std::ceil(std::abs(to - from) / 90)));
     const CGFloat step = radians(to - from) / pieces;
-    // The handle that keeps a cubic curve nearest to a circle.
+    // The length of the handles with which a cubic curve is nearest to the arc.
     const CGFloat handle = 4.0 / 3 * std::tan(step / 4) * radius;
     CGFloat angle = radians(from);
     CGPoint start{cx + radius * std::cos(angle), cy + radius * std::sin(angle)};

@@ -7,8 +7,8 @@ namespace ostrel {
 
 namespace {
 
-/// A filled dot, a little wider than the line. A stroked circle smaller than the pen keeps a hole in some renderers; the
-/// short line in its middle closes it.
+/// A dot, a little wider than the stroke. Some renderers leave a hole in a stroked circle that is smaller
+/// than the pen; the short line in the middle closes the hole.
 Path& dot(Path& path, CGFloat x, CGFloat y, CGFloat radius) {
     return path.ellipse(x, y, radius, radius).moveTo(x - 0.05, y).lineTo(x + 0.05, y);
 }
@@ -71,7 +71,7 @@ void pencil(Path& path) {
 }
 
 void link(Path& path) {
-    // Two links of a chain along the rising diagonal, each open where the other passes.
+    // Two links of a chain along the rising diagonal, each open where the other one crosses it.
     path.moveTo(10.2, 13.8).cubicTo(8.6, 12.2, 8.6, 9.7, 10.2, 8.1).lineTo(13.4, 4.9);
     path.cubicTo(15, 3.3, 17.5, 3.3, 19.1, 4.9).cubicTo(20.7, 6.5, 20.7, 9, 19.1, 10.6).lineTo(16.9, 12.8);
     path.moveTo(13.8, 10.2).cubicTo(15.4, 11.8, 15.4, 14.3, 13.8, 15.9).lineTo(10.6, 19.1);

@@ -8,10 +8,11 @@ namespace ostrel {
 
 namespace {
 
-constexpr unsigned char firstIdeograph = 0xE2;  // the lead byte from U+2000 on; what follows breaks anywhere
+// The UTF-8 lead byte from U+2000 on, where lines may break anywhere.
+constexpr unsigned char firstIdeograph = 0xE2;
 
-/// Bytes. In longer paragraphs a line's beginning is estimated by its share of the lines: measuring parts of them would
-/// hold the main loop up.
+/// Bytes. In a longer paragraph the beginning of a line is estimated from its index among the lines, because
+/// measuring parts of the paragraph would block the main loop for too long.
 constexpr std::size_t longestSearched = 8 * 1024;
 
 bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
@@ -31,7 +32,7 @@ std::vector<std::size_t> placesIn(std::string_view text, std::size_t begin, std:
     return places;
 }
 
-/// One paragraph, laid out.
+/// One laid out paragraph.
 struct Paragraph {
     TextMeasurer& measurer;
     std::string_view text;
@@ -39,7 +40,8 @@ struct Paragraph {
     CGFloat width;
     int lines;
 
-    /// Where a line begins. Parts of a paragraph break as the whole does but for the word they end within.
+    /// The byte offset of a line's beginning. A prefix of a paragraph breaks like the whole paragraph, except
+    /// for its last word.
     std::size_t lineStart(int line) const {
         if (line <= 0) return 0;
         if (line >= lines) return text.size();
@@ -69,7 +71,7 @@ struct Paragraph {
     std::size_t offsetInLine(int line, CGFloat x, CGFloat room, NSTextAlignment alignment) const {
         const std::size_t begin = lineStart(line);
         std::size_t end = std::max(begin, lineStart(line + 1));
-        // Blanks at the end of a line hang beyond its edge.
+        // Blanks at the end of a line hang beyond the edge and have no width.
         while (end < text.size() && end > begin && text[end - 1] == ' ') --end;
         const auto places = placesIn(text, begin, end);
         const auto widthTo = [&](std::size_t place) {
@@ -95,7 +97,7 @@ std::size_t TextMeasurer::offsetAtPoint(std::string_view text, const TextLayout&
     const UIFont& font = layout.font;
     const bool oneLine = layout.maximumLines == 1;
     const CGFloat width = oneLine ? CGFLOAT_MAX_TEXT : layout.width;
-    // The one line is there however high or low the point is.
+    // A text of one line has only this line to choose, whatever the point's y is.
     if (oneLine) point.y = 0;
     if (point.y < 0) return 0;
     CGFloat top = 0;

@@ -16,7 +16,7 @@ struct UIColor {
     static constexpr UIColor red_() { return {1, 0, 0, 1}; }
     static constexpr UIColor darkGray() { return {1 / 3.0f, 1 / 3.0f, 1 / 3.0f, 1}; }
 
-    // Roles of the interface, light appearance.
+    // Semantic colours of the light appearance.
     static constexpr UIColor label() { return rgb(0x111318); }
     static constexpr UIColor secondaryLabel() { return rgb(0x6B7280); }
     static constexpr UIColor tertiaryLabel() { return rgb(0xA3A9B5); }

@@ -7,8 +7,9 @@
 
 namespace ostrel {
 
-/// A font named by family and weight, at a size in points. Names: "PingFangSC-Thin", "-Light", "-Regular", "-Medium",
-/// "-Semibold", "Courier-Bold". A backend maps them to the system's fonts; an unknown name gives the regular weight.
+/// A font named by family and weight, at a size in points. Names: "PingFangSC-Thin", "-Light", "-Regular",
+/// "-Medium", "-Semibold", "Courier-Bold". A backend maps these names to the system's fonts; an unknown name
+/// means the regular weight.
 struct UIFont {
     std::string name = "PingFangSC-Regular";
     CGFloat pointSize = 17;

@@ -18,7 +18,8 @@ std::uint64_t nextIdentifier() {
     return last.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
-/// Pictures of files that are in use, by path. Expired entries leave when the map has doubled since they last did.
+/// The images of files that are in use, by path. Expired entries are removed whenever the map has doubled its
+/// size.
 class FileCache final {
 public:
     std::shared_ptr<const UIImage> find(const std::string& path) {
@@ -27,7 +28,7 @@ public:
         return entry == entries_.end() ? nullptr : entry->second.lock();
     }
 
-    /// The image that the path has from now on: `image`, unless another thread was first.
+    /// Returns the image of the path from now on: `image`, unless another thread has inserted one before.
     std::shared_ptr<const UIImage> insert(const std::string& path, std::shared_ptr<const UIImage> image) {
         const std::lock_guard lock(mutex_);
         std::weak_ptr<const UIImage>& entry = entries_[path];
@@ -59,7 +60,7 @@ std::string neighbour(const std::string& path, int scale) {
     return path.substr(0, dot) + "@" + std::to_string(scale) + "x" + path.substr(dot);
 }
 
-/// `image` as the EXIF orientation (TIFF 6.0, tag 274) says it is to be seen.
+/// The upright form of `image`, which has this EXIF orientation (TIFF 6.0, tag 274).
 std::shared_ptr<const CGImage> upright(std::shared_ptr<const CGImage> image, int orientation) {
     if (!image || orientation <= 1 || orientation > 8) return image;
     const int width = image->width(), height = image->height();
@@ -68,7 +69,7 @@ std::shared_ptr<const CGImage> upright(std::shared_ptr<const CGImage> image, int
     if (!result) return nullptr;
     for (int y = 0; y < result->height(); ++y) {
         for (int x = 0; x < result->width(); ++x) {
-            // Which stored row is seen first, and which column: the two ends of each side.
+            // Whether the upright picture counts the stored rows and columns from their end.
             const int along = isTurned ? y : x, across = isTurned ? x : y;
             const bool isRightFirst =
                 orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
@@ -143,7 +144,7 @@ std::shared_ptr<const UIImage> UIImage::systemImageNamed(std::string_view name) 
 
 const UIImage::Representation& UIImage::representation(CGFloat scale) const {
     static const Representation none;
-    // Near the best quality: what is seen is this, what is published is encoded from the pixels.
+    // Near the best quality. Only the screen shows this form; published pictures are encoded from the pixels.
     constexpr double qualityShown = 0.95;
     if (bitmap_) {
         std::call_once(encoded_, [this] {

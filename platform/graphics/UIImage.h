@@ -17,53 +17,54 @@ namespace ostrel {
 
 enum class ImageFormat { png, jpeg, gif, webp };
 
-/// What the first bytes of a picture file tell. Nothing is decoded.
+/// The facts in the header of a picture file, read without decoding.
 struct ImageHeader {
     ImageFormat format = ImageFormat::png;
-    int pixelWidth = 0, pixelHeight = 0;  ///< upright, after the EXIF orientation
+    int pixelWidth = 0, pixelHeight = 0;  ///< of the upright picture, after the EXIF orientation
     int orientation = 1;                  ///< EXIF/TIFF orientation, 1 to 8
-    /// Bytes that a decoder has to keep of the whole picture at whatever size it is wanted: the coefficients of a JPEG
-    /// whose scans do not each hold all components (progressive ones above all). 0: none.
+    /// The bytes of the whole picture that a decoder has to keep at any target size: the coefficients of a
+    /// JPEG whose scans do not each hold all components, such as a progressive one. 0 for other pictures.
     std::int64_t coefficientBytes = 0;
 
-    /// None when the bytes are no PNG, JPEG, GIF or WebP picture, or its size is not 1 to 65,500 pixels a side.
+    /// Absent when the bytes are no PNG, JPEG, GIF or WebP picture, or a side is not 1 to 65,500 pixels long.
     static std::optional<ImageHeader> read(const Data& data);
 };
 
-/// An immutable picture: encoded bytes, decoded by the backend off the main thread at the size they are shown, or a
-/// vector symbol. Cheap to copy by pointer; any thread.
+/// An immutable picture: encoded bytes, which the backend decodes off the main thread at their size on
+/// screen, or a vector symbol. Shared by pointer. Any thread.
 class UIImage final {
 public:
-    /// One encoded form of the picture and the device scale it is meant for.
+    /// One encoded form of the picture, and the device scale for which it is meant.
     struct Representation {
         Data data;
         CGFloat scale = 1;
     };
 
-    /// Null when the bytes are no picture.
+    /// Null when the bytes are no picture. `scale`: pixels a point.
     static std::shared_ptr<const UIImage> imageWithData(const Data& data, CGFloat scale = 1);
     /// One pixel is one point. Null when there is no bitmap.
     static std::shared_ptr<const UIImage> imageWithCGImage(std::shared_ptr<const CGImage> bitmap);
-    /// Loads "<name>.png" and its neighbours "<name>@2x.png" and "<name>@3x.png"; null when the file is no picture.
-    /// The same path gives the same image while one is alive.
+    /// Loads "<name>.png" and its neighbours "<name>@2x.png" and "<name>@3x.png"; null when the file is no
+    /// picture. The same path gives the same image while one is alive.
     static std::shared_ptr<const UIImage> imageWithContentsOfFile(const std::string& path);
-    /// A symbol of the platform, 24 points square: "chevron.right", "chevron.left", "chevron.down", "checkmark", "info.circle", "plus", "square.and.arrow.up",
-    /// "xmark", "trash", "pencil", "link", "safari", "envelope", "person.crop.circle", "arrow.clockwise", "ellipsis",
-    /// "exclamationmark.circle", "doc.on.doc". Null for unknown names. Drawn in the tint colour of the view.
+    /// A symbol of the platform, 24 points square, drawn in the tint colour of its view: "chevron.right",
+    /// "chevron.left", "chevron.down", "checkmark", "info.circle", "plus", "square.and.arrow.up", "xmark",
+    /// "trash", "pencil", "link", "safari", "envelope", "person.crop.circle", "arrow.clockwise", "ellipsis",
+    /// "exclamationmark.circle", "doc.on.doc". Null for unknown names.
     static std::shared_ptr<const UIImage> systemImageNamed(std::string_view name);
 
-    /// Points.
+    /// In points.
     CGSize size() const { return size_; }
     bool isSymbol() const { return path_ != nullptr; }
     const Path* path() const { return path_.get(); }
-    /// The picture's pixels, upright: the bitmap it was made of, else its smallest form decoded anew at every call. Null
-    /// for symbols and for what is no JPEG or PNG.
+    /// The pixels of the upright picture: the bitmap of `imageWithCGImage`, else the smallest form, decoded
+    /// at every call. Null for symbols and for pictures that cannot be decoded.
     std::shared_ptr<const CGImage> cgImage() const;
-    /// The form to decode for `scale` device pixels a point: the smallest that is large enough, else the largest. A bitmap
-    /// is encoded when this is first asked for.
+    /// The form to decode for `scale` device pixels a point: the smallest one that is large enough, else the
+    /// largest one. The first call for a bitmap encodes it.
     const Representation& representation(CGFloat scale) const;
     const ImageHeader& header() const { return header_; }
-    /// Distinguishes pictures in caches; equal for equal pictures only.
+    /// The key of this picture in caches; different pictures have different identifiers.
     std::uint64_t identifier() const { return identifier_; }
 
     UIImage(std::vector<Representation> representations, ImageHeader header);
@@ -80,7 +81,7 @@ private:
     std::uint64_t identifier_;
 };
 
-/// The picture as a JPEG file. `quality`: 0 (smallest) to 1 (best). Null data when it has no pixels.
+/// The picture as a JPEG file. `quality`: 0 (smallest) to 1 (best). Null data for a picture without pixels.
 Data UIImageJPEGRepresentation(const UIImage& image, double quality);
 Data UIImagePNGRepresentation(const UIImage& image);
 

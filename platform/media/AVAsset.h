@@ -4,20 +4,21 @@
 
 namespace ostrel {
 
-/// A media file and the facts it states about itself, opened through the installed media backend when it is made.
-/// Calls are made by one thread at a time.
+/// A media file with its tracks, duration and metadata. The installed media backend opens the file when the
+/// asset is made. One thread at a time.
 class AVAsset final {
 public:
-    /// Null when the address leads to no media file, or no backend is installed; `error`, when given, says why.
+    /// Null with the reason in `error`, when given, if the address leads to no media file or no backend is
+    /// installed.
     static std::shared_ptr<const AVAsset> assetWithURL(const NSURL& url,
                                                        std::optional<NSError>* error = nullptr);
 
     const NSURL& URL() const { return url_; }
     CMTime duration() const { return file_->duration(); }
     const std::vector<AVAssetTrack>& tracks() const { return file_->tracks(); }
-    /// The first track of this kind; null when there is none.
+    /// The first track of this type; null when the file has none.
     const AVAssetTrack* firstTrack(AVMediaType type) const;
-    /// In the order in which they are to be applied: a later one overrides an earlier one with the same key.
+    /// In the order in which the items apply: a later item overrides an earlier one with the same key.
     const std::vector<AVMetadataItem>& metadata() const { return file_->metadata(); }
     const std::shared_ptr<MediaFile>& file() const { return file_; }
 

@@ -46,7 +46,7 @@ void AVAssetExportSession::exportAsynchronouslyWithCompletionHandler(std::functi
     });
 }
 
-/// The work in progress that users see. It asks the export, and does not keep it.
+/// The work in progress that users see. It reads the export's progress and does not own the export.
 std::shared_ptr<NSProgress> AVAssetExportSession::publish() const {
     auto work = NSProgress::progressWithTotalUnitCount(0);
     work->setLocalizedDescription(

@@ -4,15 +4,16 @@
 
 namespace ostrel {
 
-/// Takes still pictures out of an asset: whole frames as they are encoded, the track's transform not applied. Calls are
-/// made by one thread at a time.
+/// Extracts still pictures from an asset: whole frames as they are encoded, without the track's transform.
+/// One thread at a time.
 class AVAssetImageGenerator final {
 public:
-    /// Null when there is no asset, or its backend gives no pictures.
+    /// Null without an asset, and when the backend cannot extract pictures of its file.
     static std::shared_ptr<AVAssetImageGenerator> assetImageGeneratorWithAsset(
         std::shared_ptr<const AVAsset> asset);
 
-    /// The frame shown at `time`; null with the reason in `error`, when given. Decodes on the calling thread.
+    /// The frame that is shown at `time`; null with the reason in `error`, when given. Decodes on the calling
+    /// thread.
     std::shared_ptr<const CGImage> copyCGImageAtTime(CMTime time,
                                                      std::optional<NSError>* error = nullptr) const {
         return asset_->file()->copyImage(time, error);

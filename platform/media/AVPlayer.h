@@ -4,8 +4,8 @@
 
 namespace ostrel {
 
-/// Plays one item, with sound, over the engine that the installed `PlayerFactory` makes. What it shows is seen in an
-/// `AVPlayerLayer`. Letting it go ends playback and frees its decoder. Main thread.
+/// Plays one item, with sound, by an engine of the installed `PlayerFactory`. An `AVPlayerLayer` shows the
+/// frames. The release of the player ends playback and frees the decoder. Main thread.
 class AVPlayer final {
 public:
     /// Null when `item` is null, has no asset, or no engine can be made for it.
@@ -18,7 +18,7 @@ public:
     AVPlayerStatus status() const { return engine_->status(); }
     const std::shared_ptr<AVPlayerItem>& currentItem() const { return item_; }
     CMTime currentTime() const { return engine_->currentTime(); }
-    /// For the backend's drawing.
+    /// The engine, whose frames the backend draws.
     const std::shared_ptr<PlayerEngine>& engine() const { return engine_; }
 
     AVPlayer(std::shared_ptr<AVPlayerItem> item, std::shared_ptr<PlayerEngine> engine);

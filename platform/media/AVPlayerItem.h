@@ -5,13 +5,13 @@
 
 namespace ostrel {
 
-/// One asset as a player plays it. Main thread.
+/// One asset in a player. Main thread.
 class AVPlayerItem final {
 public:
     explicit AVPlayerItem(std::shared_ptr<const AVURLAsset> asset) : asset_(std::move(asset)) {}
 
     const std::shared_ptr<const AVURLAsset>& asset() const { return asset_; }
-    /// Not known while no player has opened it.
+    /// Not known (time scale 0) until a player has opened the asset.
     CMTime duration() const;
 
 private:

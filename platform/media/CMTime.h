@@ -4,7 +4,8 @@
 
 namespace ostrel {
 
-/// A moment or length of media time as the rational `value` / `timescale` seconds. A time scale of 0: not known.
+/// A moment or duration of media time: `value` / `timescale` seconds. A time scale of 0 means that the time
+/// is not known.
 struct CMTime {
     std::int64_t value = 0;
     std::int32_t timescale = 0;
@@ -12,9 +13,9 @@ struct CMTime {
     bool isKnown() const { return timescale > 0; }
     /// 0 when not known.
     double seconds() const { return isKnown() ? static_cast<double>(value) / timescale : 0; }
-    /// Whole seconds, the fraction dropped; 0 when not known.
+    /// Whole seconds without the fraction; 0 when not known.
     std::int64_t wholeSeconds() const { return isKnown() ? value / timescale : 0; }
-    /// The same value and the same time scale; equal moments in different scales differ.
+    /// Compares value and time scale: equal moments in different time scales are not equal.
     friend bool operator==(const CMTime&, const CMTime&) = default;
 };
 

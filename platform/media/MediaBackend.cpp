@@ -28,7 +28,7 @@ void MediaBackend::install(std::shared_ptr<MediaBackend> backend) {
         const std::lock_guard lock(current().mutex);
         std::swap(current().backend, backend);
     }
-    // The former backend ends here, outside the lock.
+    // The former backend is released here, outside of the lock.
 }
 
 }  // namespace ostrel

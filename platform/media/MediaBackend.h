@@ -20,9 +20,9 @@ enum class AVMediaType { video, audio, other };
 /// One track of a media file.
 struct AVAssetTrack {
     AVMediaType mediaType = AVMediaType::other;
-    /// Pixels as they are encoded, before the transform; zero for what is no video.
+    /// The size in encoded pixels, before the transform; zero for other tracks than video.
     CGSize naturalSize;
-    /// From encoded pixels to the picture as it is to be seen, x to the right and y downwards.
+    /// From encoded pixels to the upright picture; x to the right, y downwards.
     CGAffineTransform preferredTransform;
 };
 
@@ -36,32 +36,34 @@ enum class AVAssetExportSessionStatus {
     cancelled = 5
 };
 
-/// What is to be written where.
+/// The preset and the output of an export.
 struct MediaExportRequest {
     std::string presetName;
-    /// The file appears here only when it is complete, and replaces what was there only then.
+    /// The file appears here only when it is complete, and only then replaces an existing file.
     std::string outputPath;
-    /// The index stands before the media data, so that a player can start while the file arrives.
+    /// Whether the index precedes the media data, so that a player can start while the file is still
+    /// downloading.
     bool optimizesForNetworkUse = false;
 };
 
-/// One export under way. It keeps itself alive until its completion has run. Any thread.
+/// One export. It keeps itself alive until its completion has run. Any thread.
 class MediaExport {
 public:
     virtual ~MediaExport() = default;
 
-    /// Once. `completion` runs once, on the export's own thread, when the status is final.
+    /// May be called once. `completion` runs exactly once, on the export's own thread, when the status is
+    /// final.
     virtual void start(std::function<void()> completion) = 0;
-    /// The export ends soon with the status `cancelled`, and leaves no file; no operation when it has ended.
+    /// The export ends soon with the status `cancelled` and without a file. Does nothing after the end.
     virtual void cancel() = 0;
     virtual AVAssetExportSessionStatus status() const = 0;
-    /// 0 to 1, never going back.
+    /// 0 to 1, never decreasing.
     virtual float progress() const = 0;
-    /// Why the status is `failed` or `cancelled`.
+    /// The reason of the status `failed` or `cancelled`.
     virtual std::optional<NSError> error() const = 0;
 };
 
-/// One opened media file. Calls are made by one thread at a time.
+/// One opened media file. One thread at a time.
 class MediaFile {
 public:
     virtual ~MediaFile() = default;
@@ -69,18 +71,18 @@ public:
     virtual CMTime duration() const = 0;
     virtual const std::vector<AVAssetTrack>& tracks() const = 0;
     virtual const std::vector<AVMetadataItem>& metadata() const = 0;
-    /// The presets that can be made from this file, in no particular order; empty when none can.
+    /// The presets to which this file can be converted, in no particular order.
     virtual std::vector<std::string> exportPresets() const = 0;
-    /// False when no pictures can be asked for at all.
+    /// Whether the file has a video track of which frames can be decoded.
     virtual bool canGenerateImages() const = 0;
-    /// The frame shown at `time`, as it is encoded (no transform applied); null with a sentence in `error`, when given,
-    /// if there is none.
+    /// The frame that is shown at `time`, as it is encoded (without the transform); null with a sentence in
+    /// `error`, when given, if there is none.
     virtual std::shared_ptr<const CGImage> copyImage(CMTime time, std::optional<NSError>* error) = 0;
     /// Null when the preset is not among `exportPresets`.
     virtual std::shared_ptr<MediaExport> makeExport(const MediaExportRequest& request) = 0;
 };
 
-/// What reads and writes media files; a host installs one. Any thread.
+/// Reads and writes media files; a host installs one. Any thread.
 class MediaBackend {
 public:
     virtual ~MediaBackend() = default;
@@ -88,9 +90,9 @@ public:
     /// Null with a sentence in `error`, when given, if the address leads to no media file.
     virtual std::shared_ptr<MediaFile> open(const NSURL& url, std::optional<NSError>* error) = 0;
 
-    /// Null when none is installed.
+    /// Null when no backend is installed.
     static std::shared_ptr<MediaBackend> installed();
-    /// Null takes it out. Files that are open keep working.
+    /// Null removes the backend. Files that it has opened keep working.
     static void install(std::shared_ptr<MediaBackend> backend);
 };
 

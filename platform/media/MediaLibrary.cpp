@@ -70,7 +70,8 @@ private:
         const files::path name = entry.path().filename();
         if (name.native().starts_with('.')) return;
         std::error_code failure;
-        // A link to a folder may lead back; one to a file is as good as the file.
+        // A symbolic link to a folder may lead in a circle and is skipped; a link to a file counts as the
+        // file.
         if (entry.is_directory(failure) && !entry.is_symlink(failure)) return within.push_back(entry.path());
         const std::string& path = entry.path().native();
         const bool isPicture = pictures_ && MediaLibrary::isOfKind(path, MediaKind::picture);
@@ -78,7 +79,7 @@ private:
         if (!isPicture && !isClip) return;
         if (!entry.is_regular_file(failure) || failure) return;
         const auto modified = entry.last_write_time(failure);
-        // It may have gone meanwhile. A folder may be reached by more than one name.
+        // The file may have been removed since; and a folder may be listed under more than one name.
         if (failure || !seen_.insert(path).second) return;
         result_.items.push_back(
             {path, isPicture ? MediaKind::picture : MediaKind::clip,
@@ -110,7 +111,7 @@ MediaLibrary::Contents MediaLibrary::contents(bool pictures, bool clips,
 
 const std::vector<std::string>& MediaLibrary::extensions(MediaKind kind) {
     static const std::vector<std::string> pictures{"jpg", "jpeg", "jpe", "jfif", "png", "gif", "webp"};
-    // The containers that the media backends read.
+    // The containers that media backends can read.
     static const std::vector<std::string> clips{"mov", "mp4", "m4v", "qt",  "3gp",
                                                 "3g2", "avi", "mkv", "webm"};
     return kind == MediaKind::picture ? pictures : clips;

@@ -10,22 +10,22 @@ namespace ostrel {
 
 enum class MediaKind { picture, clip };
 
-/// One picture or clip of the user's.
+/// One picture or clip of the user.
 struct MediaLibraryItem {
     std::string path;
     MediaKind kind = MediaKind::picture;
-    std::int64_t modified = 0;  ///< nanoseconds of the file system's clock, only to be compared
+    std::int64_t modified = 0;  ///< nanoseconds of the file system's clock; only their order matters
 
     friend bool operator==(const MediaLibraryItem&, const MediaLibraryItem&) = default;
 };
 
-/// The user's own pictures and clips: the files of a known kind in the folders that the host names, and in the folders
-/// in these. Immutable; any thread.
+/// The user's own pictures and clips: the files of known extensions in the host's folders and their
+/// subfolders. Immutable; any thread.
 class MediaLibrary final {
 public:
-    /// Folders within folders: what is kept deeper is a program's rather than the user's.
+    /// Levels of folders that are searched; deeper folders usually belong to programs and not to the user.
     static constexpr int greatestDepth = 8;
-    /// Entries looked at in one search, and items it gives: more than anybody scrolls through.
+    /// The limits of one search: directory entries that it looks at, and items that it returns.
     static constexpr std::size_t mostEntries = 200'000, mostItems = 50'000;
 
     struct Folders {
@@ -35,18 +35,19 @@ public:
 
     struct Contents {
         std::vector<MediaLibraryItem> items;  ///< the newest first, each file once
-        bool isIncomplete = false;            ///< a folder could not be read, or there was too much
+        bool isIncomplete = false;            ///< a folder could not be read, or a limit was reached
     };
-    /// Searches the folders for these kinds; ends early once `isStopped`. Hidden files and folders, and folders reached by
-    /// a link, are left out; folders that do not exist count as empty ones. Blocks: not for the main thread.
+    /// Searches the folders for these kinds; ends early once `isStopped` is true. Skips hidden files and
+    /// folders, and symbolic links to folders; a missing folder counts as empty. Blocks: not for the main
+    /// thread.
     Contents contents(bool pictures, bool clips, const std::atomic<bool>& isStopped) const;
 
-    /// By the extension of its name, in any case.
+    /// Decides by the extension of the path, in lower or upper case.
     static bool isOfKind(const std::string& path, MediaKind kind);
-    /// The extensions of a kind, lower case, without the dot.
+    /// The extensions of a kind, in lower case and without the dot.
     static const std::vector<std::string>& extensions(MediaKind kind);
 
-    /// Null when the host has installed none.
+    /// Null when the host has installed no library.
     static std::shared_ptr<const MediaLibrary> installed();
     static void install(std::shared_ptr<const MediaLibrary> library);
 

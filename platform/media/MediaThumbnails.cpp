@@ -42,7 +42,7 @@ MediaThumbnail thumbnailOfClip(const std::string& path, int side) {
 MediaThumbnail MediaThumbnails::make(const Data& picture, int side) {
     std::string problem;
     auto image = UIImage::imageWithCGImage(squareThumbnail(picture, side, &problem));
-    // Encoded here rather than on the thread that first shows it.
+    // Encodes the picture here instead of on the thread that first shows it.
     if (image) image->representation(1);
     return {.image = std::move(image), .duration = 0, .problem = std::move(problem)};
 }
@@ -54,7 +54,7 @@ MediaThumbnail MediaThumbnails::make(const MediaLibraryItem& item, int side) {
         return thumbnail;
     }
     std::string problem;
-    // Read, not mapped: a file that is cut short meanwhile must not end the process.
+    // Read and not mapped: a mapped file that becomes shorter during decoding would end the process.
     const Data data = readFile(item.path, largestFile, &problem);
     return data ? make(data, side) : unusable(std::move(problem));
 }

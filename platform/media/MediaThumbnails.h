@@ -14,38 +14,39 @@
 
 namespace ostrel {
 
-/// What a medium looks like, small.
+/// A small picture of a medium.
 struct MediaThumbnail {
-    std::shared_ptr<const UIImage> image;  ///< a square; null: the file cannot be used
-    double duration = 0;                   ///< of a clip, seconds; 0 when it is not known
-    std::string problem;                   ///< why it cannot be used, an English sentence
+    std::shared_ptr<const UIImage> image;  ///< a square; null when the file cannot be used
+    double duration = 0;                   ///< the duration of a clip in seconds; 0 when it is not known
+    std::string problem;                   ///< an English sentence that says why the file cannot be used
 };
 
-/// Makes the thumbnails of media on threads of its own, a few at a time, those asked for last first, and keeps the ones
-/// used last. Main thread.
+/// Makes the thumbnails of media on threads of its own, a few at a time, the most recent request first, in a
+/// cache that drops the least recently used thumbnails. Main thread.
 class MediaThumbnails final : public std::enable_shared_from_this<MediaThumbnails> {
 public:
     static constexpr int mostThreads = 2;
-    /// Bytes of thumbnails kept, as they would be decoded: about four screens of a large window.
+    /// Bytes of the cached thumbnails, counted as bitmaps: about four screens of a large window.
     static constexpr std::size_t mostBytes = 24 << 20;
-    /// Of a picture's file: beyond any camera's.
+    /// Bytes of a picture's file; larger than those of cameras.
     static constexpr std::size_t largestFile = 256 << 20;
 
-    /// `side`: of the squares, in pixels; of others than the present ones nothing is kept. True when it is another one.
+    /// The side of the squares, in pixels. A change empties the cache. True when the side has changed.
     bool setSide(int side);
 
-    /// Null when it is not there (any more).
+    /// Null when the cache does not have the thumbnail (any more).
     const MediaThumbnail* find(const std::string& path);
     using Handler = std::function<void(const MediaThumbnail&)>;
-    /// `handler` runs once, in a later turn, unless `forget` comes first. One request for each path at a time.
+    /// `handler` runs once, in a later turn, unless `forget` is called before. One request for each path at a
+    /// time.
     void request(const MediaLibraryItem& item, Handler handler);
     void forget(const std::string& path);
-    /// Forgets all requests; what is under way ends soon and is dropped.
+    /// Drops all requests; the results of running ones are discarded.
     void stop();
 
-    /// Made on the calling thread.
+    /// Makes the thumbnail on the calling thread.
     static MediaThumbnail make(const MediaLibraryItem& item, int side);
-    /// Of a picture's encoded bytes.
+    /// Makes the thumbnail of a picture's encoded bytes.
     static MediaThumbnail make(const Data& picture, int side);
 
 private:
@@ -61,7 +62,7 @@ private:
     int running_ = 0;
     std::uint64_t nextNumber_ = 1;
     std::unordered_map<std::string, Request> requests_;
-    std::map<std::uint64_t, std::string> waiting_;  ///< by number, the largest is next
+    std::map<std::uint64_t, std::string> waiting_;  ///< paths by request number; the largest number is next
     LeastRecentlyUsedCache<std::string, MediaThumbnail> kept_{{.totalCost = mostBytes}};
 };
 

@@ -266,7 +266,7 @@ private:
         painter.setCompositionMode(QPainter::CompositionMode_Source);
         painter.drawImage(QRectF(area), blurred);
         painter.restore();
-        painter.fillRect(bounds, toQColor(content.veil));
+        painter.fillRect(bounds, toQColor(content.tint));
         painter.restore();
     }
 

@@ -30,7 +30,7 @@ Home& home() {
 }
 
 std::string homeOfSystem() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here changes the environment
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no code of this program changes the environment
     if (const char* path = std::getenv("HOME"); path && *path) return path;
     std::vector<char> buffer(16 * 1024);
     passwd entry{};
@@ -54,7 +54,7 @@ struct Source {
         if (descriptor >= 0) ::close(descriptor);
     }
 
-    /// Opened without blocking: a path may name a pipe, which is refused.
+    /// Opens without blocking, because a path may name a pipe; only a regular file is accepted.
     bool open(const std::string& path, std::size_t limit, std::string* error) {
         const auto fail = [&](const std::string& reason) {
             if (error) *error = "The file \"" + path + "\" cannot be read: " + reason + ".";
@@ -71,7 +71,8 @@ struct Source {
         return true;
     }
 
-    /// Hands on the bytes in pieces, up to the size that the file had when it was opened: it may grow or shrink.
+    /// Passes the bytes on in pieces, at most as many as the file had when it was opened: the file may grow
+    /// or shrink.
     template <class Take>
     bool read(const Take& take) const {
         std::vector<char> piece(std::min<std::size_t>(size, 256 << 10));

@@ -8,21 +8,23 @@
 
 namespace ostrel {
 
-/// The user's home directory (the environment's HOME, else the password database); tests set another one.
+/// The user's home directory: the environment's HOME, else that of the password database. Tests set another
+/// one.
 std::string NSHomeDirectory();
 void setHomeDirectory(std::string path);
 
 /// Writes `text` to `path` through a temporary file in the same folder and a rename, so that a reader sees
-/// the old content or the whole new one. Creates the parent folder. False, and nothing changed, when that
-/// fails.
+/// either the old content or the whole new one. Creates the parent folder. False when writing fails; the file
+/// is then unchanged.
 bool writeFileAtomically(const std::string& path, std::string_view text);
 
-/// The bytes of a regular file, read into memory; what happens to the file later changes nothing. Null data with a
-/// sentence in `error`, when given, for a file that cannot be read or is larger than `limit` bytes. Any thread; blocks.
+/// Reads a regular file into memory, so that later changes of the file do not matter. Null data with a
+/// sentence in `error`, when given, for a file that cannot be read or is larger than `limit` bytes. Any
+/// thread; blocks.
 Data readFile(const std::string& path, std::size_t limit, std::string* error = nullptr);
 
-/// The same without taking memory: the bytes are copied to a file without a name in the temporary folder, which goes with
-/// the data (its `filePath` leads nowhere).
+/// Like `readFile`, but copies the bytes to a nameless file in the temporary folder instead of memory. The
+/// copy lives as long as the data, whose `filePath` cannot be opened.
 Data snapshotOfFile(const std::string& path, std::size_t limit, std::string* error = nullptr);
 
 }  // namespace ostrel

@@ -39,7 +39,7 @@ std::string folderOfExecutable() {
     return failure ? std::string(".") : executable.parent_path().string();
 }
 
-/// Whether a relative path in normal form stays below the folder it starts from.
+/// Whether a relative path in normal form stays below its starting folder.
 bool staysInside(const fs::path& relative) {
     return !relative.is_absolute() && relative != "." && *relative.begin() != "..";
 }
@@ -53,8 +53,8 @@ std::string lowerCase(std::string_view text) {
     return lower;
 }
 
-/// The script of Chinese that a tag without one means: by its region, else simplified (the likely subtags of
-/// CLDR).
+/// The script that a Chinese tag without a script subtag implies: by its region, else simplified (likely
+/// subtags of CLDR).
 std::string chineseWithScript(const std::string& tag) {
     for (const std::string_view region : {"-tw", "-hk", "-mo"}) {
         if (tag.ends_with(region)) return "zh-hant";
@@ -62,8 +62,8 @@ std::string chineseWithScript(const std::string& tag) {
     return "zh-hans";
 }
 
-/// The names under which a language's folder may stand, best first: the tag, its prefixes, for Chinese the
-/// script's.
+/// The possible names of a language's folder, best first: the tag, its prefixes, and for Chinese the tag of
+/// the script.
 std::vector<std::string> folderNames(std::string_view preferred) {
     std::vector<std::string> names;
     std::string tag = lowerCase(preferred);
@@ -78,7 +78,7 @@ std::vector<std::string> folderNames(std::string_view preferred) {
     return names;
 }
 
-/// The language folders of a bundle that hold a table, by their name in lower case, with the table's path.
+/// The paths of a table in the language folders of a bundle, by the folder's name in lower case.
 std::map<std::string, std::string> languagesOfTable(const fs::path& bundle, const std::string& table) {
     std::map<std::string, std::string> languages;
     std::error_code failure;
@@ -139,7 +139,7 @@ std::optional<std::string> NSBundle::pathForResource(std::string_view name, std:
     const fs::path path = fs::path(path_) / relative;
     std::error_code failure;
     if (!fs::exists(path, failure)) return std::nullopt;
-    // Rows ask for the same few pictures again and again.
+    // Cached, because every row asks for the same few pictures.
     const std::lock_guard lock(mutex_);
     if (paths_.size() >= maximumKeptPaths) paths_.clear();
     return paths_.insert_or_assign(std::move(file), path.string()).first->second;

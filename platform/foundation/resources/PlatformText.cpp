@@ -78,7 +78,8 @@ bool isTagOf(std::string_view tag, std::string_view language) {
     return tag == language || (tag.starts_with(language) && tag[language.size()] == '-');
 }
 
-/// Chinese without a script subtag is Simplified except where Traditional is written (BCP 47, CLDR likely subtags).
+/// Chinese without a script subtag is Simplified, except in regions that write Traditional (CLDR likely
+/// subtags).
 bool isSimplifiedChinese(std::string_view tag) {
     if (!isTagOf(tag, "zh")) return false;
     if (isTagOf(tag, "zh-hans")) return true;

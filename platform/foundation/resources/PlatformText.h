@@ -5,8 +5,8 @@
 
 namespace ostrel {
 
-/// The platform's own words ("Cancel", "Back", …) in the first preferred language it has: English or Simplified
-/// Chinese, else English. The key is the English text; an unknown key is returned as it stands.
+/// The platform's own words ("Cancel", "Back", …) in the first preferred language that is English or
+/// Simplified Chinese, else in English. The key is the English text; an unknown key is returned unchanged.
 std::string platformText(std::string_view key);
 
 }  // namespace ostrel

@@ -42,7 +42,7 @@ public:
     }
 
 private:
-    /// False at the end of the file and at a fault.
+    /// False at the end of the file and at a syntax error.
     bool readEntry() {
         if (!skipBlanks() || atEnd()) return false;
         auto key = readString("a key in quotes is missing");

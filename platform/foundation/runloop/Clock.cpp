@@ -20,7 +20,7 @@ public:
 };
 
 std::shared_ptr<Clock>& installed() {
-    // Never destroyed: threads may still sleep while the process ends.
+    // Never destroyed, because threads may still sleep while the process ends.
     static auto& clock = *new std::shared_ptr<Clock>(std::make_shared<SystemClock>());
     return clock;
 }

@@ -6,19 +6,18 @@
 
 namespace ostrel {
 
-/// The one source of time, so that tests run minutes in microseconds. Safe from any thread.
+/// The only source of time, so that tests can run minutes in microseconds. Any thread.
 class Clock {
 public:
     virtual ~Clock() = default;
     virtual NSDate now() const = 0;
-    /// Seconds from an arbitrary start; never goes back.
+    /// Seconds since an arbitrary start; never decreases.
     virtual double monotonicSeconds() const = 0;
-    /// Holds the calling thread until this clock has moved on by `seconds`; 0 or less: returns at once.
+    /// Blocks the calling thread until this clock has advanced by `seconds`; 0 or less: returns at once.
     virtual void sleep(double seconds);
 
     static Clock& shared();
-    /// Installed once at start, before other threads run; without it, or with null, the system's clock is
-    /// used.
+    /// Called once at start, before other threads run. Without it, or with null, the system's clock is used.
     static void install(std::shared_ptr<Clock> clock);
 };
 

@@ -7,8 +7,8 @@
 
 namespace ostrel {
 
-/// A reference to what belongs to the main thread, for work that runs on others: whichever thread lets go of it or of a
-/// copy last, it is given up on the main one, in a later turn of its run loop. Any thread.
+/// A shared reference to an object of the main thread, for work on other threads. Whichever thread releases
+/// the last copy, the object is released on the main thread, in a later turn of its run loop. Any thread.
 template <class Object>
 std::shared_ptr<Object> endsOnMainThread(std::shared_ptr<Object> object) {
     Object* const bare = object.get();

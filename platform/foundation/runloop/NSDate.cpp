@@ -9,7 +9,7 @@ namespace ostrel {
 
 namespace {
 
-/// Reads fixed forms from the front of a text.
+/// Parses a text from its beginning, one fixed form after the other.
 class Reader final {
 public:
     explicit Reader(std::string_view text) : rest_(text) {}
@@ -29,7 +29,7 @@ public:
         rest_.remove_prefix(1);
         return true;
     }
-    /// A point and 1 to 9 digits, or nothing: 0.
+    /// A point with 1 to 9 digits; 0 when there is no point.
     std::optional<double> fraction() {
         if (!oneOf(".")) return 0;
         std::int64_t value = 0;
@@ -50,7 +50,7 @@ private:
     std::string_view rest_;
 };
 
-/// Minutes east of UTC; none when the offset is malformed.
+/// Minutes east of UTC; absent when the offset is malformed.
 std::optional<int> readOffset(Reader& reader) {
     if (reader.isAtEnd() || reader.oneOf("Zz")) return 0;
     const bool isWest = reader.next() == '-';
@@ -65,7 +65,7 @@ std::optional<int> readOffset(Reader& reader) {
 
 constexpr std::int64_t secondsOfDay = 86400;
 
-/// Whether a moment is the midnight that ends a month, where leap seconds are put in (ITU-R TF.460).
+/// Whether a moment is the midnight at the end of a month, where leap seconds are inserted (ITU-R TF.460).
 bool endsMonth(std::int64_t seconds) {
     if (seconds % secondsOfDay != 0) return false;
     const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(seconds / secondsOfDay))};

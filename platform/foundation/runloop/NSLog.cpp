@@ -9,12 +9,12 @@ namespace ostrel {
 namespace {
 
 struct Log {
-    std::mutex mutex;  // guards sink, and lets one line out at a time
+    std::mutex mutex;  // guards sink, and writes one line at a time
     LogSink sink;
 };
 
 Log& sharedLog() {
-    // Never destroyed: threads may still log while the process ends.
+    // Never destroyed, because threads may still log while the process ends.
     static Log& log = *new Log;
     return log;
 }
@@ -50,7 +50,7 @@ void writeToStandardError(std::string line) {
 
 void logLine(std::string_view text) {
     std::string line = onOneLine(text);
-    // A sink that logs would wait for itself; its lines go to standard error.
+    // A sink that logs would deadlock on the mutex; its own lines go to standard error.
     if (isInsideSink) return writeToStandardError(std::move(line));
     Log& log = sharedLog();
     const std::lock_guard lock(log.mutex);

@@ -7,12 +7,12 @@
 
 namespace ostrel {
 
-/// Writes one line to the log; any thread. Line breaks within the message are shown as "\n".
+/// Writes one line to the log. Line breaks within the message are written as "\n". Any thread.
 void logLine(std::string_view line);
 
-/// Receives every line in place of standard error; an empty function restores standard error. Returns the
-/// former one. The sink may be called from any thread, one call at a time; what it logs itself goes to
-/// standard error. It must not call `setLogSink`.
+/// Receives every line in place of standard error. The sink is called on any thread, one call at a time.
+/// Lines that it logs itself go to standard error. It must not call `setLogSink`, which returns the former
+/// sink and, given an empty function, restores standard error.
 using LogSink = std::function<void(std::string_view)>;
 LogSink setLogSink(LogSink sink);
 
@@ -24,7 +24,7 @@ inline std::string logText(const std::optional<std::string>& text) { return text
 std::string fillPlaceholders(std::string_view format, const std::string* arguments, std::size_t count);
 }  // namespace detail
 
-/// Logs `format` with each "%@" replaced by the next argument; an absent text prints "(null)".
+/// Logs `format` with each "%@" replaced by the next argument; an absent text is written as "(null)".
 template <class... Arguments>
 void NSLog(std::string_view format, const Arguments&... arguments) {
     if constexpr (sizeof...(Arguments) == 0) {

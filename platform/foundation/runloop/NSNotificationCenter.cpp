@@ -27,7 +27,8 @@ void NSNotificationCenter::removeObserver(const void* observer) {
     assert(isOnMainThread());
     const auto firstRemoved = std::stable_partition(
         entries_.begin(), entries_.end(), [&](const auto& entry) { return entry->observer != observer; });
-    // Let go only after the list is whole again: what a handler held may come back here when it goes.
+    // Released only when the list is consistent again: the destructor of an object that a handler holds may
+    // remove observers too.
     const std::vector<std::shared_ptr<Entry>> removed(firstRemoved, entries_.end());
     entries_.erase(firstRemoved, entries_.end());
     for (const auto& entry : removed) entry->removed = true;

@@ -12,20 +12,20 @@ namespace ostrel {
 
 struct NSNotification {
     std::string_view name;
-    /// A record, or absent.
+    /// The record that the notification is about; may be absent.
     Value object;
 };
 
-/// Tells whoever asked that something happened. Posting calls the observers at once, in the order they were
-/// added, on the main thread. An observer removed while a post is under way is not called any more; one added
-/// then is not yet.
+/// Delivers notifications to observers by name. A post calls the observers at once, in the order in which
+/// they were added, on the main thread. An observer removed during a post is not called any more; an observer
+/// added during a post is first called by the next one.
 class NSNotificationCenter final {
 public:
     using Handler = std::function<void(const NSNotification&)>;
 
     static NSNotificationCenter& defaultCenter();
 
-    /// `observer` only identifies the entry for removal; it is never dereferenced.
+    /// `observer` only identifies the entry for `removeObserver`; it is never dereferenced.
     void addObserver(const void* observer, std::string name, Handler handler);
     /// Removes every entry of this observer.
     void removeObserver(const void* observer);

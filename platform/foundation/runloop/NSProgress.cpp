@@ -9,21 +9,23 @@ namespace ostrel {
 
 namespace {
 
-// The pace is that of the last seconds, so that it follows a network that becomes slower; a sample each half second.
+// Seconds over which the pace is measured, so that it follows a network that becomes slower.
 constexpr double paceWindow = 15;
 constexpr double sampleDistance = 0.5;
-// Earlier than this the start of the work, which is no sign of its pace, weighs too much.
+// Seconds of work without an estimate: the start of the work is no sign of its pace.
 constexpr double leastSpan = 2;
 constexpr double leastAdvance = 0.005;
-// Beyond it a figure says no more than that it takes long.
+// Seconds; a longer estimate is too uncertain to be shown.
 constexpr double longestEstimate = 24 * 3600;
 
 }  // namespace
 
-/// What is published, and who looks on. Never destroyed: work may end while the process does.
+/// The published progresses and their observers. Never destroyed, because work may end while the process
+/// does.
 struct NSProgress::List {
-    std::mutex mutex;  // guards everything below but `observers`
-    /// Found by address: making an owner of it under the mutex could leave its end to us.
+    std::mutex mutex;  // guards all members below except `observers`
+    /// Entries are found by address: a shared pointer made under the mutex could be the last one, and its
+    /// release would need the mutex again.
     struct Published {
         const NSProgress* address;
         std::weak_ptr<NSProgress> progress;
@@ -32,7 +34,7 @@ struct NSProgress::List {
     bool isTicking = false;
     bool isObserved = false;
     bool hasChanged = false;
-    std::uint64_t generation = 0;  ///< ticks of an earlier one, maybe of another run loop, end
+    std::uint64_t generation = 0;  ///< ticks of an earlier generation, maybe of another run loop, stop
 
     struct Entry {
         const void* observer;
@@ -41,7 +43,7 @@ struct NSProgress::List {
     };
     std::vector<std::shared_ptr<Entry>> observers;  // main thread
 
-    /// With the mutex held.
+    /// Called with the mutex held.
     void start() {
         if (!isObserved || isTicking || !RunLoop::hasMain()) return;
         isTicking = true;
@@ -101,7 +103,7 @@ std::optional<double> NSProgress::fractionCompleted() const {
 void NSProgress::takeSample(double time) {
     const auto fraction = fractionCompleted();
     if (!fraction) return samples_.clear();
-    // Work that begins anew, such as an upload that is sent again.
+    // Work that starts over, such as an upload that is sent again.
     if (!samples_.empty() && *fraction < samples_.back().fraction) samples_.clear();
     if (!samples_.empty() && time - samples_.back().time < sampleDistance) return;
     samples_.push_back({time, *fraction});
@@ -151,7 +153,7 @@ void NSProgress::addObserver(const void* observer, Observer handler) {
     {
         const std::lock_guard lock(all.mutex);
         if (!all.isObserved) {
-            // Whoever looked on before may have done so in a run loop that is gone, with its ticks.
+            // The ticks of former observers may have been lost with their run loop.
             ++all.generation;
             all.isTicking = false;
         }

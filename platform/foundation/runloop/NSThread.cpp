@@ -23,7 +23,7 @@ struct Threads {
 };
 
 Threads& threads() {
-    // Never destroyed: a thread may end while the process does.
+    // Never destroyed, because a thread may end while the process does.
     static Threads& threads = *new Threads;
     return threads;
 }
@@ -32,11 +32,12 @@ void count(int change) {
     Threads& all = threads();
     const std::lock_guard lock(all.mutex);
     all.running += change;
-    // Told under the lock: whoever waits may end the process next.
+    // Notified under the lock, because the waiting thread may end the process right after it.
     all.changed.notify_all();
 }
 
-/// Ends the count of the thread it lives in, after everything else that is local to that thread.
+/// Thread-local: its destructor takes the thread out of the count, after all other thread-local objects have
+/// gone.
 struct Counted {
     ~Counted() { count(-1); }
 };

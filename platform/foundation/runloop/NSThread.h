@@ -4,21 +4,21 @@
 
 namespace ostrel {
 
-/// Threads of their own for work that waits. Every detached thread is counted, and a process (or a test) can
-/// wait until all have ended.
+/// Detached threads, for work that blocks. Every detached thread is counted, so that a process (or a test)
+/// can wait until all of them have ended.
 class NSThread final {
 public:
-    /// Runs `body` on a new thread. An exception that escapes `body` ends the process. While the system has
-    /// no thread to give, the start is tried again from the main run loop; without one, `body` runs at once
-    /// on the calling thread.
+    /// Runs `body` on a new thread. An exception that escapes `body` ends the process. While the system
+    /// cannot create a thread, the main run loop retries; without a main run loop, `body` runs at once on the
+    /// calling thread.
     static void detachNewThread(Task body);
     static bool isMainThread() { return RunLoop::main().isMainThread(); }
-    /// Sleeps by the installed clock. Not on the main thread.
+    /// Sleeps by the installed clock. Not for the main thread.
     static void sleepForTimeInterval(double seconds);
-    /// Detached threads still running, or about to.
+    /// The number of detached threads that run or are about to start.
     static int runningCount();
-    /// Waits until no detached thread runs, at most `seconds`. True when none does.
-    /// Measured in real time, whatever clock is installed.
+    /// Blocks until no detached thread runs, for at most `seconds` of real time, whatever clock is installed.
+    /// True when none runs.
     static bool waitForAll(double seconds);
 };
 

@@ -15,7 +15,7 @@ namespace {
 constexpr double shortestInterval = 0.0001;
 
 std::shared_ptr<RunLoop>& installed() {
-    // Never destroyed: threads may still hand work over while the process ends.
+    // Never destroyed, because threads may still post tasks while the process ends.
     static auto& loop = *new std::shared_ptr<RunLoop>();
     return loop;
 }
@@ -33,7 +33,8 @@ RunLoop& RunLoop::main() {
 bool RunLoop::hasMain() { return installed() != nullptr; }
 
 void RunLoop::installMain(std::shared_ptr<RunLoop> loop) {
-    // The former loop goes only once it is out of reach: tasks that it drops may ask for the main loop.
+    // The former loop is destroyed after it has been replaced, because the tasks that it drops may ask for
+    // the main loop.
     std::swap(installed(), loop);
 }
 
@@ -59,7 +60,7 @@ void NSTimer::fire() {
     if (!valid_) return;
     pending_ = 0;
     if (!repeats_) valid_ = false;
-    // Moved out for the call, so that invalidating within it does not destroy the function that runs.
+    // Moved out for the call, so that `invalidate` within the call does not destroy the running function.
     auto handler = std::move(fire_);
     if (handler) handler(*this);
     if (!valid_) return;
@@ -77,7 +78,7 @@ void NSTimer::invalidate() {
     if (pending_ != 0 && RunLoop::hasMain()) {
         const std::uint64_t id = pending_;
         pending_ = 0;
-        // The last reference may be the loop's task.
+        // The loop's task may hold the last reference to this timer.
         const auto self = shared_from_this();
         RunLoop::main().cancel(id);
     }

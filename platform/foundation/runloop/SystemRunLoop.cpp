@@ -9,7 +9,7 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-// What `isDone` looks at may change without a task; it is asked this often.
+// The state that `isDone` reads may change without a task, so that it is polled at this interval.
 constexpr std::chrono::milliseconds longestWait(20);
 
 TaskQueue::Nanoseconds now() { return SteadyClock::now().time_since_epoch() / std::chrono::nanoseconds(1); }

@@ -6,13 +6,14 @@
 
 namespace ostrel {
 
-/// A run loop on real time for programs without a toolkit: command lines and tests of what runs on threads.
-/// Its main thread is the one that made it, and nothing runs outside `run` and `runTurn`.
+/// A run loop on real time for programs without a toolkit: command lines, and tests of threads. Its main
+/// thread is the one that made it. Tasks run only within `run` and `runTurn`.
 class SystemRunLoop final : public RunLoop {
 public:
-    /// Runs until `isDone`, asked after every turn, is true; at most `seconds`. False when the time ran out.
+    /// Runs turns until `isDone`, asked after every turn, is true, for at most `seconds`. False after a
+    /// time-out.
     bool run(const std::function<bool()>& isDone, double seconds);
-    /// Runs what is due now, once. True when there was something.
+    /// Runs the tasks that are due now. True when there were any.
     bool runTurn();
 
     void perform(Task task) override;

@@ -7,7 +7,7 @@ namespace ostrel {
 
 namespace {
 
-// Tasks for the end of a turn may add more of them; a chain longer than this goes on in the next turn.
+// Tasks for the end of a turn may add more of them; a chain longer than this continues in the next turn.
 constexpr int roundsAtEndOfTurn = 1000;
 
 }  // namespace
@@ -19,7 +19,7 @@ TaskQueue::Nanoseconds TaskQueue::nanoseconds(double seconds) {
 }
 
 TaskQueue::~TaskQueue() {
-    // What the tasks hold may cancel others when it goes.
+    // The destruction of a task may cancel others: an object that it holds may call `cancel`.
     const auto tasks = std::exchange(tasks_, {});
     const auto endOfTurn = std::exchange(endOfTurn_, {});
 }
@@ -35,7 +35,7 @@ std::uint64_t TaskQueue::add(Nanoseconds due, Task task) {
 }
 
 void TaskQueue::cancel(std::uint64_t id) {
-    Task dropped;  // goes after the lock
+    Task dropped;  // destroyed after the lock is released
     const std::lock_guard lock(mutex_);
     const auto due = dueOf_.find(id);
     if (due == dueOf_.end()) return;
@@ -68,7 +68,7 @@ bool TaskQueue::runNext(Nanoseconds now, std::uint64_t firstOfNextTurn) {
     {
         const std::lock_guard lock(mutex_);
         auto next = tasks_.begin();
-        // A task added within the turn stands before older ones only when its time is earlier than theirs.
+        // Tasks added during this turn are skipped; they may be due earlier than older tasks.
         while (next != tasks_.end() && next->first.first <= now && next->first.second >= firstOfNextTurn)
             ++next;
         if (next == tasks_.end() || next->first.first > now) return false;

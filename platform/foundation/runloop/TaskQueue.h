@@ -12,13 +12,13 @@
 
 namespace ostrel {
 
-/// The tasks of a run loop, in the order of their times and, at equal times, of the calls. Times are
-/// nanoseconds of whatever clock the loop goes by. `add`, `cancel` and the waiting may be called from any
-/// thread, turns are run by the loop's own.
+/// The tasks of a run loop, in the order of their due times and, at equal times, of the calls. Times are
+/// nanoseconds of the loop's clock. Any thread may call all operations except `runTurn`, which belongs to the
+/// loop's own thread.
 class TaskQueue final {
 public:
     using Nanoseconds = std::int64_t;
-    /// Saturates: an interval beyond 200 years is as good as never. Less than 0 or no number: 0.
+    /// Clamps to 0 and about 200 years; NaN is taken as 0.
     static Nanoseconds nanoseconds(double seconds);
 
     ~TaskQueue();
@@ -28,12 +28,13 @@ public:
     void cancel(std::uint64_t id);
     void addAtEndOfTurn(Task task);
 
-    /// Runs the tasks due at `now` that were there when the turn began, then those for the end of the turn.
-    /// Returns how many tasks that were.
+    /// Runs the tasks due at `now` that were added before this turn, then the tasks for the end of the turn.
+    /// Returns the number of tasks run.
     std::size_t runTurn(Nanoseconds now);
-    /// The time of the next task; the smallest there is when only tasks for the end of the turn wait.
+    /// The due time of the next task; the smallest value when only tasks for the end of the turn wait; absent
+    /// without tasks.
     std::optional<Nanoseconds> nextDue() const;
-    /// Waits until a task has been added since the last turn began, at most until `end`.
+    /// Blocks until a task has been added since the last turn began, but not beyond `end`.
     void waitForTask(std::chrono::steady_clock::time_point end);
 
 private:
@@ -41,7 +42,7 @@ private:
     bool runNext(Nanoseconds now, std::uint64_t firstOfNextTurn);
     std::size_t runEndOfTurn();
 
-    mutable std::mutex mutex_;  // guards everything below
+    mutable std::mutex mutex_;  // guards all members below
     std::condition_variable added_;
     std::map<Key, Task> tasks_;
     std::map<std::uint64_t, Nanoseconds> dueOf_;

@@ -68,7 +68,7 @@ Data Data::mapFile(const std::string& path, std::string* error) {
         if (error) *error = sentence(path, reason);
         return Data();
     };
-    // Opened without blocking: a path may name a pipe, which is refused below.
+    // Opened without blocking, because a path may name a pipe; it is rejected below.
     const FileDescriptor file(path);
     if (file.get() < 0) return fail(std::generic_category().message(errno));
     struct stat status {};
@@ -80,7 +80,7 @@ Data Data::mapFile(const std::string& path, std::string* error) {
     Data data;
     data.size_ = static_cast<std::size_t>(status.st_size);
     data.bytes_ = reinterpret_cast<const std::byte*>(storage->memory.data());
-    if (data.size_ > 0) {  // an empty mapping is an error to mmap
+    if (data.size_ > 0) {  // mmap rejects an empty mapping
         void* mapping = ::mmap(nullptr, data.size_, PROT_READ, MAP_PRIVATE, file.get(), 0);
         if (mapping == MAP_FAILED) return fail(std::generic_category().message(errno));
         storage->mapping = mapping;

@@ -17,15 +17,15 @@ public:
     static Data copy(std::string_view bytes);
     /// Takes the string's storage without copying.
     static Data take(std::string bytes);
-    /// Maps a file read-only. A null result (isNull) with a sentence in `error` when it cannot be opened. The
-    /// file must not shrink while the data lives.
+    /// Maps a file read-only. Null data (isNull) with a sentence in `error` when the file cannot be opened.
+    /// The file must not shrink while the data lives.
     static Data mapFile(const std::string& path, std::string* error = nullptr);
 
-    /// `length` bytes from `offset` on, both clamped to what there is. Shares the storage; has no file path unless it is
-    /// the whole. Null of null data.
+    /// `length` bytes from `offset` on, both clamped to the size. Shares the storage; has a file path only
+    /// when it is the whole data. A slice of null data is null.
     Data slice(std::size_t offset, std::size_t length) const;
 
-    /// Null means "no data", which differs from empty data.
+    /// Null means absent data, which differs from empty data.
     bool isNull() const { return storage_ == nullptr; }
     explicit operator bool() const { return !isNull(); }
     std::size_t size() const { return size_; }
@@ -33,7 +33,7 @@ public:
     const std::byte* bytes() const { return bytes_; }
     std::span<const std::byte> span() const { return {bytes_, size_}; }
     std::string_view view() const { return {reinterpret_cast<const char*>(bytes_), size_}; }
-    /// The path of the mapped file; empty for memory and for a part of a file.
+    /// The path of the mapped file; empty for data in memory and for a part of a file.
     const std::string& filePath() const;
 
 private:

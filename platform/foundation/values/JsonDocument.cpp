@@ -17,8 +17,9 @@ using namespace detail;
 
 namespace {
 
-// A parser reserves about 15 times the longest text it has read. One for each thread reads the small texts; a
-// longer text gets a parser of its own, so that a thread never keeps more than 4 MiB.
+// Bytes of JSON. A parser keeps about 15 times the longest text it has read. Each thread keeps one parser for
+// texts up to this length; a longer text gets a parser of its own, so that a thread never keeps more than 4
+// MiB.
 constexpr std::size_t keptParserText = 256 * 1024;
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
@@ -31,8 +32,8 @@ bool isBeyondRange(std::string_view number) {
            std::from_chars(number.data(), end, positive).ec != std::errc();
 }
 
-/// A copy of `json` with quotes around each number that no 64-bit integer or double holds; empty when there
-/// is none.
+/// A copy of `json` with quotes around each number that neither a 64-bit integer nor a double can hold; empty
+/// when there is no such number.
 std::string withLargeNumbersQuoted(std::string_view json) {
     std::string quoted;
     std::size_t copied = 0;
@@ -85,7 +86,7 @@ std::string sentenceFor(simdjson::error_code code) {
     }
 }
 
-/// The bytes used of the string buffer: strings follow each other in the order of the tape.
+/// The used bytes of the string buffer, where the strings follow each other in the order of the tape.
 std::size_t usedStringBytes(const std::uint64_t* tape, std::size_t length, const char* strings) {
     std::uint64_t last = 0;
     bool hasString = false;
@@ -113,8 +114,8 @@ JsonDocument::Strings allocateStrings(std::size_t length) {
     return JsonDocument::Strings(bytes);
 }
 
-/// A document of exactly the size needed, with a copy of the tape; `makeStrings` hands over so many bytes of
-/// strings.
+/// A document of exactly the size needed, with a copy of the tape. `makeStrings` gets the number of used
+/// bytes of the string buffer and returns the strings.
 template <class MakeStrings>
 std::shared_ptr<const JsonDocument> exactDocument(const simdjson::dom::document& parsed,
                                                   MakeStrings makeStrings) {
@@ -148,14 +149,14 @@ std::shared_ptr<const JsonDocument> parseShort(std::string_view json, simdjson::
     });
 }
 
-/// simdjson writes the strings, most of a long text, into a buffer that becomes the document's own, cut to
-/// size.
+/// Parses a long text without copying its strings: simdjson writes them into a buffer that is cut to size and
+/// becomes the document's own.
 std::shared_ptr<const JsonDocument> parseLong(std::string_view json, simdjson::error_code& code) {
     simdjson::dom::parser parser(JsonDocument::maximumBytes);
     struct Borrowing final : simdjson::dom::document {
         ~Borrowing() { string_buf.release(); }
     } document;
-    // An empty string takes 3 bytes of JSON and 5 of the buffer.
+    // The worst case is an empty string with its comma: 3 bytes of JSON, 5 bytes in the buffer.
     auto strings = allocateStrings(5 * json.size() / 3 + simdjson::SIMDJSON_PADDING + 64);
     code = document.allocate(json.size());
     if (code != simdjson::SUCCESS) return nullptr;

@@ -15,13 +15,13 @@ class Value;
 /// exactly the size they need. Immutable after parsing, shared by all values that point into it.
 class JsonDocument final {
 public:
-    /// Nesting deeper than this is refused.
+    /// Levels; deeper nesting is rejected.
     static constexpr std::size_t maximumDepth = 512;
-    /// Texts longer than this are refused, in bytes.
+    /// Bytes; longer texts are rejected.
     static constexpr std::size_t maximumBytes = std::size_t{256} * 1024 * 1024;
 
-    /// Parses `json` (UTF-8). Null and a sentence in `error` when it is not valid. Numbers that no 64-bit
-    /// integer or double can hold keep their decimal text as a string. Any thread.
+    /// Parses `json` (UTF-8). Null with a sentence in `error` when the text is not valid. A number that
+    /// neither a 64-bit integer nor a double can hold becomes a string with its decimal text. Any thread.
     static std::shared_ptr<const JsonDocument> parse(std::string_view json, std::string* error);
 
     std::size_t bytes() const { return tapeLength_ * sizeof(std::uint64_t) + stringsLength_ + sizeof(*this); }
@@ -30,7 +30,7 @@ public:
     const char* strings() const { return strings_.get(); }
     std::size_t stringsLength() const { return stringsLength_; }
 
-    /// From malloc, so that a buffer that was too large can be cut to size where it stands.
+    /// The buffers are from malloc, so that realloc can cut them to size in place.
     struct Free {
         void operator()(char* bytes) const { std::free(bytes); }
     };

@@ -6,9 +6,8 @@
 
 namespace ostrel::detail {
 
-/// Reading simdjson's tape (doc/tape.md of simdjson 3): a word holds its kind in the upper 8 bits and a
-/// payload below. The value of the whole document stands at index 1; an integer or double takes a second word
-/// for its bits.
+/// simdjson's tape (doc/tape.md of simdjson 3): a word holds its kind in the upper 8 bits and a payload
+/// below. The root value is at index 1. An integer or double takes a second word for its bits.
 enum class TapeKind : unsigned char {
     root = 'r',
     dictionary = '{',
@@ -26,7 +25,7 @@ enum class TapeKind : unsigned char {
 
 inline constexpr std::size_t rootValueIndex = 1;
 inline constexpr std::uint64_t payloadMask = (std::uint64_t{1} << 56) - 1;
-/// A container's count stops here; a longer one has to be counted.
+/// The largest count that a container's word can hold; the members of a larger container have to be counted.
 inline constexpr std::size_t saturatedCount = 0xFFFFFF;
 
 inline constexpr std::uint64_t tapeWord(TapeKind kind, std::uint64_t payload) {
@@ -49,7 +48,7 @@ inline std::size_t indexAfter(const std::uint64_t* tape, std::size_t index) {
     }
 }
 
-/// A string's bytes stand in the string buffer behind their length in 32 bits, and before a NUL.
+/// In the string buffer a string is its length in 32 bits, its bytes and a NUL.
 inline std::string_view stringAt(const char* strings, std::uint64_t word) {
     const char* entry = strings + (word & payloadMask);
     std::uint32_t length;

@@ -5,8 +5,9 @@
 
 namespace ostrel {
 
-/// Why something failed: an English sentence for the log and the user, and the system's error number where it came from
-/// the system (errno), else 0. Absence (`std::nullopt`) is success.
+/// The reason of a failure: an English sentence for the log and the user, and the system's error number
+/// (errno) when the system reported it, else 0. Functions that return an optional error mean success by
+/// `std::nullopt`.
 struct NSError {
     std::string localizedDescription;
     int code = 0;

@@ -32,7 +32,7 @@ std::string percentDecoded(std::string_view text) {
     return result;
 }
 
-/// What may stand in a path as it is: "pchar" without "%", and "/".
+/// Whether a path may contain `c` unencoded: "pchar" of RFC 3986 without "%", and "/".
 bool isPathCharacter(char c) {
     if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9')) return true;
     return std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos;

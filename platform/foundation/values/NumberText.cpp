@@ -59,7 +59,7 @@ double doubleOfText(std::string_view number) {
     const auto result =
         std::from_chars(unsignedPlus.data(), unsignedPlus.data() + unsignedPlus.size(), value);
     if (result.ec != std::errc::result_out_of_range) return value;
-    // from_chars does not say which end of the range was left; strtod does, given the "C" locale.
+    // from_chars does not tell overflow from underflow; strtod does, and needs the "C" locale.
     static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
     return strtod_l(std::string(number).c_str(), nullptr, plain);
 }
@@ -67,7 +67,7 @@ double doubleOfText(std::string_view number) {
 std::int64_t leadingInteger(std::string_view text) {
     std::string_view rest = withoutLeadingBlanks(text);
     const bool isNegative = rest.starts_with('-');
-    // from_chars takes no plus sign, and "+-1" is no number.
+    // from_chars rejects a plus sign, and "+-1" is not a number.
     if (rest.starts_with('+')) {
         rest.remove_prefix(1);
         if (rest.starts_with('-')) return 0;

@@ -5,8 +5,8 @@
 
 namespace ostrel {
 
-/// Makes an object that is reached through a shared pointer. A class with a second phase, which needs
-/// `shared_from_this`, has a public `void initialise()` that is run here.
+/// Makes an object owned by a shared pointer. A class whose construction has a second phase that needs
+/// `shared_from_this` has a public `void initialise()`, which is called here.
 template <class T, class... Arguments>
 std::shared_ptr<T> make(Arguments&&... arguments) {
     auto object = std::make_shared<T>(std::forward<Arguments>(arguments)...);

@@ -22,7 +22,7 @@ std::size_t validUtf8Prefix(std::string_view text) {
     const std::size_t size = text.size();
     std::size_t position = 0;
     while (position < size) {
-        // Eight ASCII bytes at a time: most texts are mostly that.
+        // Eight ASCII bytes at a time, because most texts are mostly ASCII.
         std::uint64_t eight;
         if (size - position >= sizeof eight) {
             std::memcpy(&eight, bytes + position, sizeof eight);
@@ -37,7 +37,7 @@ std::size_t validUtf8Prefix(std::string_view text) {
             continue;
         }
         // The table of RFC 3629, section 4: the range of the second byte excludes overlong forms, surrogates
-        // and everything above U+10FFFF.
+        // and code points above U+10FFFF.
         std::size_t length = 0;
         unsigned char low = 0x80;
         unsigned char high = 0xBF;

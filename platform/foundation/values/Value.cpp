@@ -14,7 +14,7 @@ using namespace detail;
 
 namespace {
 
-/// A place in a document, without the reference count of a Value.
+/// The position of a value in a document, without the reference count of a Value.
 struct Place {
     const std::uint64_t* tape;
     const char* strings;
@@ -65,7 +65,7 @@ void appendQuoted(std::string& out, std::string_view text) {
         }
         text.remove_prefix(valid);
         if (!text.empty()) {
-            out += "\xEF\xBF\xBD";  // U+FFFD for each byte that is no UTF-8: JSON text has to be
+            out += "\xEF\xBF\xBD";  // U+FFFD for each invalid byte, because JSON text has to be UTF-8
             text.remove_prefix(1);
         }
     }
@@ -104,14 +104,14 @@ void appendJson(std::string& out, const Place& place) {
 
 using Member = std::pair<std::string_view, std::size_t>;
 
-/// Key and place of each value of a dictionary, by key; of equal keys only the first.
+/// The members of a dictionary sorted by key; of equal keys only the first member.
 std::vector<Member> sortedMembers(const Place& place) {
     std::vector<Member> members;
     members.reserve(countOfContainer(place.word()));
     for (std::size_t key = place.index + 1; key < place.end(); key = indexAfter(place.tape, key + 1)) {
         members.emplace_back(place.at(key).string(), key + 1);
     }
-    // Places grow in document order, so that sorting by both puts the first of equal keys first.
+    // Positions grow in document order: sorted by key and position, the first of equal keys comes first.
     std::sort(members.begin(), members.end());
     const auto sameKey = [](const Member& a, const Member& b) { return a.first == b.first; };
     members.erase(std::unique(members.begin(), members.end(), sameKey), members.end());
@@ -122,7 +122,7 @@ bool isNumberKind(TapeKind kind) {
     return kind == TapeKind::signedInteger || kind == TapeKind::unsignedInteger || kind == TapeKind::real;
 }
 
-/// Exact, where comparing as doubles would take 2^53 and 2^53 + 1 for the same.
+/// Compares exactly, whereas a comparison of doubles would find 2^53 and 2^53 + 1 equal.
 bool equalNumbers(const Place& a, const Place& b) {
     if (a.kind() == TapeKind::real || b.kind() == TapeKind::real) {
         if (a.kind() == b.kind())
@@ -138,7 +138,7 @@ bool equalNumbers(const Place& a, const Place& b) {
         return number >= 0 && number < 18446744073709551616.0 &&
                static_cast<std::uint64_t>(number) == numberAt<std::uint64_t>(whole.tape, whole.index);
     }
-    // An unsigned integer on the tape is one that no signed integer holds.
+    // The tape has an unsigned integer only when a signed integer cannot hold the number.
     return a.kind() == b.kind() && a.tape[a.index + 1] == b.tape[b.index + 1];
 }
 

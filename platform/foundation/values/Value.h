@@ -14,20 +14,18 @@
 namespace ostrel {
 
 /// One immutable value of a parsed JSON document (RFC 8259): a pointer to the shared document and an index
-/// into it. Copying costs a reference count; the document lives as long as any of its values. Safe to read
-/// from any thread. A value that is not there is *absent*; every reader tolerates it and answers with its
-/// empty result.
+/// into it. A copy costs a reference count; the document lives as long as any of its values. Any thread may
+/// read. A missing value is *absent*: every operation on it returns its empty result.
 class Value {
 public:
     enum class Type { absent, null, boolean, number, string, array, dictionary };
 
     Value() = default;
 
-    /// Parses a whole document. On failure the value is absent and `error`, when given, holds an English
+    /// Parses a whole document. On failure the value is absent and `error`, when given, gets an English
     /// sentence.
     static Value parse(std::string_view json, std::string* error = nullptr);
-    /// A value holding text, made without a document of JSON text; used to build records and notification
-    /// objects.
+    /// A string value, made without parsing; for records and notification objects.
     static Value ofString(std::string_view text);
 
     Type type() const;
@@ -40,8 +38,8 @@ public:
 
     /// The text of a string; empty for every other type. Valid while any value of the document lives.
     std::string_view string() const;
-    /// Text form: a string as it is, a number as its shortest decimal text, a boolean as "1" or "0";
-    /// otherwise none.
+    /// A string as it is, a number as its shortest decimal text, a boolean as "1" or "0"; absent for other
+    /// types.
     std::optional<std::string> text() const;
     /// A number truncated toward zero and clamped to 64 bits, a boolean, or the leading integer of a string;
     /// else 0.
@@ -53,21 +51,20 @@ public:
 
     /// Elements of an array or members of a dictionary; 0 for others.
     std::size_t count() const;
-    /// The elements of an array in order; empty for other types. One pass over the document.
+    /// The elements of an array in order; empty for other types. Takes one pass over the array.
     std::vector<Value> elements() const;
-    /// The value of the first member with this key; absent when there is none or this is no dictionary.
+    /// The value of the first member with this key; absent without such a member and for other types.
     Value operator[](std::string_view key) const;
     /// The keys of a dictionary in document order.
     std::vector<std::string_view> keys() const;
 
-    /// Compact JSON text of this value (absent: empty text).
+    /// The compact JSON text of this value; empty when absent.
     std::string json() const;
 
-    /// Deep equality: same types and contents; members compare regardless of order. Two absent values are
-    /// equal.
+    /// Deep equality of types and contents, regardless of the order of members. Two absent values are equal.
     friend bool operator==(const Value& a, const Value& b);
 
-    /// Bytes the shared document holds (its parsed form, exact size), for measurements.
+    /// The exact size of the shared document's parsed form in bytes, for measurements.
     std::size_t documentBytes() const;
 
 private:
@@ -79,7 +76,7 @@ private:
     std::size_t index_ = 0;
 };
 
-/// A value known to be a dictionary, or absent: what a record is. Constructing it from any other value gives
+/// The type of records: a value that is a dictionary or absent. Constructed from any other value it is
 /// absent.
 class Dictionary {
 public:

@@ -5,8 +5,8 @@
 
 namespace ostrel {
 
-/// Shows the frames of a player, aspect-fit, over a clear background; nothing before the first frame. Takes no touches.
-/// A layer is a view here: it is put into another by `addSubview`. It keeps the player alive.
+/// Shows the frames of a player, aspect-fit, over a clear background; nothing before the first frame. Takes
+/// no touches. This layer is a view: a superview gets it by `addSubview`. Keeps the player alive.
 class AVPlayerLayer final : public UIView {
 public:
     static std::shared_ptr<AVPlayerLayer> playerLayerWithPlayer(std::shared_ptr<AVPlayer> player);

@@ -4,10 +4,10 @@
 
 namespace ostrel {
 
-/// The spinning wheel for work of unknown length. Hidden while it does not turn.
+/// The spinning wheel for work of unknown length. The view is hidden while the wheel does not turn.
 class UIActivityIndicatorView : public UIView {
 public:
-    enum class Style { medium, large };  ///< 20 and 37 points a side
+    enum class Style { medium, large };  ///< sides of 20 and 37 points
     explicit UIActivityIndicatorView(Style style = Style::medium);
 
     void startAnimating();

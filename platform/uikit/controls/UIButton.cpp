@@ -17,7 +17,7 @@ void UIButton::initialise() {
     imageView_->setAccessibility(AccessibilityRole::none, {});
     addSubview(imageView_);
     titleLabel_ = make<UILabel>();
-    // The button says its title itself.
+    // The button's own accessibility label is its title.
     titleLabel_->setAccessibility(AccessibilityRole::none, {});
     addSubview(titleLabel_);
     setDefaultAccessibility(AccessibilityRole::button, {});
@@ -152,7 +152,7 @@ void UIButton::layoutSubviews() {
     CGFloat x = content.minX();
     if (alignment_ == NSTextAlignment::center) x += free / 2;
     if (alignment_ == NSTextAlignment::right) x += free;
-    // On whole points, so that lines and letters are sharp.
+    // Whole points, so that lines and letters are sharp.
     x = std::round(x);
     const auto top = [&](CGFloat height) {
         return std::round(content.minY() + (content.height() - height) / 2);

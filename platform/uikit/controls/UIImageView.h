@@ -4,10 +4,10 @@
 
 namespace ostrel {
 
-/// Shows a picture; nothing when it has none.
+/// Shows a picture; empty while it has no image.
 class UIImageView : public UIView {
 public:
-    /// Takes no touches unless it is told so.
+    /// User interaction is disabled by default.
     explicit UIImageView(CGRect frame = {});
 
     const std::shared_ptr<const UIImage>& image() const { return content_.image; }

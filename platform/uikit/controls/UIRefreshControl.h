@@ -6,32 +6,33 @@
 
 namespace ostrel {
 
-/// The wheel above a table that a pull uncovers; sends valueChanged when the pull went far enough. Its table shows it;
-/// height 60 points. While refreshing the table stays moved down by that height once the finger has left.
+/// The wheel above a table that a pull uncovers. Sends valueChanged when the pull has gone far enough. The
+/// table shows it and, once the finger has left, keeps its content moved down by `height` until the refresh
+/// ends.
 class UIRefreshControl : public UIControl {
 public:
     UIRefreshControl();
     ~UIRefreshControl() override;
     void initialise();
 
-    /// Colour of the wheel.
+    /// The colour of the wheel.
     void setTintColor(UIColor color);
     UIColor tintColor() const { return tint_; }
-    /// The plain text of the title.
+    /// The title, as plain text.
     void setAttributedTitle(std::string title);
     const std::string& attributedTitle() const;
     bool isRefreshing() const { return refreshing_; }
-    /// Does not move the table: whoever calls it scrolls, when the wheel is to be seen.
+    /// Does not scroll the table: a caller that wants the wheel to be visible scrolls to it.
     void beginRefreshing();
     void endRefreshing();
     /// Points.
     static constexpr CGFloat height = 60;
-    /// How far it is pulled, 0 to 1; set by the table.
+    /// The progress of the pull, 0 to 1; set by the table.
     void setPullProgress(CGFloat progress);
     bool canBecomeFocused() const override { return false; }
     void layoutSubviews() override;
 
-    /// Set by the table: told when refreshing begins or ends.
+    /// Called when refreshing begins or ends; set by the table.
     std::function<void()> refreshingDidChange;
 
 private:

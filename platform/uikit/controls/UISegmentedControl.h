@@ -5,7 +5,8 @@
 
 namespace ostrel {
 
-/// A row of titles of which one is chosen; sends valueChanged when the user chooses another. Arrow keys move the choice.
+/// A row of titles of which one is selected. Sends valueChanged when the user selects another one; arrow keys
+/// move the selection.
 class UISegmentedControl : public UIControl {
 public:
     explicit UISegmentedControl(std::vector<std::string> titles);

@@ -4,8 +4,8 @@ namespace ostrel {
 
 namespace {
 
-/// Laid over the blurred picture.
-constexpr float lightVeil = 0.3f;
+/// The opacity of the white over the blurred backdrop.
+constexpr float tintAlpha = 0.3f;
 
 }  // namespace
 
@@ -14,7 +14,7 @@ UIVisualEffectView::UIVisualEffectView(CGRect frame, UIBlurEffectStyle style) : 
 }
 
 ViewContent UIVisualEffectView::makeContent() const {
-    return BlurContent{.radius = lightRadius, .veil = UIColor::white().withAlpha(lightVeil)};
+    return BlurContent{.radius = lightRadius, .tint = UIColor::white().withAlpha(tintAlpha)};
 }
 
 }  // namespace ostrel

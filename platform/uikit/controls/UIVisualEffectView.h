@@ -6,14 +6,14 @@ namespace ostrel {
 
 enum class UIBlurEffectStyle { light };
 
-/// Shows what lies beneath it in its own superview (the picture that the superview shows, and the views behind this
-/// one) blurred and lightened. Takes no touches.
+/// Shows its backdrop (the superview's own content and the siblings behind this view) blurred and lightened.
+/// Takes no touches.
 class UIVisualEffectView final : public UIView {
 public:
     UIVisualEffectView(CGRect frame, UIBlurEffectStyle style);
     UIBlurEffectStyle style() const { return style_; }
 
-    /// Points: the standard deviation of the blur.
+    /// The standard deviation of the blur, in points.
     static constexpr CGFloat lightRadius = 15;
 
 protected:

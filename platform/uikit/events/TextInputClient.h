@@ -9,23 +9,24 @@
 
 namespace ostrel {
 
-/// A view whose text is edited by the backend's own editor. Told by the window what that editor reports. Main thread.
+/// A view whose text is edited by the backend's own editor. The window passes on what the editor reports.
+/// Main thread.
 class TextInputClient {
 public:
     virtual ~TextInputClient() = default;
 
     virtual void editorTextChanged(const std::string& text) = 0;
     virtual void editorFocusChanged(bool focused) = 0;
-    /// Return was pressed; editors of many lines take it as text instead.
+    /// Return was pressed in an editor of one line. An editor of many lines inserts a line break instead.
     virtual void editorReturn() = 0;
-    /// The caret or the selection moved (UTF-16 units; a caret has no length), and the text under edit is `height` points
-    /// high, without insets. After `editorTextChanged` when both changed.
+    /// The caret or the selection moved, in UTF-16 units (a caret has length 0). The text under edit is
+    /// `height` points high, without insets. Called after `editorTextChanged` when both changed.
     virtual void editorSelectionChanged(NSRange /*selection*/, CGFloat /*height*/) {}
 };
 
-/// The longest beginning of `text` (UTF-8) of at most `units` UTF-16 code units that ends between characters.
+/// The longest prefix of `text` (UTF-8) that has at most `units` UTF-16 code units and splits no character.
 std::string_view prefixOfUtf16Length(std::string_view text, std::size_t units);
-/// The UTF-16 code units of `text` (UTF-8).
+/// The number of UTF-16 code units of `text` (UTF-8).
 std::size_t utf16Length(std::string_view text);
 
 }  // namespace ostrel

@@ -14,7 +14,7 @@ enum class UITouchPhase { began, moved, stationary, ended, cancelled };
 enum class UITouchType { direct, pointer };  ///< a finger, or a mouse or trackpad
 enum class UIButtonMask { primary, secondary };
 
-/// One finger, or the pressed pointer, from its beginning to its end.
+/// One finger, or the pressed pointer, from touching the window to leaving it.
 struct UITouch {
     std::int64_t identifier = 0;
     UITouchPhase phase = UITouchPhase::began;
@@ -25,16 +25,16 @@ struct UITouch {
     double timestamp = 0;   ///< monotonic seconds
     double startTimestamp = 0;
     int tapCount = 1;
-    std::weak_ptr<UIView> view;  ///< the view hit at the beginning
+    std::weak_ptr<UIView> view;  ///< the view hit when the touch began
 
     CGPoint locationInView(const UIView& view) const;
 };
 
-/// A wheel or trackpad scroll. Points; positive `dy` moves the content down (towards its beginning).
+/// A scroll by wheel or trackpad, in points. Positive `dy` moves the content down, towards its beginning.
 struct UIScrollEvent {
     CGPoint location;
     CGFloat dx = 0, dy = 0;
-    bool precise = false;  ///< a trackpad's pixels rather than a wheel's notches
+    bool precise = false;  ///< true: a trackpad's pixels; false: a wheel's notches
     double timestamp = 0;
 };
 
@@ -69,7 +69,7 @@ enum UIKeyModifier : unsigned {
 
 struct UIKey {
     UIKeyCode code = UIKeyCode::other;
-    std::string characters;  ///< what the key types, UTF-8; may be empty
+    std::string characters;  ///< the text that the key types, UTF-8; may be empty
     unsigned modifiers = modifierNone;
 };
 

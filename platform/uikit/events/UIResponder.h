@@ -4,14 +4,15 @@
 
 namespace ostrel {
 
-/// Whoever can handle events. Events go to the first responder or the view hit, then along `nextResponder`.
+/// An object that handles events. Keys go to the first responder, touches to the view hit; an event that is
+/// not handled goes along the chain of `nextResponder`.
 class UIResponder {
 public:
     virtual ~UIResponder() = default;
 
     virtual UIResponder* nextResponder() const { return nullptr; }
     virtual bool canBecomeFirstResponder() const { return false; }
-    /// True when it is the first responder afterwards.
+    /// True when this object is the first responder after the call.
     virtual bool becomeFirstResponder() { return false; }
     virtual bool resignFirstResponder() { return true; }
     virtual bool isFirstResponder() const { return false; }
@@ -22,8 +23,8 @@ public:
     virtual void touchesEnded(const UITouch& touch);
     virtual void touchesCancelled(const UITouch& touch);
 
-    /// True when the key was used. The default asks the next responder. Overrides call the base class for keys they do
-    /// not use.
+    /// True when the key was used. The default asks the next responder. An override calls the base class for
+    /// keys that it does not use.
     virtual bool pressesBegan(const UIPress& press);
     virtual bool pressesEnded(const UIPress& press);
 };

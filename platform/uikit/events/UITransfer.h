@@ -8,31 +8,32 @@
 
 namespace ostrel {
 
-/// What is dragged, dropped or pasted from other programs.
+/// The items of one drag, drop or paste from another program.
 struct UITransferItems {
-    /// Files of this machine.
+    /// Files on this machine.
     std::vector<std::string> filePaths;
-    /// Whether there is a picture that is no file (a part of a screen, a picture of a web page).
+    /// Whether the items contain a picture without a file (a screenshot, a picture of a web page).
     bool hasPicture = false;
-    /// That picture, encoded; null while it is only dragged, and when it cannot be had.
+    /// The encoded bytes of that picture; null during a drag, and when the other program does not deliver
+    /// them.
     Data picture;
 
     bool isEmpty() const { return filePaths.empty() && !hasPicture; }
 };
 
-/// A view or a controller that takes what is dropped on its view. The one nearest to the pointer that can take the items
-/// gets them. Main thread.
+/// A view, or a view's owner, that accepts drops. The window asks the deepest view under the pointer and its
+/// ancestors, and gives the items to the first target that can take them. Main thread.
 class UIDropTarget {
 public:
     virtual ~UIDropTarget() = default;
-    /// Asked while items are dragged over it; `location` in the window.
+    /// Asked while items are dragged over the view; `location` in the window.
     virtual bool canTakeDrop(const UITransferItems& items, CGPoint location) = 0;
-    /// They came over it, or left it (also when they are dropped).
+    /// The dragged items came over the view, or left it. A drop also ends the hover.
     virtual void dropHoverDidChange(bool /*isInside*/) {}
     virtual void takeDrop(const UITransferItems& items, CGPoint location) = 0;
 };
 
-/// What the system's dialog for choosing files is to offer.
+/// The files that the system's dialog offers to choose from.
 struct UIFileRequest {
     std::string title;
     std::string kindName;                 ///< "Photos"

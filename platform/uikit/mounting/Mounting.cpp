@@ -37,7 +37,7 @@ double LayerRotation::angleAt(double time) const {
         runs = repeatCount;
     }
     double within = runs - std::floor(runs);
-    // A whole number of runs ends where a run ends.
+    // A whole number of runs ends with the last angle of a run, not with the first angle of the next run.
     if (within == 0 && runs >= repeatCount && runs > 0) within = 1;
     const double step = within * static_cast<double>(angles.size() - 1);
     const auto first = std::min(static_cast<std::size_t>(step), angles.size() - 2);

@@ -17,7 +17,7 @@ namespace ostrel {
 
 class PlayerEngine;
 
-/// Identifies a view for its whole life; never used twice in a process. 0: none.
+/// Identifies a view for its whole life; no tag is used twice in a process. 0: no view.
 using ViewTag = std::uint64_t;
 
 enum class UIViewContentMode { scaleToFill, scaleAspectFit, scaleAspectFill, center, left, right };
@@ -33,7 +33,7 @@ struct TextContent {
     int numberOfLines = 1;  ///< 0: as many as fit
     Vertical vertical = Vertical::center;
     CGFloat minimumScale = 1;     ///< below 1: the font shrinks down to this factor until one line fits
-    bool onlyWholeLines = false;  ///< a line that does not fit in the height wholly is not drawn
+    bool onlyWholeLines = false;  ///< leaves out a line of which a part would be cut off at the lower edge
     std::size_t selectionBegin = 0, selectionEnd = 0;  ///< bytes of `text` shown as selected; none when equal
     UIEdgeInsets insets;
     friend bool operator==(const TextContent&, const TextContent&) = default;
@@ -46,18 +46,17 @@ struct ImageContent {
     friend bool operator==(const ImageContent&, const ImageContent&) = default;
 };
 
-/// A turning wheel; the backend animates it while it is mounted and visible.
+/// A turning wheel. The backend animates the wheel while its view is mounted and visible.
 struct SpinnerContent {
     UIColor color;
     bool animating = true;
-    CGFloat progress =
-        1;  ///< 0 to 1: how much of the wheel is drawn while it does not turn (a pull under way)
+    CGFloat progress = 1;  ///< 0 to 1: how much of the wheel is drawn while it does not turn, during a pull
     friend bool operator==(const SpinnerContent&, const SpinnerContent&) = default;
 };
 
 /// Text under edit: the backend places its own editor over the view and reports changes to the window.
 struct TextInputContent {
-    std::string text;  ///< shown when `revision` is newer than the editor's last
+    std::string text;  ///< replaces the editor's text when `revision` is newer than the last one it showed
     std::uint64_t revision = 0;
     std::string placeholder;
     UIFont font;
@@ -74,16 +73,17 @@ struct TextInputContent {
     friend bool operator==(const TextInputContent&, const TextInputContent&) = default;
 };
 
-/// A light blur: what its parent shows and what stands behind it there, blurred within the view's bounds, with `veil`
-/// laid over it.
+/// A light blur of the backdrop: the parent's own content and the siblings behind this view, blurred within
+/// the view's bounds, and covered with `tint`.
 struct BlurContent {
     CGFloat radius = 0;  ///< standard deviation in points
-    UIColor veil;
+    UIColor tint;
     friend bool operator==(const BlurContent&, const BlurContent&) = default;
 };
 
-/// The frames of a player, upright, aspect-fit in the view's bounds; nothing before the first one. The engine is one
-/// that the backend's own `PlayerFactory` made. Frames are drawn only while the view is mounted and in sight.
+/// The frames of a player, upright, aspect-fit in the view's bounds; nothing before the first frame. The
+/// backend's own `PlayerFactory` has made the engine. Frames are drawn only while the view is mounted and
+/// visible.
 struct PlayerContent {
     std::shared_ptr<PlayerEngine> engine;
     friend bool operator==(const PlayerContent&, const PlayerContent&) = default;
@@ -99,15 +99,15 @@ struct LayerShadow {
     friend bool operator==(const LayerShadow&, const LayerShadow&) = default;
 };
 
-/// A view that turns about its centre by itself, on top of its transform: the backend moves it with the display's own
-/// frames while it is mounted and in sight. Immutable.
+/// An animated rotation of a view about its centre, applied after the view's transform. The backend computes
+/// the angle for each frame of the display while the view is mounted and visible. Immutable.
 struct LayerRotation {
-    std::vector<double> angles;  ///< radians, clockwise, evenly over a run; at least one
-    double duration = 0;         ///< seconds of a run; 0: stands at the first angle
+    std::vector<double> angles;  ///< radians, clockwise, at equal intervals of a run; at least one
+    double duration = 0;         ///< seconds of a run; 0: the view keeps the first angle
     double repeatCount = 1;
     double begin = 0;         ///< monotonic seconds of the first run's start
-    bool staysAtEnd = false;  ///< after the last run, at where that ended; else not turned any more
-    /// Whether it goes on moving after `time`.
+    bool staysAtEnd = false;  ///< after the last run: keeps its last angle; false: angle 0
+    /// Whether the angle still changes after `time`.
     bool isMoving(double time) const;
     double angleAt(double time) const;
 };
@@ -124,16 +124,16 @@ struct AccessibilityState {
 
 /// All that a backend shows of one view.
 struct ViewState {
-    CGRect frame;  ///< in the parent's coordinates; the parent's `boundsOrigin` is where its content begins
-    CGPoint boundsOrigin;         ///< children are shown moved by its negative (a scroll offset)
+    CGRect frame;                 ///< in the parent's content coordinates, which `boundsOrigin` offsets
+    CGPoint boundsOrigin;         ///< the scroll offset: children are drawn moved by its negative
     CGAffineTransform transform;  ///< about the centre of the frame
-    std::shared_ptr<const LayerRotation> rotation;  ///< null: does not turn
+    std::shared_ptr<const LayerRotation> rotation;  ///< null: no rotation
     double alpha = 1;
     bool hidden = false;
-    bool clipsToBounds = false;  ///< to the frame with rounded corners
+    bool clipsToBounds = false;  ///< clips children to the frame with its rounded corners
     UIColor backgroundColor;
     CGFloat cornerRadius = 0;
-    bool roundsTop = true, roundsBottom = true;  ///< which corners `cornerRadius` means
+    bool roundsTop = true, roundsBottom = true;  ///< the corners to which `cornerRadius` applies
     CGFloat borderWidth = 0;
     UIColor borderColor;
     LayerShadow shadow;
@@ -144,7 +144,7 @@ struct ViewState {
     friend bool operator==(const ViewState&, const ViewState&) = default;
 };
 
-/// Which parts of a state an update changed, so that a backend need not compare.
+/// The parts of a state that an update changed. They spare a backend the comparison.
 enum ViewStateChange : std::uint32_t {
     changedFrameOrigin = 1,
     changedFrameSize = 2,
@@ -162,9 +162,10 @@ struct Mutation {
     enum class Type { create, insert, remove, update, destroy };
     Type type;
     ViewTag tag = 0;
-    ViewTag parent = 0;         ///< insert, remove
-    std::size_t index = 0;      ///< insert, remove: among the parent's children at that step, back to front
-    std::uint32_t changes = 0;  ///< update
+    ViewTag parent = 0;  ///< insert, remove
+    /// insert, remove: the z-order among the parent's children at that step; 0 is the back
+    std::size_t index = 0;
+    std::uint32_t changes = 0;               ///< update
     std::shared_ptr<const ViewState> state;  ///< create, update: the whole new state
 
     static Mutation create(ViewTag tag, std::shared_ptr<const ViewState> state);
@@ -180,18 +181,21 @@ struct MountingTransaction {
     std::vector<Mutation> mutations;
 };
 
-/// What shows one window's views. Implemented by a backend; called on the main thread.
-/// Order within a transaction: removes and destroys of what left, creates, inserts, updates. A created view is inserted
-/// in the same transaction; the window's own view (the root, created first of all in transaction 1) has no parent. A
-/// view that is removed and inserted again within a transaction keeps its subviews.
+/// Shows the views of one window. Implemented by a backend; called on the main thread.
+///
+/// Order within a transaction: removals and destructions of the views that left, creations, insertions,
+/// updates. A created view is inserted in the same transaction. Only the window's own view has no parent: it
+/// is the root, the first view created in transaction 1. A view that is removed and inserted again within a
+/// transaction keeps its subviews.
 class MountingBackend {
 public:
     virtual ~MountingBackend() = default;
 
     virtual void mount(const MountingTransaction& transaction) = 0;
-    /// Something changed: call `UIWindow::flush` before this turn ends or with the next frame. Called once until flushed.
+    /// The window has changes: the backend calls `UIWindow::flush` before this turn ends or with the next
+    /// frame. The window calls this once between two flushes.
     virtual void setNeedsFlush() = 0;
-    /// While wanted, call `UIWindow::frame` once per refresh of the display.
+    /// While frames are wanted, the backend calls `UIWindow::frame` once per refresh of the display.
     virtual void setFramesWanted(bool wanted) = 0;
     /// The device's pixels per point.
     virtual CGFloat scale() const = 0;

@@ -19,8 +19,8 @@ std::vector<ViewTag> ViewMounter::removals(const Node& node, const std::vector<V
     std::unordered_map<ViewTag, std::size_t> position;
     for (std::size_t i = 0; i < wanted.size(); ++i) position.emplace(wanted[i], i);
 
-    // The longest run of children that already stand in the wanted order stays (patience sorting); the others leave, some
-    // of them to come back elsewhere.
+    // The longest sequence of children that are already in the wanted z-order stays (patience sorting). The
+    // other children are removed; those that are still wanted are inserted again at their new index.
     const std::size_t count = node.children.size();
     constexpr std::size_t none = static_cast<std::size_t>(-1);
     std::vector<std::size_t> wantedAt(count, none), previous(count, none), piles;
@@ -59,7 +59,8 @@ void ViewMounter::insertChildren(ViewTag parent, const std::vector<ViewTag>& wan
                                  std::vector<Mutation>& mutations) {
     Node& node = nodes_.at(parent);
     if (node.children == wanted) return;
-    // What stayed stands in the wanted order, so that one pass over both puts every other child in its gap.
+    // The children that stayed are in the wanted order, so that one pass over both lists finds every
+    // insertion index.
     std::vector<ViewTag> present = std::move(node.children);
     std::size_t next = 0;
     for (std::size_t i = 0; i < wanted.size(); ++i) {

@@ -10,8 +10,9 @@
 
 namespace ostrel {
 
-/// Knows what the backend of one window shows, and turns the wanted state of the views that changed into the mutations
-/// that lead there. Knows no views: what left may be gone already. Main thread.
+/// Keeps a copy of what the backend of one window shows, and computes the mutations that lead from there to
+/// the wanted state of the views that changed. Refers to views by tag only, because a view that left the
+/// window may have been destroyed. Main thread.
 class ViewMounter final {
 public:
     /// The wanted state of one view that changed.
@@ -28,9 +29,9 @@ public:
     /// The next transaction sends everything, as number 1.
     void reset();
 
-    /// The transaction that brings the backend to the wanted state; without mutations when it is there already.
-    /// `changes` has every view that is new in the window, and every view whose children changed; `isInWindow` tells
-    /// whether a view that has left its old parent is somewhere else in the window.
+    /// The transaction that brings the backend to the wanted state; it has no mutations when nothing differs.
+    /// `changes` holds every view that is new in the window and every view whose children changed.
+    /// `isInWindow` says whether a view that has left its old parent now has another parent in the window.
     template <class IsInWindow>
     MountingTransaction transaction(const std::vector<Change>& changes, const IsInWindow& isInWindow);
 
@@ -60,7 +61,7 @@ MountingTransaction ViewMounter::transaction(const std::vector<Change>& changes,
         const auto node = nodes_.find(change.tag);
         if (!change.children || node == nodes_.end()) continue;
         const std::vector<ViewTag> leaving = removals(node->second, *change.children);
-        // From the front, so that the indices of the others stay.
+        // From the front to the back, so that the indices of the other children stay valid.
         for (auto tag = leaving.rbegin(); tag != leaving.rend(); ++tag) {
             const auto& children = nodes_.at(change.tag).children;
             removeChild(change.tag,

@@ -112,7 +112,8 @@ void UINavigationController::layoutTop() {
     const auto& shown = topViewController()->view();
     if (!shown->superview()) content_->addSubview(shown);
     for (const auto& screen : content_->subviews()) {
-        if (screen->viewController()) screen->setFrame(screenFrame(*screen->viewController()));
+        if (auto* const owner = dynamic_cast<UIViewController*>(screen->owner()))
+            screen->setFrame(screenFrame(*owner));
     }
 }
 

@@ -15,7 +15,7 @@ namespace ostrel {
 
 UIViewController::~UIViewController() {
     if (presentation_) presentation_->abandon();
-    if (view_) view_->setViewController(nullptr);
+    if (view_) view_->setOwner(nullptr);
     for (const auto& child : std::exchange(children_, {})) {
         child->parent_ = nullptr;
         child->didMoveToParentViewController(nullptr);
@@ -39,9 +39,9 @@ void UIViewController::loadView() {
 
 void UIViewController::setView(std::shared_ptr<UIView> view) {
     assert(view);
-    if (view_) view_->setViewController(nullptr);
+    if (view_) view_->setOwner(nullptr);
     view_ = std::move(view);
-    view_->setViewController(this);
+    view_->setOwner(this);
 }
 
 void UIViewController::setTitle(std::string title) {
@@ -74,6 +74,30 @@ void UIViewController::removeFromParentViewController() {
     const auto keptAlive = *self;
     siblings.erase(self);
     didMoveToParentViewController(nullptr);
+}
+
+std::shared_ptr<UIViewController> UIWindow::rootViewController() const {
+    return std::static_pointer_cast<UIViewController>(root_);
+}
+
+void UIWindow::setRootViewController(const std::shared_ptr<UIViewController>& controller) {
+    setRootOwner(controller);
+}
+
+void UIViewController::enterWindow(UIWindow& window) {
+    const auto& view = this->view();
+    view->setFrame({{0, 0}, window.frame().size});
+    view->setAutoresizingMask(flexibleWidth | flexibleHeight);
+    beginAppearanceTransition(true, false);
+    window.insertSubview(view, 0);
+    endAppearanceTransition();
+}
+
+void UIViewController::leaveWindow() {
+    endPresentations();
+    beginAppearanceTransition(false, false);
+    if (view_) view_->removeFromSuperview();
+    endAppearanceTransition();
 }
 
 void UIViewController::viewWillTransitionToSize(CGSize size) {

@@ -3,6 +3,7 @@
 #include "platform/uikit/screens/PresentationLayout.h"
 #include "platform/uikit/screens/UIBarButtonItem.h"
 #include "platform/uikit/view/UIView.h"
+#include "platform/uikit/view/ViewOwner.h"
 
 #include <functional>
 #include <memory>
@@ -24,7 +25,7 @@ struct UIPopoverPresentation {
 
 /// Owns a screen: a view, its life on screen, and the screens presented over it. Held by the navigation controller, the
 /// window or the presenting controller. Main thread.
-class UIViewController : public UIResponder, public std::enable_shared_from_this<UIViewController> {
+class UIViewController : public ViewOwner, public std::enable_shared_from_this<UIViewController> {
 public:
     UIViewController() = default;
     ~UIViewController() override;
@@ -38,9 +39,9 @@ public:
     virtual void viewDidAppear(bool /*animated*/) {}
     virtual void viewWillDisappear(bool /*animated*/) {}
     virtual void viewDidDisappear(bool /*animated*/) {}
-    virtual void viewDidLayoutSubviews() {}
+    void viewDidLayoutSubviews() override {}
     /// The window is about to change its size; the default tells the children.
-    virtual void viewWillTransitionToSize(CGSize size);
+    void viewWillTransitionToSize(CGSize size) override;
 
     const std::string& title() const { return title_; }
     void setTitle(std::string title);
@@ -89,9 +90,10 @@ public:
     /// through `cancelOperation`).
     virtual bool isDismissableByUser() const { return true; }
     /// Escape was pressed, or a tap ended outside of the screen: the default dismisses a popover.
-    virtual bool cancelOperation();
+    bool cancelOperation() override;
 
     UIResponder* nextResponder() const override;
+    std::shared_ptr<ViewOwner> sharedOwner() override { return weak_from_this().lock(); }
 
 protected:
     enum class Appearance { disappeared, appearing, appeared, disappearing };
@@ -101,8 +103,9 @@ protected:
     virtual PresentationKind presentationKind() const;
 
 private:
-    friend class UIWindow;
     friend class PresentationController;
+    void enterWindow(UIWindow& window) override;
+    void leaveWindow() override;
     /// Takes down at once what this screen and its children present, for it leaves its window.
     void endPresentations();
     void forwardAppearance(const std::function<void(UIViewController&)>& call);

@@ -114,7 +114,7 @@ void ContextMenu::build(CGPoint point, const CGRect& bounds) {
 void ContextMenu::setFrame(const CGRect& newFrame) {
     const CGSize old = frame().size;
     UIView::setFrame(newFrame);
-    // What the menu was opened at is somewhere else now.
+    // A resized window has moved the view at which the menu was opened.
     if (isOpen_ && frame().size != old) close();
 }
 
@@ -161,7 +161,7 @@ bool ContextMenu::pressesBegan(const UIPress& press) {
     case UIKeyCode::tab: close(); break;
     default: break;
     }
-    // Keys mean the menu and nothing below it.
+    // The open menu uses every key, so that no view behind it gets one.
     return true;
 }
 

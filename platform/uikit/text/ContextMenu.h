@@ -8,8 +8,9 @@
 
 namespace ostrel {
 
-/// A small panel of actions at a point of a window, over everything else. Up, Down, Home and End move in it, Return and
-/// Space run an action, Escape, a press beside it and a resized window close it. At most one is open in a window.
+/// A small panel of actions at a point of a window, in front of all other views. Up, Down, Home and End move
+/// the highlight, Return and Space run an action; Escape, a press beside the panel and a resize of the window
+/// close it. A window has at most one open menu.
 class ContextMenu final : public UIView {
 public:
     struct Item {
@@ -17,18 +18,19 @@ public:
         bool isDestructive = false;
         std::function<void()> action;
     };
-    enum class Highlight { none, first };  ///< first: opened by a key
+    enum class Highlight { none, first };  ///< first: for a menu that a key has opened
 
-    /// Opens a menu near `point` (in the window), inside of the window; null without items.
+    /// Opens a menu near `point` (in the window), within the window's bounds; null without items.
     static std::shared_ptr<ContextMenu> show(UIWindow& window, CGPoint point, std::vector<Item> items,
                                              Highlight highlight = Highlight::none);
-    /// The upper left corner of a panel of `size` opened at `point`: below and to the right where there is room.
+    /// The upper left corner of a panel of `size` opened at `point`: below and to the right of the point
+    /// where there is room.
     static CGPoint panelOrigin(CGPoint point, CGSize size, CGRect bounds);
 
     explicit ContextMenu(std::vector<Item> items) : items_(std::move(items)) {}
     ~ContextMenu() override;
 
-    /// Once; a second call does nothing.
+    /// A second call does nothing.
     void close();
     const std::shared_ptr<UIView>& panel() const { return panel_; }
     std::optional<std::size_t> highlightedItem() const { return highlighted_; }
@@ -39,7 +41,8 @@ public:
     void touchesMoved(const UITouch&) override {}
     void touchesEnded(const UITouch&) override {}
     void touchesCancelled(const UITouch&) override {}
-    bool scrollBy(const UIScrollEvent&) override { return true; }  // nothing scrolls below an open menu
+    /// Uses every scroll, so that no view behind an open menu scrolls.
+    bool scrollBy(const UIScrollEvent&) override { return true; }
     void setFrame(const CGRect& frame) override;
 
 private:

@@ -14,7 +14,7 @@ bool isLetterOrDigit(unsigned char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-/// The offset of every character of UTF-8 text, and its end.
+/// The byte offset of every character of a UTF-8 text, and the end of the text.
 std::vector<std::size_t> characterStarts(std::string_view text) {
     std::vector<std::size_t> starts;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -48,7 +48,7 @@ std::string mailAddress(std::string_view body) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::string address = "mailto:?body=";
     for (const unsigned char c : body) {
-        // All but the unreserved characters of RFC 3986, section 2.3.
+        // The unreserved characters of RFC 3986, section 2.3, stay; others are percent-encoded.
         if (isLetterOrDigit(c) || c == '-' || c == '.' || c == '_' || c == '~') {
             address += static_cast<char>(c);
         } else {

@@ -15,7 +15,7 @@ namespace ostrel {
 
 namespace {
 
-constexpr CGFloat dragThreshold = 3;  // a pointer that moves less only presses
+constexpr CGFloat dragThreshold = 3;  // points; a pointer that moves less does not drag
 
 enum class Kind { blank, letter, alone };
 
@@ -24,7 +24,7 @@ bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0
 Kind kindAt(std::string_view text, std::size_t place) {
     const auto lead = static_cast<unsigned char>(text[place]);
     if (lead == ' ' || lead == '\t') return Kind::blank;
-    // From U+2000 on: marks and the scripts that set no blanks between words.
+    // From U+2000 on: punctuation marks, and scripts that have no blanks between words.
     if (lead >= 0xE2) return Kind::alone;
     const bool isLetter = lead >= 0x80 || (lead >= '0' && lead <= '9') || (lead >= 'A' && lead <= 'Z') ||
                           (lead >= 'a' && lead <= 'z') || lead == '_' || lead == '\'';
@@ -128,7 +128,7 @@ bool TextSelection::touchBegan(const UITouch& touch) {
     if (touch.type != UITouchType::pointer) return false;
     unit_ = touch.tapCount < 2 ? Unit::character : touch.tapCount == 2 ? Unit::word : Unit::paragraph;
     std::tie(anchorBegin_, anchorEnd_) = unitAt(touch.location);
-    // From now on the keys are for this text, though nothing of it is selected yet.
+    // From now on Command+A selects this text, though the selection is still empty.
     if (UIWindow* const window = view_.window()) window->setTextSelection(shared_from_this());
     select(anchorBegin_, anchorEnd_);
     return unit_ != Unit::character;

@@ -8,7 +8,7 @@ UILabel::UILabel(CGRect frame) : UIView(frame) { setUserInteractionEnabled(false
 
 void UILabel::contentDidChange() {
     setNeedsDisplay();
-    // Whoever lays the label out by the size of its text has to do it again.
+    // The superview may lay the label out by the size of its text.
     if (superview()) superview()->setNeedsLayout();
 }
 

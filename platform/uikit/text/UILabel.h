@@ -8,7 +8,7 @@ namespace ostrel {
 /// Read-only text of one or more lines.
 class UILabel : public UIView {
 public:
-    /// Takes no touches unless it is told so.
+    /// User interaction is disabled by default.
     explicit UILabel(CGRect frame = {});
 
     const std::string& text() const { return content_.text; }
@@ -20,13 +20,14 @@ public:
     NSTextAlignment textAlignment() const { return content_.alignment; }
     void setTextAlignment(NSTextAlignment alignment);
     int numberOfLines() const { return content_.numberOfLines; }
-    /// 0: as many as fit.
+    /// 0: as many lines as fit.
     void setNumberOfLines(int lines);
     void setLineBreakMode(NSLineBreakMode mode);
     /// Shrinks the font, down to `minimumScale` of its size, until the text fits the width on one line.
     void setAdjustsFontSizeToFitWidth(bool adjusts, CGFloat minimumScale = 0.5);
-    /// Whether parts of the text can be selected and copied (see TextSelection). Such a label takes touches; those it has
-    /// no use for are its superview's. `byPress` is false where a long press means something else.
+    /// Whether parts of the text can be selected and copied (see TextSelection). A selectable label takes
+    /// touches; its superview gets those that the selection does not use. `byPress` is false where the
+    /// superview handles long presses.
     void setSelectable(bool selectable, bool byPress = true);
     bool isSelectable() const { return selectable_; }
     CGSize sizeThatFits(CGSize size) const override;
@@ -38,7 +39,7 @@ protected:
 
 private:
     void contentDidChange();
-    std::shared_ptr<TextSelection> selection_;  ///< made when the label first is selectable
+    std::shared_ptr<TextSelection> selection_;  ///< null until the label first becomes selectable
     bool selectable_ = false;
     TextContent content_{.color = UIColor::label()};
 };

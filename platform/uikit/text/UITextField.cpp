@@ -85,7 +85,8 @@ void UITextField::firstResponderDidChange(bool isFirst) {
 }
 
 void UITextField::focusDidChange(bool focused, bool byKeyboard) {
-    // The caret shows where the focus is; only the ring of the keyboard's way here is added.
+    // Touch needs no focus ring here, because the caret shows the focus; the keyboard's ring is drawn as for
+    // any control.
     UIControl::focusDidChange(focused, byKeyboard);
     if (focused) {
         becomeFirstResponder();
@@ -105,7 +106,7 @@ bool UITextField::pressesBegan(const UIPress& press) {
         if (!press.isRepeat) editorReturn();
         return true;
     }
-    // Past UIControl: a blank is text here, not a press.
+    // Not UIControl's implementation, for which a blank is a press: here it is text.
     return UIView::pressesBegan(press);
 }
 
@@ -114,7 +115,7 @@ void UITextField::editorTextChanged(const std::string& text) {
     std::string accepted = text;
     if (content_.maximumLength) accepted.resize(prefixOfUtf16Length(text, content_.maximumLength).size());
     if (accepted != content_.text && !mayChangeTo(accepted)) accepted = content_.text;
-    // The editor shows other than what is accepted: it has to be told.
+    // The editor shows a text that was not accepted: a new revision replaces it.
     if (accepted != text) {
         ++content_.revision;
         contentDidChange();
@@ -125,7 +126,7 @@ void UITextField::editorTextChanged(const std::string& text) {
     sendActions(UIControlEvent::editingChanged);
 }
 
-/// Asks the delegate, for whom the change is the one stretch in which the texts differ.
+/// Asks the delegate. The range it is told of is the shortest one outside of which both texts are equal.
 bool UITextField::mayChangeTo(const std::string& text) {
     const auto delegate = delegate_.lock();
     if (!delegate) return true;

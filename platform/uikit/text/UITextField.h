@@ -12,18 +12,18 @@ public:
     virtual ~UITextFieldDelegate() = default;
     virtual void textFieldDidBeginEditing(UITextField&) {}
     virtual void textFieldDidEndEditing(UITextField&) {}
-    /// Return was pressed; true: the field does what it does with one.
+    /// Return was pressed; true: the field handles the key as it does without a delegate.
     virtual bool textFieldShouldReturn(UITextField&) { return true; }
-    /// The user wants `range` (UTF-16 units) of the field's text replaced; false leaves the text as it is.
+    /// The user replaces `range` (UTF-16 units) of the field's text; false rejects the change.
     virtual bool textFieldShouldChangeCharactersInRangeReplacementString(UITextField&, NSRange /*range*/,
                                                                          const std::string& /*replacement*/) {
         return true;
     }
 };
 
-/// One line of text under edit. The backend's own editor does the editing; this holds what it reports. Sends
-/// editingChanged, editingDidBegin, editingDidEnd, and editingDidEndOnExit for Return; a Return that nobody is a target
-/// of, and that no delegate has taken, goes up the responder chain as a key.
+/// One line of text under edit. The backend's own editor does the editing; the field holds the text that the
+/// editor reports. Sends editingChanged, editingDidBegin, editingDidEnd, and editingDidEndOnExit for Return.
+/// A Return without a target, which the delegate has not rejected, goes up the responder chain as a key.
 class UITextField : public UIControl, public TextInputClient {
 public:
     explicit UITextField(CGRect frame = {});
@@ -43,9 +43,9 @@ public:
     void setSecureTextEntry(bool secure);
     bool isSecureTextEntry() const { return content_.secure; }
     void setTextAlignment(NSTextAlignment alignment);
-    /// UTF-16 units; 0: no limit.
+    /// In UTF-16 units; 0: no limit.
     void setMaximumLength(std::size_t length);
-    /// Space between the frame and the text, points (default 0).
+    /// Space between the frame and the text, in points (default 0).
     void setTextInsets(UIEdgeInsets insets);
     void setEnabled(bool enabled) override;
 

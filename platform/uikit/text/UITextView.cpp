@@ -139,7 +139,7 @@ void UITextView::firstResponderDidChange(bool isFirst) {
     if (!delegate) return;
     if (isFirst) {
         delegate->textViewDidBeginEditing(*this);
-        // The caret has come.
+        // The editor now shows a caret.
         if (editing_) delegate->textViewDidChangeSelection(*this);
     } else {
         delegate->textViewDidEndEditing(*this);
@@ -151,7 +151,8 @@ void UITextView::focusDidChange(bool focused, bool byKeyboard) {
     editorFocusChanged(focused);
 }
 
-// A touch on text under edit is the editor's; on text at rest it is that of whatever the text stands on.
+// Touches on text under edit belong to the editor; those on text at rest, to the selection and then to the
+// superview.
 
 void UITextView::touchesBegan(const UITouch& touch) {
     if (canBecomeFirstResponder()) return;
@@ -185,7 +186,7 @@ void UITextView::editorTextChanged(const std::string& text) {
     if (!canBecomeFirstResponder()) return;
     std::string accepted = text;
     if (maximumLength_) accepted.resize(prefixOfUtf16Length(text, maximumLength_).size());
-    // The editor shows more than is accepted: it has to be told.
+    // The editor shows a text longer than the accepted one: a new revision replaces it.
     if (accepted.size() != text.size()) {
         ++revision_;
         contentDidChange();
@@ -210,7 +211,7 @@ bool UITextView::canBeSelected() const {
 }
 
 UIEdgeInsets UITextView::textInsets() const {
-    // A content inset moves the text and leaves the width it is laid out in.
+    // A content inset moves the text without changing the width in which it is laid out.
     UIEdgeInsets insets = textContainerInset();
     insets.top += contentInset_.top;
     insets.left += contentInset_.left;

@@ -18,27 +18,28 @@ public:
     virtual void textViewDidBeginEditing(UITextView&) {}
     virtual void textViewDidChange(UITextView&) {}
     virtual void textViewDidEndEditing(UITextView&) {}
-    /// The caret or the selection moved, also by typing (then after `textViewDidChange`).
+    /// The caret or the selection moved; when typing moves it, this is called after `textViewDidChange`.
     virtual void textViewDidChangeSelection(UITextView&) {}
 };
 
-/// Posted, without an object, whenever the user changed the text of any text view.
+/// Posted without an object whenever the user has changed the text of a text view.
 inline constexpr const char* UITextViewTextDidChangeNotification = "UITextViewTextDidChangeNotification";
 
-/// Text of many lines. While it is editable and takes touches, the backend's editor edits (and scrolls) it; else it is
-/// text at rest: as wide as the view less `textContainerInset`, lines that do not fit the height are not drawn. Of text
-/// at rest that is selectable and takes touches parts can be selected and copied (see TextSelection).
+/// Text of many lines. While the view is editable and takes touches, the backend's editor edits and scrolls
+/// the text. Otherwise the text is at rest: it is as wide as the view less `textContainerInset`, and lines
+/// that do not fit into the height are not drawn. In a selectable view that takes touches, parts of a text at
+/// rest can be selected and copied (see TextSelection).
 class UITextView : public UIView, public TextInputClient {
 public:
     explicit UITextView(CGRect frame = {});
 
     const std::string& text() const { return content_.text; }
-    /// By the program: tells neither delegate nor observers.
+    /// A change by the program: neither the delegate nor observers are told.
     void setText(std::string text);
     void setTextViewDelegate(std::weak_ptr<UITextViewDelegate> delegate) { delegate_ = std::move(delegate); }
-    /// Shown while an editable view is empty.
+    /// The text shown while an editable view is empty.
     void setPlaceholder(std::string placeholder);
-    /// UTF-16 units; 0: no limit.
+    /// In UTF-16 units; 0: no limit.
     void setMaximumLength(std::size_t length);
     const UIFont& font() const { return content_.font; }
     void setFont(UIFont font);
@@ -48,24 +49,25 @@ public:
     void setEditable(bool editable);
     bool isSelectable() const { return selectable_; }
     void setSelectable(bool selectable);
-    /// What is selected of text at rest; null while it never could be.
+    /// The selection of a text at rest; null until text of this view first could be selected.
     const std::shared_ptr<TextSelection>& selection() const { return selection_; }
     bool isScrollEnabled() const { return scrollEnabled_; }
     void setScrollEnabled(bool enabled) { scrollEnabled_ = enabled; }
     UIReturnKeyType returnKeyType() const { return returnKey_; }
     void setReturnKeyType(UIReturnKeyType type);
-    /// The whole text's, with its insets: as the editor has laid it out while the text is under edit, else measured.
+    /// The size of the whole text with its insets: as the editor reports it while the text is under edit,
+    /// else measured.
     CGSize contentSize() const;
-    /// What is selected of text under edit, or where its caret stands; UTF-16 units.
+    /// The selection of text under edit, or the position of its caret, in UTF-16 units.
     NSRange selectedRange() const { return selectedRange_; }
     void setShowsVerticalScrollIndicator(bool shows) { showsIndicator_ = shows; }
     void setLineBreakMode(NSLineBreakMode mode);
-    /// Space between the frame and the text, points. Unless set: none around text at rest, `editableInset` around text
-    /// that can be edited.
+    /// Space between the frame and the text, in points. Default: none around text at rest, `editableInset`
+    /// around text that can be edited.
     UIEdgeInsets textContainerInset() const;
     void setTextContainerInset(UIEdgeInsets insets);
     static constexpr UIEdgeInsets editableInset{8, 5, 8, 5};
-    /// Moves the text without changing the width it is laid out in.
+    /// Moves the text without changing the width in which it is laid out.
     void setContentInset(UIEdgeInsets insets);
     UIEdgeInsets contentInset() const { return contentInset_; }
     CGSize sizeThatFits(CGSize size) const override;
@@ -96,7 +98,7 @@ private:
     std::size_t maximumLength_ = 0;
     UIReturnKeyType returnKey_ = UIReturnKeyType::standard;
     NSRange selectedRange_;
-    std::optional<CGFloat> editedHeight_;  ///< of the text as the editor shows it; absent: not known
+    std::optional<CGFloat> editedHeight_;  ///< the text's height in the editor; absent: not known
     bool editing_ = false;
     TextContent content_{.color = UIColor::label(),
                          .lineBreakMode = NSLineBreakMode::byWordWrapping,
@@ -105,7 +107,7 @@ private:
                          .onlyWholeLines = true};
     UIEdgeInsets contentInset_;
     std::optional<UIEdgeInsets> containerInset_;
-    std::shared_ptr<TextSelection> selection_;  ///< made when the text first can be selected
+    std::shared_ptr<TextSelection> selection_;  ///< null until the text first can be selected
     bool editable_ = true, selectable_ = true, scrollEnabled_ = true, showsIndicator_ = true;
 };
 

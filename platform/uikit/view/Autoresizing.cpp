@@ -21,7 +21,7 @@ Span autoresizedSpan(Span span, bool nearFlexible, bool lengthFlexible, bool far
     const CGFloat sum = nearPart + lengthPart + farPart;
     const auto share = [&](bool flexible, CGFloat part) {
         if (!flexible) return 0.0;
-        // With one flexible part its length does not matter, not even one below 0.
+        // A single flexible part takes the whole difference, whatever its length, even when that is below 0.
         if (flexibleParts == 1 || sum <= 0) return difference / flexibleParts;
         return difference * part / sum;
     };

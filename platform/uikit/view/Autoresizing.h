@@ -4,10 +4,10 @@
 
 namespace ostrel {
 
-/// The frame that springs and struts give a subview `frame` with `mask` (UIViewAutoresizing) when its superview's size
-/// goes from `oldSize` to `newSize`. Along each axis the difference is shared by the flexible parts in proportion to
-/// their lengths, equally when none has a length; without a flexible part the near margin and the length stay. Lengths
-/// do not go below 0.
+/// The new frame of a subview with `frame` and `mask` (UIViewAutoresizing) when its superview's size changes
+/// from `oldSize` to `newSize`. Along each axis the flexible parts share the difference in proportion to
+/// their lengths, or equally when all of these lengths are 0. Without a flexible part the left or top margin
+/// and the length stay. Lengths are at least 0.
 CGRect autoresizedFrame(const CGRect& frame, unsigned mask, CGSize oldSize, CGSize newSize);
 
 }  // namespace ostrel

@@ -8,18 +8,20 @@ namespace ostrel {
 
 enum class CAMediaTimingFillMode { removed, forwards };
 
-/// Moves one property of a layer through `values`, evenly over `duration`; a value, copied where it is added
-/// (`UIView::addAnimationForKey`). What the view itself holds stays as it is. The one key path known is
-/// "transform.rotation": radians, clockwise on screen, about the centre of the view, on top of its transform.
+/// Animates one property of a layer through `values`, at equal intervals of `duration`.
+/// `UIView::addAnimationForKey` copies the animation; the view's own properties do not change. The only
+/// supported key path is "transform.rotation": radians, clockwise on screen, about the centre of the view,
+/// applied after its transform.
 struct CAKeyframeAnimation {
     /// A repeat count that does not end by itself.
     static constexpr double withoutEnd = std::numeric_limits<float>::max();
 
     std::string keyPath;
     std::vector<double> values;
-    double duration = 0.25;  ///< seconds of one run; not above 0: the values are taken as one that stands
-    double repeatCount = 1;  ///< runs, also parts of one
-    /// At its end the animation leaves the view; else it stays, and shows as `fillMode` says.
+    double duration = 0.25;  ///< seconds of one run; 0 or less: the view keeps the first value
+    double repeatCount = 1;  ///< number of runs; may be fractional
+    /// Whether the view removes the animation after the last run. Otherwise `fillMode` says what is shown
+    /// then.
     bool removedOnCompletion = true;
     CAMediaTimingFillMode fillMode = CAMediaTimingFillMode::removed;
 };

@@ -8,8 +8,9 @@ namespace ostrel {
 
 class UIView;
 
-/// "This view's height relates to that view's height": what rows size themselves by. The only kind the platform has.
-/// height = (or >=) multiplier * item's height + constant, in points.
+/// Relates the height of one view to the height of another; rows compute their height from such constraints.
+/// The platform has no other kind of constraint. height = (or >=) multiplier * item's height + constant, in
+/// points.
 struct NSLayoutConstraint {
     enum class Relation { equal, greaterThanOrEqual };
     Relation relation = Relation::equal;

@@ -5,7 +5,7 @@ namespace ostrel {
 namespace {
 
 constexpr CGFloat rubberStiffness = 0.55;
-constexpr CGFloat restVelocity = 12;     // points a second below which a fling is over
+constexpr CGFloat restVelocity = 12;     // points a second; a slower fling ends
 constexpr CGFloat bounceFrequency = 13;  // radians a second of the critically damped spring
 constexpr double followTime = 0.05;      // seconds in which the wheel's distance shrinks by 1/e
 
@@ -90,7 +90,7 @@ bool ScrollMotion::step(double seconds, CGFloat lower, CGFloat upper) {
     case Kind::gliding: {
         elapsed_ += seconds;
         const double t = duration_ > 0 ? elapsed_ / duration_ : 1;
-        // The frame's clock adds up rounded steps.
+        // The sum of the frames' steps has rounding errors.
         if (t > 1 - 1e-9) return end(target_);
         const CGFloat before = position_;
         position_ = from_ + (target_ - from_) * t * t * (3 - 2 * t);
@@ -108,7 +108,7 @@ bool ScrollMotion::step(double seconds, CGFloat lower, CGFloat upper) {
 }
 
 bool ScrollMotion::decelerate(double seconds, CGFloat lower, CGFloat upper) {
-    // The integral of v e^(kt), so that the way does not depend on the number of frames.
+    // The integral of v e^(kt), so that the distance does not depend on the number of frames.
     const CGFloat k = 1000 * std::log(decelerationRate);
     const CGFloat after = velocity_ * std::exp(k * seconds);
     position_ += (after - velocity_) / k;
@@ -130,7 +130,7 @@ bool ScrollMotion::bounce(double seconds, CGFloat lower, CGFloat upper) {
     velocity_ = (velocity_ - bounceFrequency * slope * seconds) * decay;
     position_ = limit + next;
     if (distance * next < 0 && std::abs(velocity_) > 50 && position_ > lower && position_ < upper) {
-        // Thrown back into the content.
+        // The bounce ends at a limit with a velocity towards the content: it continues as a fling.
         kind_ = Kind::decelerating;
         return true;
     }

@@ -4,22 +4,22 @@
 
 namespace ostrel {
 
-/// How an offset moves by itself along one axis: after a fling, back from beyond the ends, to where the program or a key
-/// sends it, after a wheel. Pure arithmetic of time; points and seconds.
+/// The motion of a scroll offset along one axis without a finger: after a fling, back from beyond the limits,
+/// to the goal of the program or of a key, after a wheel's notch. Pure arithmetic; points and seconds.
 class ScrollMotion final {
 public:
     enum class Kind { rest, decelerating, bouncing, gliding, following };
-    /// What a glide or the wheel is bound for: a fixed offset, or one of the limits, which may move meanwhile.
+    /// The goal of a glide or of the wheel: a fixed offset, or a limit, which may change during the motion.
     enum class Goal { asGiven, withinLimits, lowerLimit, upperLimit };
 
-    /// The share of the velocity that a millisecond leaves.
+    /// The factor by which the velocity shrinks in a millisecond.
     static constexpr CGFloat decelerationRate = 0.998;
     static constexpr CGFloat maximumVelocity = 12'000;
 
-    /// Where a finger that has dragged to `offset` leaves the content: beyond the limits it follows less and less, never by
-    /// more than a viewport.
+    /// The offset at which the content is shown while a finger has dragged it to `offset`: beyond the limits
+    /// the content follows less and less, and never by more than a viewport.
     static CGFloat rubberBanded(CGFloat offset, CGFloat lower, CGFloat upper, CGFloat viewport);
-    /// The inverse.
+    /// The inverse of `rubberBanded`.
     static CGFloat unbanded(CGFloat shown, CGFloat lower, CGFloat upper, CGFloat viewport);
 
     Kind kind() const { return kind_; }
@@ -28,14 +28,15 @@ public:
     CGFloat target() const { return target_; }
 
     void stop();
-    /// Lets go of the content at `position`; bounces when that lies outside of the limits.
+    /// The finger leaves the content at `position` with `velocity`. Outside of the limits the content bounces
+    /// back.
     void fling(CGFloat position, CGFloat velocity, CGFloat lower, CGFloat upper);
     void glide(CGFloat from, CGFloat to, double duration, Goal goal);
-    /// Goes to `to` soon, quickly at first; called again with every notch of a wheel.
+    /// Approaches `to` exponentially. Called again with every notch of a wheel.
     void follow(CGFloat from, CGFloat to);
-    /// The content moved by `distance` under the motion, which goes on in it.
+    /// The content was shifted by `distance`; the motion continues relative to the content.
     void shift(CGFloat distance);
-    /// Moves on by `seconds`. False when it has come to rest, then at its exact end.
+    /// Advances the motion by `seconds`. False when the motion has ended, at its exact goal.
     bool step(double seconds, CGFloat lower, CGFloat upper);
 
 private:

@@ -46,7 +46,7 @@ bool UIControl::hasTarget(UIControlEvent event) const {
 }
 
 void UIControl::sendActions(UIControlEvent event) {
-    // An action may change the targets, or end the control's life.
+    // An action may change the targets or release the control.
     const auto targets = targets_;
     for (const auto& [kind, action] : targets) {
         if (kind == event && action) action();
@@ -94,7 +94,7 @@ bool UIControl::pressesBegan(const UIPress& press) {
         (press.key.modifiers & others)) {
         return UIView::pressesBegan(press);
     }
-    // A key held down presses once.
+    // A key that is held down presses only once.
     if (!press.isRepeat) sendActions(UIControlEvent::touchUpInside);
     return true;
 }

@@ -22,7 +22,7 @@ enum class UIControlState { normal, highlighted, disabled, selected };
 /// A view that reports events to its targets. Return and the space bar press the focused control.
 class UIControl : public UIView {
 public:
-    /// A finger may leave the control by this much (points) and still press it, as fingers are wide.
+    /// Points by which a finger may leave the control and still press it, because fingers are wide.
     static constexpr CGFloat touchSlop = 24;
 
     using UIView::UIView;
@@ -33,10 +33,10 @@ public:
     virtual void setSelected(bool selected);
     bool isHighlighted() const { return highlighted_; }
     virtual void setHighlighted(bool highlighted);
-    /// The first that holds of disabled, highlighted, selected, normal.
+    /// The first state of disabled, highlighted, selected, normal that applies.
     UIControlState controlState() const;
 
-    /// Runs `action` for each `event`, in the order added.
+    /// Runs `action` for each `event`; several actions run in the order in which they were added.
     void addTarget(std::function<void()> action, UIControlEvent event);
     void removeAllTargets() { targets_.clear(); }
     void sendActions(UIControlEvent event);
@@ -50,7 +50,8 @@ public:
     bool pressesBegan(const UIPress& press) override;
 
 protected:
-    /// The look may depend on the state; the default marks the view for display.
+    /// Called when the state has changed. The default marks the view for display, because its look may depend
+    /// on the state.
     virtual void controlStateDidChange() { setNeedsDisplay(); }
 
 private:

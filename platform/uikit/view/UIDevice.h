@@ -25,7 +25,7 @@ private:
     UIUserInterfaceIdiom idiom_ = UIUserInterfaceIdiom::phone;
 };
 
-/// The screen of the first window; its bounds are that window's while there is no other information.
+/// The screen of the first window. Its bounds are those of that window.
 class UIScreen final {
 public:
     static UIScreen& mainScreen();
@@ -49,18 +49,21 @@ public:
     UIWindow* firstWindow() const { return windows_.empty() ? nullptr : windows_.front(); }
     const std::vector<UIWindow*>& windows() const { return windows_; }
 
-    /// Opens an address (http, https, mailto) in the system's program for it; set by the backend. Absent: does nothing.
+    /// Opens an address (http, https, mailto) in the system's program for it; set by the backend. Absent:
+    /// does nothing.
     std::function<bool(const std::string& url)> openURL;
     /// Puts text on the system's clipboard; set by the backend.
     std::function<void(const std::string& text)> setPasteboardText;
-    /// What is on the system's clipboard; `handler` runs once, on the main thread. Set by the backend; absent: nothing.
+    /// Reads the system's clipboard; `handler` runs once, on the main thread. Set by the backend; absent: no
+    /// clipboard.
     std::function<void(std::function<void(UITransferItems)> handler)> readPasteboard;
-    /// Lets the user choose a file in the system's dialog, over `window`; `handler` runs once, on the main thread, with
-    /// the paths chosen, none when it was cancelled. Set by the backend; absent: there is no such dialog.
+    /// Lets the user choose a file in the system's dialog, over `window`; `handler` runs once, on the main
+    /// thread, with the paths chosen, none when it was cancelled. Set by the backend; absent: there is no
+    /// such dialog.
     std::function<void(UIWindow* window, const UIFileRequest& request,
                        std::function<void(std::vector<std::string> paths)> handler)>
         chooseFiles;
-    /// Says `text` to a screen reader; set by the backend.
+    /// Has a screen reader announce `text`; set by the backend.
     std::function<void(const std::string& text)> announce;
 
 private:

@@ -82,7 +82,7 @@ UILongPressGestureRecognizer::~UILongPressGestureRecognizer() {
 void UILongPressGestureRecognizer::touchesBegan(const UITouch& touch) {
     location_ = touch.location;
     if (!isPrimary(touch)) return setState(UIGestureRecognizerState::failed);
-    // At once, so that it has the touch before anybody else does anything with it.
+    // At once, so that this recogniser wins the touch before another recogniser or the view handles it.
     if (!(minimumPressDuration > 0)) return setState(UIGestureRecognizerState::began);
     timer_ = RunLoop::main().performAfter(minimumPressDuration, [this, alive = alive_] {
         if (!*alive) return;
@@ -153,7 +153,7 @@ void UIPanGestureRecognizer::touchesMoved(const UITouch& touch) {
     const CGFloat across = axis == Axis::any ? 0 : std::abs(axis == Axis::horizontal ? dy : dx);
     const bool isOnAxis = axis == Axis::any || crosses == (axis == Axis::horizontal);
     if (along >= threshold && isOnAxis) {
-        // What is dragged does not jump by the step that began the drag.
+        // The translation starts at 0: the dragged content must not jump by the step that began the drag.
         const CGFloat length = std::hypot(dx, dy);
         const CGPoint step = axis == Axis::any ? CGPoint{dx / length * threshold, dy / length * threshold}
                              : axis == Axis::horizontal ? CGPoint{std::copysign(threshold, dx), 0}

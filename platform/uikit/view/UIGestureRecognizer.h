@@ -10,10 +10,11 @@ namespace ostrel {
 
 enum class UIGestureRecognizerState { possible, began, changed, ended, cancelled, failed };
 
-/// Watches the touches of a view and its subviews for one gesture at a time. For each touch the recognisers of the view
-/// hit and of its ancestors are told before the view, the deepest first. The first that begins (a tap: ends) has the
-/// touch: the view gets `touchesCancelled` once, the other recognisers fail. Taps above an enabled control under the
-/// finger do not count: the control has them. Main thread.
+/// Watches the touches of a view and its subviews for one gesture at a time. The window tells each touch to
+/// the recognisers of the view hit and of its ancestors, the deepest first, and then to the view. The first
+/// recogniser that begins (a tap: ends) wins the touch: the view gets `touchesCancelled` once, the other
+/// recognisers fail. A tap recogniser of an ancestor of an enabled control does not see the control's
+/// touches. Main thread.
 class UIGestureRecognizer : public std::enable_shared_from_this<UIGestureRecognizer> {
 public:
     using Action = std::function<void(UIGestureRecognizer&)>;
@@ -25,10 +26,10 @@ public:
     bool isEnabled() const { return enabled_; }
     void setEnabled(bool enabled);
     CGPoint locationInView(const UIView* view) const;
-    /// Asked before the gesture begins; false makes it fail for this touch.
+    /// Asked before the gesture begins; false makes the gesture fail for this touch.
     std::function<bool(UIGestureRecognizer&)> shouldBegin;
 
-    // Called by the window. One that failed for a touch is told no more of it.
+    // Called by the window. A recogniser that failed for a touch gets no more calls for it.
     virtual void touchesBegan(const UITouch& touch) = 0;
     virtual void touchesMoved(const UITouch& touch) = 0;
     virtual void touchesEnded(const UITouch& touch) = 0;
@@ -38,7 +39,7 @@ public:
 protected:
     /// Moves to `state` and runs the action for began, changed, ended and cancelled.
     void setState(UIGestureRecognizerState state);
-    /// Whether `touch` is one that gestures are made of: a finger or the primary button.
+    /// Whether gestures consider `touch`: a finger or the primary button.
     static bool isPrimary(const UITouch& touch) { return touch.button == UIButtonMask::primary; }
     CGPoint location_;  ///< in the window
 
@@ -51,7 +52,7 @@ private:
     Action action_;
 };
 
-/// A finger or pointer that goes up where it went down: within 10 points, without a gesture beginning meanwhile.
+/// A finger or pointer that goes up within 10 points of where it went down, before another gesture has begun.
 class UITapGestureRecognizer final : public UIGestureRecognizer {
 public:
     using UIGestureRecognizer::UIGestureRecognizer;
@@ -61,7 +62,8 @@ public:
     void touchesEnded(const UITouch& touch) override;
 };
 
-/// Begins after `minimumPressDuration` seconds (0.5) within `allowableMovement` points (10); changed while it moves.
+/// Begins when a touch has stayed within `allowableMovement` points (10) for `minimumPressDuration` seconds
+/// (0.5). Reports `changed` when the touch moves after that.
 class UILongPressGestureRecognizer final : public UIGestureRecognizer {
 public:
     using UIGestureRecognizer::UIGestureRecognizer;
@@ -86,13 +88,13 @@ public:
     using UIGestureRecognizer::UIGestureRecognizer;
     Axis axis = Axis::any;
     CGFloat threshold = 8;
-    /// Only touches that start this near to the left edge of the view count; 0: all.
+    /// Only touches that begin within this distance of the view's left edge count, in points; 0: all touches.
     CGFloat edgeWidth = 0;
     bool allowsPointer = true;  ///< whether a pressed mouse drags like a finger
 
-    /// Since the touch began, less the threshold's step, points.
+    /// Points since the touch began, less the threshold.
     CGPoint translation() const { return translation_; }
-    /// Points a second over the last 0.1 seconds.
+    /// Points a second, averaged over the last 0.1 seconds.
     CGPoint velocity() const { return velocity_; }
     void touchesBegan(const UITouch& touch) override;
     void touchesMoved(const UITouch& touch) override;

@@ -9,8 +9,8 @@ namespace ostrel {
 
 namespace {
 
-constexpr CGFloat flingVelocity = 50;   // points a second from which letting go flings
-constexpr CGFloat flyingVelocity = 60;  // from which a touch only stops the content
+constexpr CGFloat flingVelocity = 50;   // points a second; a faster release flings the content
+constexpr CGFloat flyingVelocity = 60;  // points a second; above it a touch only stops the content
 constexpr double glideDuration = 0.3;
 constexpr double longestStep = 0.1;
 constexpr CGFloat lineStep = 60;
@@ -22,7 +22,7 @@ constexpr CGFloat indicatorMargin = 3;
 
 bool isMac() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::mac; }
 
-/// The grid of row heights: so that a step of one point is exactly one anywhere.
+/// Rounds to the grid of the row heights (1/64 point), so that a step of one point is exact at every offset.
 CGFloat onGrid(CGFloat y) { return std::round(y * 64) / 64; }
 
 }  // namespace
@@ -74,7 +74,7 @@ private:
 UIScrollView::UIScrollView(CGRect frame) : UIView(frame) { setClipsToBounds(true); }
 
 UIScrollView::~UIScrollView() {
-    // Somebody else may hold it for a moment; its owner is gone.
+    // Another holder may keep the indicator alive for a moment after its scroll view has gone.
     if (indicator_) indicator_->removeFromSuperview();
 }
 
@@ -90,7 +90,7 @@ void UIScrollView::initialise() {
 
 // Limits
 
-// On the grid themselves, so that what comes to rest at a limit is at it.
+// The limits are on the grid, so that content that ends at a limit has exactly its offset.
 CGFloat UIScrollView::minimumOffsetY() const { return onGrid(-contentInset_.top - extraTopInset()); }
 
 CGFloat UIScrollView::maximumOffsetY() const {
@@ -101,7 +101,7 @@ bool UIScrollView::canScroll() const {
     return scrollEnabled_ && (alwaysBounces() || maximumOffsetY() > minimumOffsetY());
 }
 
-/// A drag that this view cannot follow, being at its end, is for the scroll view that it stands in.
+/// A drag that this view cannot follow, because it is at a limit, belongs to the scroll view around it.
 bool UIScrollView::leavesDragToOuter() const {
     if (alwaysBounces()) return false;
     const CGFloat way = pan_->translation().y != 0 ? pan_->translation().y : pan_->velocity().y;
@@ -235,7 +235,7 @@ void UIScrollView::scrollTo(CGFloat y, ScrollMotion::Goal goal) {
 void UIScrollView::startMotion() {
     const std::uint64_t number = ++motionNumber_;
     if (!window() || !window()->backend() || (UIView::isReduceMotionEnabled() && !decelerating_)) {
-        // Nobody gives frames: what has an end is there at once.
+        // Without frames (no window) a motion with a goal jumps there.
         const bool hasTarget =
             motion_.kind() == ScrollMotion::Kind::gliding || motion_.kind() == ScrollMotion::Kind::following;
         const CGFloat end = hasTarget ? motion_.target() : contentOffset().y;
@@ -325,7 +325,7 @@ void UIScrollView::endDrag(CGFloat velocity) {
 
 UIView* UIScrollView::hitTest(CGPoint point) {
     UIView* const hit = UIView::hitTest(point);
-    // What flies past is not what the finger meant.
+    // During a fling the finger did not aim at the view that is under it by chance.
     return hit && decelerating_ && std::abs(velocity_) > flyingVelocity ? this : hit;
 }
 

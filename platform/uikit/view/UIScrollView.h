@@ -17,11 +17,11 @@ public:
     virtual void scrollViewDidEndDecelerating(UIScrollView&) {}
 };
 
-/// A window onto larger content: `contentOffset` is the point of the content at the view's upper left corner. Vertical.
-/// Dragged by a finger (and by the pointer, except on the Mac idiom), with momentum and a rubber band at the ends;
-/// wheel, trackpad, keys and the scroll bar too. Offsets are kept in double precision; those that scrolling by hand leads
-/// to are multiples of 1/64 point. A touch while the content flies only stops it. Motion follows the window's frames;
-/// at rest none are asked for.
+/// A viewport onto larger content: `contentOffset` is the point of the content at the view's upper left
+/// corner. Scrolls vertically only. A finger drags the content (so does the pointer, except on the Mac idiom), with momentum
+/// and a rubber band at the ends; wheel, trackpad, keys and the scroll bar scroll too. Offsets have double
+/// precision; user scrolling ends at multiples of 1/64 point. A touch during a fling only stops the content.
+/// The motion follows the window's frames; a scroll view at rest requests no frames.
 class UIScrollView : public UIView {
 public:
     explicit UIScrollView(CGRect frame = {});
@@ -29,12 +29,13 @@ public:
     void initialise();
 
     CGPoint contentOffset() const { return state().boundsOrigin; }
-    /// Any offset, also beyond the ends. Without animation it ends motion; a drag under way goes on from there.
+    /// Takes any offset, also beyond the limits. Without animation it ends the motion; a drag continues from
+    /// the new offset.
     virtual void setContentOffset(CGPoint offset, bool animated = false);
     CGSize contentSize() const { return contentSize_; }
     void setContentSize(CGSize size);
     UIEdgeInsets contentInset() const { return contentInset_; }
-    /// At the top the content stays at the top.
+    /// Content that is scrolled to the top stays at the top.
     void setContentInset(UIEdgeInsets insets);
     bool isScrollEnabled() const { return scrollEnabled_; }
     void setScrollEnabled(bool enabled);
@@ -45,11 +46,12 @@ public:
     bool isDecelerating() const { return decelerating_; }
     bool isTracking() const { return tracking_; }
     void setScrollViewDelegate(std::shared_ptr<UIScrollViewDelegate> delegate) { scrollDelegate_ = delegate; }
-    /// The offsets that scrolling by hand ends within.
+    /// The limits of user scrolling.
     CGFloat minimumOffsetY() const;
     CGFloat maximumOffsetY() const;
     void scrollRectToVisible(const CGRect& rect, bool animated);
-    /// Scrolls by wheel or trackpad; false when nothing could move. Notches are smoothed, a trackpad's pixels are not.
+    /// Scrolls by wheel or trackpad; false when the content cannot move that way. A wheel's notches are
+    /// smoothed, a trackpad's pixels are applied at once.
     bool scrollBy(const UIScrollEvent& event) override;
     void stopScrolling();
 
@@ -64,22 +66,23 @@ public:
     bool pressesBegan(const UIPress& press) override;
 
 protected:
-    /// After every change of the offset, also by the program; base classes first.
+    /// Called after every change of the offset, also by the program. An override calls the base class first.
     virtual void contentOffsetDidChange();
     virtual void willBeginDragging() {}
     virtual void didEndDragging(bool /*willDecelerate*/) {}
-    /// Extra inset at the top that holds while a refresh is under way.
+    /// Extra inset at the top during a refresh, in points.
     virtual CGFloat extraTopInset() const { return 0; }
-    /// Whether content that fits can be dragged against the rubber band.
+    /// Whether content that fits into the viewport can be dragged against the rubber band.
     virtual bool alwaysBounces() const { return false; }
     const std::shared_ptr<UIPanGestureRecognizer>& panRecognizer() const { return pan_; }
-    /// A point a second, positive towards the end of the content; 0 while at rest.
+    /// Points a second, positive towards the end of the content; 0 while at rest.
     CGFloat scrollVelocity() const { return velocity_; }
     /// Whether neither a finger nor motion changes the offset.
     bool isAtRest() const;
-    /// Moves the offset because the content has moved: what is seen stays, a drag or motion goes on. Tells nobody.
+    /// Adds `dy` to the offset because the content has moved by `dy`: the user sees no change, and a drag or
+    /// a motion continues. `contentOffsetDidChange` is not called.
     void shiftContentOffset(CGFloat dy);
-    /// Goes back within the limits when at rest outside of them.
+    /// Moves the content back within the limits when it is at rest outside of them.
     void settle(bool animated);
 
 private:
@@ -105,10 +108,11 @@ private:
     CGFloat velocity_ = 0;
 
     ScrollMotion motion_;
-    std::uint64_t motionNumber_ = 0;  // frames asked for by an earlier motion end
+    std::uint64_t motionNumber_ = 0;  // tells a frame callback whether a later motion has replaced its own
     double lastStep_ = 0;
-    CGFloat dragOrigin_ = 0;  // the offset without the rubber band, where the drag began
-    CGFloat dragLower_ = 0;   // the limit then: a refresh that begins meanwhile does not move the content
+    CGFloat dragOrigin_ = 0;  // the offset at which the drag began, without the rubber band
+    // The lower limit when the drag began: a refresh that begins during the drag does not move the content.
+    CGFloat dragLower_ = 0;
 
     class Indicator;
     std::shared_ptr<Indicator> indicator_;

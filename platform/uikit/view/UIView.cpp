@@ -2,11 +2,11 @@
 
 #include "platform/foundation/runloop/Clock.h"
 #include "platform/foundation/runloop/RunLoop.h"
-#include "platform/uikit/screens/UIViewController.h"
 #include "platform/uikit/view/Autoresizing.h"
 #include "platform/uikit/view/UIGestureRecognizer.h"
 #include "platform/uikit/view/UIWindow.h"
 #include "platform/uikit/view/ViewAnimator.h"
+#include "platform/uikit/view/ViewOwner.h"
 
 #include <algorithm>
 #include <cassert>
@@ -20,7 +20,7 @@ ViewTag nextTag() {
     return ++last;
 }
 
-/// Lengths are finite and not below 0, so that nothing further down has to ask.
+/// Makes coordinates finite and lengths at least 0, so that no later code has to check them.
 CGRect sane(CGRect frame) {
     const auto finite = [](CGFloat& value) {
         if (!std::isfinite(value)) value = 0;
@@ -126,7 +126,7 @@ CGPoint UIView::pointFromSuperview(CGPoint point) const {
     CGPoint p{point.x - state_.frame.origin.x, point.y - state_.frame.origin.y};
     const CGAffineTransform& t = state_.transform;
     const CGFloat determinant = t.a * t.d - t.b * t.c;
-    // A transform that flattens the view has no inverse; its points are taken as they are.
+    // A transform that flattens the view has no inverse; such a transform is ignored.
     if (!t.isIdentity() && determinant != 0) {
         const CGSize half{state_.frame.width() / 2, state_.frame.height() / 2};
         const CGPoint q{p.x - half.width - t.tx, p.y - half.height - t.ty};
@@ -137,7 +137,7 @@ CGPoint UIView::pointFromSuperview(CGPoint point) const {
 }
 
 CGPoint UIView::convertPointToView(CGPoint point, const UIView* view) const {
-    // Up to the root, the window; its own coordinates are those of its bounds.
+    // Up to the root, which is the window; the window's coordinates are those of its bounds.
     for (const UIView* v = this; v->superview_; v = v->superview_) {
         if (v == view) return point;
         point = v->pointToSuperview(point);
@@ -249,7 +249,7 @@ void UIView::addAnimationForKey(const CAKeyframeAnimation& animation, const std:
     animations_.push_back({key, animation, rotation});
     updateRotation();
     const double length = rotation->duration * rotation->repeatCount;
-    constexpr double longest = 1e6;  // seconds; what takes longer is taken away by whoever added it
+    constexpr double longest = 1e6;  // seconds; a longer animation stays until its caller removes it
     if (!animation.removedOnCompletion || !(length < longest) || !RunLoop::hasMain()) return;
     RunLoop::main().performAfter(length, [weak = weak_from_this(), key, ended = std::weak_ptr(rotation)] {
         const auto view = weak.lock();
@@ -320,7 +320,8 @@ void UIView::removeFromSuperview() {
     if (!superview_) return;
     const auto kept = shared_from_this();
     if (window_) window_->viewWillLeave(*this);
-    if (!superview_) return;  // somebody reacted to the end of a touch
+    // A handler of the touch's end may have removed this view already.
+    if (!superview_) return;
     std::erase(superview_->subviews_, kept);
     superview_->markChildrenChanged();
     superview_->setNeedsLayout();
@@ -376,7 +377,7 @@ void UIView::setNeedsLayout() {
 void UIView::layoutNow() {
     needsLayout_ = false;
     layoutSubviews();
-    if (viewController_) viewController_->viewDidLayoutSubviews();
+    if (owner_) owner_->viewDidLayoutSubviews();
 }
 
 void UIView::layoutIfNeeded() {
@@ -413,7 +414,7 @@ UIView* UIView::hitTest(CGPoint point) {
 void UIView::setUserInteractionEnabled(bool enabled) {
     if (userInteractionEnabled_ == enabled) return;
     userInteractionEnabled_ = enabled;
-    // What can be edited looks other than what cannot.
+    // An editable text is shown by an editor, other text is painted.
     setNeedsDisplay();
 }
 
@@ -434,7 +435,7 @@ void UIView::removeGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>&
 }
 
 UIResponder* UIView::nextResponder() const {
-    if (viewController_) return viewController_;
+    if (owner_) return owner_;
     return superview_;
 }
 

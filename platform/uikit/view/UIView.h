@@ -16,8 +16,8 @@
 namespace ostrel {
 
 class UIGestureRecognizer;
-class UIViewController;
 class UIWindow;
+class ViewOwner;
 
 enum UIViewAutoresizing : unsigned {
     autoresizingNone = 0,
@@ -31,8 +31,9 @@ enum UIViewAutoresizing : unsigned {
 
 enum class UIViewAnimationCurve { easeInOut, easeOut, linear, spring };
 
-/// A rectangle of the screen with subviews. A plain object: setters change state and mark the view; the window sends one
-/// batch of changes per turn to its backend. Held by its superview and whoever keeps it. Main thread only.
+/// A rectangle of the screen with subviews. Setters change the view's state and mark the view; the window
+/// sends one batch of changes per turn to its backend. Owned by its superview and by whoever else keeps it.
+/// Main thread only.
 class UIView : public UIResponder, public std::enable_shared_from_this<UIView> {
 public:
     explicit UIView(CGRect frame = {});
@@ -44,7 +45,8 @@ public:
 
     // Geometry. `frame` is in the superview's coordinates and ignores the transform.
     const CGRect& frame() const { return state_.frame; }
-    /// Lays subviews out again when the size changed (autoresizing, then `layoutSubviews` before the next flush).
+    /// When the size changes, subviews are laid out again: autoresizing at once, `layoutSubviews` before the
+    /// next flush.
     virtual void setFrame(const CGRect& frame);
     CGRect bounds() const { return {state_.boundsOrigin, state_.frame.size}; }
     virtual void setBoundsOrigin(CGPoint origin);
@@ -59,8 +61,8 @@ public:
     CGRect convertRectToView(const CGRect& rect, const UIView* view) const;
     virtual CGSize sizeThatFits(CGSize size) const;
     void sizeToFit();
-    /// The part of the bounds that neither an ancestor nor the window clips away; empty outside of a window. Transforms
-    /// are left out.
+    /// The part of the bounds that neither an ancestor nor the window clips; empty outside of a window.
+    /// Ignores transforms.
     CGRect visibleRect() const;
 
     // Layer
@@ -80,19 +82,21 @@ public:
     UIColor borderColor() const { return state_.borderColor; }
     void setBorderColor(UIColor color);
     void setShadow(const LayerShadow& shadow);
-    /// Painted as one picture with its subviews: for rows, bars, sheets that move or fade as a whole.
+    /// A surface is painted as one picture with its subviews: for rows, bars and sheets that move or fade as
+    /// a whole.
     void setSurface(bool isSurface);
     const ViewState& state() const { return state_; }
-    /// Runs the animation from now on, in place of the one of that key; it moves only while the view is in sight of a
-    /// window. Where motion is reduced, the view stands at its first value instead. Of several with the same key path
-    /// the one added last shows. Nothing with a key path that is not known, or without finite values.
+    /// Starts the animation, in place of the one with this key. The backend animates only while the view is
+    /// visible. With reduced motion the view shows the animation's first value. Of several animations of one
+    /// key path the last one added is shown. An animation with an unknown key path, or without finite values,
+    /// is not added.
     void addAnimationForKey(const CAKeyframeAnimation& animation, const std::string& key);
     void removeAnimationForKey(const std::string& key);
     void removeAllAnimations();
-    /// Null when there is none of that key (any more).
+    /// Null when the view has no animation with this key (any more).
     const CAKeyframeAnimation* animationForKey(const std::string& key) const;
 
-    // Tree, back to front
+    // Tree; subviews are in z-order, the first at the back
     UIView* superview() const { return superview_; }
     const std::vector<std::shared_ptr<UIView>>& subviews() const { return subviews_; }
     void addSubview(const std::shared_ptr<UIView>& view);
@@ -103,7 +107,7 @@ public:
     bool isDescendantOfView(const UIView& view) const;
     /// The window this view is in; null when it is in none.
     UIWindow* window() const { return window_; }
-    /// Called after the view came into a window or left it (then null).
+    /// Called after the view came into a window or left it; `window()` is then null.
     virtual void didMoveToWindow() {}
     virtual void didMoveToSuperview() {}
 
@@ -113,14 +117,14 @@ public:
     virtual void layoutSubviews() {}
     void addConstraint(const NSLayoutConstraint& constraint);
     const std::vector<NSLayoutConstraint>& constraints() const { return constraints_; }
-    /// The height that the constraints of this view's height ask for: the largest of them; none without constraints.
+    /// The largest height that a constraint of this view's height demands; absent without constraints.
     std::optional<CGFloat> constrainedHeight() const;
 
     // Events
     bool isUserInteractionEnabled() const { return userInteractionEnabled_; }
     void setUserInteractionEnabled(bool enabled);
-    /// The deepest visible, enabled view at the point (in this view's bounds); views that are hidden, have an alpha of
-    /// 0.01 or less, or take no touches are passed over with their subviews.
+    /// The deepest view at the point (in this view's bounds). Views that are hidden, have an alpha of 0.01 or
+    /// less, or have user interaction disabled are skipped with their subviews.
     virtual UIView* hitTest(CGPoint point);
     virtual bool pointInside(CGPoint point) const { return bounds().contains(point); }
     void addGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& recognizer);
@@ -132,28 +136,30 @@ public:
     bool becomeFirstResponder() override;
     bool resignFirstResponder() override;
     bool isFirstResponder() const override;
-    /// Tab moves the focus through the views that answer true, in reading order of the tree.
+    /// Whether Tab moves the focus to this view; the order of the focus is that of the tree.
     virtual bool canBecomeFocused() const { return false; }
-    /// Keyboard focus came or went; the default draws a ring around the view.
+    /// The view got or lost the focus; the default draws a ring around a view that the keyboard has focused.
     virtual void focusDidChange(bool focused, bool byKeyboard);
-    /// The view became the first responder or ceased to be it; told by the window.
+    /// The view became the first responder or is no longer; called by the window.
     virtual void firstResponderDidChange(bool /*isFirst*/) {}
-    /// Scrolls by wheel or trackpad; true when something moved. Asked from the deepest view under the pointer upwards.
+    /// Scrolls by wheel or trackpad; true when content moved. The window asks the deepest view under the
+    /// pointer, then its ancestors.
     virtual bool scrollBy(const UIScrollEvent& /*event*/) { return false; }
-    /// The pointer came over the view or one of its subviews, or left it.
+    /// The pointer came over the view or one of its subviews, or left them.
     virtual void hoverDidChange(bool /*inside*/) {}
-    /// The controller whose `view` this is; null for others.
-    UIViewController* viewController() const { return viewController_; }
-    void setViewController(UIViewController* controller) { viewController_ = controller; }
+    /// The controller whose `view` this is; null for other views. Not owned: the owner resets it when it
+    /// goes.
+    ViewOwner* owner() const { return owner_; }
+    void setOwner(ViewOwner* owner) { owner_ = owner; }
 
     // Accessibility and pointer
     void setAccessibility(AccessibilityRole role, std::string label);
     const AccessibilityState& accessibility() const { return state_.accessibility; }
     void setCursor(CursorShape cursor);
 
-    /// Runs `changes`; frames, alphas, transforms and background colours set in it go to their new values in `duration`
-    /// seconds on screen (the model has them at once). `completion` runs when the animation ended, also when it was cut
-    /// short; at once (in a later turn) when motion is reduced or the view is in no window.
+    /// Runs `changes`. Frames, alphas, transforms and background colours set in it have their new values at
+    /// once; the screen shows the transition for `duration` seconds. `completion` runs when the animation has
+    /// ended or was interrupted; in the next turn when motion is reduced or the view is in no window.
     static void animate(double duration, const std::function<void()>& changes,
                         std::function<void(bool finished)> completion = {},
                         UIViewAnimationCurve curve = UIViewAnimationCurve::easeInOut);
@@ -161,16 +167,16 @@ public:
     static void setReduceMotionEnabled(bool reduce);
 
 protected:
-    /// What this view itself shows; asked at flush when `setNeedsDisplay` or the size has changed it.
+    /// The content of this view itself. Called by a flush after `setNeedsDisplay` or a change of the size.
     virtual ViewContent makeContent() const { return {}; }
     void setNeedsDisplay();
-    /// What a kind of view says of itself; does nothing once `setAccessibility` was called.
+    /// The role and label of a class of views; ignored once `setAccessibility` was called.
     void setDefaultAccessibility(AccessibilityRole role, const std::string& label);
     void setAccessibilityDisabled(bool disabled);
-    /// From now on `visibleRectDidChange` is called, before a flush, whenever `visibleRect` is another one.
+    /// From now on `visibleRectDidChange` is called before a flush whenever `visibleRect` has changed.
     void setObservesVisibleRect() { observesVisibleRect_ = true; }
     virtual void visibleRectDidChange() {}
-    /// Called when the size of a subview changed, so that a row can tell its table.
+    /// Called when the size of a subview has changed, so that a row can tell its table.
     virtual void subviewSizeDidChange(UIView& subview);
 
 private:
@@ -200,7 +206,7 @@ private:
     unsigned autoresizingMask_ = autoresizingNone;
     UIView* superview_ = nullptr;
     UIWindow* window_ = nullptr;
-    UIViewController* viewController_ = nullptr;
+    ViewOwner* owner_ = nullptr;
     std::vector<std::shared_ptr<UIView>> subviews_;
     std::vector<NSLayoutConstraint> constraints_;
     std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers_;

@@ -1,7 +1,6 @@
 #include "platform/uikit/view/UIWindow.h"
 
 #include "platform/foundation/runloop/RunLoop.h"
-#include "platform/uikit/screens/UIViewController.h"
 #include "platform/uikit/view/UIWindowImplementation.h"
 #include "platform/uikit/view/ViewAnimator.h"
 
@@ -12,7 +11,8 @@ namespace ostrel {
 
 namespace {
 
-/// Layouts that never come to rest are cut off here; the rest follows with the next flush.
+/// A limit for layouts that invalidate each other without end; the remaining passes follow with the next
+/// flush.
 constexpr int maximumLayoutPasses = 32;
 
 int depthOf(const UIView& view) {
@@ -35,7 +35,7 @@ UIWindow::UIWindow(CGSize size)
 UIWindow::~UIWindow() {
     backend_ = nullptr;
     std::erase(UIApplication::sharedApplication().windows_, this);
-    setRootViewController(nullptr);
+    setRootOwner(nullptr);
     while (!subviews().empty()) subviews().back()->removeFromSuperview();
     moveToWindow(nullptr);
 }
@@ -54,30 +54,19 @@ void UIWindow::setBackend(MountingBackend* backend) {
     updateFramesWanted();
 }
 
-/// Parents before children: a backend takes the first view it is told to create for its root.
+/// Parents before children, because a backend takes the first created view as its root.
 void UIWindow::sendAgain(UIView& view) {
     view.inDirtyList_ = false;
     viewChanged(view);
     for (const auto& child : view.subviews_) sendAgain(*child);
 }
 
-void UIWindow::setRootViewController(std::shared_ptr<UIViewController> controller) {
-    if (controller == root_) return;
-    if (const auto old = std::exchange(root_, nullptr)) {
-        old->endPresentations();
-        old->beginAppearanceTransition(false, false);
-        if (old->isViewLoaded()) old->view()->removeFromSuperview();
-        old->endAppearanceTransition();
-    }
-    root_ = std::move(controller);
-    if (!root_) return;
-    const auto shown = root_;
-    const auto& view = shown->view();
-    view->setFrame({{0, 0}, frame().size});
-    view->setAutoresizingMask(flexibleWidth | flexibleHeight);
-    shown->beginAppearanceTransition(true, false);
-    insertSubview(view, 0);
-    shown->endAppearanceTransition();
+void UIWindow::setRootOwner(const std::shared_ptr<ViewOwner>& owner) {
+    if (owner == root_) return;
+    const auto entering = owner;
+    if (const auto old = std::exchange(root_, nullptr)) old->leaveWindow();
+    root_ = entering;
+    if (entering) entering->enterWindow(*this);
 }
 
 void UIWindow::setSize(CGSize size) {
@@ -97,7 +86,7 @@ UIView* UIWindow::viewWithTag(ViewTag tag) const {
     return found == implementation_->views.end() ? nullptr : found->second;
 }
 
-// What the views tell
+// Called by views
 
 void UIWindow::viewChanged(UIView& view) {
     if (!view.inDirtyList_) {
@@ -182,8 +171,8 @@ void UIWindow::flush() {
         std::stable_sort(waiting.begin(), waiting.end(),
                          [](const Waiting& a, const Waiting& b) { return a.depth < b.depth; });
         for (const Waiting& entry : waiting) {
-            UIView* const view =
-                entry.view ? entry.view.get() : this;  // a window on the stack has no shared pointer
+            // A window on the stack has no shared pointer.
+            UIView* const view = entry.view ? entry.view.get() : this;
             if (view->window() == this && view->needsLayout_) view->layoutNow();
         }
     }

@@ -10,58 +10,66 @@
 
 namespace ostrel {
 
-class TextSelection;
+class SelectableText;
+class UIViewController;
 class ViewAnimator;
 
-/// The root of a view tree and the one place where events come in and changes go out. Made by a host for each window of
-/// its backend. Main thread.
+/// The root of a view tree: events of the backend come in here, changes of the views go out to the backend. A
+/// host makes one for each window of its backend. Main thread.
 class UIWindow final : public UIView {
 public:
     explicit UIWindow(CGSize size);
     ~UIWindow() override;
     void initialise();
 
-    /// Not owned; must outlive the window or be reset. Setting it sends the whole tree with the next flush.
+    /// The backend is not owned; it must outlive the window or be reset. A new backend gets the whole tree
+    /// with the next flush.
     void setBackend(MountingBackend* backend);
     MountingBackend* backend() const { return backend_; }
-    const std::shared_ptr<UIViewController>& rootViewController() const { return root_; }
-    void setRootViewController(std::shared_ptr<UIViewController> controller);
-    /// Resizes (also a rotation): controllers are told, views are laid out again.
+    /// Both are implemented in screens/UIViewController.cpp; the window itself knows controllers as
+    /// ViewOwners only.
+    std::shared_ptr<UIViewController> rootViewController() const;
+    void setRootViewController(const std::shared_ptr<UIViewController>& controller);
+    /// Resizes the window (also for a rotation): controllers are told, then views are laid out again.
     void setSize(CGSize size);
-    /// Space at the edges that the system covers (a title bar drawn over the content, a notch).
+    /// The part of each edge that the system covers (a title bar drawn over the content, a notch), in points.
     UIEdgeInsets safeAreaInsets() const { return safeArea_; }
     void setSafeAreaInsets(UIEdgeInsets insets);
 
     // Out
-    /// Lays out what needs it and mounts all changes since the last flush as one transaction; nothing when none.
+    /// Lays out the views that need it, and mounts all changes since the last flush as one transaction.
+    /// Without changes there is no transaction.
     void flush();
     using UIView::frame;
-    /// One refresh of the display at `time` (monotonic seconds): runs animations and frame callbacks, then flushes.
+    /// The display refreshes at `time` (monotonic seconds): runs animations and frame callbacks, then
+    /// flushes.
     void frame(double time);
-    /// Calls `callback` with the time of every frame until it returns false. The window asks the backend for frames only
-    /// while somebody wants them. Returns an id for `cancelFrames`.
+    /// Calls `callback` with the time of every frame until it returns false. The window requests frames of
+    /// the backend only while a callback or an animation needs them. Returns an id for `cancelFrames`.
     std::uint64_t requestFrames(std::function<bool(double time)> callback);
     void cancelFrames(std::uint64_t id);
     ViewAnimator& animator() { return *animator_; }
-    /// Whether `flush` would do something.
+    /// Whether views have changed or need layout since the last flush.
     bool needsFlush() const;
 
-    // In: points in the window
-    /// One step of a finger or the pressed pointer. The view hit at the beginning gets all of it (see
-    /// UIGestureRecognizer for what comes before); `startLocation`, `startTimestamp` and `view` are filled in here.
+    // In; locations are points in the window
+    /// One step of a finger or of the pressed pointer. The view hit when the touch begins gets all its steps,
+    /// after the gesture recognisers (see UIGestureRecognizer). The window fills in `startLocation`,
+    /// `startTimestamp` and `view`.
     void sendTouch(UITouch touch);
     void sendScroll(const UIScrollEvent& event);
-    /// The pointer moved without a button (for hover looks); `inside` false when it left the window.
+    /// The pointer moved without a pressed button; `inside` is false when it left the window.
     void sendHover(CGPoint point, bool inside);
-    /// To the first responder, else the focused view, else the view of the topmost controller, and up from there; with
-    /// neither responder nor focus then to the frontmost scroll view of that controller and up from there. Then Tab moves
-    /// the focus and Escape asks the topmost controllers to cancel. True when the key was used.
+    /// Sends a key to the first responder, else to the focused view, else to the view of the topmost
+    /// controller, and from there up the chain of responders. Without first responder and focus it then goes
+    /// to the frontmost scroll view of that controller. An unused key moves the focus (Tab) or asks
+    /// the topmost controllers to cancel (Escape). True when the key was used.
     bool sendKey(const UIPress& press);
-    /// Something is dragged over the window, at a point of it. True when it can be dropped there.
+    /// Items are dragged over `location`. True when a target there accepts a drop of them.
     bool sendDrag(const UITransferItems& items, CGPoint location);
-    /// It left the window, or was dropped elsewhere.
+    /// The dragged items left the window, or were dropped elsewhere.
     void sendDragExited();
-    /// True when somebody took it.
+    /// True when a target took the items.
     bool sendDrop(const UITransferItems& items, CGPoint location);
     // From text editors of the backend
     void textInputChanged(ViewTag tag, const std::string& text);
@@ -79,19 +87,21 @@ public:
     UIView* focusedView() const { return focused_; }
     void setFocusedView(UIView* view, bool byKeyboard);
     void moveFocus(bool forward);
-    /// Keys and the Tab chain reach only views below the topmost presentation; set by presentation. First responder and
-    /// focus outside of it are put aside and come back when it has gone.
+    /// While `view` is on top of the modal views, keys and Tab reach only `view` and its subviews. First
+    /// responder and focus outside of it are saved, and restored when `view` is popped. Called by
+    /// presentations.
     void pushModalView(UIView* view);
     void popModalView(UIView* view);
     UIView* viewWithTag(ViewTag tag) const;
-    /// The one selection of text at rest in this window; the one before is cleared. Command+C and Control+C copy it
-    /// when nobody else uses them.
-    void setTextSelection(const std::shared_ptr<TextSelection>& selection);
+    /// Makes `selection` the only selection of text at rest in this window and clears the former one. Command
+    /// or Control with C copies it, unless a responder uses that key.
+    void setTextSelection(const std::shared_ptr<SelectableText>& selection);
 
 private:
     friend class UIView;
     friend class UIGestureRecognizer;
     friend class ViewAnimator;
+    void setRootOwner(const std::shared_ptr<ViewOwner>& owner);
     void viewChanged(UIView& view);
     void sendAgain(UIView& view);
     void viewNeedsLayout(UIView& view);
@@ -109,7 +119,7 @@ private:
     void revealFocus();
     std::shared_ptr<UIView> sharedViewWithTag(ViewTag tag) const;
     MountingBackend* backend_ = nullptr;
-    std::shared_ptr<UIViewController> root_;
+    std::shared_ptr<ViewOwner> root_;
     std::unique_ptr<ViewAnimator> animator_;
     struct Implementation;
     std::unique_ptr<Implementation> implementation_;

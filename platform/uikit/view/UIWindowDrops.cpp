@@ -1,7 +1,6 @@
-// The part of a window that hands on what is dragged over it.
+// The part of a window that passes drags and drops to their targets.
 
 #include "platform/uikit/events/UITransfer.h"
-#include "platform/uikit/screens/UIViewController.h"
 #include "platform/uikit/view/UIWindowImplementation.h"
 
 #include <utility>
@@ -10,10 +9,10 @@ namespace ostrel {
 
 namespace {
 
-/// The view itself, or the controller whose view it is.
+/// The view itself, or its owner; null when neither accepts drops.
 UIDropTarget* targetOf(UIView& view) {
     if (auto* target = dynamic_cast<UIDropTarget*>(&view)) return target;
-    return view.viewController() ? dynamic_cast<UIDropTarget*>(view.viewController()) : nullptr;
+    return dynamic_cast<UIDropTarget*>(view.owner());
 }
 
 }  // namespace
@@ -46,8 +45,7 @@ bool UIWindow::sendDrop(const UITransferItems& items, CGPoint location) {
     UIView* const view = dropTargetAt(items, location);
     if (!view) return false;
     const auto kept = view->weak_from_this().lock();
-    const auto keptController =
-        view->viewController() ? view->viewController()->weak_from_this().lock() : nullptr;
+    const auto keptOwner = view->owner() ? view->owner()->sharedOwner() : nullptr;
     targetOf(*view)->takeDrop(items, location);
     return true;
 }

@@ -1,6 +1,4 @@
 #include "platform/uikit/events/TextInputClient.h"
-#include "platform/uikit/screens/UIViewController.h"
-#include "platform/uikit/text/TextSelection.h"
 #include "platform/uikit/view/UIScrollView.h"
 #include "platform/uikit/view/UIWindow.h"
 #include "platform/uikit/view/UIWindowImplementation.h"
@@ -21,14 +19,14 @@ void collectFocusable(UIView& view, std::vector<UIView*>& result) {
     for (const auto& child : view.subviews()) collectFocusable(*child, result);
 }
 
-/// The view of the frontmost controller below `view`; itself when there is none deeper.
+/// The view of the frontmost controller in the tree of `view`, the deepest one; null when the tree has none.
 UIView* frontmostControllerView(UIView& view) {
     if (view.isHidden()) return nullptr;
     const auto& children = view.subviews();
     for (auto child = children.rbegin(); child != children.rend(); ++child) {
         if (UIView* found = frontmostControllerView(**child)) return found;
     }
-    return view.viewController() ? &view : nullptr;
+    return view.owner() ? &view : nullptr;
 }
 
 /// The frontmost scroll view at or below `view`; null when there is none.
@@ -56,7 +54,7 @@ bool UIWindow::makeFirstResponder(UIView* view) {
         if (!view && focused_ == old) setFocusedView(nullptr, false);
     }
     if (!view) return true;
-    // Somebody may have reacted to the end of the former one.
+    // The former first responder may have chosen another one when it was told.
     if (firstResponder_ || view->window() != this) return firstResponder_ == view;
     firstResponder_ = view;
     if (view->canBecomeFocused()) setFocusedView(view, false);
@@ -152,7 +150,7 @@ bool UIWindow::cancelTopmost() {
     UIView* view = topControllerView();
     while (view) {
         const auto kept = view->weak_from_this().lock();
-        if (view->viewController() && view->viewController()->cancelOperation()) return true;
+        if (view->owner() && view->owner()->cancelOperation()) return true;
         view = view == root ? nullptr : view->superview();
     }
     return false;
@@ -165,23 +163,23 @@ bool UIWindow::sendKey(const UIPress& press) {
     UIResponder* responder = firstResponder_ ? firstResponder_ : focused_;
     std::shared_ptr<UIView> keptView =
         responder ? static_cast<UIView*>(responder)->weak_from_this().lock() : nullptr;
-    std::shared_ptr<UIViewController> keptController;
+    std::shared_ptr<ViewOwner> keptOwner;
     if (!responder) {
         if (UIView* const view = topControllerView()) {
             keptView = view->weak_from_this().lock();
-            keptController = view->viewController()->weak_from_this().lock();
+            keptOwner = view->owner()->sharedOwner();
             responder = view;
         }
     }
     if (responder && responder->pressesBegan(press)) return true;
     if (!firstResponder_ && !focused_) {
-        // Nobody is meant in particular: the keys are for what fills the screen.
+        // Without a first responder and a focused view, keys scroll the content of the topmost screen.
         UIView* const screen = topControllerView();
         UIScrollView* const scroll = screen ? frontmostScrollView(*screen) : nullptr;
         const auto keptScroll = scroll ? scroll->weak_from_this().lock() : nullptr;
         if (scroll && scroll != screen && scroll->pressesBegan(press)) return true;
     }
-    // Some keyboards type Control with a letter as the control character that it is in ASCII.
+    // Some systems report Control with a letter as the ASCII control character.
     const std::string& typed = press.key.characters;
     const bool commands = press.key.modifiers & (modifierControl | modifierCommand);
     const auto selection = implementation_->selection.lock();
@@ -198,7 +196,7 @@ bool UIWindow::sendKey(const UIPress& press) {
     return (press.key.code == UIKeyCode::escape || press.key.code == UIKeyCode::back) && cancelTopmost();
 }
 
-void UIWindow::setTextSelection(const std::shared_ptr<TextSelection>& selection) {
+void UIWindow::setTextSelection(const std::shared_ptr<SelectableText>& selection) {
     const auto former = std::exchange(implementation_->selection, selection).lock();
     if (former && former != selection) former->clear();
 }

@@ -1,4 +1,3 @@
-#include "platform/uikit/text/TextSelection.h"
 #include "platform/uikit/view/UIControl.h"
 #include "platform/uikit/view/UIWindow.h"
 #include "platform/uikit/view/UIWindowImplementation.h"
@@ -14,14 +13,14 @@ bool isOver(UIGestureRecognizerState state) {
            state == UIGestureRecognizerState::cancelled;
 }
 
-/// Those that may have a touch on `hit`, the deepest first.
+/// The recognisers that see a touch on `hit`, the deepest first.
 template <class IsFree>
 std::vector<std::shared_ptr<UIGestureRecognizer>> recognizersFor(UIView& hit, const IsFree& isFree) {
     std::vector<std::shared_ptr<UIGestureRecognizer>> result;
     bool aboveControl = false;
     for (UIView* view = &hit; view; view = view->superview()) {
         for (const auto& recognizer : view->gestureRecognizers()) {
-            // Whoever presses a button does not tap what it stands on.
+            // A press on a control is not also a tap on the view behind the control.
             const bool isControls = aboveControl && dynamic_cast<UITapGestureRecognizer*>(recognizer.get());
             if (recognizer->isEnabled() && !isControls && isFree(*recognizer)) result.push_back(recognizer);
         }
@@ -104,8 +103,9 @@ void UIWindow::sendTouch(UITouch touch) {
         for (const auto& recognizer : touching->recognizers) recognizer->reset();
         touches[touch.identifier] = touching;
 
-        // A press moves the focus, without a ring; but nobody stops writing because a button was pressed. A text takes
-        // the focus itself, once the touch has turned out to be none of a gesture's.
+        // A press moves the focus, without a ring. It does not end the editing of a text: a pressed button
+        // leaves the first responder as it is. A text view takes the focus itself, when no gesture has won
+        // the touch.
         if (!firstResponder_) {
             UIView* focusable = hit;
             while (focusable && !focusable->canBecomeFocused()) focusable = focusable->superview();

@@ -28,7 +28,7 @@ CGAffineTransform mix(const CGAffineTransform& a, const CGAffineTransform& b, do
 }
 
 UIColor mix(const UIColor& a, const UIColor& b, double t) {
-    // Clear has the other colour, so that a fade does not pass through grey.
+    // A clear colour takes the components of the other one, so that a fade does not pass through grey.
     const UIColor start = a.isClear() ? b.withAlpha(0) : a, end = b.isClear() ? a.withAlpha(0) : b;
     const auto component = [t](float x, float y) { return static_cast<float>(mix(double{x}, double{y}, t)); };
     return {component(start.red, end.red), component(start.green, end.green), component(start.blue, end.blue),
@@ -53,7 +53,7 @@ double AnimationGroup::progress(double elapsed) const {
     case UIViewAnimationCurve::easeOut: return 1 - (1 - t) * (1 - t) * (1 - t);
     case UIViewAnimationCurve::easeInOut: return t * t * (3 - 2 * t);
     case UIViewAnimationCurve::spring: {
-        // A critically damped spring that is at rest, but for half a thousandth, at the end of its time.
+        // A critically damped spring that has moved all but 0.05 % of the way at the end of the duration.
         constexpr double stiffness = 10;
         const auto position = [](double x) { return 1 - (1 + stiffness * x) * std::exp(-stiffness * x); };
         return position(t) / position(1);
@@ -75,7 +75,7 @@ void AnimationGroup::close() {
 
 void AnimationGroup::complete() {
     if (!completion_ || !RunLoop::hasMain()) return;
-    // In a later turn: whoever cut the animation short is in the middle of a change.
+    // In a later turn, because the caller that interrupted the animation is in the middle of a change.
     RunLoop::main().perform(
         [completion = std::exchange(completion_, {}), finished = finished_] { completion(finished); });
 }
@@ -218,7 +218,7 @@ void ViewAnimator::frame(double time) {
             view->markChanged(changeOf(animation.property));
         }
     }
-    // The frame's clock adds up rounded steps.
+    // The sum of the frames' steps has rounding errors.
     constexpr double tolerance = 1e-6;
     removeIf(true, [time](const UIView&, const Animation& animation) {
         return time - animation.start + tolerance >= animation.group->duration();
@@ -238,7 +238,8 @@ void ViewAnimator::viewLeft(UIView& view) {
     const std::vector<Animation> ended = std::move(found->second);
     animations_.erase(found);
     for (const Animation& animation : ended) {
-        // It may come back before the next flush, mounted as it was in the middle of its way.
+        // The view may come back before the next flush, while the backend still shows a value of the
+        // animation.
         view.markChanged(changeOf(animation.property));
         animation.group->animationEnded(false);
     }

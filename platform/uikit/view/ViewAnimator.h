@@ -11,21 +11,21 @@
 
 namespace ostrel {
 
-/// The changes of one call of `UIView::animate` and of those within it that have no time of their own. Its completion
-/// runs exactly once, when the last of its animations has ended.
+/// The changes of one call of `UIView::animate`, including those of nested calls without a duration. The
+/// completion runs exactly once, when the last of its animations has ended.
 class AnimationGroup final : public std::enable_shared_from_this<AnimationGroup> {
 public:
     AnimationGroup(double duration, UIViewAnimationCurve curve, std::function<void(bool)> completion);
     ~AnimationGroup();
 
     double duration() const { return duration_; }
-    /// The share of the way that is gone after `elapsed` seconds, 0 to 1.
+    /// The progress after `elapsed` seconds, 0 to 1, by the group's curve.
     double progress(double elapsed) const;
     void animationBegan() { ++running_; }
     void animationEnded(bool finished);
-    /// All changes have been made: without a running animation the completion follows in a later turn.
+    /// All changes have been made. When none of them animates, the completion runs in a later turn.
     void close();
-    /// The group that changes belong to now; null outside of `animate`.
+    /// The group of the innermost running `animate`; null outside of `animate`.
     static AnimationGroup* current();
 
 private:
@@ -39,11 +39,13 @@ private:
     bool finished_ = true;
 };
 
-/// The values that are on their way in one window: what is shown (presentation) until it has arrived at what is set
-/// (the model, in the view's state). Owned by the window. Time is that of the window's frames. Main thread.
+/// The running animations of one window: computes the presentation values that are shown until they reach the
+/// model values in the views' states. Owned by the window. The time is that of the window's frames. Main
+/// thread.
 class ViewAnimator final {
 public:
-    /// When a display gives no frames (a hidden window), animations end this long after their time, in seconds.
+    /// Seconds after its planned end at which an animation ends without frames of the display (a hidden
+    /// window).
     static constexpr double graceWithoutFrames = 0.5;
 
     enum class Property { frame, boundsOrigin, transform, alpha, backgroundColor };
@@ -51,14 +53,14 @@ public:
     explicit ViewAnimator(UIWindow& window);
     ~ViewAnimator();
 
-    /// `property` of `view` is about to get a new value: within `UIView::animate` an animation begins at what is shown
-    /// now; otherwise one that is under way ends.
+    /// `property` of `view` is about to change. Within `UIView::animate` an animation begins at the value
+    /// that is shown now; otherwise a running animation of the property ends.
     void propertyWillChange(UIView& view, Property property);
     bool isAnimating() const { return !animations_.empty(); }
     bool isAnimating(const UIView& view) const { return animations_.contains(const_cast<UIView*>(&view)); }
-    /// Puts what is to be shown now into `state`, a copy of the view's.
+    /// Replaces the animated values in `state`, a copy of the view's state, by their presentation values.
     void applyPresentation(const UIView& view, ViewState& state) const;
-    /// Moves everything on to `time`.
+    /// Advances all animations to `time`.
     void frame(double time);
     /// Ends the animations of a view that has left the window.
     void viewLeft(UIView& view);

@@ -1,9 +1,8 @@
 #include "platform/graphics/UIImage.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <random>
 
 namespace ostrel {
@@ -57,60 +56,53 @@ std::string vp8x(unsigned width, unsigned height) {
 }
 
 TEST(ImageHeader, ReadsFormatSizeAndOrientation) {
-    struct Case {
-        const char* what;
-        std::string bytes;
-        ImageFormat format;
-        int width, height, orientation;
-    };
+    constexpr auto isPng = ImageFormat::png, isGif = ImageFormat::gif, isJpeg = ImageFormat::jpeg,
+                   isWebP = ImageFormat::webp;
     const std::string jfif = segment(0xE0, std::string("JFIF\0\1\1\0\0\1\0\1\0\0", 14));
-    const Case cases[] = {
-        {"PNG", png(300, 200), ImageFormat::png, 300, 200, 1},
-        {"largest", png(65500, 1), ImageFormat::png, 65500, 1, 1},
-        {"GIF 87a", "GIF87a" + little16(10) + little16(20), ImageFormat::gif, 10, 20, 1},
-        {"GIF 89a", "GIF89a" + little16(300) + little16(1), ImageFormat::gif, 300, 1, 1},
-        {"JPEG", jpeg(jfif + frame(0xC0, 640, 480)), ImageFormat::jpeg, 640, 480, 1},
-        {"progressive", jpeg(jfif + frame(0xC2, 640, 480)), ImageFormat::jpeg, 640, 480, 1},
-        {"tables before the frame", jpeg(segment(0xC4, "tables") + segment(0xDB, "more") + frame(0xC1, 6, 4)),
-         ImageFormat::jpeg, 6, 4, 1},
-        {"fill bytes", jpeg("\xFF\xFF" + frame(0xC0, 6, 4)), ImageFormat::jpeg, 6, 4, 1},
-        {"turned by a quarter", jpeg(exif(6, true) + frame(0xC0, 640, 480)), ImageFormat::jpeg, 480, 640, 6},
-        {"upside down, big-endian", jpeg(jfif + exif(3, false) + frame(0xC0, 640, 480)), ImageFormat::jpeg,
-         640, 480, 3},
-        {"mirrored and turned", jpeg(exif(8, false) + frame(0xC0, 640, 480)), ImageFormat::jpeg, 480, 640, 8},
-        {"orientation beyond the scale", jpeg(exif(9, true) + frame(0xC0, 640, 480)), ImageFormat::jpeg, 640,
-         480, 1},
-        {"orientation of another type", jpeg(exif(6, true, 4) + frame(0xC0, 640, 480)), ImageFormat::jpeg,
-         640, 480, 1},
-        {"broken EXIF",
-         jpeg(segment(0xE1, std::string("Exif\0\0II*\0\xFF\xFF\xFF\xFF", 14)) + frame(0xC0, 6, 4)),
-         ImageFormat::jpeg, 6, 4, 1},
-        {"lossy WebP", vp8(550, 368), ImageFormat::webp, 550, 368, 1},
-        {"lossy WebP to be scaled", vp8(550 | 0x4000, 368 | 0x8000), ImageFormat::webp, 550, 368, 1},
-        {"lossless WebP", vp8l(16384, 5), ImageFormat::webp, 16384, 5, 1},
-        {"extended WebP", vp8x(1000, 65500), ImageFormat::webp, 1000, 65500, 1},
+    const std::string large = frame(0xC0, 640, 480), small = frame(0xC0, 6, 4);
+    const std::string tables = segment(0xC4, "tables") + segment(0xDB, "more");
+    const std::string broken = segment(0xE1, std::string("Exif\0\0II*\0\xFF\xFF\xFF\xFF", 14));
+    const std::tuple<const char*, ImageFormat, int, int, int, std::string> cases[] = {
+        {"PNG", isPng, 300, 200, 1, png(300, 200)},
+        {"largest", isPng, 65500, 1, 1, png(65500, 1)},
+        {"GIF 87a", isGif, 10, 20, 1, "GIF87a" + little16(10) + little16(20)},
+        {"GIF 89a", isGif, 300, 1, 1, "GIF89a" + little16(300) + little16(1)},
+        {"JPEG", isJpeg, 640, 480, 1, jpeg(jfif + large)},
+        {"progressive", isJpeg, 640, 480, 1, jpeg(jfif + frame(0xC2, 640, 480))},
+        {"tables before the frame", isJpeg, 6, 4, 1, jpeg(tables + frame(0xC1, 6, 4))},
+        {"fill bytes", isJpeg, 6, 4, 1, jpeg("\xFF\xFF" + small)},
+        {"turned by a quarter", isJpeg, 480, 640, 6, jpeg(exif(6, true) + large)},
+        {"upside down, big-endian", isJpeg, 640, 480, 3, jpeg(jfif + exif(3, false) + large)},
+        {"mirrored and turned", isJpeg, 480, 640, 8, jpeg(exif(8, false) + large)},
+        {"orientation beyond the scale", isJpeg, 640, 480, 1, jpeg(exif(9, true) + large)},
+        {"orientation of another type", isJpeg, 640, 480, 1, jpeg(exif(6, true, 4) + large)},
+        {"broken EXIF", isJpeg, 6, 4, 1, jpeg(broken + small)},
+        {"lossy WebP", isWebP, 550, 368, 1, vp8(550, 368)},
+        {"lossy WebP to be scaled", isWebP, 550, 368, 1, vp8(550 | 0x4000, 368 | 0x8000)},
+        {"lossless WebP", isWebP, 16384, 5, 1, vp8l(16384, 5)},
+        {"extended WebP", isWebP, 1000, 65500, 1, vp8x(1000, 65500)},
     };
-    for (const Case& c : cases) {
-        const auto header = ImageHeader::read(Data::copy(c.bytes));
-        ASSERT_TRUE(header) << c.what;
-        EXPECT_EQ(header->format, c.format) << c.what;
-        EXPECT_EQ(header->pixelWidth, c.width) << c.what;
-        EXPECT_EQ(header->pixelHeight, c.height) << c.what;
-        EXPECT_EQ(header->orientation, c.orientation) << c.what;
-        // Cut anywhere before the size is complete there is no picture, and never a read beyond the end.
+    for (const auto& [what, format, width, height, orientation, bytes] : cases) {
+        const auto header = ImageHeader::read(Data::copy(bytes));
+        ASSERT_TRUE(header) << what;
+        EXPECT_EQ(header->format, format) << what;
+        EXPECT_EQ(header->pixelWidth, width) << what;
+        EXPECT_EQ(header->pixelHeight, height) << what;
+        EXPECT_EQ(header->orientation, orientation) << what;
+        // A file that is cut before the end of its size is no picture, and is never read beyond its end.
         bool wasRead = true;
-        for (std::size_t length = c.bytes.size(); length-- > 0;) {
+        for (std::size_t length = bytes.size(); length-- > 0;) {
             const bool isRead =
-                ImageHeader::read(Data::copy(std::string_view(c.bytes).substr(0, length))).has_value();
-            EXPECT_TRUE(wasRead || !isRead) << c.what << ", " << length << " bytes";
+                ImageHeader::read(Data::copy(std::string_view(bytes).substr(0, length))).has_value();
+            EXPECT_TRUE(wasRead || !isRead) << what << ", " << length << " bytes";
             wasRead = isRead;
         }
         EXPECT_FALSE(wasRead);
     }
 }
 
-TEST(ImageHeader, TellsWhatADecoderKeepsOfAJpegInSeveralScans) {
-    // Three components, the first sampled twice as finely both ways.
+TEST(ImageHeader, CountsTheBytesThatADecoderKeepsOfAJpegInSeveralScans) {
+    // Three components, of which the first has twice the resolution in both directions.
     const auto threeComponents = [](unsigned char marker) {
         return segment(marker, "\x08" + big16(16) + big16(33) +
                                    std::string("\x03\x01\x22\0\x02\x11\1\x03\x11\1", 10));
@@ -134,7 +126,7 @@ TEST(ImageHeader, TellsWhatADecoderKeepsOfAJpegInSeveralScans) {
     }
 }
 
-TEST(ImageHeader, RefusesWhatIsNoPicture) {
+TEST(ImageHeader, RejectsOtherBytes) {
     const std::pair<const char*, std::string> cases[] = {
         {"nothing", ""},
         {"text", "<html><body>404</body></html>"},
@@ -174,25 +166,11 @@ TEST(ImageHeader, RandomDamageIsHarmless) {
     }
 }
 
-class ImageFiles : public ::testing::Test {
-protected:
-    void SetUp() override {
-        folder = std::filesystem::temp_directory_path() /
-                 ("ostrel-images-" + std::to_string(std::random_device{}()));
-        std::filesystem::create_directories(folder);
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
-    std::string write(const std::string& name, const std::string& bytes) {
-        std::ofstream(folder / name, std::ios::binary) << bytes;
-        return (folder / name).string();
-    }
-    std::filesystem::path folder;
-};
-
-TEST_F(ImageFiles, AFileAndItsNeighboursAreOnePicture) {
-    const std::string path = write("a.b.png", png(10, 20));
-    write("a.b@2x.png", png(20, 40));
-    write("a.b@3x.png", "broken");
+TEST(ImageFiles, AFileAndItsNeighboursAreOnePicture) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("a.b.png", png(10, 20));
+    folder.write("a.b@2x.png", png(20, 40));
+    folder.write("a.b@3x.png", "broken");
     const auto image = UIImage::imageWithContentsOfFile(path);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->size(), (CGSize{10, 20}));
@@ -200,11 +178,11 @@ TEST_F(ImageFiles, AFileAndItsNeighboursAreOnePicture) {
     EXPECT_EQ(image->representation(1.25).scale, 2);
     EXPECT_EQ(image->representation(3).scale, 2) << "the largest there is";
     EXPECT_EQ(UIImage::imageWithContentsOfFile(path), image);
-    EXPECT_EQ(UIImage::imageWithContentsOfFile(write("text.png", "text")), nullptr);
-    EXPECT_EQ(UIImage::imageWithContentsOfFile((folder / "none.png").string()), nullptr);
+    EXPECT_EQ(UIImage::imageWithContentsOfFile(folder.write("text.png", "text")), nullptr);
+    EXPECT_EQ(UIImage::imageWithContentsOfFile(folder.path("none.png")), nullptr);
 
-    const std::string only2 = write("c@2x.png", png(20, 40));
-    const auto sharp = UIImage::imageWithContentsOfFile((folder / "c.png").string());
+    folder.write("c@2x.png", png(20, 40));
+    const auto sharp = UIImage::imageWithContentsOfFile(folder.path("c.png"));
     ASSERT_TRUE(sharp);
     EXPECT_EQ(sharp->size(), (CGSize{10, 20}));
     EXPECT_NE(sharp->identifier(), image->identifier());
@@ -245,18 +223,13 @@ TEST(Path, AnArcStaysOnItsCircle) {
     Path path;
     path.arc(10, 10, 5, -35, -340);
     CGPoint start = path.elements.front().p1;
-    for (const auto& element : path.elements) {
-        if (element.verb != Path::Verb::cubicTo) continue;
-        for (const CGFloat t : {0.25, 0.5, 0.75, 1.0}) {
-            const CGFloat u = 1 - t;
-            const auto at = [&](CGFloat a, CGFloat b, CGFloat c, CGFloat d) {
-                return u * u * u * a + 3 * u * u * t * b + 3 * u * t * t * c + t * t * t * d;
-            };
-            const CGFloat x = at(start.x, element.p1.x, element.p2.x, element.p3.x);
-            const CGFloat y = at(start.y, element.p1.y, element.p2.y, element.p3.y);
-            EXPECT_NEAR(std::hypot(x - 10, y - 10), 5, 0.01);
-        }
-        start = element.p3;
+    for (const auto& [verb, p1, p2, end] : path.elements) {
+        if (verb != Path::Verb::cubicTo) continue;
+        const CGPoint middle{(start.x + 3 * p1.x + 3 * p2.x + end.x) / 8,
+                             (start.y + 3 * p1.y + 3 * p2.y + end.y) / 8};
+        for (const CGPoint point : {middle, end})
+            EXPECT_NEAR(std::hypot(point.x - 10, point.y - 10), 5, 0.01);
+        start = end;
     }
 }
 

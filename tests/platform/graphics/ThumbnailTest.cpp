@@ -1,47 +1,25 @@
 #include "platform/graphics/ImageDecoder.h"
 #include "platform/graphics/ImageThumbnail.h"
 #include "platform/graphics/UIImage.h"
+#include "tests/platform/graphics/PictureTestSupport.h"
 
 #include <gtest/gtest.h>
-
-#include <array>
-#include <functional>
 
 namespace ostrel {
 namespace {
 
-using Colour = std::function<std::array<int, 4>(int x, int y)>;
-
-std::shared_ptr<const CGImage> draw(int width, int height, const Colour& colour) {
-    auto image = CGImage::make(width, height);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            const auto parts = colour(x, y);
-            for (std::size_t i = 0; i < 4; ++i)
-                image->row(y)[static_cast<std::size_t>(x) * 4 + i] = static_cast<std::uint8_t>(parts[i]);
-        }
-    }
-    return image;
-}
-
-std::array<int, 4> at(const CGImage& image, int x, int y) {
-    const std::uint8_t* pixel = image.row(y) + static_cast<std::size_t>(x) * 4;
-    return {pixel[0], pixel[1], pixel[2], pixel[3]};
-}
-
-void expectNear(const std::array<int, 4>& seen, const std::array<int, 4>& wanted, int tolerance,
-                const std::string& where) {
+void expectNear(const Pixel& seen, const Pixel& wanted, int tolerance, const std::string& where) {
     for (std::size_t i = 0; i < 4; ++i)
         EXPECT_NEAR(seen[i], wanted[i], tolerance) << where << ", channel " << i;
 }
 
 /// Red at the upper left, green at the upper right, blue at the lower left, grey at the lower right.
-std::array<int, 4> quarters(bool isRight, bool isLower) {
+Pixel quarters(bool isRight, bool isLower) {
     if (isLower) return isRight ? std::array{128, 128, 128, 255} : std::array{0, 0, 255, 255};
     return isRight ? std::array{0, 255, 0, 255} : std::array{255, 0, 0, 255};
 }
 
-/// The orientation of TIFF 6.0, tag 274, in front of what follows the start of a JPEG.
+/// `jpeg` with an EXIF segment that states the orientation (TIFF 6.0, tag 274).
 Data withOrientation(const Data& jpeg, char orientation) {
     std::string bytes(jpeg.view());
     std::string exif("\xFF\xE1\0\x22"
@@ -52,7 +30,7 @@ Data withOrientation(const Data& jpeg, char orientation) {
 }
 
 TEST(Thumbnail, IsTheMiddleOfThePictureAtEverySize) {
-    // A dark frame left and right, or above and below, is cut off.
+    // The thumbnail must not contain the dark frame beside (or above and below) the middle square.
     for (const auto& [width, height] :
          {std::pair{900, 300}, {300, 900}, {301, 300}, {640, 480}, {4000, 3000}}) {
         const int square = std::min(width, height), left = (width - square) / 2, top = (height - square) / 2;
@@ -90,37 +68,38 @@ TEST(Thumbnail, EveryPixelCountsByItsArea) {
                 expectNear(at(*small, x, y), {10, 10, 10, 10}, 0, std::to_string(side));
         }
     }
-    // Sizes that do not divide each other: the sum stays.
+    // Sizes that do not divide each other keep the average.
     const auto even = draw(7, 7, [](int, int) { return std::array{200, 100, 50, 255}; });
     const auto odd = squareThumbnail(*even, {}, 3);
     for (int i = 0; i < 9; ++i) expectNear(at(*odd, i % 3, i / 3), {200, 100, 50, 255}, 1, "7 to 3");
 }
 
-TEST(Thumbnail, StandsUprightAsOrientationAndTransformSay) {
-    struct Case {
-        char orientation;
-        CGAffineTransform transform;
-        /// Which stored corner is seen at the upper left and at the upper right: 0 to 3 in reading order.
-        int upperLeft, upperRight;
-    };
-    const Case cases[] = {{1, {1, 0, 0, 1}, 0, 1},   {2, {-1, 0, 0, 1}, 1, 0}, {3, {-1, 0, 0, -1}, 3, 2},
-                          {4, {1, 0, 0, -1}, 2, 3},  {5, {0, 1, 1, 0}, 0, 2},  {6, {0, 1, -1, 0}, 2, 0},
-                          {7, {0, -1, -1, 0}, 3, 1}, {8, {0, -1, 1, 0}, 1, 3}};
+TEST(Thumbnail, AndTheWholePictureAreUprightAsOrientationAndTransformSay) {
+    // Which stored corner is seen at the upper left and at the upper right: 0 to 3 in reading order.
+    const std::tuple<char, CGAffineTransform, int, int> cases[] = {
+        {1, {1, 0, 0, 1}, 0, 1},   {2, {-1, 0, 0, 1}, 1, 0}, {3, {-1, 0, 0, -1}, 3, 2},
+        {4, {1, 0, 0, -1}, 2, 3},  {5, {0, 1, 1, 0}, 0, 2},  {6, {0, 1, -1, 0}, 2, 0},
+        {7, {0, -1, -1, 0}, 3, 1}, {8, {0, -1, 1, 0}, 1, 3}};
     const auto picture = draw(90, 60, [](int x, int y) { return quarters(x >= 45, y >= 30); });
     const Data jpeg = picture->jpeg(0.95);
-    for (const Case& each : cases) {
-        const auto fromFile = squareThumbnail(withOrientation(jpeg, each.orientation), 40);
-        const auto fromBitmap = squareThumbnail(*picture, each.transform, 40);
+    for (const auto& [orientation, transform, upperLeft, upperRight] : cases) {
+        const Data file = withOrientation(jpeg, orientation);
+        const std::string where = "orientation " + std::to_string(orientation);
+        const auto fromFile = squareThumbnail(file, 40);
+        const auto fromBitmap = squareThumbnail(*picture, transform, 40);
         for (const auto& seen : {fromFile, fromBitmap}) {
             ASSERT_TRUE(seen);
-            const std::string where = "orientation " + std::to_string(each.orientation);
-            expectNear(at(*seen, 8, 8), quarters(each.upperLeft % 2, each.upperLeft / 2), 14, where);
-            expectNear(at(*seen, 32, 8), quarters(each.upperRight % 2, each.upperRight / 2), 14, where);
+            expectNear(at(*seen, 8, 8), quarters(upperLeft % 2, upperLeft / 2), 14, where);
+            expectNear(at(*seen, 32, 8), quarters(upperRight % 2, upperRight / 2), 14, where);
         }
+        const auto whole = UIImage::imageWithData(file)->cgImage();
+        ASSERT_EQ(whole->width(), orientation < 5 ? 90 : 60) << where;
+        expectNear(at(*whole, 8, 8), quarters(upperLeft % 2, upperLeft / 2), 14, where);
+        expectNear(at(*whole, 52, 8), quarters(upperRight % 2, upperRight / 2), 14, where);
     }
 }
 
-TEST(Thumbnail, WhatIsNoUsablePictureGetsASentence) {
+TEST(Thumbnail, UnusablePicturesGetASentence) {
     const auto picture = draw(64, 64, [](int x, int y) {
         return std::array{x * 3, y * 3, (x * y) % 255, 255};
     });
@@ -132,26 +111,24 @@ TEST(Thumbnail, WhatIsNoUsablePictureGetsASentence) {
     hugeJpeg.replace(frame + 5, 4, "\x4E\x20\x4E\x20");
     std::string damaged = png;
     for (std::size_t i = 60; i < 90; ++i) damaged[i] = static_cast<char>(~damaged[i]);
-    struct Case {
-        const char* name;
-        std::string bytes, sentence;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"empty", "", "It is no picture in a known format."},
         {"text", "hello", "It is no picture in a known format."},
         {"start of a JPEG", jpeg.substr(0, 3), "It is no picture in a known format."},
         {"truncated PNG", png.substr(0, png.size() / 2), "The picture is damaged."},
         {"damaged PNG", damaged, "The picture is damaged."},
+        {"PNG signature", png.substr(0, 8), "It is no picture in a known format."},
         {"header alone", png.substr(0, 33), "The picture is damaged."},
         {"20,000 by 20,000 PNG", hugePng, "The picture is too large."},
         {"20,000 by 20,000 JPEG", hugeJpeg, "The picture is too large."},
         {"GIF without a decoder", std::string("GIF89a\1\0\1\0\0\0\0", 13), "The picture is damaged."}};
-    for (const Case& each : cases) {
+    for (const auto& [name, bytes, sentence] : cases) {
         std::string error;
-        EXPECT_FALSE(squareThumbnail(Data::copy(each.bytes), 32, &error)) << each.name;
-        EXPECT_EQ(error, each.sentence) << each.name;
+        EXPECT_FALSE(squareThumbnail(Data::copy(bytes), 32, &error)) << name;
+        EXPECT_EQ(error, sentence) << name;
+        EXPECT_EQ(CGImage::decode(Data::copy(bytes)), nullptr) << name;
     }
-    // One pixel is a picture, and so is a JPEG that ends early: its upper part is there.
+    // One pixel is a picture. A JPEG that ends early is one too, because its upper part is complete.
     const auto dot = draw(1, 1, [](int, int) { return std::array{9, 8, 7, 255}; });
     EXPECT_EQ(squareThumbnail(dot->png(), 240)->width(), 1);
     EXPECT_TRUE(squareThumbnail(Data::copy(std::string_view(jpeg).substr(0, jpeg.size() - 40)), 32));

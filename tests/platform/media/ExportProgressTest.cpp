@@ -33,7 +33,7 @@ TEST(ExportProgress, AnExportIsWorkInProgressUntilItEnds) {
         EXPECT_FALSE(wasListedAtEnd);
         EXPECT_TRUE(NSProgress::published().empty());
     }
-    // One that cannot begin is no work.
+    // An export that cannot begin is not listed.
     AVAssetExportSession session(asset, "no such preset");
     session.exportAsynchronouslyWithCompletionHandler([] {});
     EXPECT_TRUE(NSProgress::published().empty());

@@ -21,7 +21,7 @@ protected:
         return MediaLibrary({.pictures = {folder.path()}, .clips = {folder.path(), folder.path("absent")}})
             .contents(pictures, clips, isStopped);
     }
-    /// Names relative to the folder.
+    /// Paths relative to the folder.
     std::vector<std::string> names(const MediaLibrary::Contents& contents) {
         std::vector<std::string> result;
         for (const auto& item : contents.items)

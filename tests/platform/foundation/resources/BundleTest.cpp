@@ -1,7 +1,7 @@
 #include "platform/foundation/resources/NSBundle.h"
 #include "platform/foundation/resources/StringsFile.h"
 #include "platform/foundation/runloop/NSDate.h"
-#include "platform/foundation/runloop/NSLog.h"
+#include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -9,21 +9,18 @@
 namespace ostrel {
 namespace {
 
-class Languages final : public NSLocale {
-public:
-    explicit Languages(std::vector<std::string> tags) : tags_(std::move(tags)) {}
+struct Languages final : NSLocale {
+    explicit Languages(std::vector<std::string> wanted) : tags(std::move(wanted)) {}
     std::string shortDateAndTime(NSDate) const override { return {}; }
-    std::vector<std::string> preferredLanguages() const override { return tags_; }
-
-private:
-    std::vector<std::string> tags_;
+    std::vector<std::string> preferredLanguages() const override { return tags; }
+    std::vector<std::string> tags;
 };
 
 class NSBundleTest : public testing::Test {
 protected:
     ~NSBundleTest() override { NSLocale::install(nullptr); }
 
-    /// The text in the first bundle made of these language folders, as a user with these languages sees it.
+    /// The text that a user with `languages` sees of a bundle with these language folders.
     std::string seen(std::vector<std::string> folders, std::vector<std::string> languages) {
         const TemporaryFolder bundle;
         for (const std::string& name : folders) {
@@ -68,11 +65,10 @@ TEST_F(NSBundleTest, ALanguageWithoutTheTableIsPassedOver) {
 TEST_F(NSBundleTest, ABrokenTableIsUsedAsFarAsItGoesAndLogsItsLineOnce) {
     folder_.write("en.lproj/T.strings", "\"a\" = \"A\";\n\"b\" = oops;\n\"c\" = \"C\";\n");
     const auto bundle = NSBundle::bundleWithPath(folder_.path());
-    std::vector<std::string> lines;
-    LogSink former = setLogSink([&](std::string_view line) { lines.emplace_back(line); });
+    const LogCapture log;
     EXPECT_EQ(bundle->localizedString("a", "", "T"), "A");
     EXPECT_EQ(bundle->localizedString("c", "", "T"), "c");
-    setLogSink(std::move(former));
+    const auto lines = log.lines();
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_TRUE(lines[0].find("en.lproj/T.strings") != std::string::npos &&
                 lines[0].find("line 2") != std::string::npos)
@@ -139,12 +135,8 @@ TEST(StringsFile, ReadsEntriesCommentsAndEscapes) {
     EXPECT_EQ(file.texts, expected);
 }
 
-TEST(StringsFile, KeepsWhatStandsBeforeAFaultAndNamesItsLine) {
-    struct Case {
-        const char* rest;
-        const char* line;
-    };
-    const Case cases[] = {
+TEST(StringsFile, KeepsTheEntriesBeforeAnErrorAndNamesItsLine) {
+    const std::tuple<const char*, const char*> cases[] = {
         {"\"b\" = \"B\"", "line 2: a \";\""},
         {"\"b\" \"B\";", "line 2: a \"=\""},
         {"\"b\" =\n ;", "line 3: a text in quotes"},
@@ -158,10 +150,10 @@ TEST(StringsFile, KeepsWhatStandsBeforeAFaultAndNamesItsLine) {
         {"\"b\"=\"\\", "line 2: an escape"},
         {"\"b\"=\n\"\xFF\";", "line 3: the file is not valid UTF-8"},
     };
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.rest);
-        const auto file = detail::parseStringsFile(std::string("\"a\" = \"A\";\n") + one.rest);
-        EXPECT_TRUE(file.error.starts_with(one.line)) << file.error;
+    for (const auto& [rest, line] : cases) {
+        SCOPED_TRACE(rest);
+        const auto file = detail::parseStringsFile(std::string("\"a\" = \"A\";\n") + rest);
+        EXPECT_TRUE(file.error.starts_with(line)) << file.error;
         EXPECT_EQ(file.texts.size(), 1u);
     }
 }

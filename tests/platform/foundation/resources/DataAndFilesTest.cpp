@@ -46,17 +46,6 @@ TEST(Data, MapsFilesAlsoAfterTheirRemoval) {
     EXPECT_TRUE(empty && empty.isEmpty());
 }
 
-TEST(Data, SaysWhyAFileCannotBeMapped) {
-    const TemporaryFolder folder;
-    ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
-    for (const std::string& path :
-         {folder.path("missing"), folder.path(), folder.path("pipe"), std::string()}) {
-        std::string error;
-        EXPECT_TRUE(Data::mapFile(path, &error).isNull());
-        EXPECT_NE(error.find("\"" + path + "\""), std::string::npos) << error;
-    }
-}
-
 TEST(Files, WritesAtomicallyAndLeavesNothingElse) {
     const TemporaryFolder folder;
     EXPECT_TRUE(writeFileAtomically(folder.path("a/b/settings"), "one"));
@@ -79,7 +68,7 @@ TEST(Files, KeepsTheModeOfAnOldFileAndMakesNewOnesPrivate) {
     EXPECT_EQ(mode("new"), 0600u);
 }
 
-TEST(Files, AFailureKeepsWhatWasThere) {
+TEST(Files, AFailureKeepsTheOldFile) {
     const TemporaryFolder folder;
     folder.write("file", "old");
     folder.write("busy/inside", "old");
@@ -100,14 +89,14 @@ TEST(Files, HomeIsWhatWasSetElseTheEnvironments) {
     EXPECT_EQ(NSHomeDirectory(), former);
 }
 
-TEST(Data, slicesShareTheStorageAndAreClamped) {
+TEST(Data, SlicesShareTheStorageAndAreClamped) {
     const TemporaryFolder folder;
     Data part;
     {
         const Data whole = Data::mapFile(folder.write("file", "0123456789"));
         part = whole.slice(2, 3);
         EXPECT_EQ(whole.slice(0, 10).filePath(), whole.filePath());
-        EXPECT_EQ(part.filePath(), "") << "the file is not what the part is";
+        EXPECT_EQ(part.filePath(), "") << "the part is not the whole file";
         EXPECT_EQ(part.bytes(), whole.bytes() + 2);
         EXPECT_EQ(whole.slice(8, 100).view(), "89");
         EXPECT_EQ(whole.slice(100, 1).view(), "");
@@ -118,7 +107,7 @@ TEST(Data, slicesShareTheStorageAndAreClamped) {
     EXPECT_TRUE(Data().slice(0, 5).isNull());
 }
 
-TEST(Files, WhatWasReadStaysWhateverHappensToTheFile) {
+TEST(Files, ReadBytesStayWhenTheFileChanges) {
     TemporaryFolder folder;
     const std::string name = "odd \"name\" 100% \xF0\x9F\x8E\x88";
     for (const auto& read : {readFile, snapshotOfFile}) {
@@ -132,7 +121,7 @@ TEST(Files, WhatWasReadStaysWhateverHappensToTheFile) {
     }
 }
 
-TEST(Files, WhatCannotBeReadIsRefusedWithASentence) {
+TEST(Files, UnreadableFilesAreRejectedWithASentence) {
     TemporaryFolder folder;
     ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
     const std::pair<std::string, const char*> cases[] = {
@@ -148,6 +137,12 @@ TEST(Files, WhatCannotBeReadIsRefusedWithASentence) {
             EXPECT_NE(error.find(part), std::string::npos) << error;
         }
         EXPECT_TRUE(read(folder.write("empty", ""), 1, nullptr).isEmpty());
+    }
+    for (const std::string& path :
+         {folder.path("absent"), folder.path(), folder.path("pipe"), std::string()}) {
+        std::string error;
+        EXPECT_TRUE(Data::mapFile(path, &error).isNull());
+        EXPECT_NE(error.find("\"" + path + "\""), std::string::npos) << error;
     }
 }
 

@@ -7,7 +7,7 @@ namespace {
 
 class NSNotificationCenterTest : public testing::Test {
 protected:
-    /// Observes "N" and writes `mark` down each time; then does `more`.
+    /// Observes "N" by a handler that records `mark` and then calls `more`.
     void observe(const char& mark, std::function<void()> more = {}) {
         center_.addObserver(&mark, "N", [this, mark, more](const NSNotification&) {
             calls_ += mark;
@@ -42,7 +42,7 @@ TEST_F(NSNotificationCenterTest, CallsObserversOfTheNameInOrderWithTheObject) {
     EXPECT_EQ(object, record);
 }
 
-TEST_F(NSNotificationCenterTest, OneRemovedWhilePostingIsNotCalledAnyMore) {
+TEST_F(NSNotificationCenterTest, AnObserverRemovedDuringAPostIsNotCalled) {
     observe(a_, [&] {
         center_.removeObserver(&a_);
         center_.removeObserver(&c_);
@@ -54,7 +54,7 @@ TEST_F(NSNotificationCenterTest, OneRemovedWhilePostingIsNotCalledAnyMore) {
     EXPECT_EQ(post(), "bd");
 }
 
-TEST_F(NSNotificationCenterTest, OneAddedWhilePostingIsCalledFromTheNextPostOn) {
+TEST_F(NSNotificationCenterTest, AnObserverAddedDuringAPostIsCalledByTheNextPost) {
     observe(a_, [&] {
         if (center_.observerCount() == 2) observe(c_);
     });
@@ -75,7 +75,7 @@ TEST_F(NSNotificationCenterTest, APostWithinAPostRunsAtOnce) {
     EXPECT_EQ(post(), "aab");
 }
 
-TEST_F(NSNotificationCenterTest, RemovingLetsGoOfWhatTheHandlerHeldWhichMayRemoveOthers) {
+TEST_F(NSNotificationCenterTest, ReleasingAHandlerMayRemoveOtherObservers) {
     struct Owner {
         NSNotificationCenter& center;
         const void* other;

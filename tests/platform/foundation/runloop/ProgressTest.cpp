@@ -28,7 +28,7 @@ TEST_F(ProgressTest, ObserversSeeTheListComeAndGoAtABoundedRate) {
     auto before = NSProgress::progressWithTotalUnitCount(10);
     before->publish();
     observe();
-    EXPECT_EQ(listed, 1u) << "what was there already";
+    EXPECT_EQ(listed, 1u) << "the work published before";
     auto second = NSProgress::progressWithTotalUnitCount(10);
     second->publish();
     second->publish();
@@ -41,7 +41,7 @@ TEST_F(ProgressTest, ObserversSeeTheListComeAndGoAtABoundedRate) {
     }
     EXPECT_LE(calls, 11);
     EXPECT_GE(calls, 9);
-    second.reset();  // whoever did the work is gone
+    second.reset();  // the last owner
     time.loop().advance(0.2);
     EXPECT_EQ(listed, 1u);
     before->unpublish();
@@ -49,7 +49,7 @@ TEST_F(ProgressTest, ObserversSeeTheListComeAndGoAtABoundedRate) {
     EXPECT_EQ(listed, 0u);
     calls = 0;
     time.loop().advance(10);
-    EXPECT_EQ(calls, 0) << "nothing is asked for while nothing is done";
+    EXPECT_EQ(calls, 0) << "without work there are no ticks";
 }
 
 TEST_F(ProgressTest, WorkOfThreadsIsListedOnTheMainThread) {
@@ -74,7 +74,7 @@ TEST(ProgressOfARunLoopThatEnded, LeavesTheNextOneItsTicks) {
         NSProgress::addObserver(&observer, [&](const auto&) { ++calls; });
         work->publish();
         time.loop().advance(1);
-        // A tick waits now, which goes with the loop.
+        // A tick is waiting now and is dropped with the loop.
         EXPECT_GE(std::exchange(calls, 0), 9) << loop;
         NSProgress::removeObserver(&observer);
     }
@@ -82,13 +82,8 @@ TEST(ProgressOfARunLoopThatEnded, LeavesTheNextOneItsTicks) {
 }
 
 TEST_F(ProgressTest, TimeRemainingIsThatOfTheRecentPace) {
-    struct Case {
-        const char* name;
-        std::function<double(double seconds)> fraction;
-        double at;
-        std::optional<double> remaining;
-    };
-    const Case cases[] = {
+    using Fraction = std::function<double(double seconds)>;
+    const std::tuple<const char*, Fraction, double, std::optional<double>> cases[] = {
         {"too early", [](double s) { return s / 100; }, 1, std::nullopt},
         {"even", [](double s) { return s / 100; }, 20, 80},
         {"slower lately", [](double s) { return s < 10 ? s / 20 : 0.5 + (s - 10) / 1000; }, 40, 470},
@@ -97,18 +92,16 @@ TEST_F(ProgressTest, TimeRemainingIsThatOfTheRecentPace) {
         {"began anew", [](double s) { return s < 10 ? s / 20 : (s - 10) / 100; }, 20, 90},
     };
     observe();
-    for (const Case& each : cases) {
+    for (const auto& [name, fraction, at, expected] : cases) {
         auto work = NSProgress::progressWithTotalUnitCount(1'000'000'000);
         work->publish();
-        for (double s = 0; s < each.at; s += 0.1) {
-            work->setCompletedUnitCount(std::llround(each.fraction(s) * 1e9));
+        for (double s = 0; s < at; s += 0.1) {
+            work->setCompletedUnitCount(std::llround(fraction(s) * 1e9));
             time.loop().advance(0.1);
         }
         const auto remaining = work->estimatedTimeRemaining();
-        EXPECT_EQ(remaining.has_value(), each.remaining.has_value()) << each.name;
-        if (remaining && each.remaining) {
-            EXPECT_NEAR(*remaining, *each.remaining, *each.remaining * 0.03) << each.name;
-        }
+        EXPECT_EQ(remaining.has_value(), expected.has_value()) << name;
+        EXPECT_NEAR(remaining.value_or(0), expected.value_or(0), expected.value_or(0) * 0.03) << name;
     }
     const auto unknown = NSProgress::progressWithTotalUnitCount(0);
     EXPECT_EQ(unknown->fractionCompleted(), std::nullopt);

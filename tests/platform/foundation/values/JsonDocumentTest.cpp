@@ -1,60 +1,29 @@
 #include "platform/foundation/values/Value.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <bit>
+#include <cmath>
 #include <random>
+#include <sstream>
 #include <thread>
-#include <variant>
 
 namespace ostrel {
 namespace {
 
-TEST(JsonDocument, RefusesWhatIsNoJsonWithASentence) {
-    const std::string deep(JsonDocument::maximumDepth + 1, '[');
-    const std::string cases[] = {
-        "",
-        " ",
-        "{",
-        "[1,2",
-        "{\"a\":}",
-        "{\"a\" 1}",
-        "{a:1}",
-        "[1,]",
-        "[1 2]",
-        "tru",
-        "truex",
-        "nul",
-        "\"open",
-        "\"tab\there\"",
-        "\"\\x\"",
-        "\"\\u12\"",
-        "01",
-        "1.",
-        ".5",
-        "+1",
-        "-",
-        "1e",
-        "0x10",
-        "NaN",
-        "[1]]",
-        "{} {}",
-        "[1] x",
-        "\xFF",
-        "\"\xC3\"",
-        "\"\xED\xA0\x80\"",
-        "{\"a\":1e999,1e999:2}",
-        "[1e999,01]",
-        "1e999 1e999",
-        std::string("\0", 1),
-        std::string("[1]\0", 4),
-        deep + std::string(deep.size(), ']'),
-    };
+TEST(JsonDocument, RejectsInvalidTextWithASentence) {
+    std::vector<std::string> cases = {{"\0", 1}, {"[1]\0", 4}, "\xFF", "\"\xC3\"", "\"\xED\xA0\x80\""};
+    std::istringstream lines(
+        "\n \n{\n[1,2\n{\"a\":}\n{\"a\" 1}\n{a:1}\n[1,]\n[1 2]\ntru\ntruex\nnul\n\"open\n\"tab\there\"\n"
+        "\"\\x\"\n\"\\u12\"\n01\n1.\n.5\n+1\n-\n1e\n0x10\nNaN\n[1]]\n{} {}\n[1] x\n{\"a\":1e999,1e999:2}\n"
+        "[1e999,01]\n1e999 1e999");
+    for (std::string line; std::getline(lines, line);) cases.push_back(line);
+    ASSERT_EQ(cases.size(), 35u);
     for (const std::string& json : cases) {
-        SCOPED_TRACE(json.substr(0, 40));
         std::string error;
-        EXPECT_TRUE(Value::parse(json, &error).isAbsent());
-        EXPECT_TRUE(error.ends_with(".") && error.find(' ') != std::string::npos) << error;
+        EXPECT_TRUE(Value::parse(json, &error).isAbsent()) << json;
+        EXPECT_TRUE(error.ends_with(".") && error.find(' ') != std::string::npos) << json << ": " << error;
     }
 }
 
@@ -80,23 +49,6 @@ TEST(JsonDocument, EveryCutOfAnAnswerIsRefused) {
 }
 
 TEST(JsonDocument, AllowsAByteOrderMark) { EXPECT_EQ(Value::parse("\xEF\xBB\xBF[1]").count(), 1u); }
-
-TEST(JsonDocument, LongTextsAndShortOnesReadTheSame) {
-    for (const std::size_t records : {3u, 20'000u}) {
-        std::string json = "[";
-        for (std::size_t i = 0; i < records; ++i) {
-            json += (i ? "," : "") +
-                    ("{\"id\":" + std::to_string(i) + ",\"t\":\"\\n" + std::string(i % 60, 'x') + "\"}");
-        }
-        json += "]";
-        const auto elements = Value::parse(json).elements();
-        ASSERT_EQ(elements.size(), records);
-        for (std::size_t i = 0; i < records; ++i) {
-            ASSERT_EQ(elements[i]["id"].integer(), static_cast<std::int64_t>(i));
-            ASSERT_EQ(elements[i]["t"].string(), "\n" + std::string(i % 60, 'x'));
-        }
-    }
-}
 
 TEST(JsonDocument, HoldsAPageOfTextInLittleMoreThanItsLength) {
     std::string json = "[";
@@ -133,90 +85,12 @@ TEST(JsonDocument, ThreadsParseAndReadAtOnce) {
     for (std::thread& thread : threads) thread.join();
 }
 
-/// A plain tree to compare with.
-struct Model {
-    using Members = std::vector<std::pair<std::string, Model>>;
-    std::variant<std::nullptr_t, bool, std::int64_t, double, std::string, std::vector<Model>, Members>
-        content;
-};
+using Json = nlohmann::ordered_json;
 
-class Generator final {
-public:
-    explicit Generator(unsigned seed) : random_(seed) {}
-
-    Model model(int depth) {
-        switch (below(depth > 0 ? 7 : 5)) {
-        case 0: return {nullptr};
-        case 1: return {below(2) == 1};
-        case 2: return {static_cast<std::int64_t>(bits() >> below(64))};
-        case 3: return {real()};
-        case 4: return {text()};
-        case 5: {
-            std::vector<Model> elements(below(6));
-            for (Model& element : elements) element = model(depth - 1);
-            return {std::move(elements)};
-        }
-        default: {
-            Model::Members members;
-            for (std::size_t i = below(6); i > 0; --i)
-                members.emplace_back(text() + std::to_string(i), model(depth - 1));
-            return {std::move(members)};
-        }
-        }
-    }
-
-    /// JSON text with random blanks and random escapes.
-    void write(std::string& out, const Model& model) {
-        blanks(out);
-        if (const auto* boolean = std::get_if<bool>(&model.content)) {
-            out += *boolean ? "true" : "false";
-        } else if (const auto* integer = std::get_if<std::int64_t>(&model.content)) {
-            out += std::to_string(*integer);
-        } else if (const auto* number = std::get_if<double>(&model.content)) {
-            char digits[40];
-            std::snprintf(digits, sizeof digits, "%.17g", *number);
-            out += digits;
-        } else if (const auto* string = std::get_if<std::string>(&model.content)) {
-            quote(out, *string);
-        } else if (const auto* elements = std::get_if<std::vector<Model>>(&model.content)) {
-            out += '[';
-            for (const Model& element : *elements) {
-                if (&element != elements->data()) out += ',';
-                write(out, element);
-            }
-            blanks(out);
-            out += ']';
-        } else if (const auto* members = std::get_if<Model::Members>(&model.content)) {
-            out += '{';
-            for (const auto& member : *members) {
-                if (&member != members->data()) out += ',';
-                blanks(out);
-                quote(out, member.first);
-                blanks(out);
-                out += ':';
-                write(out, member.second);
-            }
-            blanks(out);
-            out += '}';
-        } else {
-            out += "null";
-        }
-        blanks(out);
-    }
-
-private:
-    std::uint64_t bits() { return random_(); }
-    std::size_t below(std::size_t limit) { return bits() % limit; }
-
-    double real() {
-        double value;
-        do {
-            value = std::bit_cast<double>(bits());
-        } while (!(value - value == 0));  // infinities and NaN are no JSON
-        return below(2) ? value : static_cast<double>(static_cast<std::int64_t>(bits() >> 40)) / 8;
-    }
-
-    std::string text() {
+/// A random document, at most `depth` levels deep.
+Json randomJson(std::mt19937_64& random, int depth) {
+    const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };
+    const auto text = [&] {
         static const std::string pieces[] = {"a",
                                              "Z",
                                              "\"",
@@ -233,81 +107,83 @@ private:
                                              "1e999",
                                              "{",
                                              ","};
-        std::string text;
-        for (std::size_t i = below(12); i > 0; --i) text += pieces[below(std::size(pieces))];
-        return text;
+        std::string result;
+        for (std::size_t i = below(12); i > 0; --i) result += pieces[below(std::size(pieces))];
+        return result;
+    };
+    switch (below(depth > 0 ? 8 : 6)) {
+    case 0: return nullptr;
+    case 1: return below(2) == 1;
+    case 2: return static_cast<std::int64_t>(random() >> below(64));
+    case 3: return static_cast<double>(static_cast<std::int64_t>(random() >> 40)) / 8;
+    case 4: {
+        const double any = std::bit_cast<double>(random());
+        return std::isfinite(any) ? any : 0.5;
     }
-
-    void blanks(std::string& out) {
-        while (below(4) == 0) out += " \t\r\n"[below(4)];
+    case 5: return text();
+    case 6: {
+        Json array = Json::array();
+        for (std::size_t i = below(6); i > 0; --i) array.push_back(randomJson(random, depth - 1));
+        return array;
     }
-
-    void quote(std::string& out, const std::string& text) {
-        out += '"';
-        for (const char c : text) {
-            const auto byte = static_cast<unsigned char>(c);
-            if (byte < 0x20 || (byte < 0x7F && below(8) == 0)) {
-                char escape[8];
-                std::snprintf(escape, sizeof escape, "\\u%04X", byte);
-                out += escape;
-            } else {
-                if (c == '"' || c == '\\') out += '\\';
-                out += c;
-            }
-        }
-        out += '"';
+    default: {
+        Json object = Json::object();
+        for (std::size_t i = below(6); i > 0; --i)
+            object[text() + std::to_string(i)] = randomJson(random, depth - 1);
+        return object;
     }
+    }
+}
 
-    std::mt19937_64 random_;
-};
-
-void expectSame(const Value& value, const Model& model) {
-    if (const auto* boolean = std::get_if<bool>(&model.content)) {
+void expectSame(const Value& value, const Json& json) {
+    if (json.is_boolean()) {
         ASSERT_EQ(value.type(), Value::Type::boolean);
-        ASSERT_EQ(value.boolean(), *boolean);
-    } else if (const auto* integer = std::get_if<std::int64_t>(&model.content)) {
+        ASSERT_EQ(value.boolean(), json.get<bool>());
+    } else if (json.is_number()) {
         ASSERT_TRUE(value.isNumber());
-        ASSERT_EQ(value.integer(), *integer);
-    } else if (const auto* number = std::get_if<double>(&model.content)) {
-        ASSERT_TRUE(value.isNumber());
-        ASSERT_EQ(value.number(), *number);
-    } else if (const auto* string = std::get_if<std::string>(&model.content)) {
+        ASSERT_EQ(value.number(), json.get<double>());
+        ASSERT_TRUE(json.is_number_float() || value.integer() == json.get<std::int64_t>());
+    } else if (json.is_string()) {
         ASSERT_TRUE(value.isString());
-        ASSERT_EQ(value.string(), *string);
-    } else if (const auto* elements = std::get_if<std::vector<Model>>(&model.content)) {
+        ASSERT_EQ(value.string(), json.get<std::string>());
+    } else if (json.is_array()) {
         const auto found = value.elements();
         ASSERT_TRUE(value.isArray());
-        ASSERT_EQ(found.size(), elements->size());
-        for (std::size_t i = 0; i < found.size(); ++i) expectSame(found[i], (*elements)[i]);
-    } else if (const auto* members = std::get_if<Model::Members>(&model.content)) {
-        const auto keys = value.keys();
+        ASSERT_EQ(found.size(), json.size());
+        for (std::size_t i = 0; i < found.size(); ++i) expectSame(found[i], json[i]);
+    } else if (json.is_object()) {
         ASSERT_TRUE(value.isDictionary());
-        ASSERT_EQ(keys.size(), members->size());
-        for (std::size_t i = 0; i < keys.size(); ++i) {
-            ASSERT_EQ(keys[i], (*members)[i].first);
-            expectSame(value[keys[i]], (*members)[i].second);
+        std::vector<std::string_view> keys;
+        for (const auto& [key, member] : json.items()) {
+            keys.push_back(key);
+            expectSame(value[key], member);
         }
+        ASSERT_EQ(value.keys(), keys);
     } else {
         ASSERT_TRUE(value.isNull());
     }
 }
 
-TEST(JsonDocument, RandomDocumentsReadAsTheirModelAndSurviveWriting) {
+TEST(JsonDocument, RandomDocumentsReadAsWhatWasWrittenAndSurviveWriting) {
     const unsigned seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
-    Generator generator(seed);
-    for (int round = 0; round < 2000; ++round) {
-        const Model model = generator.model(5);
-        std::string json;
-        generator.write(json, model);
+    std::mt19937_64 random(seed);
+    for (int round = 0; round < 2000 && !HasFatalFailure(); ++round) {
+        Json json = randomJson(random, 5);
+        if (round == 0) {  // longer than the texts for which a thread keeps its parser
+            json = Json::array({std::string(300'000, 'x')});
+            for (int i = 0; i < 2000; ++i) json.push_back(randomJson(random, 3));
+        }
+        // Without or with blanks; in every second round, characters beyond ASCII are escaped.
+        const std::string text = json.dump(round % 3 - 1, ' ', round % 2 == 0);
+        SCOPED_TRACE(text.substr(0, 4096));
         std::string error;
-        const Value value = Value::parse(json, &error);
-        ASSERT_FALSE(value.isAbsent()) << error << "\n" << json;
-        expectSame(value, model);
+        const Value value = Value::parse(text, &error);
+        ASSERT_FALSE(value.isAbsent()) << error;
+        expectSame(value, json);
         const Value again = Value::parse(value.json());
-        ASSERT_TRUE(again == value) << json;
-        expectSame(again, model);
-        if (HasFatalFailure()) FAIL() << json;
+        ASSERT_TRUE(again == value);
+        expectSame(again, json);
     }
 }
 

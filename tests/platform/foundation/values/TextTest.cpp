@@ -1,5 +1,6 @@
 #include "platform/foundation/values/Text.h"
 #include "platform/foundation/runloop/NSLog.h"
+#include "tests/support/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -10,13 +11,7 @@ namespace ostrel {
 namespace {
 
 TEST(Text, ReplacesFromLeftToRightOnce) {
-    struct Case {
-        const char* text;
-        const char* from;
-        const char* to;
-        const char* result;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
         {"a\r\nb\r\n", "\r\n", "\n", "a\nb\n"},
         {"aaa", "aa", "a", "aa"},
         {"aa", "a", "aa", "aaaa"},
@@ -25,38 +20,37 @@ TEST(Text, ReplacesFromLeftToRightOnce) {
         {"abc", "x", "y", "abc"},
         {"abc", "", "x", "abc"},
     };
-    for (const Case& one : cases)
-        EXPECT_EQ(replacingOccurrences(one.text, one.from, one.to), one.result) << one.text;
+    for (const auto& [text, from, to, result] : cases)
+        EXPECT_EQ(replacingOccurrences(text, from, to), result) << text;
 }
 
 TEST(Text, FindsWhereUtf8Ends) {
-    struct Case {
-        std::string text;
-        std::size_t valid;
-    };
-    const Case cases[] = {
-        {"", 0},
-        {"plain text of more than eight bytes", 35},
-        {"12345678\xC3\xA9", 10},
-        {"ab\xC3", 2},
-        {"ab\xC3(", 2},
-        {"\xE6\x96\x87", 3},
-        {"\xE6\x96", 0},
-        {"\xF0\x9F\x98\x80!", 5},
-        {"\xF0\x9F\x98", 0},
-        {"x\xC0\x80", 1},          // overlong NUL
-        {"x\xE0\x9F\xBF", 1},      // overlong
-        {"x\xF0\x8F\xBF\xBF", 1},  // overlong
-        {"\xED\x9F\xBF", 3},
-        {"x\xED\xA0\x80", 1},  // a surrogate
-        {"\xF4\x8F\xBF\xBF", 4},
-        {"x\xF4\x90\x80\x80", 1},  // beyond U+10FFFF
-        {"x\xF5\x80\x80\x80", 1},
-        {"12345678\x80", 8},
-        {"1234567\xFFzzzzzzzz", 7},
-        {std::string("\0", 1), 1},
-    };
-    for (const Case& one : cases) EXPECT_EQ(validUtf8Prefix(one.text), one.valid) << one.text;
+    // The valid prefix and the rest.
+    using namespace std::string_literals;
+    const std::pair<std::string, std::string> cases[] = {
+        {"", ""},
+        {"plain text of more than eight bytes", ""},
+        {"12345678\xC3\xA9", ""},
+        {"\0"s, ""},
+        {"ab", "\xC3"},
+        {"ab", "\xC3("},
+        {"\xE6\x96\x87", ""},
+        {"", "\xE6\x96"},
+        {"\xF0\x9F\x98\x80!", ""},
+        {"", "\xF0\x9F\x98"},
+        {"\xED\x9F\xBF", ""},
+        {"\xF4\x8F\xBF\xBF", ""},
+        {"12345678", "\x80"},
+        {"1234567", "\xFFzzzzzzzz"},
+        // Overlong forms, a surrogate, code points beyond U+10FFFF.
+        {"x", "\xC0\x80"},
+        {"x", "\xE0\x9F\xBF"},
+        {"x", "\xF0\x8F\xBF\xBF"},
+        {"x", "\xED\xA0\x80"},
+        {"x", "\xF4\x90\x80\x80"},
+        {"x", "\xF5\x80\x80\x80"}};
+    for (const auto& [valid, rest] : cases)
+        EXPECT_EQ(validUtf8Prefix(valid + rest), valid.size()) << valid + rest;
 }
 
 TEST(Text, FillsTheFirstLongOnly) {
@@ -65,34 +59,25 @@ TEST(Text, FillsTheFirstLongOnly) {
     EXPECT_EQ(formatLong("100%% %d %s", 5), "100%% %d %s");
 }
 
-class NSLogTest : public testing::Test {
-protected:
-    NSLogTest() {
-        former_ = setLogSink([this](std::string_view line) { lines_.emplace_back(line); });
-    }
-    ~NSLogTest() override { setLogSink(std::move(former_)); }
-    std::vector<std::string> lines_;
-
-private:
-    LogSink former_;
-};
-
-TEST_F(NSLogTest, FillsPlaceholdersInOrder) {
+TEST(NSLog, FillsPlaceholdersInOrder) {
+    const LogCapture log;
     NSLog("Error:%@", "broken");
     NSLog("%@%@|%@", std::optional<std::string>(), std::string("%@"), std::string_view("c"));
     NSLog("%@ and %@", "one");
     NSLog("none", "left over");
     NSLog("as it is: %@ 100%");
-    EXPECT_EQ(lines_, (std::vector<std::string>{"Error:broken", "(null)%@|c", "one and %@", "none",
-                                                "as it is: %@ 100%"}));
+    EXPECT_EQ(log.lines(), (std::vector<std::string>{"Error:broken", "(null)%@|c", "one and %@", "none",
+                                                     "as it is: %@ 100%"}));
 }
 
-TEST_F(NSLogTest, KeepsEachMessageOnOneLine) {
+TEST(NSLog, KeepsEachMessageOnOneLine) {
+    const LogCapture log;
     NSLog("a\nb\r\nc\rd%@", "\n");
-    EXPECT_EQ(lines_, std::vector<std::string>{"a\\nb\\nc\\nd\\n"});
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"a\\nb\\nc\\nd\\n"});
 }
 
-TEST_F(NSLogTest, ThreadsLogOneLineAtATime) {
+TEST(NSLog, ThreadsLogOneLineAtATime) {
+    const LogCapture log;
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([] {
@@ -100,7 +85,7 @@ TEST_F(NSLogTest, ThreadsLogOneLineAtATime) {
         });
     }
     for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(lines_.size(), 400u);
+    EXPECT_EQ(log.lines().size(), 400u);
 }
 
 TEST(NSLog, WithoutASinkLinesGoToStandardErrorAlsoFromWithinASink) {

@@ -30,23 +30,16 @@ protected:
         platform.settle();
         return control;
     }
-    Log log;  // outlives the window, which reports to the end
+    Log log;  // declared first: the window still reports in its destructor
     HeadlessPlatform platform;
 };
 
 TEST_F(ControlTest, EventsFollowTheFinger) {
-    struct Case {
-        const char* what;
-        UITouchType type;
-        UIButtonMask button;
-        CGPoint to;
-        Log expected;
-    };
     const auto control = show(make<UIControl>(), {100, 100, 50, 50});
     const auto direct = UITouchType::direct;
     const auto pointer = UITouchType::pointer;
     const auto primary = UIButtonMask::primary;
-    const Case cases[] = {
+    const std::tuple<const char*, UITouchType, UIButtonMask, CGPoint, Log> cases[] = {
         {"stays", direct, primary, {110, 110}, {"down", "inside"}},
         {"a finger may leave a little", direct, primary, {170, 110}, {"down", "inside"}},
         {"but not far", direct, primary, {180, 110}, {"down", "outside"}},
@@ -54,13 +47,13 @@ TEST_F(ControlTest, EventsFollowTheFinger) {
         {"a pointer inside", pointer, primary, {149, 110}, {"down", "inside"}},
         {"the secondary button presses nothing", pointer, UIButtonMask::secondary, {110, 110}, {}},
     };
-    for (const Case& c : cases) {
+    for (const auto& [what, type, button, to, expected] : cases) {
         log.clear();
-        platform.touchType = c.type;
-        platform.touchButton = c.button;
-        platform.drag({110, 110}, c.to);
-        EXPECT_EQ(log, c.expected) << c.what;
-        EXPECT_FALSE(control->isHighlighted()) << c.what;
+        platform.touchType = type;
+        platform.touchButton = button;
+        platform.drag({110, 110}, to);
+        EXPECT_EQ(log, expected) << what;
+        EXPECT_FALSE(control->isHighlighted()) << what;
     }
 }
 
@@ -100,34 +93,29 @@ TEST_F(ControlTest, ATargetMayEndTheControl) {
 }
 
 TEST_F(ControlTest, AButtonLooksLikeItsStates) {
-    struct Look {
-        std::string title;
-        double alpha;
-        UIColor background;
-    };
     const auto button = show(make<UIButton>(), {0, 0, 100, 40});
     button->setTitle("Send");
     button->setBackgroundColor(UIColor::tint(), UIControlState::normal);
-    const auto expectLook = [&](const char* what, const Look& look) {
+    const auto expectLook = [&](const char* what, const char* title, double alpha, UIColor background) {
         platform.settle();
-        EXPECT_EQ(button->titleLabel()->text(), look.title) << what;
-        EXPECT_EQ(button->titleLabel()->alpha(), look.alpha) << what;
-        EXPECT_EQ(button->backgroundColor(), look.background) << what;
-        EXPECT_EQ(button->accessibility().label, look.title) << what;
+        EXPECT_EQ(button->titleLabel()->text(), title) << what;
+        EXPECT_EQ(button->titleLabel()->alpha(), alpha) << what;
+        EXPECT_EQ(button->backgroundColor(), background) << what;
+        EXPECT_EQ(button->accessibility().label, title) << what;
     };
-    expectLook("normal", {"Send", 1, UIColor::tint()});
+    expectLook("normal", "Send", 1, UIColor::tint());
     button->setHighlighted(true);
-    expectLook("pressed without a look of its own", {"Send", 0.55, UIColor::tint()});
+    expectLook("pressed without a look of its own", "Send", 0.55, UIColor::tint());
     button->setBackgroundColor(UIColor::black(), UIControlState::highlighted);
-    expectLook("pressed with a look of its own", {"Send", 1, UIColor::black()});
+    expectLook("pressed with a look of its own", "Send", 1, UIColor::black());
     button->setHighlighted(false);
     button->setEnabled(false);
-    expectLook("disabled", {"Send", 0.35, UIColor::tint()});
+    expectLook("disabled", "Send", 0.35, UIColor::tint());
     button->setTitle("Sent", UIControlState::disabled);
-    expectLook("disabled with its own title", {"Sent", 1, UIColor::tint()});
+    expectLook("disabled with its own title", "Sent", 1, UIColor::tint());
     button->setEnabled(true);
     button->setSelected(true);
-    expectLook("selected without a look of its own", {"Send", 1, UIColor::tint()});
+    expectLook("selected without a look of its own", "Send", 1, UIColor::tint());
     EXPECT_EQ(button->titleForState(UIControlState::selected), "Send");
 
     const auto row = show(make<UIButton>(), {0, 100, 100, 40});
@@ -146,22 +134,19 @@ TEST_F(ControlTest, AButtonPutsItsImageBesideItsTitle) {
     button->setImage(UIImage::systemImageNamed("link"));
     const CGFloat title = 20, image = 24, padding = 4;
     EXPECT_EQ(button->sizeThatFits({}).width, image + padding + title);
-    struct Case {
-        NSTextAlignment alignment;
-        CGFloat width, imageX, titleWidth;
-    };
-    const Case cases[] = {{NSTextAlignment::center, 200, 76, title},
-                          {NSTextAlignment::left, 200, 0, title},
-                          {NSTextAlignment::right, 200, 152, title},
-                          {NSTextAlignment::center, 40, 0, 12},
-                          {NSTextAlignment::center, 10, 0, 0}};
-    for (const Case& c : cases) {
-        button->setContentAlignment(c.alignment);
-        button->setFrame({0, 0, c.width, 40});
+    const std::tuple<NSTextAlignment, CGFloat, CGFloat, CGFloat> cases[] = {
+        {NSTextAlignment::center, 200, 76, title},
+        {NSTextAlignment::left, 200, 0, title},
+        {NSTextAlignment::right, 200, 152, title},
+        {NSTextAlignment::center, 40, 0, 12},
+        {NSTextAlignment::center, 10, 0, 0}};
+    for (const auto& [alignment, width, imageX, titleWidth] : cases) {
+        button->setContentAlignment(alignment);
+        button->setFrame({0, 0, width, 40});
         platform.settle();
-        EXPECT_EQ(button->imageView()->frame().minX(), c.imageX) << c.width;
-        EXPECT_EQ(button->titleLabel()->frame().width(), c.titleWidth) << c.width;
-        EXPECT_LE(button->imageView()->frame().maxX(), c.width);
+        EXPECT_EQ(button->imageView()->frame().minX(), imageX) << width;
+        EXPECT_EQ(button->titleLabel()->frame().width(), titleWidth) << width;
+        EXPECT_LE(button->imageView()->frame().maxX(), width);
     }
     button->setFrame({0, 0, 200, 40});
     button->setContentAlignment(NSTextAlignment::left);
@@ -172,13 +157,14 @@ TEST_F(ControlTest, AButtonPutsItsImageBesideItsTitle) {
     EXPECT_EQ(button->titleLabel()->frame(), (CGRect{38, -8, 40, 56}));
 }
 
-TEST_F(ControlTest, ASegmentIsChosenByFingerAndArrow) {
+TEST_F(ControlTest, ASegmentIsSelectedByFingerAndArrow) {
     const auto control =
         show(make<UISegmentedControl>(std::vector<std::string>{"One", "Two", "Three"}), {0, 0, 300, 32});
     platform.tap({150, 10});
     EXPECT_EQ(control->selectedSegmentIndex(), 1u);
     platform.tap({150, 10});
-    EXPECT_EQ(std::count(log.begin(), log.end(), "value"), 1) << "the chosen one is not chosen again";
+    EXPECT_EQ(std::count(log.begin(), log.end(), "value"), 1)
+        << "a press on the selected segment changes nothing";
     platform.window().setFocusedView(control.get(), true);
     for (int i = 0; i < 4; ++i) EXPECT_TRUE(platform.key(UIKeyCode::right));
     EXPECT_EQ(control->selectedSegmentIndex(), 2u);

@@ -18,7 +18,7 @@ std::vector<Type> typesOf(const MountingTransaction& transaction) {
     return types;
 }
 
-/// The mounted tree has exactly the views of `view`'s tree, in their states.
+/// Expects that the mounted tree has exactly the views of `view`'s tree, in their states.
 void expectMounted(const HeadlessBackend& backend, const UIView& view, std::size_t& count) {
     ++count;
     const auto* const node = backend.node(view.tag());
@@ -39,16 +39,12 @@ void expectMounted(HeadlessPlatform& platform) {
 TEST(Mounting, OneLabelInALargeTreeIsOneMutation) {
     HeadlessPlatform platform;
     std::vector<std::shared_ptr<UILabel>> labels;
-    for (int i = 0; i < 50; ++i) {
-        const auto group = make<UIView>(CGRect{0, 0, 100, 100});
-        platform.window().addSubview(group);
-        for (int k = 0; k < 100; ++k) {
-            labels.push_back(make<UILabel>(CGRect{0, 0, 50, 20}));
-            group->addSubview(labels.back());
-        }
+    for (int i = 0; i < 5000; ++i) {
+        labels.push_back(make<UILabel>(CGRect{0, 0, 50, 20}));
+        platform.window().addSubview(labels.back());
     }
     platform.settle();
-    ASSERT_EQ(platform.backend().count(), 5051u);
+    ASSERT_EQ(platform.backend().count(), 5001u);
     const auto before = platform.backend().transactionCount();
 
     labels[2500]->setText("new");
@@ -60,7 +56,7 @@ TEST(Mounting, OneLabelInALargeTreeIsOneMutation) {
     EXPECT_EQ(mutations[0].changes, changedContent | changedAccessibility);
 }
 
-TEST(Mounting, WhatComesOutTheSameIsNotSent) {
+TEST(Mounting, ChangesThatCancelOutAreNotSent) {
     HeadlessPlatform platform;
     const auto view = make<UILabel>(CGRect{1, 2, 3, 4});
     view->setText("same");
@@ -113,7 +109,7 @@ TEST(Mounting, AMovedViewIsNeitherDestroyedNorCreated) {
     EXPECT_EQ(typesOf(platform.backend().lastTransaction()), (std::vector{Type::remove, Type::insert}));
     expectMounted(platform);
 
-    // Out of a tree that leaves, and by way of no window at all.
+    // Out of a tree that leaves the window, after a moment in no window.
     child->removeFromSuperview();
     a->addSubview(child);
     b->removeFromSuperview();
@@ -123,7 +119,7 @@ TEST(Mounting, AMovedViewIsNeitherDestroyedNorCreated) {
     expectMounted(platform);
 }
 
-TEST(Mounting, AnotherOrderMovesAsFewAsPossible) {
+TEST(Mounting, AnotherZOrderMovesTheFewestViews) {
     HeadlessPlatform platform;
     std::vector<std::shared_ptr<UIView>> views;
     for (int i = 0; i < 6; ++i) {
@@ -197,75 +193,38 @@ TEST(Mounting, RandomChangesLeadToTheTreeTheyDescribe) {
     const auto anyParent = [&]() -> UIView& {
         return pick(8) == 0 || views.empty() ? window : *views[pick(views.size())];
     };
+    const auto some = [&] { return views[pick(views.size())]; };
     for (int step = 0; step < 4000 && !HasFatalFailure(); ++step) {
-        switch (pick(12)) {
-        case 0:
-        case 1:
-            if (views.size() < 120) {
-                views.push_back(make<UILabel>(CGRect{0, 0, double(pick(50)), double(pick(50))}));
-                UIView& parent = anyParent();
-                if (&parent != views.back().get()) parent.insertSubview(views.back(), pick(5));
-            }
-            break;
-        case 2:
-        case 3:
-            if (!views.empty()) views[pick(views.size())]->removeFromSuperview();
-            break;
-        case 4:  // forgotten; lives on when it has a superview
-            if (!views.empty() && pick(2))
-                views.erase(views.begin() + static_cast<std::ptrdiff_t>(pick(views.size())));
-            break;
-        case 5:
-        case 6: {
-            if (views.empty()) break;
-            const auto view = views[pick(views.size())];
+        const std::size_t action = views.empty() ? 0 : pick(12);
+        if (action < 2 && views.size() < 120) {
+            UIView& parent = anyParent();
+            views.push_back(make<UILabel>(CGRect{0, 0, double(pick(50)), double(pick(50))}));
+            parent.insertSubview(views.back(), pick(5));
+        } else if (action < 4) {
+            some()->removeFromSuperview();
+        } else if (action == 4 && pick(2)) {  // its superview, if any, keeps it alive
+            views.erase(views.begin() + static_cast<std::ptrdiff_t>(pick(views.size())));
+        } else if (action < 7) {
+            const auto view = some();
             UIView& parent = anyParent();
             if (!parent.isDescendantOfView(*view)) parent.insertSubview(view, pick(6));
-            break;
-        }
-        case 7:
-            if (!views.empty()) {
-                const auto view = views[pick(views.size())];
-                if (view->superview())
-                    pick(2) ? view->superview()->bringSubviewToFront(view)
-                            : view->superview()->sendSubviewToBack(view);
-            }
-            break;
-        case 8:
-            if (!views.empty())
-                static_cast<UILabel&>(*views[pick(views.size())]).setText(std::to_string(pick(5)));
-            break;
-        case 9:
-            if (!views.empty())
-                views[pick(views.size())]->setFrame({double(pick(9)), double(pick(9)), double(pick(9)), 5});
-            break;
-        case 10:
-            if (!views.empty()) views[pick(views.size())]->setHidden(pick(2));
-            break;
-        case 11:
-            if (pick(3) == 0) {
-                platform.settle();
-                expectMounted(platform);
-            }
-            break;
+        } else if (action == 7) {
+            const auto view = some();
+            UIView* const parent = view->superview();
+            if (parent) pick(2) ? parent->bringSubviewToFront(view) : parent->sendSubviewToBack(view);
+        } else if (action == 8) {
+            static_cast<UILabel&>(*some()).setText(std::to_string(pick(5)));
+        } else if (action == 9) {
+            some()->setFrame({double(pick(9)), double(pick(9)), double(pick(9)), 5});
+        } else if (action == 10) {
+            some()->setHidden(pick(2));
+        } else if (pick(3) == 0) {
+            platform.settle();
+            expectMounted(platform);
         }
     }
     platform.settle();
     expectMounted(platform);
-}
-
-TEST(Mounting, ViewsLetGoOfEachOther) {
-    std::weak_ptr<UIView> view;
-    {
-        HeadlessPlatform platform;
-        const auto parent = make<UIView>();
-        const auto child = make<UILabel>();
-        view = child;
-        parent->addSubview(child);
-        platform.window().addSubview(parent);
-        platform.settle();
-    }
-    EXPECT_TRUE(view.expired());
 }
 
 }  // namespace

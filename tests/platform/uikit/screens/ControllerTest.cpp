@@ -11,7 +11,7 @@ TEST_F(ControllerTest, TheViewIsMadeOnFirstNeedAndLoadedOnce) {
     const auto view = root->view();
     EXPECT_EQ(root->view(), view);
     EXPECT_EQ(log, CallLog({"A load"}));
-    EXPECT_EQ(view->viewController(), root.get());
+    EXPECT_EQ(view->owner(), root.get());
 }
 
 TEST_F(ControllerTest, AppearanceCallsAreBalancedWhateverIsAskedFor) {
@@ -83,7 +83,7 @@ TEST_F(ControllerTest, AViewThatOutlivesItsControllerForgetsIt) {
     auto root = screen("A");
     const auto view = root->view();
     root.reset();
-    EXPECT_EQ(view->viewController(), nullptr);
+    EXPECT_EQ(view->owner(), nullptr);
 }
 
 TEST(PlatformText, FollowsThePreferredLanguages) {

@@ -35,9 +35,10 @@ const char* nameOf(UIGestureRecognizerState state) {
     return names[static_cast<int>(state)];
 }
 
-/// An outer view with an inner one in it, at (50, 50).
+/// An outer view that contains an inner one at (50, 50).
 class GestureTest : public ::testing::Test {
 protected:
+    using enum UITouchPhase;
     void SetUp() override {
         platform.window().addSubview(outer);
         outer->addSubview(inner);
@@ -51,8 +52,15 @@ protected:
         return recognizer;
     }
     Log taken() { return std::exchange(log, {}); }
+    Log tapAt(CGPoint point) {
+        platform.tap(point);
+        return taken();
+    }
+    void touches(std::initializer_list<std::pair<UITouchPhase, CGPoint>> steps) {
+        for (const auto& [phase, point] : steps) platform.touch(phase, point);
+    }
 
-    Log log;  // outlives the window, which reports to the end
+    Log log;  // declared first: the window still reports in its destructor
     HeadlessPlatform platform;
     std::shared_ptr<TouchedView> outer = make<TouchedView>(CGRect{0, 0, 300, 300}, "outer", log);
     std::shared_ptr<TouchedView> inner = make<TouchedView>(CGRect{50, 50, 100, 100}, "inner", log);
@@ -60,13 +68,10 @@ protected:
 
 TEST_F(GestureTest, TheDeepestTapWinsAndTheViewIsToldOnce) {
     watch<UITapGestureRecognizer>(*outer, "outer tap");
-    platform.tap({60, 60});
-    EXPECT_EQ(taken(), (Log{"inner began", "inner cancelled", "outer tap ended"}));
+    EXPECT_EQ(tapAt({60, 60}), (Log{"inner began", "inner cancelled", "outer tap ended"}));
     watch<UITapGestureRecognizer>(*inner, "inner tap");
-    platform.tap({60, 60});
-    EXPECT_EQ(taken(), (Log{"inner began", "inner cancelled", "inner tap ended"}));
-    platform.tap({10, 10});
-    EXPECT_EQ(taken(), (Log{"outer began", "outer cancelled", "outer tap ended"}));
+    EXPECT_EQ(tapAt({60, 60}), (Log{"inner began", "inner cancelled", "inner tap ended"}));
+    EXPECT_EQ(tapAt({10, 10}), (Log{"outer began", "outer cancelled", "outer tap ended"}));
 }
 
 TEST_F(GestureTest, APanTakesTheTouchFromViewTapAndPress) {
@@ -82,23 +87,18 @@ TEST_F(GestureTest, APanTakesTheTouchFromViewTapAndPress) {
 }
 
 TEST_F(GestureTest, PansBeginOnTheirAxisOnly) {
-    struct Case {
-        UIPanGestureRecognizer::Axis axis;
-        CGPoint to;
-        bool begins;
-    };
     using Axis = UIPanGestureRecognizer::Axis;
     const auto pan = watch<UIPanGestureRecognizer>(*inner, "pan");
-    const Case cases[] = {{Axis::any, {60, 66}, false},       {Axis::any, {66, 67}, true},
-                          {Axis::vertical, {60, 80}, true},   {Axis::vertical, {80, 62}, false},
-                          {Axis::horizontal, {80, 62}, true}, {Axis::horizontal, {62, 80}, false},
-                          {Axis::horizontal, {40, 60}, true}, {Axis::vertical, {60, 40}, true}};
-    for (const Case& c : cases) {
-        pan->axis = c.axis;
-        platform.drag({60, 60}, c.to);
+    const std::tuple<UIPanGestureRecognizer::Axis, CGPoint, bool> cases[] = {
+        {Axis::any, {60, 66}, false},       {Axis::any, {66, 67}, true},
+        {Axis::vertical, {60, 80}, true},   {Axis::vertical, {80, 62}, false},
+        {Axis::horizontal, {80, 62}, true}, {Axis::horizontal, {62, 80}, false},
+        {Axis::horizontal, {40, 60}, true}, {Axis::vertical, {60, 40}, true}};
+    for (const auto& [axis, to, begins] : cases) {
+        pan->axis = axis;
+        platform.drag({60, 60}, to);
         const Log events = taken();
-        EXPECT_EQ(std::count(events.begin(), events.end(), "pan began"), c.begins)
-            << c.to.x << ", " << c.to.y;
+        EXPECT_EQ(std::count(events.begin(), events.end(), "pan began"), begins) << to.x << ", " << to.y;
     }
 }
 
@@ -144,43 +144,35 @@ TEST_F(GestureTest, ALongPressBeginsByTimeAndFailsByMoving) {
     EXPECT_EQ(taken(), (Log{"inner began", "inner ended"}));
     platform.press({60, 60}, 0.51);
     EXPECT_EQ(taken(), (Log{"inner began", "inner cancelled", "press began", "press ended"}));
-    platform.touch(UITouchPhase::began, {60, 60});
-    platform.touch(UITouchPhase::moved, {60, 75});
+    touches({{began, {60, 60}}, {moved, {60, 75}}});
     platform.advance(1);
     platform.touch(UITouchPhase::ended, {60, 75});
     EXPECT_EQ(taken(), (Log{"inner began", "inner moved", "inner ended"}));
     for (const auto type : {UITouchType::direct, UITouchType::pointer}) {
         platform.touchType = type;
-        platform.touch(UITouchPhase::began, {60, 60});
-        platform.touch(UITouchPhase::moved, {66, 68});
+        touches({{began, {60, 60}}, {moved, {66, 68}}});
         platform.advance(0.51);
-        platform.touch(UITouchPhase::moved, {90, 90});
-        platform.touch(UITouchPhase::cancelled, {90, 90});
+        touches({{moved, {90, 90}}, {cancelled, {90, 90}}});
         EXPECT_EQ(taken(),
                   (Log{"inner began", "inner moved", "inner cancelled", "press began", "press cancelled"}))
             << "10 points count as still; once begun it may go anywhere";
     }
 }
 
-TEST_F(GestureTest, WhoMayNotBeginLeavesTheTouchToTheOthers) {
+TEST_F(GestureTest, ARecogniserThatMayNotBeginLeavesTheTouchToTheOthers) {
     const auto tap = watch<UITapGestureRecognizer>(*inner, "inner tap");
     watch<UITapGestureRecognizer>(*outer, "outer tap");
     tap->shouldBegin = [](UIGestureRecognizer&) { return false; };
-    platform.tap({60, 60});
-    EXPECT_EQ(taken().back(), "outer tap ended");
+    EXPECT_EQ(tapAt({60, 60}).back(), "outer tap ended");
     tap->shouldBegin = nullptr;
     tap->setEnabled(false);
-    platform.tap({60, 60});
-    EXPECT_EQ(taken().back(), "outer tap ended");
+    EXPECT_EQ(tapAt({60, 60}).back(), "outer tap ended");
     tap->setEnabled(true);
-    platform.tap({60, 60});
-    EXPECT_EQ(taken().back(), "inner tap ended");
+    EXPECT_EQ(tapAt({60, 60}).back(), "inner tap ended");
     inner->removeGestureRecognizer(tap);
-    platform.tap({60, 60});
-    EXPECT_EQ(taken().back(), "outer tap ended");
+    EXPECT_EQ(tapAt({60, 60}).back(), "outer tap ended");
     inner->addGestureRecognizer(tap);
-    platform.tap({60, 60});
-    EXPECT_EQ(taken().back(), "inner tap ended");
+    EXPECT_EQ(tapAt({60, 60}).back(), "inner tap ended");
 }
 
 TEST_F(GestureTest, ATapOnAControlIsTheControls) {
@@ -188,21 +180,17 @@ TEST_F(GestureTest, ATapOnAControlIsTheControls) {
     const auto button = make<UIButton>(UIButton::Type::custom, CGRect{200, 200, 50, 50});
     button->addTarget([this] { log.push_back("pressed"); }, UIControlEvent::touchUpInside);
     outer->addSubview(button);
-    platform.tap({210, 210});
-    EXPECT_EQ(taken(), (Log{"pressed"}));
+    EXPECT_EQ(tapAt({210, 210}), (Log{"pressed"}));
     button->setEnabled(false);
-    platform.tap({210, 210});
-    EXPECT_EQ(taken(), (Log{"outer tap ended"}));
+    EXPECT_EQ(tapAt({210, 210}), (Log{"outer tap ended"}));
 }
 
 TEST_F(GestureTest, AViewThatLeavesUnderTheFingerIsToldAndForgotten) {
     watch<UIPanGestureRecognizer>(*inner, "pan");
-    platform.touch(UITouchPhase::began, {60, 60});
-    platform.touch(UITouchPhase::moved, {60, 80});
+    touches({{began, {60, 60}}, {moved, {60, 80}}});
     inner->removeFromSuperview();
     inner.reset();
-    platform.touch(UITouchPhase::moved, {60, 90});
-    platform.touch(UITouchPhase::ended, {60, 90});
+    touches({{moved, {60, 90}}, {ended, {60, 90}}});
     EXPECT_EQ(taken(), (Log{"inner began", "inner cancelled", "pan began", "pan cancelled"}));
 
     platform.touch(UITouchPhase::began, {10, 10});
@@ -223,7 +211,7 @@ TEST_F(GestureTest, ActionsMayEndTheirOwnView) {
     EXPECT_EQ(tap->view(), nullptr);
 }
 
-TEST_F(GestureTest, FingersAreApartAndACancelledOneTapsNothing) {
+TEST_F(GestureTest, FingersAreIndependentAndACancelledTouchIsNoTap) {
     watch<UITapGestureRecognizer>(*outer, "tap");
     platform.touch(UITouchPhase::began, {10, 10}, 1);
     platform.touch(UITouchPhase::began, {60, 60}, 2);
@@ -239,7 +227,7 @@ TEST_F(GestureTest, FingersAreApartAndACancelledOneTapsNothing) {
     EXPECT_EQ(taken(), Log{});
 }
 
-TEST_F(GestureTest, ScrollingGoesUpUntilSomethingMoves) {
+TEST_F(GestureTest, ScrollingGoesUpUntilAViewScrolls) {
     platform.scroll({60, 60}, -10);
     EXPECT_EQ(taken(), (Log{"inner scrolled", "outer scrolled"}));
     inner->scrolls = true;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 
 namespace ostrel {
@@ -22,89 +23,36 @@ void expectNear(CGPoint actual, CGPoint expected, const char* what) {
 }
 
 TEST(Autoresizing, FlexiblePartsShareTheDifference) {
-    struct Case {
-        const char* what;
-        unsigned mask;
-        CGRect frame;
-        CGSize from, to;
-        CGRect expected;
+    // Along one axis: "margin" is the flexible margin before the view, "end" the one behind it.
+    constexpr unsigned none = autoresizingNone, margin = flexibleLeftMargin, length = flexibleWidth,
+                       end = flexibleRightMargin;
+    // Name, flexible parts, then origin, length and the superview's length, before and after.
+    const std::tuple<const char*, unsigned, std::array<CGFloat, 3>, std::array<CGFloat, 3>> cases[] = {
+        {"no mask keeps origin and size", none, {10, 30, 100}, {10, 30, 200}},
+        {"the length takes all", length, {10, 80, 100}, {10, 120, 140}},
+        {"the length shrinks", length, {10, 80, 100}, {10, 40, 60}},
+        {"the length ends at zero", length, {10, 30, 100}, {10, 0, 20}},
+        {"the margin keeps the distance to the end", margin, {10, 80, 100}, {60, 80, 150}},
+        {"the end keeps the view", end, {10, 80, 100}, {10, 80, 150}},
+        {"both margins by their lengths", margin | end, {10, 60, 100}, {30, 60, 180}},
+        {"equal margins stay centred", margin | end, {20, 60, 100}, {30.5, 60, 121}},
+        {"both margins without length share equally", margin | end, {0, 100, 100}, {30, 100, 160}},
+        {"all three by their lengths", margin | length | end, {10, 50, 100}, {20, 100, 200}},
+        {"length and end", length | end, {10, 30, 100}, {10, 60, 190}},
+        {"a margin below zero takes no share", margin | end, {50, 100, 100}, {70, 100, 120}},
+        {"from an empty superview", length, {0, 0, 0}, {0, 300, 300}},
     };
-    const Case cases[] = {
-        {"no mask keeps origin and size",
-         autoresizingNone,
-         {10, 20, 30, 40},
-         {100, 100},
-         {200, 300},
-         {10, 20, 30, 40}},
-        {"width takes all", flexibleWidth, {10, 0, 80, 10}, {100, 10}, {140, 10}, {10, 0, 120, 10}},
-        {"width shrinks", flexibleWidth, {10, 0, 80, 10}, {100, 10}, {60, 10}, {10, 0, 40, 10}},
-        {"width ends at zero", flexibleWidth, {10, 0, 30, 10}, {100, 10}, {20, 10}, {10, 0, 0, 10}},
-        {"left margin: sticks to the right",
-         flexibleLeftMargin,
-         {10, 0, 80, 10},
-         {100, 10},
-         {150, 10},
-         {60, 0, 80, 10}},
-        {"right margin: stays", flexibleRightMargin, {10, 0, 80, 10}, {100, 10}, {150, 10}, {10, 0, 80, 10}},
-        {"both margins by their lengths",
-         flexibleLeftMargin | flexibleRightMargin,
-         {10, 0, 60, 10},
-         {100, 10},
-         {180, 10},
-         {30, 0, 60, 10}},
-        {"equal margins stay centred",
-         flexibleLeftMargin | flexibleRightMargin,
-         {20, 0, 60, 10},
-         {100, 10},
-         {121, 10},
-         {30.5, 0, 60, 10}},
-        {"both margins without length share equally",
-         flexibleLeftMargin | flexibleRightMargin,
-         {0, 0, 100, 10},
-         {100, 10},
-         {160, 10},
-         {30, 0, 100, 10}},
-        {"all three by their lengths",
-         flexibleLeftMargin | flexibleWidth | flexibleRightMargin,
-         {10, 0, 50, 10},
-         {100, 10},
-         {200, 10},
-         {20, 0, 100, 10}},
-        {"width and right margin",
-         flexibleWidth | flexibleRightMargin,
-         {10, 0, 30, 10},
-         {100, 10},
-         {190, 10},
-         {10, 0, 60, 10}},
-        {"a margin below zero takes no share",
-         flexibleLeftMargin | flexibleRightMargin,
-         {50, 0, 100, 10},
-         {100, 10},
-         {120, 10},
-         {70, 0, 100, 10}},
-        {"from an empty superview",
-         flexibleWidth | flexibleHeight,
-         {0, 0, 0, 0},
-         {0, 0},
-         {300, 400},
-         {0, 0, 300, 400}},
-        {"height", flexibleHeight, {0, 10, 5, 80}, {5, 100}, {5, 130}, {0, 10, 5, 110}},
-        {"top margin: sticks to the bottom",
-         flexibleTopMargin,
-         {0, 10, 5, 80},
-         {5, 100},
-         {5, 130},
-         {0, 40, 5, 80}},
-        {"bottom margin", flexibleBottomMargin, {0, 10, 5, 80}, {5, 100}, {5, 130}, {0, 10, 5, 80}},
-        {"axes are independent",
-         flexibleWidth | flexibleTopMargin,
-         {0, 0, 50, 50},
-         {100, 100},
-         {200, 150},
-         {0, 50, 150, 50}},
-    };
-    for (const Case& c : cases)
-        expectNear(autoresizedFrame(c.frame, c.mask, c.from, c.to), c.expected, c.what);
+    for (const auto& [what, flexible, before, after] : cases) {
+        const auto [x, width, whole] = before;
+        const auto [newX, newWidth, newWhole] = after;
+        // The other axis has no flexible part and another size.
+        expectNear(autoresizedFrame({x, 7, width, 9}, flexible, {whole, 50}, {newWhole, 70}),
+                   {newX, 7, newWidth, 9}, what);
+        expectNear(autoresizedFrame({7, x, 9, width}, flexible << 3, {50, whole}, {70, newWhole}),
+                   {7, newX, 9, newWidth}, what);
+    }
+    static_assert(flexibleTopMargin == margin << 3 && flexibleHeight == length << 3);
+    static_assert(flexibleBottomMargin == end << 3);
 }
 
 TEST(Autoresizing, GoesDownTheTreeAndLeavesScrolledContentAlone) {
@@ -144,13 +92,7 @@ TEST(ViewGeometry, PointsConvertThroughScrollingAndTransforms) {
     row->addSubview(turned);
     window.addSubview(doubled);
 
-    struct Case {
-        const char* what;
-        CGPoint point;
-        const UIView *from, *to;
-        CGPoint expected;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, CGPoint, const UIView*, const UIView*, CGPoint> cases[] = {
         {"row to window", {1, 2}, row.get(), nullptr, {16, 32}},
         {"window to row", {16, 32}, &window, row.get(), {1, 2}},
         {"row to its scroll view", {1, 2}, row.get(), scroll.get(), {6, 62}},
@@ -161,7 +103,8 @@ TEST(ViewGeometry, PointsConvertThroughScrollingAndTransforms) {
         {"scaled about the middle", {0, 0}, doubled.get(), nullptr, {75, 275}},
         {"to itself", {3, 4}, row.get(), row.get(), {3, 4}},
     };
-    for (const Case& c : cases) expectNear(c.from->convertPointToView(c.point, c.to), c.expected, c.what);
+    for (const auto& [what, point, from, to, expected] : cases)
+        expectNear(from->convertPointToView(point, to), expected, what);
     expectNear(turned->convertRectToView(turned->bounds(), row.get()), {5, -5, 10, 20},
                "box of a turned view");
 }
@@ -178,53 +121,42 @@ TEST(HitTest, FindsTheDeepestVisibleViewFromFrontToBack) {
 
     struct Case {
         const char* what;
-        std::function<void()> change, undo;
         CGPoint point;
         UIView* expected;
+        std::function<void()> change = [] {};
     };
-    const auto nothing = [] {};
     const Case cases[] = {
-        {"alone", nothing, nothing, {10, 10}, back.get()},
-        {"the one in front", nothing, nothing, {60, 60}, front.get()},
-        {"the deepest", nothing, nothing, {60, 10}, inner.get()},
-        {"beyond its superview", nothing, nothing, {160, 10}, &window},
-        {"left edge belongs to it", nothing, nothing, {50, 60}, front.get()},
-        {"right edge does not", nothing, nothing, {150, 60}, &window},
-        {"outside of the window", nothing, nothing, {-1, 10}, nullptr},
-        {"hidden", [&] { front->setHidden(true); }, [&] { front->setHidden(false); }, {60, 10}, back.get()},
-        {"transparent", [&] { front->setAlpha(0.01); }, [&] { front->setAlpha(1); }, {60, 10}, back.get()},
-        {"hardly visible",
-         [&] { front->setAlpha(0.02); },
-         [&] { front->setAlpha(1); },
-         {60, 10},
-         inner.get()},
-        {"takes no touches",
-         [&] { front->setUserInteractionEnabled(false); },
-         [&] { front->setUserInteractionEnabled(true); },
-         {60, 10},
-         back.get()},
+        {"alone", {10, 10}, back.get()},
+        {"the one in front", {60, 60}, front.get()},
+        {"the deepest", {60, 10}, inner.get()},
+        {"beyond its superview", {160, 10}, &window},
+        {"left edge belongs to it", {50, 60}, front.get()},
+        {"right edge does not", {150, 60}, &window},
+        {"outside of the window", {-1, 10}, nullptr},
+        {"hidden", {60, 10}, back.get(), [&] { front->setHidden(true); }},
+        {"transparent", {60, 10}, back.get(), [&] { front->setAlpha(0.01); }},
+        {"hardly visible", {60, 10}, inner.get(), [&] { front->setAlpha(0.02); }},
+        {"no interaction", {60, 10}, back.get(), [&] { front->setUserInteractionEnabled(false); }},
         {"scrolled away",
+         {60, 10},
+         front.get(),
          [&] {
-             front->setBoundsOrigin({0, 60});
-         },
-         [&] { front->setBoundsOrigin({}); },
-         {60, 10},
-         front.get()},
+             front->setBoundsOrigin(CGPoint{0, 60});
+         }},
         {"moved by its transform",
-         [&] { front->setTransform(CGAffineTransform::translation(0, 200)); },
-         [&] { front->setTransform({}); },
          {60, 210},
-         inner.get()},
-        {"brought to front",
-         [&] { window.bringSubviewToFront(back); },
-         [&] { window.sendSubviewToBack(back); },
-         {60, 10},
-         back.get()},
+         inner.get(),
+         [&] { front->setTransform(CGAffineTransform::translation(0, 200)); }},
+        {"brought to front", {60, 10}, back.get(), [&] { window.bringSubviewToFront(back); }},
     };
     for (const Case& c : cases) {
+        front->setHidden(false);
+        front->setAlpha(1);
+        front->setUserInteractionEnabled(true);
+        front->setBoundsOrigin({});
+        front->setTransform({});
         c.change();
         EXPECT_EQ(window.hitTest(c.point), c.expected) << c.what;
-        c.undo();
     }
 }
 

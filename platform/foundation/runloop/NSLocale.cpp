@@ -22,7 +22,7 @@ std::string languageTag(std::string_view posixName) {
 class EnvironmentLocale final : public NSLocale {
 public:
     EnvironmentLocale() : times_(newlocale(LC_TIME_MASK | LC_CTYPE_MASK, "", nullptr)) {
-        // Texts are UTF-8 throughout; a locale of another encoding cannot be used.
+        // All texts are UTF-8; a locale of another encoding cannot be used.
         if (times_ && std::string_view(nl_langinfo_l(CODESET, times_)) != "UTF-8") {
             freelocale(times_);
             times_ = nullptr;
@@ -35,7 +35,7 @@ public:
 
     std::string shortDateAndTime(NSDate date) const override {
         const double whole = std::floor(date.secondsSince1970);
-        // Beyond these, the year does not fit struct tm; the comparison also leaves out NaN.
+        // The year of a later or earlier moment does not fit into struct tm; NaN fails the comparison too.
         if (!(std::fabs(whole) < 6e16)) return {};
         const auto seconds = static_cast<std::time_t>(whole);
         std::tm local{};
@@ -48,7 +48,7 @@ public:
     std::vector<std::string> preferredLanguages() const override {
         std::string names;
         for (const char* variable : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
-            // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here changes the environment
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): no code of this program changes the environment
             if (const char* value = std::getenv(variable); value && *value)
                 names.append(value).append(1, ':');
         }
