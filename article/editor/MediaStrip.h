@@ -25,7 +25,7 @@ public:
         collectionView()->template registerClassForCellWithReuseIdentifier<AddTile>(addIdentifier);
     }
 
-    /// The height in points that a strip of these items needs; no items are as good as an empty strip.
+    /// The height in points that a strip of these items needs. Absent items count as none.
     static CGFloat heightFor(const std::optional<Items>& items, std::int64_t style) {
         return heightForCount(items ? items->size() : 0, style);
     }
