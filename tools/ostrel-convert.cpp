@@ -1,4 +1,4 @@
-// Converts a clip as the article editor does, and prints what the editor reads of it.
+// Converts a clip as the article editor does, and prints the facts that the editor reads from the clip.
 
 #include "article/media/CaptureMetadata.h"
 #include "article/media/NSMov2Mp4.h"
@@ -27,7 +27,7 @@ namespace {
 enum ExitStatus { succeeded = 0, failed = 1, wrongUse = 2, interrupted = 130 };
 
 constexpr double secondsBetweenLooks = 0.02;
-/// No clip takes this long; the loop is bounded.
+/// Bounds the wait for a conversion; no clip takes this long.
 constexpr double longestSeconds = 7 * 24 * 60 * 60.0;
 
 volatile std::sig_atomic_t wasInterrupted = 0;
@@ -39,6 +39,7 @@ struct Outcome {
     bool isOffered = false;
 };
 
+/// A line on a terminal that shows how far the conversion is.
 class ProgressBar final {
 public:
     explicit ProgressBar(bool isShown) : isShown_(isShown) {}
@@ -64,7 +65,8 @@ private:
 Outcome convert(SystemRunLoop& loop, const NSURL& source, const std::string& destination, ProgressBar& bar) {
     Outcome outcome;
     std::atomic<bool> isFinished{false};
-    std::optional<NSError> failure;  // written before isFinished is set
+    // Written before isFinished is set, read after.
+    std::optional<NSError> failure;
     const auto session = NSMov2Mp4().startConversion(
         source, destination, [&](bool finished, float progress, const std::optional<NSError>& error) {
             if (finished) {
@@ -82,7 +84,7 @@ Outcome convert(SystemRunLoop& loop, const NSURL& source, const std::string& des
     });
     loop.run([&] { return isFinished.load(std::memory_order_acquire); }, longestSeconds);
     look->invalidate();
-    // The completion has returned when its thread has ended.
+    // Waits for the thread of the conversion, because the handler above uses variables of this function.
     NSThread::waitForAll(longestSeconds);
     outcome.error = failure;
     if (!failure) bar.show(1);
@@ -150,7 +152,7 @@ int run(const std::string& in, const std::string& out, const std::string& thumbn
     MediaBackend::install(std::make_shared<FfmpegMediaBackend>());
     std::signal(SIGINT, rememberInterrupt);
     std::signal(SIGTERM, rememberInterrupt);
-    // A file larger than the process may write is an error like any other.
+    // Without this signal, a write beyond the limit of the file's size fails like any other write.
     std::signal(SIGXFSZ, SIG_IGN);
     const NSURL source = NSURL::fileURLWithPath(in);
 

@@ -1,7 +1,7 @@
 #include "backends/headless/HeadlessPlatform.h"
 #include "platform/foundation/runloop/NSThread.h"
 #include "platform/uikit/screens/UINavigationController.h"
-#include "reader/ReaderLogController.h"
+#include "reader/screens/ReaderLogController.h"
 
 #include <gtest/gtest.h>
 
