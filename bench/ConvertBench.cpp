@@ -99,17 +99,17 @@ const Arguments encoders{"-c:v", "libx264", "-preset",   "veryfast",  "-profile:
 /// Makes a clip of ten seconds of 1920 by 1080 at 30 frames a second and 16 Mbit/s that is shown turned by 90 degrees.
 /// False when ffmpeg cannot make it.
 bool makeClip(const WorkFolder& folder, const std::string& path, const std::string& picture) {
-    const std::string lying = folder.path("lying.mp4");
+    const std::string landscape = folder.path("landscape.mp4");
     return run(joined(ffmpeg, {"-f",       "lavfi",   "-i",       picture,
                                "-f",       "lavfi",   "-i",       "sine=440:r=48000:d=10",
                                "-c:v",     "libx264", "-preset",  "veryfast",
                                "-b:v",     "16M",     "-minrate", "16M",
                                "-maxrate", "16M",     "-bufsize", "16M",
                                "-pix_fmt", "yuv420p", "-c:a",     "aac",
-                               "-ac",      "2",       lying}))
+                               "-ac",      "2",       landscape}))
                    .seconds >= 0 &&
-           run(joined(ffmpeg, {"-i", lying, "-c", "copy", "-metadata:s:v:0", "rotate=270", path})).seconds >=
-               0;
+           run(joined(ffmpeg, {"-i", landscape, "-c", "copy", "-metadata:s:v:0", "rotate=270", path}))
+                   .seconds >= 0;
 }
 
 struct Side {

@@ -120,7 +120,7 @@ TEST_F(ConvertProgramTest, SaysWhatIsWrongAndEndsWithAStatusOfItsOwn) {
 
 TEST_F(ConvertProgramTest, AnInterruptEndsItAndLeavesNothing) {
     smallClip();
-    // Takes longer than the test by far, and costs no encoding.
+    // Its conversion takes much longer than this test, and making it needs no encoding.
     const std::string slow = ClipMaker::shared().make("slow.mov", "-stream_loop 600 -i {small.mov} -c copy");
     const pid_t child = start({slow, folder.path("out/a.mp4")});
     std::this_thread::sleep_for(std::chrono::milliseconds(500));

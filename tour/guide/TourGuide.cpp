@@ -83,7 +83,7 @@ void TourGuide::drag(CGPoint from, CGPoint to) {
     window_.settle();
 }
 
-void TourGuide::scrollDown() {
+void TourGuide::fling() {
     const CGSize size = reader_.rootView().frame().size;
     const CGFloat x = size.width * 0.6;
     if (options_.reader.idiom == UIUserInterfaceIdiom::mac) {
@@ -91,6 +91,10 @@ void TourGuide::scrollDown() {
     } else {
         input_.swipe({x, size.height * 0.75}, {x, size.height * 0.2}, 90);
     }
+}
+
+void TourGuide::scrollDown() {
+    fling();
     window_.settle();
 }
 

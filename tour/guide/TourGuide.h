@@ -40,6 +40,9 @@ protected:
     void hold(CGPoint point);
     /// Drags the view at `from` to `to`.
     void drag(CGPoint from, CGPoint to);
+    /// Scrolls down by a swipe, or by the wheel, whose momentum goes on afterwards.
+    void fling();
+    /// Flings and waits until the window is at rest.
     void scrollDown();
     void openTab(const char* title);
     /// Types `text` into the field with this accessible name, in the place of the text that it holds.

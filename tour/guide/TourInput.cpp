@@ -110,9 +110,9 @@ void TourInput::swipe(CGPoint from, CGPoint to, int milliseconds, int restFor, i
 
 void TourInput::key(int key, const QString& text, Qt::KeyboardModifiers modifiers) {
     QWindowSystemInterface::handleKeyEvent(&window_, QEvent::KeyPress, key, modifiers, text);
-    pass(8);
+    pass(0);
     QWindowSystemInterface::handleKeyEvent(&window_, QEvent::KeyRelease, key, modifiers, text);
-    pass(8);
+    pass(0);
 }
 
 void TourInput::type(const std::string& text) {

@@ -15,6 +15,8 @@ namespace {
 
 /// A view whose opacity is below this value counts as invisible.
 constexpr double faint = 0.05;
+/// Longer than half a frame of a display of 60 Hz, so that three looks take longer than a frame.
+constexpr int millisecondsBetweenLooks = 10;
 
 void collect(UIView& view, const CGRect& clip, std::vector<UIView*>& into) {
     if (view.isHidden() || view.alpha() < faint) return;
@@ -87,7 +89,7 @@ bool TourWindow::settle(int milliseconds) const {
     // The window must be at rest in three looks in a row, because a view that comes to rest may start another animation.
     for (int quiet = 0; quiet < 3;) {
         if (since.elapsed() > milliseconds) return false;
-        TourInput::pass(20);
+        TourInput::pass(millisecondsBetweenLooks);
         quiet = reader_.view().isSettled() ? quiet + 1 : 0;
     }
     return true;

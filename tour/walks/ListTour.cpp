@@ -145,7 +145,8 @@ void ListTour::shareOffersTheLink() {
 
 void ListTour::loadMorePagesOn() {
     auto& list = reader_.root().allArticles();
-    for (int i = 0; i < 40 && !window_.first<UIArticleLoadMoreTableViewCell>(); ++i) scrollDown();
+    for (int i = 0; i < 40 && !window_.first<UIArticleLoadMoreTableViewCell>(); ++i) fling();
+    window_.settle();
     scrollDown();
     auto* more = window_.first<UIArticleLoadMoreTableViewCell>();
     press(more, "the row that loads more");

@@ -30,11 +30,9 @@ constexpr char text[] = "We carried them down to the quay. 灯笼在水面上亮
 constexpr char addition[] = " And home again.";
 constexpr char comment[] = "I can see them from here, <b>you & me</b>.";
 constexpr char escapedComment[] = "I can see them from here, &lt;b&gt;you &amp; me&lt;/b&gt;.";
-const char* const pictureFiles[] = {"Harbour at dusk.jpg", "Noon 100%.jpg",
-                                    "M\xC3\xA4rkte & Stra\xC3\x9F"
-                                    "en.png",
-                                    "Holiday 2026/\xE2\x80\x9CQuoted\xE2\x80\x9D.jpeg"};
-const char* const captions[] = {"The quay", "Boats & nets", "\xE6\xB8\xAF\xE5\x8F\xA3"};
+const char* const pictureFiles[] = {"Harbour at dusk.jpg", "Noon 100%.jpg", "Märkte & Straßen.png",
+                                    "Holiday 2026/“Quoted”.jpeg"};
+const char* const captions[] = {"The quay", "Boats & nets", "港口"};
 constexpr char laterCaption[] = "On the way home";
 
 }  // namespace
