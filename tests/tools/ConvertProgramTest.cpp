@@ -147,7 +147,7 @@ TEST_F(ConvertProgramTest, AKillAtAnyMomentLeavesNoFileThatIsNotWhole) {
     // Half of the kills come near the end, where the file gets its name.
     std::uniform_int_distribution<std::int64_t> anyMoment(0, whole.count() * 12 / 10);
     std::uniform_int_distribution<std::int64_t> lateMoment(whole.count() * 7 / 10, whole.count() * 12 / 10);
-    constexpr int kills = 30;
+    constexpr int kills = 20;
     int finished = 0;
     for (int i = 0; i < kills; ++i) {
         const pid_t child = start({smallClip(), out});
