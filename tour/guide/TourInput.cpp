@@ -11,6 +11,11 @@
 
 namespace ostrel {
 
+namespace {
+/// Shorter than any typist needs, and long enough for the window to show what a key changed, such as the focus.
+constexpr int millisecondsBetweenKeys = 8;
+}  // namespace
+
 TourInput::TourInput(QQuickWindow& window)
     : window_(window),
       touchscreen_(new QPointingDevice("tour touchscreen", 1000, QInputDevice::DeviceType::TouchScreen,
@@ -112,7 +117,7 @@ void TourInput::key(int key, const QString& text, Qt::KeyboardModifiers modifier
     QWindowSystemInterface::handleKeyEvent(&window_, QEvent::KeyPress, key, modifiers, text);
     pass(0);
     QWindowSystemInterface::handleKeyEvent(&window_, QEvent::KeyRelease, key, modifiers, text);
-    pass(0);
+    pass(millisecondsBetweenKeys);
 }
 
 void TourInput::type(const std::string& text) {

@@ -156,6 +156,7 @@ void WriteTour::titleAndTextAreTyped() {
     input_.key(Qt::Key_Return, "\r");
     check(window_.waitFor([&] { return editor()->textTextField()->isFirstResponder(); }),
           "Return leads to the text");
+    window_.settle();
     input_.type(text);
     check(window_.waitFor([&] { return editor()->textTextField()->text() == text; }),
           "the text holds both scripts");
@@ -306,6 +307,7 @@ void WriteTour::picturesAreChanged() {
         window_.settle();
     }
     press(box, "the text");
+    window_.settle();
     input_.key(Qt::Key_End, {}, Qt::ControlModifier);
     input_.type(addition);
     check(window_.waitFor([&] { return box->text() == std::string(text) + addition; }), "the text has grown");
