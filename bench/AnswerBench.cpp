@@ -42,7 +42,7 @@ struct BadAnswer {
 
 ScriptedHttpServer::Answer text(const std::string& body) { return ScriptedHttpServer::answer(body); }
 
-// The longest answers lie just below the largest that is taken (32 MiB), where parsing one takes longest.
+// The longest answers are just below the limit of an answer (32 MiB), because parsing them takes the longest time.
 const BadAnswer badAnswers[] = {
     {"nothing", [] { return ScriptedHttpServer::Answer{}; }},
     {"half an answer",

@@ -26,7 +26,7 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-/// A folder for clips, gone at the end.
+/// A temporary folder for clips, removed with this object.
 class WorkFolder final {
 public:
     WorkFolder() {
@@ -46,11 +46,13 @@ private:
 };
 
 struct Spent {
-    double seconds = -1;    ///< by the clock; negative: the program failed
-    double mebibytes = -1;  ///< the most that was resident
+    /// Wall time; negative: the program failed.
+    double seconds = -1;
+    /// The most memory that was resident.
+    double mebibytes = -1;
 };
 
-/// Runs a program to its end. Its standard error goes to `log`, when that is given, else nowhere.
+/// Runs a program to its end. Its standard error goes to the file `log`; without a name it is dropped.
 Spent run(const Arguments& arguments, const std::string& log = {}) {
     std::vector<char*> texts;
     for (const std::string& text : arguments) texts.push_back(const_cast<char*>(text.c_str()));
@@ -88,25 +90,26 @@ Arguments joined(Arguments first, const Arguments& second) {
 }
 
 const Arguments ffmpeg{"ffmpeg", "-nostdin", "-v", "error", "-y"};
-/// The encoders' settings of the medium preset.
+/// The settings of both encoders in the medium preset.
 const Arguments encoders{"-c:v", "libx264", "-preset",   "veryfast",  "-profile:v", "high",
                          "-crf", "23",      "-maxrate",  "1000000",   "-bufsize",   "2000000",
                          "-g",   "150",     "-c:a",      "aac",       "-b:a",       "128000",
                          "-ac",  "2",       "-movflags", "+faststart"};
 
-/// Ten seconds of 1920 by 1080 at 30 frames a second, 16 Mbit/s, to be turned by a quarter; false when it cannot be made.
+/// Makes a clip of ten seconds of 1920 by 1080 at 30 frames a second and 16 Mbit/s that is shown turned by 90 degrees.
+/// False when ffmpeg cannot make it.
 bool makeClip(const WorkFolder& folder, const std::string& path, const std::string& picture) {
-    const std::string lying = folder.path("lying.mp4");
+    const std::string landscape = folder.path("landscape.mp4");
     return run(joined(ffmpeg, {"-f",       "lavfi",   "-i",       picture,
                                "-f",       "lavfi",   "-i",       "sine=440:r=48000:d=10",
                                "-c:v",     "libx264", "-preset",  "veryfast",
                                "-b:v",     "16M",     "-minrate", "16M",
                                "-maxrate", "16M",     "-bufsize", "16M",
                                "-pix_fmt", "yuv420p", "-c:a",     "aac",
-                               "-ac",      "2",       lying}))
+                               "-ac",      "2",       landscape}))
                    .seconds >= 0 &&
-           run(joined(ffmpeg, {"-i", lying, "-c", "copy", "-metadata:s:v:0", "rotate=270", path})).seconds >=
-               0;
+           run(joined(ffmpeg, {"-i", landscape, "-c", "copy", "-metadata:s:v:0", "rotate=270", path}))
+                   .seconds >= 0;
 }
 
 struct Side {
@@ -150,7 +153,7 @@ std::vector<BenchResult> convertTurned(const std::string& name, const std::strin
             result(".memory", 1.2, "MiB", ours.mebibytes, same.mebibytes, "most memory, the same filters")};
 }
 
-/// The structural similarity of a clip to the source scaled to its size; negative when it cannot be measured.
+/// The structural similarity of a clip to the source scaled to the size of the clip; negative when it cannot be measured.
 double similarity(const WorkFolder& folder, const std::string& clip, const std::string& source) {
     const std::string log = folder.path("ssim");
     Arguments arguments = ffmpeg;
@@ -168,18 +171,19 @@ double similarity(const WorkFolder& folder, const std::string& clip, const std::
 }
 
 struct Quality {
-    double distance = -1;  ///< 1 less the similarity; negative: not measured
+    /// 1 less the structural similarity; negative: not measured.
+    double distance = -1;
     double bytes = 0;
 };
 
-/// The peer's distance from the source at a size of `bytes`, along the line through two of its own results.
+/// The distance that the peer would have at a size of `bytes`, interpolated between two of its own results.
 double distanceAt(double bytes, const Quality& one, const Quality& other) {
     const double slope = (other.distance - one.distance) / (other.bytes - one.bytes);
     return one.distance + slope * (bytes - one.bytes);
 }
 
 std::vector<BenchResult> convertQuality(const BenchSettings& settings) {
-    // No two encodings of the same pictures at a fixed rate are alike, so that several clips are averaged.
+    // The quality of an encoding at a fixed rate depends on the clip, so the distances of several clips are averaged.
     const int rounds = std::clamp(settings.rounds, 3, 10);
     std::vector<BenchResult> results;
     for (const auto& [name, picture] :
@@ -221,7 +225,7 @@ std::vector<BenchResult> convertQuality(const BenchSettings& settings) {
     return results;
 }
 
-/// One conversion in this process, on a main loop of its own.
+/// One conversion in this process, on its own main loop.
 class Conversion final {
 public:
     Conversion(const std::string& from, const std::string& to) {
@@ -244,7 +248,7 @@ public:
     void cancel() {
         if (session_) session_->cancelExport();
     }
-    /// Until its thread has ended.
+    /// Blocks until the thread of the conversion has ended.
     void finish() {
         constexpr double longest = 120;
         if (session_) runFor(longest);
@@ -309,7 +313,7 @@ std::vector<BenchResult> convertInProcess(const BenchSettings&) {
                             conversion.finish();
                         }) *
                         milliseconds);
-        // One that was complete already stands there whole; else there is not even the folder.
+        // A conversion that was complete before it was cancelled leaves a whole clip; any other leaves no file.
         if (!std::filesystem::remove(out) && std::filesystem::exists(folder.path("out")) &&
             !std::filesystem::is_empty(folder.path("out")))
             return failed("a cancelled conversion left a file");

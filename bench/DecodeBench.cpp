@@ -14,7 +14,7 @@ namespace ostrel {
 
 namespace {
 
-/// Enough work for a measure of some milliseconds.
+/// As many repetitions as make a measurement of some milliseconds.
 int repetitions(std::size_t articles) { return articles >= 1000 ? 10 : 200; }
 
 std::vector<BenchResult> decode(const std::string& name, std::size_t articles,

@@ -5,7 +5,8 @@ namespace ostrel {
 
 namespace {
 
-constexpr double longestTurn = 16;  // milliseconds: a frame of a display of 60 Hz
+/// Milliseconds: one frame of a display of 60 Hz.
+constexpr double longestTurn = 16;
 
 double editor(const std::vector<std::string>& arguments) {
     std::vector<std::string> all{"editor"};

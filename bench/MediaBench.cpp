@@ -13,10 +13,11 @@ namespace ostrel {
 
 namespace {
 
-constexpr int pictureWidth = 4000, pictureHeight = 3000;  // 12 megapixels
+/// 12 megapixels.
+constexpr int pictureWidth = 4000, pictureHeight = 3000;
 constexpr int pictures = 8;
 
-/// A picture with as much detail as a photograph: slopes, edges and grain.
+/// A picture with as much detail as one from a camera: gradients, edges and grain.
 QImage photograph(int number) {
     QImage image(pictureWidth, pictureHeight, QImage::Format_RGB32);
     unsigned grain = 12345u + static_cast<unsigned>(number);

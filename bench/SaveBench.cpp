@@ -18,11 +18,11 @@ namespace {
 
 constexpr int pictures = 100;
 constexpr int pictureWidth = 1600, pictureHeight = 1200;
-constexpr double poll = 0.5;           // seconds
-constexpr double longestSave = 0.9;    // seconds, for an article without media
-constexpr double longestTurn = 0.016;  // seconds
+/// The time between two looks of a save at its outstanding requests, the longest save of an article without media, and the
+/// longest turn of the main loop, in seconds.
+constexpr double poll = 0.5, longestSave = 0.9, longestTurn = 0.016;
 
-/// A picture with slopes, edges and grain.
+/// A picture with gradients, edges and grain.
 bool makePicture(int number, const QString& path) {
     QImage image(pictureWidth, pictureHeight, QImage::Format_RGB32);
     unsigned grain = 12345u + static_cast<unsigned>(number);
@@ -40,7 +40,8 @@ bool makePicture(int number, const QString& path) {
     return image.save(path, "JPEG", 90);
 }
 
-/// What the editor is given as "<number>.jpg", and the very bodies that it sends of them as "<number>.body.jpg".
+/// Writes the pictures that the editor is given as "<number>.jpg", and the same JPEG bodies that the editor uploads of them
+/// as "<number>.body.jpg".
 bool makePictures(const QString& folder) {
     for (int i = 0; i < pictures; ++i) {
         const QString path = folder + "/" + QString::number(i);
@@ -63,7 +64,8 @@ QByteArray curl(const QStringList& arguments) {
     return process.readAllStandardOutput();
 }
 
-/// The same article by curl: created, then its pictures `--parallel`. Seconds of the pictures; negative: it failed.
+/// Posts the same article with the curl command line, which uploads the pictures with `--parallel`. The seconds that the
+/// pictures took; negative: curl failed.
 double curlPictures(const QString& address, const QString& folder) {
     static int users = 0;
     const QString jar = folder + "/jar";

@@ -9,7 +9,8 @@ namespace {
 
 struct Case {
     const char* name;
-    const char* step;  ///< points a frame; "still": one point to and fro, so that no new row comes
+    /// Points a frame; "still": one point down and one up in turn, so that no new row appears.
+    const char* step;
     double goal;
     const char* what;
 };

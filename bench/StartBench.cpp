@@ -8,7 +8,7 @@ namespace ostrel {
 
 namespace {
 
-/// Milliseconds from starting `program` until it says that its list is painted; negative when it does not.
+/// Milliseconds from starting `program` until it prints that its list is painted; negative when it does not print that.
 double timeToList(const QString& program, const QStringList& arguments) {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

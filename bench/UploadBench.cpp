@@ -18,7 +18,7 @@ namespace {
 constexpr qint64 megabyte = 1'000'000;
 constexpr int longestSeconds = 300;
 
-/// A clip of `bytes` bytes: a short one, and after it a box of free space (ISO/IEC 14496-12, 8.1.2).
+/// Writes a clip of `bytes` bytes: a short clip followed by a box of free space (ISO/IEC 14496-12, 8.1.2).
 bool makeClip(const QString& path, qint64 bytes) {
     QFile::remove(path);
     if (!QFile::copy(QString(OSTREL_SAMPLE_CLIPS) + "/sea.mp4", path)) return false;
@@ -39,7 +39,7 @@ QString said(const QString& program, const QStringList& arguments) {
     return QString::fromUtf8(process.readAllStandardOutput());
 }
 
-/// Uploads with the curl command line, under an account of its own.
+/// Uploads with the curl command line, signed in to an account of its own.
 class CurlUploader final {
 public:
     explicit CurlUploader(QString address) : address_(std::move(address)) {

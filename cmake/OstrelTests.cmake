@@ -33,3 +33,17 @@ function(ostrel_add_test target)
             LABELS ${target}
             ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_MEDIA_BACKEND=ffmpeg")
 endfunction()
+
+# ostrel_add_mistake_test(<name> <status> <text> <program> [argument...]): a command line that makes no sense must end with
+# <status> and one line on standard error that contains <text>. <program>: a target or a file.
+function(ostrel_add_mistake_test name status text program)
+    if(NOT OSTREL_BUILD_TESTS)
+        return()
+    endif()
+    if(TARGET ${program})
+        set(program $<TARGET_FILE:${program}>)
+    endif()
+    add_test(NAME ${name} COMMAND ${PROJECT_SOURCE_DIR}/tests/support/expect-failure ${status} ${text} ${program} ${ARGN})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 60
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software")
+endfunction()

@@ -1,4 +1,4 @@
-// Converts a clip as the article editor does, and prints what the editor reads of it.
+// Converts a clip as the article editor does, and prints the facts that the editor reads from the clip.
 
 #include "article/media/CaptureMetadata.h"
 #include "article/media/NSMov2Mp4.h"
@@ -6,16 +6,14 @@
 #include "platform/foundation/runloop/NSLog.h"
 #include "platform/foundation/runloop/NSThread.h"
 #include "platform/foundation/runloop/SystemRunLoop.h"
+#include "tools/ClipReport.h"
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
-#include <array>
 #include <atomic>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
-#include <ctime>
 #include <fstream>
 #include <iostream>
 #include <unistd.h>
@@ -27,7 +25,7 @@ namespace {
 enum ExitStatus { succeeded = 0, failed = 1, wrongUse = 2, interrupted = 130 };
 
 constexpr double secondsBetweenLooks = 0.02;
-/// No clip takes this long; the loop is bounded.
+/// Bounds the wait for a conversion; no clip takes this long.
 constexpr double longestSeconds = 7 * 24 * 60 * 60.0;
 
 volatile std::sig_atomic_t wasInterrupted = 0;
@@ -39,6 +37,7 @@ struct Outcome {
     bool isOffered = false;
 };
 
+/// A line on a terminal that shows how far the conversion is.
 class ProgressBar final {
 public:
     explicit ProgressBar(bool isShown) : isShown_(isShown) {}
@@ -64,7 +63,8 @@ private:
 Outcome convert(SystemRunLoop& loop, const NSURL& source, const std::string& destination, ProgressBar& bar) {
     Outcome outcome;
     std::atomic<bool> isFinished{false};
-    std::optional<NSError> failure;  // written before isFinished is set
+    // Written before isFinished is set, read after.
+    std::optional<NSError> failure;
     const auto session = NSMov2Mp4().startConversion(
         source, destination, [&](bool finished, float progress, const std::optional<NSError>& error) {
             if (finished) {
@@ -82,48 +82,11 @@ Outcome convert(SystemRunLoop& loop, const NSURL& source, const std::string& des
     });
     loop.run([&] { return isFinished.load(std::memory_order_acquire); }, longestSeconds);
     look->invalidate();
-    // The completion has returned when its thread has ended.
+    // Waits for the thread of the conversion, because the handler above uses variables of this function.
     NSThread::waitForAll(longestSeconds);
     outcome.error = failure;
     if (!failure) bar.show(1);
     return outcome;
-}
-
-std::string isoDate(NSDate date) {
-    const auto seconds = static_cast<std::time_t>(std::floor(date.secondsSince1970));
-    std::tm parts{};
-    std::array<char, 64> text{};
-    ::gmtime_r(&seconds, &parts);
-    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-    return text.data();
-}
-
-const char* nameOf(UIImageOrientation orientation) {
-    switch (orientation) {
-    case UIImageOrientation::up: return "up";
-    case UIImageOrientation::down: return "down";
-    case UIImageOrientation::left: return "left";
-    case UIImageOrientation::right: return "right";
-    }
-    return "up";
-}
-
-UIImageOrientation orientationOf(const std::shared_ptr<const AVAsset>& clip) {
-    const AVAssetTrack* track = clip ? clip->firstTrack(AVMediaType::video) : nullptr;
-    return track ? NSMov2Mp4::orientationOfTransform(track->preferredTransform) : UIImageOrientation::up;
-}
-
-void print(const nlohmann::ordered_json& facts, bool json) {
-    if (json) {
-        std::cout << facts.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
-        return;
-    }
-    for (const auto& [name, value] : facts.items()) {
-        const std::string text = value.is_null()     ? "-"
-                                 : value.is_string() ? value.get<std::string>()
-                                                     : value.dump();
-        std::printf("%-12s %s\n", name.c_str(), text.c_str());
-    }
 }
 
 bool writePicture(const UIImage& picture, const std::string& path) {
@@ -136,11 +99,7 @@ bool writePicture(const UIImage& picture, const std::string& path) {
 }
 
 int complain(const std::string& why, bool json) {
-    if (json)
-        std::cout << nlohmann::json{{"error", why}}.dump(-1, ' ', false,
-                                                         nlohmann::json::error_handler_t::replace)
-                  << "\n";
-    std::cerr << "ostrel-convert: " << why << "\n";
+    ClipReport::printError(why, json);
     return failed;
 }
 
@@ -150,7 +109,7 @@ int run(const std::string& in, const std::string& out, const std::string& thumbn
     MediaBackend::install(std::make_shared<FfmpegMediaBackend>());
     std::signal(SIGINT, rememberInterrupt);
     std::signal(SIGTERM, rememberInterrupt);
-    // A file larger than the process may write is an error like any other.
+    // Without this signal, a write beyond the limit of the file's size fails like any other write.
     std::signal(SIGXFSZ, SIG_IGN);
     const NSURL source = NSURL::fileURLWithPath(in);
 
@@ -181,24 +140,14 @@ int run(const std::string& in, const std::string& out, const std::string& thumbn
     if (!thumbnail.empty() && !writePicture(*picture, thumbnail))
         return complain("The picture cannot be written.", json);
 
-    const auto result = AVAsset::assetWithURL(NSURL::fileURLWithPath(out));
-    const auto textOrNull = [](const std::optional<std::string>& text) {
-        return text ? nlohmann::ordered_json(*text) : nlohmann::ordered_json();
-    };
-    nlohmann::ordered_json facts;
-    facts["duration"] = static_cast<int>(duration);
-    facts["width"] = static_cast<int>(picture->size().width);
-    facts["height"] = static_cast<int>(picture->size().height);
-    facts["orientation"] = nameOf(orientationOf(result));
-    facts["turned"] = nameOf(orientationOf(clip));
-    facts["date"] = item.date() ? nlohmann::ordered_json(isoDate(*item.date())) : nlohmann::ordered_json();
-    facts["latitude"] = textOrNull(item.latitude());
-    facts["longitude"] = textOrNull(item.longitude());
-    facts["altitude"] = textOrNull(item.altitude());
-    facts["model"] = textOrNull(item.device());
-    facts["software"] = textOrNull(item.software());
-    facts["preset"] = outcome.preset == AVAssetExportPresetMediumQuality ? "medium" : "low";
-    print(facts, json);
+    ClipReport report;
+    report.width = static_cast<int>(picture->size().width);
+    report.height = static_cast<int>(picture->size().height);
+    report.duration = static_cast<int>(duration);
+    report.preset = outcome.preset == AVAssetExportPresetMediumQuality ? "medium" : "low";
+    report.source = clip;
+    report.result = AVAsset::assetWithURL(NSURL::fileURLWithPath(out));
+    report.print(item, json);
     return succeeded;
 }
 

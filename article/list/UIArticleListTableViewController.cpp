@@ -199,6 +199,7 @@ void UIArticleListTableViewController::reloadInformationFromServer(bool animated
         const auto self = weak.lock();
         if (!answer.succeeded()) {
             NSLog("request articles error:%@", answer.error);
+            if (self && self->loadFailed) self->loadFailed(answer.error.value_or(""));
         } else if (self) {
             self->showFirstPage(*answer.result, animated);
         }
@@ -229,6 +230,7 @@ void UIArticleListTableViewController::loadMoreInformationFromServer(
             const auto self = weak.lock();
             if (!answer.succeeded()) {
                 NSLog("request articles error:%@", answer.error);
+                if (self && self->loadFailed) self->loadFailed(answer.error.value_or(""));
                 return;
             }
             if (!self) return;

@@ -6,6 +6,7 @@
 #include "platform/uikit/screens/UITableViewController.h"
 
 #include <deque>
+#include <functional>
 #include <optional>
 
 namespace ostrel {
@@ -38,6 +39,9 @@ public:
     /// Requests the next page. Every call sends a request, also while one is under way.
     void loadMoreInformationFromServer(const std::shared_ptr<UIArticleLoadMoreTableViewCell>& cell);
     void handleRefresh();
+    /// Called after a page of articles could not be loaded, with the sentence that was logged. The list itself shows nothing
+    /// of it; a host that tells its users sets this. May be empty.
+    std::function<void(const std::string& reason)> loadFailed;
     void loginNow();
     void write_article();
     void openArticle(const Dictionary& record);

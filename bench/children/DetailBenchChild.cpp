@@ -26,7 +26,7 @@ namespace {
 constexpr int images = 100, files = 8;
 constexpr double pointsPerTurn = 40;
 
-/// Answers with one article of 100 images, whose bytes are files, mapped as a cache on the disk would have them.
+/// Answers with one article of 100 images, whose bytes are mapped files, as a cache on the disk would give them.
 class DetailServer final : public SilentServer {
 public:
     explicit DetailServer(std::string folder) : folder_(std::move(folder)) {}

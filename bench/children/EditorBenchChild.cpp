@@ -32,10 +32,11 @@ namespace {
 
 constexpr int width = 375, height = 667;
 constexpr double pointsPerTurn = 40;
-constexpr int textLines = 1250, lineLength = 80;  // 100,000 characters
+/// 100,000 characters.
+constexpr int textLines = 1250, lineLength = 80;
 constexpr int keystrokes = 60, warmUp = 15;
 
-/// Answers every thumbnail with the same small picture, in a later turn.
+/// Answers every request for a thumbnail with the same small picture, in a later turn of the main loop.
 class EditorServer final : public SilentServer {
 public:
     explicit EditorServer(const std::string& picture) : picture_(Data::mapFile(picture)) {}
@@ -60,7 +61,7 @@ Dictionary articleOf(int images) {
                              R"(],"videos":[]})");
 }
 
-/// A window of the article editor's, empty until something is shown in it.
+/// A window for the article editor. It is empty until `open` is called.
 class EditorWindow final {
 public:
     EditorWindow() : root_(make<UIWindow>(CGSize{width, height})) {
@@ -79,7 +80,7 @@ public:
         int quiet = 0;
         return FrameMeter::waitFor([&] { return (quiet = view_->isSettled() ? quiet + 1 : 0) > 20; }, 20);
     }
-    /// Milliseconds from making the editor until all that is in sight of it has been painted and shown.
+    /// Milliseconds from making the editor until its visible part has been painted and shown.
     double open(int images) {
         const auto begin = std::chrono::steady_clock::now();
         editor = make<UIArticleEditViewController>();
@@ -100,7 +101,7 @@ public:
         editor.reset();
         settle();
     }
-    /// The longest turn that `change` makes, milliseconds of the main thread's processor time.
+    /// The longest turn of the main loop that `change` causes, in milliseconds of the main thread's processor time.
     void turn(const std::function<void()>& change, double& longest) {
         const double before = threadSeconds();
         change();
@@ -176,7 +177,7 @@ std::string sampleText() {
     return text;
 }
 
-// The text's end stands at the lower edge, where the caret is.
+// The end of the text, where the caret is, is at the lower edge.
 constexpr char peerQml[] = R"qml(
 import QtQuick
 import QtQuick.Controls.Basic
@@ -273,7 +274,7 @@ int runEditorChild(int argc, char** argv) {
     {
         EditorWindow bench;
         if (!bench.settle()) return 1;
-        // Fonts, pictures and code are there from then on.
+        // The first opening loads fonts, pictures and code, and does not count.
         bench.open(5);
         bench.close();
         const double opening = bench.open(images);

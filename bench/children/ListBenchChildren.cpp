@@ -25,24 +25,24 @@ int report(double value) {
     return 0;
 }
 
-/// Moves the list to `offset` as a scroll would, and sends the change.
+/// Moves the list to `offset` as a scroll would, and flushes the change to the backend.
 void scrollTo(ListBenchWindow& bench, double offset) {
     bench.table().setContentOffset({0, offset});
     bench.root().flush();
 }
 
-/// Whether one point of scrolling moves every pixel of the content up by exactly one.
+/// Whether a scroll of one point moves every pixel of the content up by exactly one pixel.
 bool movesExactlyOnePoint(ListBenchWindow& bench, double offset) {
     scrollTo(bench, offset);
     if (!bench.settle()) return false;
-    // Heights that became known have kept the row at the upper edge in its place.
+    // The table keeps the row at the upper edge in its place when the height of a row becomes known.
     const double from = bench.table().contentOffset().y;
     const QImage before = bench.window().grabWindow().convertToFormat(QImage::Format_RGB32);
     scrollTo(bench, from + 1);
     if (!bench.settle()) return false;
     if (bench.table().contentOffset().y != from + 1) return false;
     const QImage after = bench.window().grabWindow().convertToFormat(QImage::Format_RGB32);
-    // Beside the scroll bar, which keeps its own place.
+    // Leaves out the scroll bar, which does not move with the content.
     const int width = std::min(before.width(), ListBenchWindow::width - 12);
     if (before.isNull() || before.size() != after.size()) return false;
     for (int y = 0; y + 1 < before.height(); ++y) {
@@ -70,7 +70,7 @@ int runScrollChild(int argc, char** argv) {
     FrameMeter meter(bench.window());
     const double points = step == "still" ? 0 : std::stod(step);
     const auto frames = meter.frames(measuredFrames, warmUpFrames, [&](int frame) {
-        // What the list corrects by itself, when a height becomes known, stays.
+        // Starts from the offset that the list has, because the list corrects it when the height of a row becomes known.
         offset = bench.table().contentOffset().y + (points > 0 ? points : frame % 2 ? -1 : 1);
         scrollTo(bench, offset);
     });

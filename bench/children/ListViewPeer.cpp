@@ -20,7 +20,7 @@ namespace ostrel {
 
 namespace {
 
-// The same row as the article list's, as one would write it in QML.
+// The same row as in the article list, written in the usual way of QML.
 constexpr char listQml[] = R"qml(
 import QtQuick
 ListView {
@@ -146,7 +146,7 @@ int runStartPeerChild(int argc, char** argv) {
     if (!FrameMeter::waitFor([&] { return painted; }, 20)) return 1;
     std::printf("first list painted\n");
     std::fflush(stdout);
-    // What is measured has ended; the rest is not part of a start.
+    // The measured start ends here; the destructors are not part of it.
     std::_Exit(0);
 }
 

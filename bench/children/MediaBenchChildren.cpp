@@ -113,7 +113,7 @@ int runThumbnailChild(int argc, char** argv) {
     if (argc < 6) return 2;
     const std::string side = argv[3], what = argv[4], path = argv[5];
     const auto decode = side == "ours" ? decodeOurs : decodePeer;
-    // The plugin and its tables are there before the measure.
+    // Loads the plugin and its tables before the measurement.
     if (what == "time" && decode(path) != QSize(320, 240)) return 1;
     forgetPeak();
     const double before = residentBytes();

@@ -25,9 +25,10 @@ namespace ostrel {
 
 namespace {
 
-constexpr double longestSave = 300;  // seconds
+/// Seconds.
+constexpr double longestSave = 300;
 
-/// A new user's own list, empty, and above it an editor made of `images`, in a window, over a real server.
+/// A window with the empty own list of a new user and, pushed over it, an editor filled with `images`, over a real server.
 class SaveWindow final {
 public:
     explicit SaveWindow(const std::string& address)
@@ -68,7 +69,7 @@ public:
         return true;
     }
     bool isSaved() const { return isSaved_; }
-    /// The list has taken the editor's place and has the row.
+    /// The editor has closed, and the list has the row of the new article.
     bool hasRow() {
         return navigation_->topViewController().get() == &bench_.list() && bench_.list().view()->window() &&
                bench_.table().cellForRowAtIndexPath({0, 0}) && bench_.view().hasPaintedEverything();
@@ -97,9 +98,10 @@ double timeToRow(SaveWindow& window) {
     return shown;
 }
 
-/// Seconds from the click until the article was read back, or the longest turn of the main loop meanwhile.
+/// Seconds from the click until the article was read back, or the seconds of the longest turn of the main loop in that time.
 double savePictures(SaveWindow& window, bool asksForTurns) {
-    QTimer tick;  // bounds the wait of a turn
+    // Wakes the event loop, so that no turn contains a long wait.
+    QTimer tick;
     tick.start(10);
     double longest = 0;
     QElapsedTimer since;

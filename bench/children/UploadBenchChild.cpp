@@ -16,7 +16,7 @@ namespace {
 
 constexpr double longestSeconds = 280;
 
-/// A run loop, a framework and an account of its own.
+/// A run loop, a server framework and a new account that is signed in.
 class Uploader final {
 public:
     explicit Uploader(const std::string& address) {
@@ -43,7 +43,7 @@ public:
         return done.value_or(false);
     }
 
-    /// The answer of what `send` sends; none when it failed.
+    /// The answer to the request that `send` sends; none when the request failed.
     template <typename Send>
     std::optional<std::string> answerTo(Send send) {
         std::optional<std::string> text;
@@ -64,8 +64,8 @@ private:
 
 }  // namespace
 
-/// upload <time|memory> <address> <clip> <still>: makes an article, uploads the clip and prints seconds or the most memory
-/// that was resident; then removes the article.
+/// upload <time|memory> <address> <clip> <still>: makes an article, uploads the clip and prints the seconds, or the most
+/// memory that was resident; then removes the article.
 int runUploadChild(int argc, char** argv) {
     if (argc < 7) return 2;
     const std::string what = argv[3], clip = argv[5], still = argv[6];

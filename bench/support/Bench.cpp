@@ -32,7 +32,7 @@ BenchResult interleaved(std::string name, double goal, std::string unit, int rou
     BenchResult result{.name = std::move(name), .goal = goal, .unit = std::move(unit)};
     result.ours = result.peer = std::numeric_limits<double>::max();
     for (int round = 0; round < rounds; ++round) {
-        // Whoever is second finds warmer caches, so the order changes.
+        // The side that runs second finds warmer caches, so the two sides change their order every round.
         const double first = round % 2 ? peer() : ours();
         const double second = round % 2 ? ours() : peer();
         const double mine = round % 2 ? second : first, others = round % 2 ? first : second;

@@ -6,33 +6,39 @@
 
 namespace ostrel {
 
-/// One comparison: ours beside a peer, both in `unit`, the best of several interleaved rounds.
+/// One comparison: this system beside a peer, both in `unit`, each the best of several interleaved rounds.
 struct BenchResult {
     std::string name;
     double ours = 0;
     double peer = 0;
-    double goal = 0;  ///< the largest ratio of ours to the peer that holds
+    /// The largest ratio of `ours` to `peer` that holds.
+    double goal = 0;
     std::string unit;
-    std::string note;   ///< what is compared
-    std::string fault;  ///< not empty: the measurement itself failed
+    /// What is compared.
+    std::string note;
+    /// Why the measurement itself failed; empty: it did not.
+    std::string fault;
     double ratio() const { return peer > 0 ? ours / peer : 0; }
     bool holds() const { return fault.empty() && peer > 0 && ratio() <= goal; }
 };
 
 struct BenchSettings {
+    /// How often each side is measured.
     int rounds = 5;
 };
 
+/// A benchmark that `ostrel-bench` offers under `name`.
 struct Bench {
     std::string name;
+    /// One line for --list.
     std::string what;
     std::function<std::vector<BenchResult>(const BenchSettings&)> run;
 };
 
-/// Every benchmark, in the order they are listed.
+/// Every benchmark, in the order of --list.
 std::vector<Bench> allBenches();
 
-// One for each source.
+// Each adds the benchmarks of one source.
 void addDecodeBenches(std::vector<Bench>& benches);
 void addTableBenches(std::vector<Bench>& benches);
 void addAnswerBench(std::vector<Bench>& benches);
@@ -44,7 +50,8 @@ void addSaveBenches(std::vector<Bench>& benches);
 void addUploadBench(std::vector<Bench>& benches);
 void addEditorBenches(std::vector<Bench>& benches);
 
-/// Runs `ours` and `peer` in turn, `rounds` times, and keeps the smallest of each. A negative measure is a fault.
+/// Runs `ours` and `peer` alternately, `rounds` times, and keeps the smallest measure of each. A negative measure is a
+/// fault.
 BenchResult interleaved(std::string name, double goal, std::string unit, int rounds,
                         const std::function<double()>& ours, const std::function<double()>& peer);
 /// Seconds that `body` takes, by the steady clock.

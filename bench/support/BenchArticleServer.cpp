@@ -6,8 +6,9 @@
 namespace ostrel {
 
 namespace {
-constexpr int longestStart = 60000;  // milliseconds; the samples are brought in then
-}
+/// Milliseconds; the first start on a folder writes the sample articles.
+constexpr int longestStart = 60000;
+}  // namespace
 
 QString besideThis(const char* program) {
     return QFileInfo(QFileInfo("/proc/self/exe").symLinkTarget()).path() + "/" + program;

@@ -7,10 +7,10 @@
 
 namespace ostrel {
 
-/// The article server as a process of its own on a folder of its own, as long as this lives.
+/// The article server as a child process on a temporary folder. The server ends with this object.
 class BenchArticleServer final {
 public:
-    /// Waits until it listens. `arguments`: besides those that say where.
+    /// Starts the server and blocks until it listens. `arguments` go to the server after those of its port and folder.
     explicit BenchArticleServer(const QStringList& arguments = {});
     ~BenchArticleServer();
 

@@ -8,7 +8,7 @@
 
 namespace ostrel {
 
-/// A server framework without a server: every list request is answered in the next turn with the same records.
+/// A server framework without a server that answers every list request in the next turn with the same records.
 class BenchServer final : public SilentServer {
 public:
     /// `count` records; beyond 10,000 they repeat.

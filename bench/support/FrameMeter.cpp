@@ -39,7 +39,7 @@ void FrameMeter::waitUntil(Clock::time_point next, bool forFrame) {
     QTimer wake;
     wake.setSingleShot(true);
     wake.setTimerType(Qt::PreciseTimer);
-    // Beyond the time of a frame only when it has not been shown yet.
+    // Waits longer than one frame takes only when the frame has not been shown yet.
     const auto latest = next + 10 * refresh;
     for (auto now = Clock::now(); now < next || (forFrame && shown_ == 0 && now < latest);
          now = Clock::now()) {

@@ -10,15 +10,16 @@ class QQuickWindow;
 
 namespace ostrel {
 
-/// Measures whole frames of a window on the basic render loop, paced as a display of 60 Hz would.
-/// A frame is what the main thread does for it: polishing, synchronising, rendering and showing (wall time, for a
-/// software rasteriser has threads of its own), and the processor time of `change` and of the event loop around it, without that of waiting.
+/// Measures whole frames of a window on Qt's basic render loop, at the pace of a display of 60 Hz. The time of a frame has
+/// two parts: the wall time in which the main thread polishes, synchronises, renders and shows the frame (wall time, because
+/// a software rasteriser has threads of its own), and the processor time of `change` and of the event loop around it, less
+/// the processor time of waiting.
 class FrameMeter final : public QObject {
 public:
     explicit FrameMeter(QQuickWindow& window);
-    /// Seconds of each of `count` frames, after `warmUp` that do not count.
+    /// Calls `change` before each frame. The seconds of each of `count` frames, after `warmUp` frames that do not count.
     std::vector<double> frames(int count, int warmUp, const std::function<void(int frame)>& change);
-    /// Runs the event loop until `condition` holds, at most `seconds`.
+    /// Runs the event loop until `condition` holds; false when it did not hold within `seconds`.
     static bool waitFor(const std::function<bool()>& condition, double seconds);
     static double median(std::vector<double> values);
 
@@ -28,13 +29,14 @@ protected:
 private:
     using Clock = std::chrono::steady_clock;
     void waitUntil(Clock::time_point next, bool forFrame);
-    /// Processor seconds of one frame's time in which nothing happens.
+    /// The processor seconds that the event loop takes to wait for one frame.
     double costOfWaiting();
 
     QQuickWindow& window_;
     bool inFrame_ = false;
     int shown_ = 0;
-    double frameWall_ = 0, frameProcessor_ = 0;  // seconds, of the frames since they were last set to 0
+    /// Seconds of the frames since both were last set to 0.
+    double frameWall_ = 0, frameProcessor_ = 0;
 };
 
 }  // namespace ostrel

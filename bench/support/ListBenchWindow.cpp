@@ -19,7 +19,7 @@ ListBenchWindow::ListBenchWindow(std::shared_ptr<OstrelServerFramework> framewor
     NSBundle::setMainBundlePath(path);
     NSBundle::registerBundle(OstrelArticleBundleIdentifier, path);
     OstrelServerFramework::install(std::move(framework));
-    // On this idiom the list has no refresh control, whose animation would run beside the measure.
+    // On the Mac idiom the list has no refresh control, whose animation would run during the measurement.
     UIDevice::currentDevice().setUserInterfaceIdiom(UIUserInterfaceIdiom::mac);
     root_ = make<UIWindow>(CGSize{width, height});
     window_ = std::make_unique<QQuickWindow>();

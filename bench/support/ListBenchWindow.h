@@ -18,17 +18,18 @@ public:
 
     /// `own`: the signed-in user's own list.
     ListBenchWindow(std::size_t count, bool own);
-    /// With a server framework that is to send `count` articles.
+    /// Over a server framework that sends `count` articles.
     ListBenchWindow(std::shared_ptr<OstrelServerFramework> framework, std::size_t count, bool own);
     ~ListBenchWindow();
 
-    /// Shows it and waits until the list is loaded and painted.
+    /// Shows the window and waits until the list is loaded and painted; false when that took too long.
     bool open();
     QQuickWindow& window() { return *window_; }
     QtWindowView& view() { return *view_; }
     UIWindow& root() { return *root_; }
     UITableView& table() { return *list_->tableView(); }
     UIArticleListTableViewController& list() { return *list_; }
+    /// Runs the event loop until nothing moves and everything is painted; false when that took longer.
     bool settle(double seconds = 20);
 
 private:

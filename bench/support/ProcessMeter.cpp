@@ -17,7 +17,7 @@ double usage(int who) {
     return seconds(used.ru_utime) + seconds(used.ru_stime);
 }
 
-/// A field of /proc/self/status, which is in kB (proc(5)).
+/// The bytes of a field of /proc/self/status, which the kernel gives in kB (proc(5)).
 double statusBytes(const char* field) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {

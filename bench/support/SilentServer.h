@@ -9,7 +9,8 @@
 
 namespace ostrel {
 
-/// A server framework without a server, nobody signed in, that answers nothing; benches add what they measure with.
+/// A server framework without a server: no user is signed in, and no request is answered. Benchmarks override the answers
+/// that they measure with.
 class SilentServer : public OstrelServerFramework, public OstrelServer, public OstrelRequestManager {
 public:
     OstrelServer& shareServer() override { return *this; }

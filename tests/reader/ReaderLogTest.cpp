@@ -1,7 +1,7 @@
 #include "backends/headless/HeadlessPlatform.h"
 #include "platform/foundation/runloop/NSThread.h"
 #include "platform/uikit/screens/UINavigationController.h"
-#include "reader/ReaderLogController.h"
+#include "reader/screens/ReaderLogController.h"
 
 #include <gtest/gtest.h>
 
@@ -41,7 +41,7 @@ TEST_F(ReaderLogTest, KeepsTheLastLinesAndTellsAtABoundedRate) {
     ASSERT_EQ(lines.size(), ReaderLog::mostLines);
     EXPECT_EQ(lines.back().number, 4000u);
     EXPECT_EQ(lines.front().number, 4001 - ReaderLog::mostLines);
-    // "ö" is two bytes: the cut is between characters.
+    // "ö" is two bytes: a long line is cut between characters.
     std::string wide = "a";
     while (wide.size() <= ReaderLog::longestLine) wide += "ö";
     log->append(wide);
@@ -59,7 +59,7 @@ TEST_F(ReaderLogTest, FollowsTheEndUntilSomebodyScrollsAway) {
     platform.advance(1);
     EXPECT_FALSE(controller->isFollowing());
     append(50);
-    EXPECT_FALSE(sees(250)) << "what is read stays in sight";
+    EXPECT_FALSE(sees(250)) << "the lines that the user reads stay on screen";
     ASSERT_TRUE(platform.tapText("Follow"));
     platform.advance(1);
     EXPECT_TRUE(sees(250));

@@ -2,6 +2,8 @@
 #include "article/editor/UIArticleEditViewController.h"
 #include "tests/article/list/ArticleListTest.h"
 
+#include <utility>
+
 namespace ostrel {
 namespace {
 
@@ -102,6 +104,8 @@ TEST_F(ArticleListControllerTest, FailedRequestsAreLoggedAndKeepWhatThereWas) {
         {std::nullopt, std::nullopt, "request articles error:unreadable"},
     };
     showArticles({article(1, "a")}, "/more");
+    Lines told;
+    list->loadFailed = [&](const std::string& reason) { told.push_back("request articles error:" + reason); };
     for (const auto& [answer, error, line] : failures) {
         list->reloadInformationFromServer(true);
         platform.advance(0.2);
@@ -109,6 +113,7 @@ TEST_F(ArticleListControllerTest, FailedRequestsAreLoggedAndKeepWhatThereWas) {
         server->answer(answer, error);
         server->answer(answer, error);
         EXPECT_EQ(logged(), (Lines{line, line}));
+        EXPECT_EQ(std::exchange(told, {}), (Lines{line, line})) << "a host is told as well";
         EXPECT_TRUE(list->refreshControl()->isRefreshing()) << "the control goes on turning";
         EXPECT_EQ(list->moreArticlesURLString(), "/more");
         EXPECT_EQ(ids(), Lines{"1"});
@@ -120,6 +125,7 @@ TEST_F(ArticleListControllerTest, FailedRequestsAreLoggedAndKeepWhatThereWas) {
         tapRow(1);
         server->answer(answer, error);
         EXPECT_EQ(logged(), Lines{line});
+        EXPECT_EQ(std::exchange(told, {}), Lines{line});
         EXPECT_EQ(rows(), (Lines{"a", "busy"}));
         list->reloadInformationFromServer(false);
         server->answer(ScriptedServer::page({article(1, "a")}, "/more"));
