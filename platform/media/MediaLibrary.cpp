@@ -15,13 +15,13 @@ namespace {
 
 namespace files = std::filesystem;
 
-struct Installed {
+struct InstalledLibrary {
     std::mutex mutex;  // guards library
     std::shared_ptr<const MediaLibrary> library;
 };
 
-Installed& current() {
-    static Installed current;
+InstalledLibrary& currentLibrary() {
+    static InstalledLibrary current;
     return current;
 }
 
@@ -126,13 +126,13 @@ bool MediaLibrary::isOfKind(const std::string& path, MediaKind kind) {
 }
 
 std::shared_ptr<const MediaLibrary> MediaLibrary::installed() {
-    const std::lock_guard lock(current().mutex);
-    return current().library;
+    const std::lock_guard lock(currentLibrary().mutex);
+    return currentLibrary().library;
 }
 
 void MediaLibrary::install(std::shared_ptr<const MediaLibrary> library) {
-    const std::lock_guard lock(current().mutex);
-    std::swap(current().library, library);
+    const std::lock_guard lock(currentLibrary().mutex);
+    std::swap(currentLibrary().library, library);
 }
 
 }  // namespace ostrel

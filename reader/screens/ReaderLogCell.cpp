@@ -9,7 +9,7 @@ namespace ostrel {
 
 namespace {
 
-constexpr CGFloat timeWidth = 66, padding = 5;
+constexpr CGFloat timeWidth = 66, linePadding = 5;
 
 UIFont lineFont() { return UIFont::system(13); }
 
@@ -48,15 +48,15 @@ void ReaderLogCell::show(const ReaderLog::Line& line) {
 }
 
 CGFloat ReaderLogCell::automaticHeight() const {
-    return std::max(leastHeight, textHeight(text_->text(), frame().width()) + 2 * padding);
+    return std::max(leastHeight, textHeight(text_->text(), frame().width()) + 2 * linePadding);
 }
 
 void ReaderLogCell::layoutSubviews() {
     UITableViewCell::layoutSubviews();
     const CGFloat width = frame().width();
     const CGFloat lineHeight = TextMeasurer::shared().lineHeight(lineFont());
-    time_->setFrame({margin, padding, timeWidth, lineHeight});
-    text_->setFrame({margin + timeWidth, padding, textWidth(width), textHeight(text_->text(), width)});
+    time_->setFrame({margin, linePadding, timeWidth, lineHeight});
+    text_->setFrame({margin + timeWidth, linePadding, textWidth(width), textHeight(text_->text(), width)});
 }
 
 }  // namespace ostrel

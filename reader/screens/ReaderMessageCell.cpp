@@ -11,7 +11,7 @@ namespace ostrel {
 
 namespace {
 
-constexpr CGFloat margin = 16, padding = 10, gap = 3, headHeight = 22, dotSize = 8;
+constexpr CGFloat sideMargin = 16, padding = 10, gap = 3, headHeight = 22, dotSize = 8;
 constexpr int mostTitleLines = 2;
 
 UIFont titleFont() { return UIFont::mediumSystem(15); }
@@ -61,16 +61,17 @@ void ReaderMessageCell::show(const UserNotification& message) {
 
 void ReaderMessageCell::layoutSubviews() {
     UITableViewCell::layoutSubviews();
-    const CGFloat width = std::max(0.0, frame().width() - 2 * margin);
+    const CGFloat width = std::max(0.0, frame().width() - 2 * sideMargin);
     const CGFloat indent = dot_->isHidden() ? 0 : dotSize + 6;
-    dot_->setFrame({margin, padding + (headHeight - dotSize) / 2, dotSize, dotSize});
+    dot_->setFrame({sideMargin, padding + (headHeight - dotSize) / 2, dotSize, dotSize});
     const CGFloat dateWidth = std::min(width / 2, std::ceil(date_->sizeThatFits({width, headHeight}).width));
-    sender_->setFrame({margin + indent, padding, std::max(0.0, width - indent - dateWidth - 8), headHeight});
-    date_->setFrame({margin + width - dateWidth, padding, dateWidth, headHeight});
+    sender_->setFrame(
+        {sideMargin + indent, padding, std::max(0.0, width - indent - dateWidth - 8), headHeight});
+    date_->setFrame({sideMargin + width - dateWidth, padding, dateWidth, headHeight});
     CGFloat y = padding + headHeight;
     const auto place = [&](UILabel& label, const UIFont& font, int lines) {
         const CGFloat height = heightOf(label.text(), font, width, lines);
-        label.setFrame({margin, y, width, height});
+        label.setFrame({sideMargin, y, width, height});
         y += height;
     };
     place(*title_, titleFont(), mostTitleLines);
@@ -78,7 +79,7 @@ void ReaderMessageCell::layoutSubviews() {
 }
 
 CGFloat ReaderMessageCell::heightFor(const UserNotification& message, CGFloat rowWidth) {
-    const CGFloat width = std::max(0.0, rowWidth - 2 * margin);
+    const CGFloat width = std::max(0.0, rowWidth - 2 * sideMargin);
     return padding + headHeight + heightOf(message.title, titleFont(), width, mostTitleLines) +
            heightOf(message.text, textFont(), width, 0) + padding;
 }

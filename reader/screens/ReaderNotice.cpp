@@ -9,7 +9,7 @@ namespace ostrel {
 
 namespace {
 constexpr double secondsShown = 4;
-constexpr CGFloat mostWidth = 420, outerMargin = 16, innerMargin = 16, padding = 12, distance = 16;
+constexpr CGFloat mostWidth = 420, outerMargin = 16, innerMargin = 16, innerPadding = 12, distance = 16;
 constexpr int mostLines = 2;
 }  // namespace
 
@@ -36,9 +36,9 @@ void ReaderNotice::placeIn(const CGRect& area) {
     const CGFloat textWidth = width - 2 * innerMargin;
     const CGFloat textHeight =
         TextMeasurer::shared().measure(text_->text(), text_->font(), textWidth, mostLines).size.height;
-    const CGFloat height = textHeight + 2 * padding;
+    const CGFloat height = textHeight + 2 * innerPadding;
     setFrame({area.midX() - width / 2, area.maxY() - distance - height, width, height});
-    text_->setFrame({innerMargin, padding, textWidth, textHeight});
+    text_->setFrame({innerMargin, innerPadding, textWidth, textHeight});
 }
 
 void ReaderNotice::show(const std::string& text) {

@@ -2,7 +2,7 @@
 
 #include "article/editor/MediaCollectionViewCell.h"
 #include "article/editor/UIArticleEditViewController.h"
-#include "platform/uikit/picker/MediaGridView.h"
+#include "platform/uikit/picker/MediaGridCell.h"
 #include "reader/screens/ReaderTabs.h"
 
 #include <algorithm>
@@ -69,9 +69,9 @@ UICollectionViewCell* EditorGuide::tile(Strip kind, std::size_t index) {
 void EditorGuide::pick(Strip kind, const std::string& file) {
     const std::size_t before = itemCount(kind);
     press(tile(kind, before), "the add tile");
-    MediaTile* wanted = nullptr;
+    MediaGridCell* wanted = nullptr;
     check(window_.waitFor([&] {
-        for (MediaTile* candidate : window_.all<MediaTile>()) {
+        for (MediaGridCell* candidate : window_.all<MediaGridCell>()) {
             if (candidate->path().ends_with("/" + file)) wanted = candidate;
         }
         return wanted != nullptr;
@@ -83,7 +83,7 @@ void EditorGuide::pick(Strip kind, const std::string& file) {
     check(window_.waitFor([&] { return itemCount(kind) == before + 1; },
                           kind == Strip::videos ? conversionMilliseconds : 5000),
           file + " is added");
-    check(window_.waitFor([&] { return window_.first<MediaTile>() == nullptr; }), "the picker leaves");
+    check(window_.waitFor([&] { return window_.first<MediaGridCell>() == nullptr; }), "the picker leaves");
     window_.settle();
 }
 

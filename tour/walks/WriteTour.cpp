@@ -4,7 +4,7 @@
 #include "article/detail/UIArticleViewController.h"
 #include "article/editor/UIArticleEditViewController.h"
 #include "platform/media/AVPlayer.h"
-#include "platform/uikit/picker/MediaGridView.h"
+#include "platform/uikit/picker/MediaGridCell.h"
 #include "reader/screens/ReaderTabs.h"
 #include "reader/services/ReaderText.h"
 #include "serverframework/HttpServerFramework.h"
@@ -164,13 +164,13 @@ void WriteTour::titleAndTextAreTyped() {
 
 void WriteTour::pickerShowsPictures() {
     press(tile(Strip::images, 0), "the add tile");
-    check(window_.waitFor([&] { return window_.all<MediaTile>().size() > std::size(pictureFiles); }),
+    check(window_.waitFor([&] { return window_.all<MediaGridCell>().size() > std::size(pictureFiles); }),
           "the picker shows the pictures of the user's folder");
     window_.settle();
     TourInput::pass(300);
     savePicture("picker.png");
     input_.key(Qt::Key_Escape);
-    check(window_.waitFor([&] { return window_.first<MediaTile>() == nullptr; }), "Escape closes it");
+    check(window_.waitFor([&] { return window_.first<MediaGridCell>() == nullptr; }), "Escape closes it");
     check(itemCount(Strip::images) == 0, "and nothing is added");
 }
 

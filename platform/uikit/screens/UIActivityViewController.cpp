@@ -20,10 +20,10 @@ constexpr CGFloat headerHeight = 68;
 constexpr CGFloat rowHeight = 52;
 constexpr CGFloat margin = 16;
 constexpr CGFloat linkIconSize = 44;
-constexpr CGFloat hairline = 0.5;
+constexpr CGFloat separatorHeight = 0.5;
 constexpr double confirmationSeconds = 0.8;
 
-bool isPhone() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone; }
+bool isPhoneIdiom() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone; }
 
 std::shared_ptr<const UIImage> checkmark() {
     Path path;
@@ -57,7 +57,7 @@ void UIActivityViewController::loadView() {
     parts_ = std::make_shared<Parts>();
     Parts& parts = *parts_;
     parts.link = linkText(url_);
-    if (isPhone()) {
+    if (isPhoneIdiom()) {
         parts.grabber = make<UIView>();
         parts.grabber->setBackgroundColor(UIColor::rgb(0xC9CCD3));
         parts.grabber->setCornerRadius(2.5);
@@ -116,9 +116,9 @@ void UIActivityViewController::loadView() {
         addRow("Open in Browser", "safari", [](auto& self) { self.leaveAndOpen(self.url_); });
     }
     addRow("Send by Mail", "envelope", [](auto& self) { self.leaveAndOpen(mailAddress(self.url_)); });
-    if (isPhone()) addRow("Cancel", "", [](auto& self) { self.dismissViewControllerAnimated(true); });
+    if (isPhoneIdiom()) addRow("Cancel", "", [](auto& self) { self.dismissViewControllerAnimated(true); });
     for (const auto& line : parts.lines) view()->bringSubviewToFront(line);
-    preferredContentSize = {isPhone() ? 0 : sheetWidth,
+    preferredContentSize = {isPhoneIdiom() ? 0 : sheetWidth,
                             parts.top() + headerHeight + rowHeight * static_cast<CGFloat>(parts.rows.size())};
 }
 
@@ -139,7 +139,7 @@ void UIActivityViewController::viewDidLayoutSubviews() {
     for (std::size_t i = 0; i < parts.rows.size(); ++i) {
         const CGFloat y = top + headerHeight + rowHeight * static_cast<CGFloat>(i);
         parts.rows[i]->setFrame({0, y, width, rowHeight});
-        parts.lines[i]->setFrame({i == 0 ? 0 : margin, y, width, hairline});
+        parts.lines[i]->setFrame({i == 0 ? 0 : margin, y, width, separatorHeight});
     }
 }
 

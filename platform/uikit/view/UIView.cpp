@@ -34,7 +34,7 @@ CGRect sane(CGRect frame) {
     return frame;
 }
 
-constexpr int maximumLayoutPasses = 8;
+constexpr int layoutPassesOfOneView = 8;
 constexpr CGFloat focusRingWidth = 2;
 constexpr const char* rotationKeyPath = "transform.rotation";
 
@@ -382,7 +382,7 @@ void UIView::layoutNow() {
 
 void UIView::layoutIfNeeded() {
     const auto kept = weak_from_this().lock();
-    for (int pass = 0; needsLayout_ && pass < maximumLayoutPasses; ++pass) layoutNow();
+    for (int pass = 0; needsLayout_ && pass < layoutPassesOfOneView; ++pass) layoutNow();
     const auto children = subviews_;
     for (const auto& child : children) child->layoutIfNeeded();
 }
