@@ -17,7 +17,7 @@ namespace {
 constexpr CGFloat margin = 12, gap = 8, lineHeight = 2, badgeHeight = 16, cancelWidth = 36;
 constexpr CGFloat rowHeight = 64, rowMargin = 16, listWidth = 320, listMargin = 6;
 constexpr double accessorySeconds = 0.22;
-constexpr UIColor restColor = UIColor::rgb(0xF7F8FA);
+constexpr UIColor barRestColor = UIColor::rgb(0xF7F8FA);
 
 std::int64_t roundedUp(double value, std::int64_t step) {
     return static_cast<std::int64_t>(std::ceil(value / static_cast<double>(step))) * step;
@@ -123,7 +123,7 @@ void WorkProgressBar::initialise() {
 }
 
 void WorkProgressBar::controlStateDidChange() {
-    setBackgroundColor(isHighlighted() ? UIColor::rgb(0xE9EAEE) : restColor);
+    setBackgroundColor(isHighlighted() ? UIColor::rgb(0xE9EAEE) : barRestColor);
 }
 
 void WorkProgressBar::show(const std::vector<std::shared_ptr<NSProgress>>& work) {
