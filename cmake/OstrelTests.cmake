@@ -20,6 +20,8 @@ function(ostrel_add_test target)
     target_compile_definitions(${target} PRIVATE
         OSTREL_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
         OSTREL_RESOURCE_DIR="${OSTREL_RESOURCE_DIR}")
+    # Each source of a program's tests has private names of its own.
+    set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)
     ostrel_use_pch(${target} <gtest/gtest.h> ${arg_PRECOMPILE})
     if(TARGET OstrelArticleResources)
         add_dependencies(${target} OstrelArticleResources)
