@@ -4,9 +4,11 @@ namespace ostrel {
 namespace {
 
 TEST_F(ArticleEditTest, HostileRecordsOpenAndClose) {
-    for (std::string article : hostileRecords()) {
+    for (const std::string& article : hostileRecords()) {
         showExisting(article);
         dragTable();
+        EXPECT_EQ(images().imagesArray()->size(), record(article)["images"].elements().size()) << article;
+        EXPECT_EQ(videos().videosArray()->size(), record(article)["videos"].elements().size()) << article;
         settleRequests();
     }
     const char* const elements[] = {"{}",
