@@ -33,7 +33,7 @@ protected:
         OstrelArticleBundle = nullptr;
     }
 
-    /// Looks for all bundles in `folder`; none are loaded yet.
+    /// All bundles are looked for in `folder` from now on; those that were loaded are forgotten.
     static void useBundles(const std::string& folder) {
         NSBundle::setMainBundlePath(folder);
         NSBundle::registerBundle(OstrelArticleBundleIdentifier, folder);
