@@ -40,8 +40,8 @@ inline constexpr std::array elementKeys{"id",        "image",   "thumbnail",   "
                                         "text",      "video",   "video_width", "video_height", "duration",
                                         "auth_name", "auth_id", "date"};
 
-/// Records as JSON: one without keys; one for each hostile value, which stands under every key; then a few whose values are
-/// drawn at random for each key, always the same ones for one `seed`.
+/// Records as JSON: one without keys; one for each hostile value, which stands under every key; then a few
+/// whose values are drawn at random for each key, always the same ones for one `seed`.
 template <class Keys>
 std::vector<std::string> hostileRecords(const Keys& keys, unsigned seed) {
     const auto recordOf = [&](auto valueFor) {
@@ -68,7 +68,8 @@ inline std::vector<std::string> hostileRecords(unsigned seed = 1) {
     return records;
 }
 
-/// Values that a list of pictures, videos or comments may hold: hostile records, and what is no record at all.
+/// Values that a list of pictures, videos or comments may hold: hostile records, and what is no record at
+/// all.
 inline std::vector<std::string> hostileElements(unsigned seed = 1) {
     auto elements = hostileRecords(elementKeys, seed);
     elements.insert(elements.end(), {"null", "true", "42", "\"text\"", "[]", "[{}]"});

@@ -35,28 +35,20 @@ TEST_F(ArticleDetailRowTest, TheTitleRowCentresItsLabelAndPressesRunTheHandlerAt
     platform.press({100, 110}, 1);
     int runs = 0;
     row->setLongPressHandler([&] { ++runs; });
-    const struct {
-        const char* what;
-        CGPoint to;
-        double seconds;
-        int runs;
-    } presses[] = {{"a tap", {100, 110}, 0.1, 0},
-                   {"begins and ends", {100, 110}, 0.6, 2},
-                   {"moved too far before it began", {111, 110}, 0.6, 0}};
-    for (const auto& press : presses) {
+    const auto runsOf = [&](CGPoint to, double seconds, UITouchPhase end, CGPoint last) {
         runs = 0;
         platform.touch(UITouchPhase::began, {100, 110});
-        if (press.to != CGPoint{100, 110}) platform.touch(UITouchPhase::moved, press.to);
-        platform.advance(press.seconds);
-        platform.touch(UITouchPhase::ended, press.to);
-        EXPECT_EQ(runs, press.runs) << press.what;
-    }
-    runs = 0;
-    platform.touch(UITouchPhase::began, {100, 110});
-    platform.advance(0.6);
-    platform.touch(UITouchPhase::moved, {104, 110});
-    platform.touch(UITouchPhase::cancelled, {104, 110});
-    EXPECT_EQ(runs, 3) << "began, changed and cancelled";
+        if (to != CGPoint{100, 110}) platform.touch(UITouchPhase::moved, to);
+        platform.advance(seconds);
+        if (last != to) platform.touch(UITouchPhase::moved, last);
+        platform.touch(end, last);
+        return runs;
+    };
+    const CGPoint down{100, 110}, near{104, 110}, far{111, 110};
+    EXPECT_EQ(runsOf(down, 0.1, UITouchPhase::ended, down), 0) << "a tap";
+    EXPECT_EQ(runsOf(down, 0.6, UITouchPhase::ended, down), 2) << "began and ended";
+    EXPECT_EQ(runsOf(far, 0.6, UITouchPhase::ended, far), 0) << "moved too far before it began";
+    EXPECT_EQ(runsOf(down, 0.6, UITouchPhase::cancelled, near), 3) << "began, changed and cancelled";
 }
 
 TEST_F(ArticleDetailRowTest, TheTextRowIsAsHighAsItsText) {
