@@ -2,7 +2,7 @@
 
 // The public face of the article module. A host
 //  1. installs a platform backend (clock, run loop, text measurer, locale) and makes a UIWindow,
-//  2. tells where the resources are: NSBundle::setMainBundlePath, and NSBundle::registerBundle with
+//  2. says where the resources are: NSBundle::setMainBundlePath, and NSBundle::registerBundle with
 //     `OstrelArticleBundleIdentifier`,
 //  3. installs a server framework: OstrelServerFramework::install,
 //  4. makes a UIArticleListTableViewController and puts it into a UINavigationController.
@@ -16,9 +16,9 @@
 
 namespace ostrel {
 
-/// The version of the framework, major and minor.
+/// The version of the module: major and minor number as one number.
 extern const double OstrelArticleVersionNumber;
-/// The build's identification: "@(#)PROGRAM:OstrelArticle  PROJECT:OstrelArticle-<version>\n".
+/// What identifies the build: "@(#)PROGRAM:OstrelArticle  PROJECT:OstrelArticle-<version>\n".
 extern const char OstrelArticleVersionString[];
 
 }  // namespace ostrel

@@ -9,8 +9,8 @@
 
 namespace ostrel {
 
-/// One comment: avatar, name, how long ago, text. A reused row keeps the avatar until another one comes, and its time
-/// when the record has none.
+/// One comment: the commenter's avatar and name, how long ago the comment was written, and its text. A reused
+/// row keeps the former avatar until the next one comes, and the former time when the new record has no date.
 class UIArticleCommentViewTableViewCell final : public UITableViewCell {
 public:
     UIArticleCommentViewTableViewCell(UITableViewCellStyle style, std::string reuseIdentifier);
@@ -22,7 +22,7 @@ public:
 
     const std::shared_ptr<UIImageView>& authFaceImageView() const { return authFaceImageView_; }
     const std::shared_ptr<UILabel>& authNameLabel() const { return authNameLabel_; }
-    /// The comment's own label, not the built-in one.
+    /// The label of the comment's text; the row's built-in label of the same name stays empty.
     const std::shared_ptr<UILabel>& textLabel() const { return textLabel_; }
     const std::shared_ptr<UILabel>& timeLabel() const { return timeLabel_; }
 

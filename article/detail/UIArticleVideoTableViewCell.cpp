@@ -1,7 +1,9 @@
 #include "article/detail/UIArticleVideoTableViewCell.h"
 
 #include "article/detail/DetailMetrics.h"
+#include "article/detail/VideoDownload.h"
 #include "article/detail/VideoFile.h"
+#include "article/detail/VideoRowLayout.h"
 #include "article/editor/VideoCollectionViewCell.h"
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
@@ -17,15 +19,15 @@ namespace ostrel {
 
 namespace {
 
-constexpr CGFloat roomBelow = 12.5;
 constexpr CGFloat pictureRadius = 6, symbolRadius = 4;
-constexpr float portraitHeight = 300;
-/// 0.2 in single precision, seconds.
+/// How often the time beside the video is brought up to date: 0.2 in single precision, seconds.
 constexpr double playingInterval = 0.2f;
+/// How the addresses of servers in the local network begin.
 constexpr std::string_view localServer = "http://192";
 
 std::string playingTime(CMTime now, CMTime total) {
-    // While the length is not known, neither is where it stands.
+    // A player that does not know the video's length yet does not know its position either: both are shown as
+    // 0.
     const bool isKnown = total.isKnown();
     return VideoCollectionViewCell::durationString(isKnown ? static_cast<float>(now.wholeSeconds()) : 0) +
            "/" +
@@ -46,14 +48,16 @@ std::weak_ptr<UIArticleVideoTableViewCell> UIArticleVideoTableViewCell::weakSelf
     return std::static_pointer_cast<UIArticleVideoTableViewCell>(shared_from_this());
 }
 
-// Building
+// Construction
 
 void UIArticleVideoTableViewCell::initialise() {
     UITableViewCell::initialise();
     setSelectionStyle(UITableViewCellSelectionStyle::none);
     setBackgroundColor(UIColor::white());
-    space_ = detailSpace;
-    const CGFloat space = space_;
+    const CGFloat space = detailSpace;
+    download_ = std::make_shared<VideoDownload>(
+        VideoDownload::Handlers{.arrived = [this] { actView_->stopAnimating(); },
+                                .ready = [this](const std::string& path) { playWithURL(path); }});
 
     baseView_ = make<UIView>(CGRect(space, space, frame().width() - 2 * space, frame().height() - 2 * space));
     baseView_->setBackgroundColor(UIColor::clear());
@@ -64,7 +68,7 @@ void UIArticleVideoTableViewCell::initialise() {
 
     makeThumbnail();
     makeCaption();
-    addConstraint({.toItem = baseView_, .constant = 2 * space + roomBelow});
+    addConstraint({.toItem = baseView_, .constant = VideoRowLayout::heightBesideBase});
 }
 
 void UIArticleVideoTableViewCell::makeThumbnail() {
@@ -75,7 +79,7 @@ void UIArticleVideoTableViewCell::makeThumbnail() {
     auto blur = make<UIVisualEffectView>(whole, UIBlurEffectStyle::light);
     blur->setAutoresizingMask(flexibleWidth | flexibleHeight);
     maskImageView_->addSubview(blur);
-    // The same picture once more, and nothing to be told about.
+    // Hidden from assistive programs, for it shows the thumbnail's picture a second time.
     maskImageView_->setAccessibility(AccessibilityRole::none, {});
     baseView_->addSubview(maskImageView_);
 
@@ -116,7 +120,7 @@ void UIArticleVideoTableViewCell::makeThumbnail() {
 }
 
 void UIArticleVideoTableViewCell::makeCaption() {
-    myTextView_ = make<UITextView>(CGRect(0, 0, frame().width() - 2 * space_, 0));
+    myTextView_ = make<UITextView>(CGRect(0, 0, frame().width() - 2 * detailSpace, 0));
     myTextView_->setFont(UIFont::fontWithName("PingFangSC-Light", 12));
     myTextView_->setAutoresizingMask(autoresizingNone);
     myTextView_->setTextAlignment(NSTextAlignment::center);
@@ -128,10 +132,11 @@ void UIArticleVideoTableViewCell::makeCaption() {
     baseView_->addSubview(myTextView_);
 }
 
-// Showing a record
+// The record
 
 void UIArticleVideoTableViewCell::setVideoDictionary(Dictionary record) {
-    // A row that is laid out anew keeps what it is about to play; one that gets another video does not.
+    // A row that gets the same video again still plays it when the download ends; a row that gets another
+    // video does not.
     if (recordText(record, "video") != recordText(videoDictionary_, "video")) forgetDownload();
     videoDictionary_ = std::move(record);
     videoWidth_ = recordFloat(videoDictionary_, "video_width");
@@ -150,27 +155,31 @@ void UIArticleVideoTableViewCell::setVideoDictionary(Dictionary record) {
 
 void UIArticleVideoTableViewCell::refreshHeight() {
     const CGFloat windowWidth = firstWindowWidth();
-    ratio_ = videoWidth_ > 0 ? videoHeight_ / videoWidth_ : 1.0f;
-    currentHeight_ = std::max(0.0f, static_cast<float>(static_cast<CGFloat>(ratio_) * (windowWidth - 10.0)));
-    if (isPortrait() && currentHeight_ > portraitHeight) currentHeight_ = portraitHeight;
-    const CGRect picture = {0, 0, windowWidth - 10.0, currentHeight_};
-    thumbnailImageView_->setFrame(picture);
-    maskImageView_->setFrame({{0, 0}, thumbnailImageView_->frame().size});
-    const auto captionWidth = static_cast<float>(windowWidth - 2 * space_);
-    const CGFloat captionHeight =
-        textHeight(myTextView_->text(), myTextView_->font(), std::max(0.0f, captionWidth));
-    myTextView_->setFrame({0, thumbnailImageView_->frame().maxY(), captionWidth, captionHeight});
-    baseView_->setFrame({baseView_->frame().origin, {captionWidth, captionHeight + currentHeight_}});
+    const CGFloat captionHeight = textHeight(myTextView_->text(), myTextView_->font(),
+                                             std::max(0.0f, VideoRowLayout::captionWidth(windowWidth)));
+    const auto layout = VideoRowLayout::make(
+        windowWidth,
+        {.videoWidth = videoWidth_, .videoHeight = videoHeight_, .captionHeight = captionHeight});
+    ratio_ = layout.ratio;
+    currentHeight_ = layout.thumbnailHeight;
+    thumbnailImageView_->setFrame(layout.thumbnail);
+    maskImageView_->setFrame(layout.thumbnail);
+    myTextView_->setFrame(layout.caption);
+    baseView_->setFrame(layout.base);
 }
 
 void UIArticleVideoTableViewCell::setFrame(const CGRect& frame) {
     UITableViewCell::setFrame(frame);
     if (!baseView_ || videoWidth_ == 0) return;
     refreshHeight();
+    centreWheel();
+    stateImageView_->setCenter(actView_->center());
+    if (playLayer_) playLayer_->setFrame({{0, 0}, thumbnailImageView_->frame().size});
+}
+
+void UIArticleVideoTableViewCell::centreWheel() {
     const CGSize size = thumbnailImageView_->frame().size;
     actView_->setCenter({size.width * 0.5, size.height * 0.5});
-    stateImageView_->setCenter(actView_->center());
-    if (playLayer_) playLayer_->setFrame({{0, 0}, size});
 }
 
 void UIArticleVideoTableViewCell::loadThumbnail() {
@@ -179,7 +188,7 @@ void UIArticleVideoTableViewCell::loadThumbnail() {
         if (!image) return;
         RunLoop::main().perform([weak, address, image] {
             const auto row = weak.lock();
-            // The row may show another video by then.
+            // The row may show another video when the bytes come.
             if (row && recordText(row->videoDictionary_, "thumbnail") == address)
                 row->updateVideoThumbnailWith(image);
         });
@@ -193,10 +202,10 @@ void UIArticleVideoTableViewCell::loadThumbnail() {
 void UIArticleVideoTableViewCell::updateVideoThumbnailWith(const Data& image) {
     const bool isShown =
         shownThumbnail_ && shownThumbnail_.bytes() == image.bytes() && shownThumbnail_.size() == image.size();
-    // The same bytes keep their picture, which is decoded already.
+    // The same bytes are not decoded a second time.
     if (!isShown) thumbnailImageView_->setImage(UIImage::imageWithData(image));
     shownThumbnail_ = image;
-    if (isPortrait()) {
+    if (VideoRowLayout::isPortrait(videoWidth_, videoHeight_)) {
         maskImageView_->setAlpha(1);
         maskImageView_->setImage(thumbnailImageView_->image());
     } else {
@@ -204,7 +213,7 @@ void UIArticleVideoTableViewCell::updateVideoThumbnailWith(const Data& image) {
     }
 }
 
-// Playing
+// Playback
 
 bool UIArticleVideoTableViewCell::isStreamsServer(const std::string& address) {
     if (UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::mac) return false;
@@ -215,12 +224,12 @@ bool UIArticleVideoTableViewCell::isStreamsServer(const std::string& address) {
 }
 
 void UIArticleVideoTableViewCell::playOrPause() {
-    // A player that has failed plays nothing more; the next press tries with a new one.
+    // A player that has failed plays nothing more: the next selection of the row makes a new player.
     const bool isUsable = player_ && player_->status() != AVPlayerStatus::failed;
     if (isUsable && player_->timeControlStatus() == AVPlayerTimeControlStatus::playing) return pause();
     if (isUsable && player_->timeControlStatus() == AVPlayerTimeControlStatus::paused) {
         const CMTime duration = player_->currentItem()->duration();
-        // Only the values are compared, whatever their time scales.
+        // Only the values are compared: a player gives length and position in one time scale.
         if (duration.value == player_->currentTime().value)
             player_->seekToTime(CMTimeMake(0, duration.timescale));
         return playContinue();
@@ -234,44 +243,13 @@ void UIArticleVideoTableViewCell::playOrPause() {
 }
 
 void UIArticleVideoTableViewCell::download(const std::string& address) {
-    const auto request = ++requestCount_;
-    awaited_ = request;
-    const Data present = OstrelRequestManager::defaultOstrelRequestManager().request(
-        address, [weak = weakSelf(), request](const Data& video, bool loaded, const auto&) {
-            const auto row = weak.lock();
-            if (!row || row->awaited_ != request || !loaded || !video) return;
-            row->actView_->stopAnimating();
-            row->playDownloaded(video);
-        });
-    if (present) return playDownloaded(present);
-    const CGSize size = thumbnailImageView_->frame().size;
-    actView_->setCenter({size.width * 0.5, size.height * 0.5});
+    if (!download_->start(address)) return;
+    centreWheel();
     actView_->startAnimating();
 }
 
-void UIArticleVideoTableViewCell::playDownloaded(const Data& video) {
-    // A new number, so that the answer that follows cached data does not start it once more.
-    const auto request = ++requestCount_;
-    awaited_ = request;
-    const auto weak = weakSelf();
-    writeCurrentVideoFile(
-        video,
-        [weak, request] {
-            const auto row = weak.lock();
-            return row && row->awaited_ == request;
-        },
-        [weak](const std::string& path) {
-            const auto row = weak.lock();
-            if (!row) return;
-            row->awaited_.reset();
-            row->playWithURL(path);
-        });
-}
-
 void UIArticleVideoTableViewCell::forgetDownload() {
-    if (!awaited_) return;
-    awaited_.reset();
-    actView_->stopAnimating();
+    if (download_->forget()) actView_->stopAnimating();
 }
 
 void UIArticleVideoTableViewCell::playWithURL(const std::string& path) {
@@ -315,10 +293,11 @@ void UIArticleVideoTableViewCell::playContinue() {
 
 void UIArticleVideoTableViewCell::showPlayingTime() {
     if (!player_) return;
-    // One that has failed is not waited for: without its wheel the symbol offers to try again.
+    // Nobody waits for a player that has failed: the wheel stops, and the play symbol offers another attempt.
     const bool hasFailed = player_->status() == AVPlayerStatus::failed;
     if (hasFailed || player_->status() == AVPlayerStatus::readyToPlay) actView_->stopAnimating();
-    // It has come to its end, or cannot be played: the symbol is there while nothing plays.
+    // The play symbol is shown while nothing plays: also at the end of the video, and when it cannot be
+    // played.
     if (hasFailed || player_->timeControlStatus() == AVPlayerTimeControlStatus::paused)
         stateImageView_->setAlpha(1);
     durationLabel_->setText(playingTime(player_->currentTime(), player_->currentItem()->duration()));
@@ -326,13 +305,14 @@ void UIArticleVideoTableViewCell::showPlayingTime() {
 
 void UIArticleVideoTableViewCell::pause() {
     if (!player_) return;
-    // The timer goes on, so that the label shows where it stands.
+    // The timer goes on, so that the label shows the position at which the video is paused.
     player_->pause();
     stateImageView_->setAlpha(1);
 }
 
 void UIArticleVideoTableViewCell::stop() {
-    // At most one video plays: one that is still on its way must not begin beside another, or when its screen has left.
+    // At most one video plays. A video that is still being downloaded must not begin beside another video,
+    // nor after its screen has left.
     forgetDownload();
     pause();
 }

@@ -9,16 +9,17 @@
 #include "platform/uikit/table/UITableViewCell.h"
 #include "platform/uikit/text/UITextView.h"
 
-#include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace ostrel {
 
-/// One video of an article: its thumbnail (a tall one over a blurred copy of itself), a caption, a play symbol and a
-/// duration label; plays in place when it is selected. A reused row keeps its player until it plays another video, and
-/// goes on playing while it is out of sight.
+class VideoDownload;
+
+/// One video of an article: its thumbnail (a portrait one before a blurred copy of itself), a caption, a play
+/// symbol and a duration label. The video plays in place when the row is selected. A reused row keeps its
+/// player until it plays another video, and goes on playing outside the viewport. `VideoRowLayout` places its
+/// parts.
 class UIArticleVideoTableViewCell final : public UITableViewCell {
 public:
     UIArticleVideoTableViewCell(UITableViewCellStyle style, std::string reuseIdentifier);
@@ -27,21 +28,22 @@ public:
 
     const Dictionary& videoDictionary() const { return videoDictionary_; }
     void setVideoDictionary(Dictionary record);
-    /// Places everything by the video's shape and the width of the first window.
+    /// Places everything by the shape of the video and the width of the application's first window.
     void refreshHeight();
     void setFrame(const CGRect& frame) override;
     void loadThumbnail();
     void updateVideoThumbnailWith(const Data& image);
 
-    /// Whether the video at `address` is played from where it is; otherwise it is downloaded first. Never on the Mac
-    /// idiom, nor from a server of the local network, whose address begins with "http://192" in any case.
+    /// Whether the player streams the video from `address`; otherwise the video is downloaded before it
+    /// plays. A video is never streamed on the Mac idiom, nor from a server of the local network, whose
+    /// address begins with "http://192" in upper or lower case.
     static bool isStreamsServer(const std::string& address);
     void playOrPause();
-    /// Plays a file by its absolute path, or a remote one by its http or https address.
+    /// Plays the file at an absolute path, or the video at an http or https address.
     void playWithURL(const std::string& path);
     void playContinue();
     void pause();
-    /// Pauses, and takes back the start of a video that is still being downloaded.
+    /// Pauses. A video that is still being downloaded will not start.
     void stop();
 
     float ratio() const { return ratio_; }
@@ -60,17 +62,16 @@ private:
     std::weak_ptr<UIArticleVideoTableViewCell> weakSelf();
     void makeThumbnail();
     void makeCaption();
+    void centreWheel();
     void download(const std::string& address);
-    void playDownloaded(const Data& video);
     void forgetDownload();
     void showPlayingTime();
-    bool isPortrait() const { return videoHeight_ > videoWidth_; }
 
     Dictionary videoDictionary_;
-    float videoWidth_ = 0, videoHeight_ = 0;  ///< pixels
+    /// In pixels, as the record states them.
+    float videoWidth_ = 0, videoHeight_ = 0;
     float ratio_ = 1;
     float currentHeight_ = 0;
-    float space_ = 5.0f;
     std::shared_ptr<UIView> baseView_;
     std::shared_ptr<UIImageView> maskImageView_, thumbnailImageView_, stateImageView_;
     std::shared_ptr<UILabel> durationLabel_;
@@ -80,9 +81,7 @@ private:
     std::shared_ptr<AVPlayerLayer> playLayer_;
     std::shared_ptr<NSTimer> playingTimer_;
     Data shownThumbnail_;
-    /// The download, by number, that is to be played when it has come; none: no other may begin to play.
-    std::optional<std::uint64_t> awaited_;
-    std::uint64_t requestCount_ = 0;
+    std::shared_ptr<VideoDownload> download_;
 };
 
 }  // namespace ostrel

@@ -55,7 +55,7 @@ std::shared_ptr<Row> rowOf(UITableView& table, const std::string& identifier,
 
 }  // namespace
 
-/// The space bar plays and pauses a video rather than scroll.
+/// A table in which the space bar plays or pauses a video instead of scrolling.
 class UIArticleViewController::Table final : public UITableView {
 public:
     Table(CGRect frame, UITableViewStyle style, std::weak_ptr<UIArticleViewController> owner)
@@ -86,10 +86,10 @@ std::weak_ptr<UIArticleViewController> UIArticleViewController::weakSelf() {
     return std::static_pointer_cast<UIArticleViewController>(shared_from_this());
 }
 
-// The view
+// Construction
 
 void UIArticleViewController::loadView() {
-    // As large as where it will be shown from the beginning, for the table's size follows from it.
+    // The view has its final size from the beginning, for `viewDidLoad` derives the table's size from it.
     UINavigationController* const navigation = navigationController();
     const CGSize size = navigation ? navigation->view()->frame().size : UIScreen::mainScreen().bounds().size;
     setView(make<UIView>(CGRect{{0, 0}, size}));
@@ -160,8 +160,9 @@ void UIArticleViewController::loadArticleID(const std::string& articleId) {
             const auto self = weak.lock();
             if (!self) return;
             if (!answer.error) return self->showArticle(answer.record);
-            // Only when a loading alert has left is the error told. This screen shows none, so a failed load leaves the
-            // wheel turning, on purpose.
+            // The error is shown after a loading alert has been dismissed. There is no loading alert, so a
+            // failed load shows and logs nothing. Kept on purpose: an alert would cover the screen of
+            // somebody who can only go back and try again.
             if (!self->loadingAlert_) return;
             self->loadingAlert_->dismissViewControllerAnimated(true, [weak, error = answer.error] {
                 NSLog("load article detail error:%@", error);
@@ -185,7 +186,7 @@ void UIArticleViewController::showArticle(const Dictionary& article) {
     myTableView_->reloadData();
 }
 
-// What the reader does
+// What the user does
 
 void UIArticleViewController::share() {
     if (!url_ || url_->empty()) return NSLog("share url is nil");
@@ -212,8 +213,9 @@ void UIArticleViewController::touchAuthor() {
                                                                          "Touch You", field->text());
                       }});
     alert->addAction({"Cancel", UIAlertAction::Style::cancel, {}});
-    // The later steps of a long press ask again while the alert is shown. The platform refuses with a line in the log, as
-    // platforms do, and the reader sees one alert; the repeated call is kept, so the harmless line is too.
+    // Each later step of a long press presents a further alert while the first one is shown. The platform
+    // refuses that and logs a line, and the user sees one alert. Kept on purpose: the title row runs its
+    // handler at every step of the gesture.
     presentViewController(alert, true);
 }
 
@@ -300,7 +302,8 @@ std::shared_ptr<UITableViewCell> UIArticleViewController::textCell() {
     auto row = reusableRow<UIArticleViewTextTableViewCell>(*myTableView_, identifier);
     if (!row) {
         row = make<UIArticleViewTextTableViewCell>(UITableViewCellStyle::defaultStyle, identifier);
-        // Gives the text view its width, so that the first text too is measured at the width it is shown in.
+        // An empty text first: it gives the text view its final width, so that the article's text is measured
+        // at the width at which it is shown.
         row->setText({});
     }
     row->setText(recordText(resultDict_, "text"));

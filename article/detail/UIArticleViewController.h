@@ -18,9 +18,10 @@ class UIArticleViewImageTableViewCell;
 class UIArticleViewTextTableViewCell;
 class UIArticleViewTitleTableViewCell;
 
-/// One article in full: its title, text, images, videos and comments as the five sections of one table. Pushed with the
-/// list's record, of which only the "id" is read; loads the whole article when it is first shown, and never again once
-/// that has succeeded. At most one video row in sight plays. Main thread.
+/// One article in full: its title, text, pictures, videos and comments are the five sections of one table.
+/// The list pushes this screen with its own record, of which only the "id" is read. The screen loads the
+/// whole article when it first appears, and not again once a load has succeeded. At most one video row in the
+/// viewport plays. Main thread.
 class UIArticleViewController final : public UIViewController,
                                       public UITableViewDataSource,
                                       public UITableViewDelegate {
@@ -29,18 +30,18 @@ public:
     ~UIArticleViewController() override;
 
     const Dictionary& articleDictionary() const { return articleDictionary_; }
-    /// Loads nothing by itself.
+    /// Stores the record of the list; the article is loaded when the screen appears.
     void setArticleDictionary(Dictionary record) { articleDictionary_ = std::move(record); }
-    /// Loads the article at once; title and text are ignored.
+    /// Loads the article at once; `title` and `text` are not used.
     void openArticleID(const std::string& articleId, const std::string& title, const std::string& text);
-    /// A failure leaves the screen as it is, its wheel turning: it shows no alert and writes no log.
+    /// A load that fails changes nothing: the wheel goes on turning, no alert is shown and nothing is logged.
     void loadArticleID(const std::string& articleId);
-    /// Does nothing: an article is loaded once.
+    /// Does nothing, for an article is loaded once.
     void handleRefresh() {}
     void share();
-    /// Asks for a short message to the author.
+    /// Presents an alert in which the user writes a short message to the author.
     void touchAuthor();
-    /// Stops every video row in sight but the one at `row` of its section; -1 stops all.
+    /// Stops the videos of all rows in the viewport except the video row number `row`; -1 stops all of them.
     void stopPlayedVideoExcept(std::int64_t row);
 
     const Dictionary& resultDict() const { return resultDict_; }
@@ -67,7 +68,7 @@ private:
     class Table;
     std::weak_ptr<UIArticleViewController> weakSelf();
     void showArticle(const Dictionary& article);
-    /// The video row that the space bar plays or pauses: the focused one, else the selected one.
+    /// The video row that the space bar plays or pauses: the row with the focus, otherwise the selected row.
     std::optional<NSIndexPath> videoForSpace() const;
     bool spaceWasPressed();
     std::shared_ptr<UITableViewCell> titleCell();
@@ -81,7 +82,8 @@ private:
     std::optional<std::string> url_;
     std::vector<Value> imagesArray_, videosArray_, commentsArray_;
     std::shared_ptr<UITableView> myTableView_;
-    std::shared_ptr<UIAlertController> loadingAlert_;  ///< never filled
+    /// Always empty: this screen shows its wheel instead of an alert while it loads.
+    std::shared_ptr<UIAlertController> loadingAlert_;
 };
 
 }  // namespace ostrel

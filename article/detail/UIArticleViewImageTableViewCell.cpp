@@ -1,79 +1,34 @@
 #include "article/detail/UIArticleViewImageTableViewCell.h"
 
 #include "article/detail/DetailMetrics.h"
+#include "article/detail/ImageRequests.h"
+#include "article/detail/ImageRowLayout.h"
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
-#include "article/server/OstrelRequestManager.h"
 #include "platform/foundation/runloop/NSThread.h"
 #include "platform/uikit/view/UIDevice.h"
 
-#include <algorithm>
-#include <atomic>
 #include <utility>
 
 namespace ostrel {
 
 namespace {
 
-constexpr CGFloat roomBelow = 12;
 constexpr CGFloat pictureRadius = 6;
 
 }  // namespace
 
-/// True once the full image's request has answered, well or not. Set by the thread that sends it and by its answer; a
-/// flag on its own, so no order with other data is needed.
-struct UIArticleViewImageTableViewCell::Completion {
-    std::atomic<bool> hasCompleted = false;
-};
-
-/// What the requests of one record need. Holds the row weakly, and only the main thread makes that strong: a view does not
-/// end on another.
-struct UIArticleViewImageTableViewCell::Loading : std::enable_shared_from_this<Loading> {
-    std::string thumbnail, image;
-    std::weak_ptr<UIArticleViewImageTableViewCell> row;
-    std::shared_ptr<Completion> completion;
-
-    void show(const Data& data) const {
-        if (const auto shown = row.lock()) shown->showData(data);
-    }
-
-    void showSoon(const Data& data) {
-        if (!data || !RunLoop::hasMain()) return;
-        RunLoop::main().perform([self = shared_from_this(), data] { self->show(data); });
-    }
-
-    void loadThumbnail() {
-        auto& manager = OstrelRequestManager::defaultOstrelRequestManager();
-        showSoon(manager.request(
-            thumbnail, [self = shared_from_this()](const Data& data, bool loaded, const auto&) {
-                if (loaded && !self->completion->hasCompleted.load(std::memory_order_relaxed))
-                    self->show(data);
-            }));
-        loadFullImage();
-    }
-
-    void loadFullImage() {
-        completion->hasCompleted.store(false, std::memory_order_relaxed);
-        auto& manager = OstrelRequestManager::defaultOstrelRequestManager();
-        showSoon(
-            manager.request(image, [self = shared_from_this()](const Data& data, bool loaded, const auto&) {
-                if (loaded) self->show(data);
-                self->completion->hasCompleted.store(true, std::memory_order_relaxed);
-            }));
-    }
-};
-
 UIArticleViewImageTableViewCell::UIArticleViewImageTableViewCell(UITableViewCellStyle style,
                                                                  std::string reuseIdentifier)
-    : UITableViewCell(style, std::move(reuseIdentifier)), completion_(std::make_shared<Completion>()) {}
+    : UITableViewCell(style, std::move(reuseIdentifier)),
+      fullImageHasCompleted_(std::make_shared<std::atomic<bool>>(false)) {}
 
 void UIArticleViewImageTableViewCell::initialise() {
     UITableViewCell::initialise();
     const auto main = NSBundle::mainBundle();
     myBundle_ = main ? main->bundleForResource("UIArticleViewImageTableViewCell") : nullptr;
     setSelectionStyle(UITableViewCellSelectionStyle::none);
-    space_ = detailSpace;
-    const CGFloat space = space_, width = frame().width(), height = frame().height();
+    const CGFloat space = detailSpace, width = frame().width(), height = frame().height();
 
     baseView_ = make<UIView>(CGRect(space, space, width - 2 * space, height - 2 * space));
     addSubview(baseView_);
@@ -99,7 +54,7 @@ void UIArticleViewImageTableViewCell::initialise() {
 
     addConstraint({.relation = NSLayoutConstraint::Relation::greaterThanOrEqual,
                    .toItem = baseView_,
-                   .constant = space + roomBelow});
+                   .constant = ImageRowLayout::heightBesideBase});
 }
 
 void UIArticleViewImageTableViewCell::setFrame(const CGRect& frame) {
@@ -108,57 +63,55 @@ void UIArticleViewImageTableViewCell::setFrame(const CGRect& frame) {
 }
 
 bool UIArticleViewImageTableViewCell::fullImageHasCompleted() const {
-    return completion_->hasCompleted.load(std::memory_order_relaxed);
+    return fullImageHasCompleted_->load(std::memory_order_relaxed);
 }
 
 void UIArticleViewImageTableViewCell::setImageDictionary(Dictionary record) {
     imageDictionary_ = std::move(record);
     myImageView_->setAccessibility(AccessibilityRole::image, recordText(imageDictionary_, "text"));
     refreshFrame();
-    NSThread::detachNewThread([loading = makeLoading()] { loading->loadThumbnail(); });
+    NSThread::detachNewThread([requests = makeRequests()] { requests->sendBoth(); });
 }
 
-std::shared_ptr<UIArticleViewImageTableViewCell::Loading> UIArticleViewImageTableViewCell::makeLoading() {
-    auto loading = std::make_shared<Loading>();
-    loading->thumbnail = recordText(imageDictionary_, "thumbnail");
-    loading->image = recordText(imageDictionary_, "image");
-    loading->row = std::static_pointer_cast<UIArticleViewImageTableViewCell>(shared_from_this());
-    loading->completion = completion_;
-    return loading;
+std::shared_ptr<ImageRequests> UIArticleViewImageTableViewCell::makeRequests() {
+    // The requests' threads hold the row weakly, and only the main thread makes that strong: a view must not
+    // end on another thread.
+    const auto weak =
+        std::weak_ptr(std::static_pointer_cast<UIArticleViewImageTableViewCell>(shared_from_this()));
+    return std::make_shared<ImageRequests>(recordText(imageDictionary_, "thumbnail"),
+                                           recordText(imageDictionary_, "image"), fullImageHasCompleted_,
+                                           [weak](const Data& picture) {
+                                               if (const auto row = weak.lock()) row->showPicture(picture);
+                                           });
 }
 
-void UIArticleViewImageTableViewCell::loadThumbnail() { makeLoading()->loadThumbnail(); }
+void UIArticleViewImageTableViewCell::loadThumbnail() { makeRequests()->sendBoth(); }
 
-void UIArticleViewImageTableViewCell::loadFullImage() { makeLoading()->loadFullImage(); }
+void UIArticleViewImageTableViewCell::loadFullImage() { makeRequests()->sendFullImage(); }
 
-void UIArticleViewImageTableViewCell::showData(const Data& data) {
-    const bool isShown = shownData_ && shownData_.bytes() == data.bytes() && shownData_.size() == data.size();
+void UIArticleViewImageTableViewCell::showPicture(const Data& picture) {
+    const bool isShown =
+        shownData_ && shownData_.bytes() == picture.bytes() && shownData_.size() == picture.size();
     if (isShown) return;
-    shownData_ = data;
-    myImageView_->setImage(UIImage::imageWithData(data));
+    shownData_ = picture;
+    myImageView_->setImage(UIImage::imageWithData(picture));
 }
 
 void UIArticleViewImageTableViewCell::refreshFrame() {
-    const CGFloat space = space_;
-    const std::int64_t w = truncated(recordFloat(imageDictionary_, "image_width"));
-    const std::int64_t h = truncated(recordFloat(imageDictionary_, "image_height"));
-    if (w > 0 && h > 0) {
-        const auto width = static_cast<float>(std::max(0.0, firstWindowWidth() - 2 * space));
-        const float height = static_cast<float>(h) * width / static_cast<float>(w);
-        myImageView_->setFrame(
-            {myImageView_->frame().origin, {width, std::min(height, largestPictureHeight)}});
-    }
     const std::string caption = recordText(imageDictionary_, "text");
-    CGFloat captionHeight = 0;
-    if (!caption.empty()) {
-        captionHeight = textHeight(caption, myTextView_->font(),
-                                   std::max(0.0, UIScreen::mainScreen().bounds().width() - 2 * space));
-        myTextView_->setText(caption);
-    }
-    // Without a caption the view keeps the text it had, at height 0.
-    const CGFloat width = std::max(0.0, frame().width() - 2 * space);
-    myTextView_->setFrame({0, myImageView_->frame().maxY(), width, captionHeight});
-    baseView_->setFrame({space, space, width, myImageView_->frame().height() + captionHeight});
+    // Without a caption the view keeps the text of the record before, at height 0. Kept on purpose: a text
+    // that is not seen costs nothing, and the next caption replaces it.
+    if (!caption.empty()) myTextView_->setText(caption);
+    const CGFloat measureWidth = ImageRowLayout::captionMeasureWidth(UIScreen::mainScreen().bounds().width());
+    const auto layout = ImageRowLayout::make(
+        frame().width(), {.imageWidth = recordFloat(imageDictionary_, "image_width"),
+                          .imageHeight = recordFloat(imageDictionary_, "image_height"),
+                          .windowWidth = firstWindowWidth(),
+                          .captionHeight = textHeight(caption, myTextView_->font(), measureWidth),
+                          .formerImage = myImageView_->frame()});
+    myImageView_->setFrame(layout.image);
+    myTextView_->setFrame(layout.caption);
+    baseView_->setFrame(layout.base);
 }
 
 }  // namespace ostrel

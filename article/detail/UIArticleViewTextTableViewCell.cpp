@@ -10,7 +10,8 @@ namespace {
 constexpr CGFloat firstHeight = 20;
 constexpr CGFloat roomBelow = 5;
 constexpr CGFloat lineMargin = 8;
-/// The content inset moves the text up by what its container keeps free above it, so that the two cancel out.
+/// The text container leaves this room above the text, and the content inset moves the text up by the same
+/// amount.
 constexpr CGFloat textLift = 6;
 
 }  // namespace
@@ -32,7 +33,7 @@ void UIArticleViewTextTableViewCell::initialise() {
     UITableViewCell::initialise();
     setSelectionStyle(UITableViewCellSelectionStyle::none);
     textTextView_ = make<UITextView>(CGRect(0, 0, frame().width(), firstHeight));
-    // For nothing but that the font is there before the first text.
+    // The result is not used: the call makes the shared font.
     heightForText("abc");
     textTextView_->setFont(textFont());
     textTextView_->setShowsVerticalScrollIndicator(false);

@@ -8,19 +8,20 @@
 
 namespace ostrel {
 
-/// The text of an article, as high as it is long. It can be selected and copied.
+/// The text of an article in full height. The user can select and copy it.
 class UIArticleViewTextTableViewCell final : public UITableViewCell {
 public:
     UIArticleViewTextTableViewCell(UITableViewCellStyle style, std::string reuseIdentifier);
     void initialise();
 
     const std::string& text() const { return text_; }
-    /// Shows the text and takes its height from it. The text is measured at the width that the text view has so far,
-    /// which for the first text of a row is the row's own and 10 points more than it gets.
+    /// Shows the text and sets the row's height. The text is measured at the width that the text view has
+    /// before the call: for the first text of a row that is the width of the row, 10 points more than the
+    /// text view gets.
     void setText(std::string text);
-    /// Points that one line of `text` needs.
+    /// The height of `text` on one line with its margin, points.
     static double heightForText(const std::string& text);
-    /// Shared by all rows; made with the first of them.
+    /// One font for all rows; the first row makes it.
     static const UIFont& textFont();
 
     const std::shared_ptr<UITextView>& textTextView() const { return textTextView_; }

@@ -23,7 +23,7 @@ void UIArticleViewTitleTableViewCell::initialise() {
     titleLabel_->setFont(UIFont::fontWithName("PingFangSC-Regular", 24));
     titleLabel_->setTextAlignment(NSTextAlignment::center);
     titleLabel_->setAutoresizingMask(flexibleWidth);
-    // A long press on the row is for its handler.
+    // The label must not begin a selection at a long press, which runs the row's handler.
     titleLabel_->setSelectable(true, false);
     addSubview(titleLabel_);
     addGestureRecognizer(
@@ -37,7 +37,8 @@ void UIArticleViewTitleTableViewCell::setTitle(std::string title) {
 }
 
 void UIArticleViewTitleTableViewCell::longpress() {
-    // On purpose for every step of the gesture: a press that begins and ends runs the handler twice.
+    // Every step of the gesture runs the handler: twice for a press that begins and ends. Kept on purpose: a
+    // handler can follow the whole press.
     if (const auto handler = longPressHandler_) handler();
 }
 

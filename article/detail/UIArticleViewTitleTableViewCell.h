@@ -8,7 +8,8 @@
 
 namespace ostrel {
 
-/// The title of an article, on one centred line. A long press runs the handler. Its table gives it its height.
+/// The title of an article on one centred line. A long press runs the handler. The table sets the row's
+/// height.
 class UIArticleViewTitleTableViewCell final : public UITableViewCell {
 public:
     UIArticleViewTitleTableViewCell(UITableViewCellStyle style, std::string reuseIdentifier);

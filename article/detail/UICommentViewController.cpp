@@ -11,7 +11,8 @@ std::weak_ptr<UICommentViewController> UICommentViewController::weakSelf() {
 }
 
 void UICommentViewController::loadView() {
-    // As large as the screen from the beginning, for the text view's size follows from it.
+    // The view is as large as the screen from the beginning, for `viewDidLoad` derives the text view's size
+    // from it.
     setView(make<UIView>(CGRect{{0, 0}, UIScreen::mainScreen().bounds().size}));
 }
 
@@ -47,10 +48,11 @@ void UICommentViewController::textViewDidChange(UITextView& textView) {
 }
 
 void UICommentViewController::comment() {
-    // One comment, however often the button is pressed while the screen leaves.
+    // The user can press the button again while the screen leaves; the comment is sent once.
     navigationItem().rightBarButtonItem()->setEnabled(false);
     replyTextView_->resignFirstResponder();
-    // A transport error is in the error file before the handler runs; the answer is then no result.
+    // After a transport error there is no result, and the request has written the error file before this
+    // handler runs.
     ArticleRequest::addComment(article_id_, replyTextView_->text()).send([](const ArticleAnswer& answer) {
         if (!answer.result) return;
         if (answer.error) {

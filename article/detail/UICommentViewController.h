@@ -8,8 +8,9 @@
 
 namespace ostrel {
 
-/// The comment composer: one text, "Reply" and "Cancel". Whoever presents it, within a navigation controller, sets the
-/// article and asks for a login before. It closes without waiting for the server's answer, and no screen is refreshed.
+/// The comment composer: a text, "Reply" and "Cancel". The screen that presents the composer wraps it in a
+/// navigation controller, sets the article, and asks for a login before. The composer closes without waiting
+/// for the server's answer, and no other screen is refreshed.
 class UICommentViewController final : public UIViewController, public UITextViewDelegate {
 public:
     const std::string& article_id() const { return article_id_; }
@@ -20,9 +21,10 @@ public:
     void viewDidLoad() override;
     void viewDidAppear(bool animated) override;
     void textViewDidChange(UITextView& textView) override;
-    /// Sends the comment and closes. A transport error is left in the error file, everything else only logged.
+    /// Sends the comment and closes. A transport error is written to the error file; what the server answers
+    /// is only logged.
     void comment();
-    /// Closes; nothing is sent.
+    /// Closes without sending anything.
     void cancel();
 
     const std::shared_ptr<UITextView>& replyTextView() const { return replyTextView_; }

@@ -23,7 +23,7 @@ bool hasScheme(const std::string& address, std::string_view scheme) {
     return true;
 }
 
-/// RFC 3986: unreserved characters and the slash stand for themselves.
+/// RFC 3986: all bytes are encoded except unreserved characters and the slash.
 std::string percentEncodedPath(const std::string& path) {
     constexpr char digits[] = "0123456789ABCDEF";
     constexpr std::string_view others = "-._~/";

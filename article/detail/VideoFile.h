@@ -7,18 +7,19 @@
 
 namespace ostrel {
 
-/// The one file that a downloaded video is played from; every download replaces the one before. A player that has it
-/// open goes on with the file it opened.
+/// The path of the one file from which downloaded videos play. Every download replaces the file; a player
+/// that has opened the former file goes on playing that.
 std::string currentVideoFile();
 
-/// Writes `video` beside `currentVideoFile()` on a thread of its own, for it may be large. Then, on the main thread, it
-/// takes that file's place and `done` runs in the same turn, with its path; empty when it could not be written. Nothing is
-/// replaced and `done` does not run when `isWanted` says no by then.
+/// Writes `video`, which may be large, to a file beside `currentVideoFile()` on a thread of its own. The main
+/// thread then asks `isWanted`. If it says yes, the new file replaces `currentVideoFile()` and `done` gets
+/// the path in the same turn of the run loop, so that no row plays another row's video; the path is empty
+/// when the file could not be written. If it says no, nothing is replaced and `done` does not run.
 void writeCurrentVideoFile(const Data& video, std::function<bool()> isWanted,
                            std::function<void(const std::string& path)> done);
 
-/// The address of `path` as a player takes it: http and https addresses stand for themselves, an absolute path becomes a
-/// "file" address (RFC 8089). Empty when it is neither.
+/// The address at which a player finds `path`: an http or https address is returned as it is, an absolute
+/// path becomes a "file" address (RFC 8089), everything else gives an empty text.
 std::string playerURL(const std::string& path);
 
 }  // namespace ostrel

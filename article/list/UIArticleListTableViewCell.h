@@ -2,7 +2,7 @@
 
 #include "platform/foundation/resources/NSBundle.h"
 #include "platform/foundation/values/Value.h"
-#include "platform/uikit/screens/UIViewController.h"
+#include "platform/uikit/controls/UIButton.h"
 #include "platform/uikit/table/UITableViewCell.h"
 #include "platform/uikit/text/UITextView.h"
 
@@ -11,9 +11,13 @@
 
 namespace ostrel {
 
-/// One article's summary in the list: the author's avatar and name, how long ago it changed, some lines of title and
-/// text, and the buttons like, comment and share, which act on the article from here. Redraws itself from
-/// "NOTIFICATION_KEY_UPDATE" as long as it lives, on screen or not.
+class ArticleListRowActions;
+struct ArticleListRowLayout;
+
+/// One article's summary in the list: the author's avatar and name, how long ago the article changed, some
+/// lines of its title and text, and the buttons like, comment and share. Shows each new record of its article
+/// that "NOTIFICATION_KEY_UPDATE" brings, on screen or not. `ArticleListRowLayout` places its parts,
+/// `ArticleListRowActions` does what its buttons say.
 class UIArticleListTableViewCell : public UITableViewCell {
 public:
     UIArticleListTableViewCell(UITableViewCellStyle style, std::string reuseIdentifier);
@@ -21,16 +25,17 @@ public:
     void initialise();
 
     const Dictionary& articleDictionary() const { return articleDictionary_; }
-    /// Stores the record and redraws from it; asks the server for the author's avatar.
+    /// Stores and shows the record, and asks the server for the author's avatar.
     void setArticleDictionary(Dictionary record);
     void setFrame(const CGRect& frame) override;
-    /// Has the text of a record measured for a row of this width that will be made soon.
+    /// Tells the text measurer the text of a row of `rowWidth` points that the table will ask for soon.
+    /// `isOwners`: the row will be one of the owner's list.
     static void measureAhead(const Dictionary& record, CGFloat rowWidth, bool isOwners);
 
+    // See `ArticleListRowActions`.
     void likeButtonAction();
     void commentButtonAction();
     void shareButtonAction();
-    /// Presents the login screen over the first window.
     void loginNow();
 
     const std::shared_ptr<UIImageView>& authFaceImageView() const { return authFaceImageView_; }
@@ -42,18 +47,18 @@ public:
     const std::shared_ptr<UIButton>& shareButton() const { return shareButton_; }
 
 protected:
-    /// What stays free at the right of the text for the accessory, points.
-    virtual CGFloat accessoryRoom() const { return plainRoom; }
-    static constexpr CGFloat plainRoom = 30, ownersRoom = 65;
+    /// What the text leaves free at the right for the accessory, points.
+    virtual CGFloat accessoryRoom() const;
 
 private:
     void updateArticleNotification(const Value& object);
+    ArticleListRowLayout layout() const;
     void place();
     void showBody();
-    void showTime();
     void requestFace();
-    std::shared_ptr<UIButton> makeButton(const char* image, std::string title, std::string accessibilityLabel,
-                                         void (UIArticleListTableViewCell::*action)());
+    std::shared_ptr<UIButton> makeButton(CGRect frame, const char* image, std::string title,
+                                         std::string accessibilityLabel,
+                                         void (ArticleListRowActions::*action)());
 
     std::shared_ptr<NSBundle> myBundle_;
     std::shared_ptr<NSBundle> ostrelArticleBundle_;
@@ -64,18 +69,18 @@ private:
     std::shared_ptr<UIButton> likeButton_;
     std::shared_ptr<UIButton> commentButton_;
     std::shared_ptr<UIButton> shareButton_;
-    std::shared_ptr<UIViewController> loginController_;
+    std::shared_ptr<ArticleListRowActions> actions_;
     Dictionary articleDictionary_;
 };
 
-/// The row of the owner's own list: a detail button that opens the editor, and room for it.
+/// The row of the owner's list: its accessory is a detail button, which opens the editor.
 class UIArticleListOwnerTableViewCell final : public UIArticleListTableViewCell {
 public:
     using UIArticleListTableViewCell::UIArticleListTableViewCell;
     void initialise();
 
 protected:
-    CGFloat accessoryRoom() const override { return ownersRoom; }
+    CGFloat accessoryRoom() const override;
 };
 
 }  // namespace ostrel

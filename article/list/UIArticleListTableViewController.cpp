@@ -20,7 +20,7 @@ namespace ostrel {
 
 namespace {
 
-/// A list that appears is loaded again when it is older than this, in seconds.
+/// A list that was loaded longer ago than this is loaded again when the screen appears, seconds.
 constexpr double reloadAge = 180;
 constexpr double refreshDelay = 0.1;
 constexpr CGFloat headerHeight = 8, footerHeight = 1, tableFooterHeight = 50;
@@ -217,7 +217,7 @@ void UIArticleListTableViewController::showFirstPage(const OstrelServerHtmlResul
         }
         control->endRefreshing();
     }
-    // Left at work by a next page that failed, and handed out again by the table.
+    // A request for the next page that failed leaves its row in the busy look, and the table reuses that row.
     if (const auto cell = loadMoreCell_.lock()) cell->stop();
     tableView()->reloadData();
 }
@@ -305,7 +305,7 @@ void UIArticleListTableViewController::removeArticleFor(NSIndexPath path) {
 void UIArticleListTableViewController::currentUserChanged() {
     if (moreArticlesURLString_) {
         moreArticlesURLString_.reset();
-        // The load-more row leaves at once, for the appearance need not request the list again.
+        // Removes the load-more row now: `viewDidAppear` below loads the list only when it is old enough.
         tableView()->reloadData();
     }
     viewDidAppear(true);

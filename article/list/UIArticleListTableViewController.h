@@ -13,30 +13,32 @@ namespace ostrel {
 
 class OstrelServerHtmlResultObject;
 
-/// The module's entry screen: a table of article summaries, newest first as the server orders them, one article a
-/// section, with pull-to-refresh and a load-more row while the server has further pages. In owner mode (`isMySelfOnly`)
-/// it lists the signed-in user's own articles with edit and delete, and asks for a login when nobody is signed in.
-/// A host places it in a navigation controller. Main thread.
+/// The module's entry screen: a table of articles in the server's order, one article a section, with
+/// pull-to-refresh and a load-more row while the server has further pages. In owner mode (`isMySelfOnly`) the
+/// screen lists the signed-in user's own articles, which can be edited and deleted, and asks for a login when
+/// nobody is signed in. A host puts the screen into a navigation controller. Main thread.
 class UIArticleListTableViewController : public UITableViewController {
 public:
-    /// Loads the process-wide resource bundle unless that was done.
+    /// Loads the process-wide resource bundle unless it is loaded.
     UIArticleListTableViewController();
     ~UIArticleListTableViewController() override;
     void initialise();
 
     bool isMySelfOnly() const { return isMySelfOnly_; }
-    /// Set before the first showing. In owner mode the screen observes new and changed articles and the signed-in user.
+    /// To be set before the screen first appears. In owner mode the screen observes new and changed articles,
+    /// and who is signed in.
     void setIsMySelfOnly(bool only);
     UIColor tintColor() const { return tintColor_; }
-    /// Colour of the refresh control.
+    /// The colour of the refresh control.
     void setTintColor(UIColor color);
     const std::string& refreshTitle() const { return refreshTitle_; }
     void setRefreshTitle(std::string title);
 
-    /// Requests the first page; does nothing while this screen presents another. Animated: shows the refresh control at
-    /// work, whose event requests the page once more after 0.1 seconds.
+    /// Requests the first page; does nothing while this screen presents another one. `animated` starts the
+    /// refresh control, whose event requests the page a second time after 0.1 seconds.
     void reloadInformationFromServer(bool animated);
-    /// Requests the next page. Every call sends a request, also while one is under way.
+    /// Requests the next page, also while an earlier request has not been answered. `cell`: the row that
+    /// shows that work is in progress; absent: none.
     void loadMoreInformationFromServer(const std::shared_ptr<UIArticleLoadMoreTableViewCell>& cell);
     void handleRefresh();
     /// Called after a page of articles could not be loaded, with the sentence that was logged. The list itself shows nothing
@@ -46,7 +48,7 @@ public:
     void write_article();
     void openArticle(const Dictionary& record);
     void editArticleFor(NSIndexPath path);
-    /// Removes the row at once; what the server answers is only logged.
+    /// Removes the row at once; the server's answer is only logged.
     void removeArticleFor(NSIndexPath path);
 
     const std::deque<Dictionary>& articlesArray() const { return articlesArray_; }

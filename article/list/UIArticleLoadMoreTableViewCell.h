@@ -5,14 +5,14 @@
 
 namespace ostrel {
 
-/// The last row of the article list while the server has a further page: asks for it when tapped, and shows that it is
-/// on its way.
+/// The last row of the article list while the server has a further page. The list requests that page when the
+/// row is tapped, and gives the row its busy look until the page has come.
 class UIArticleLoadMoreTableViewCell final : public UITableViewCell {
 public:
     UIArticleLoadMoreTableViewCell(UITableViewCellStyle style, std::string reuseIdentifier);
     void initialise();
 
-    /// The busy look. Calls do not nest: one `stop` ends any number of them.
+    /// The busy look. One `stop` ends any number of calls.
     void start();
     /// The idle look.
     void stop();

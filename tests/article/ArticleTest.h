@@ -4,6 +4,7 @@
 #include "backends/headless/HeadlessPlatform.h"
 #include "platform/foundation/runloop/NSThread.h"
 #include "platform/uikit/screens/UINavigationController.h"
+#include "tests/support/HostileRecords.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/ScriptedServer.h"
 
@@ -32,7 +33,7 @@ protected:
         OstrelArticleBundle = nullptr;
     }
 
-    /// Looks for all bundles in `folder`; none are loaded yet.
+    /// All bundles are looked for in `folder` from now on; those that were loaded are forgotten.
     static void useBundles(const std::string& folder) {
         NSBundle::setMainBundlePath(folder);
         NSBundle::registerBundle(OstrelArticleBundleIdentifier, folder);
@@ -73,22 +74,5 @@ private:
 
 inline Value json(std::string_view text) { return Value::parse(text); }
 inline Dictionary record(std::string_view text) { return Dictionary::parse(text); }
-
-/// Values that no server should send, each under every key that the rows read.
-inline std::vector<std::string> hostileRecords() {
-    const char* const keys[] = {"id",    "title",   "text",         "auth_name", "auth_id", "modifie_date",
-                                "liked", "comment", "open_comment", "url",       "images",  "videos"};
-    std::vector<std::string> records = {"{}"};
-    for (const char* value : {"null", "true", "[]", "{}", "[{\"id\":[]}]", "-1", "1e308", "-1e308",
-                              "99999999999999999999999999", "\"\"", "\"\\u0000\\ud83d\\ude00\\r\\n\\r\""}) {
-        std::string members;
-        for (const char* key : keys)
-            members += std::string(members.empty() ? "" : ",") + "\"" + key + "\":" + value;
-        records.push_back("{" + members + "}");
-    }
-    records.push_back(R"({"id":1,"title":")" + std::string(20'000, 'W') + R"(","text":")" +
-                      std::string(200'000, '\x7f') + R"(","auth_name":")" + std::string(20'000, 'i') + "\"}");
-    return records;
-}
 
 }  // namespace ostrel

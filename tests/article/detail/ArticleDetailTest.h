@@ -13,7 +13,7 @@
 
 namespace ostrel {
 
-/// A detail screen of article 42, pushed onto an empty screen in the window; a home directory of its own.
+/// A detail screen of article 42, pushed onto an empty screen in the window, with a home directory of its own.
 class ArticleDetailTest : public ArticleTest {
 protected:
     ArticleDetailTest() : formerHome_(NSHomeDirectory()) {
@@ -57,18 +57,18 @@ protected:
             counts.push_back(table().numberOfRowsInSection(section));
         return counts;
     }
-    /// A detail screen's article with `videos` videos of 16 to 9.
+    /// An article with `videos` videos, four times as wide as high and 65 seconds long.
     static std::string articleWithVideos(int videos) {
         std::string list;
         for (int i = 0; i < videos; ++i) {
-            list += std::string(i ? "," : "") + R"({"video":"https://example.org/)" + std::to_string(i) +
-                    R"(.mp4","thumbnail":"https://example.org/)" + std::to_string(i) +
-                    R"(.jpg","video_width":1600,"video_height":400,"duration":65,"text":"clip )" +
-                    std::to_string(i) + "\"}";
+            const std::string number = std::to_string(i), address = "https://example.org/" + number;
+            list += (i ? R"(,{"video":")" : R"({"video":")") + address + R"(.mp4","thumbnail":")" + address +
+                    R"(.jpg","video_width":1600,"video_height":400,"duration":65,"text":"video )" + number +
+                    "\"}";
         }
-        return R"({"id":42,"title":"Films","text":"","videos":[)" + list + "]}";
+        return R"({"id":42,"title":"Videos","text":"","videos":[)" + list + "]}";
     }
-    /// Bytes of a real picture; `name`: of the module's bundle.
+    /// The bytes of a picture of the module's bundle.
     static Data picture(const char* name = "loading") {
         return Data::mapFile(*OstrelArticleBundle->pathForResource(name, "png"));
     }

@@ -7,6 +7,8 @@ TEST_F(ArticleEditTest, HostileRecordsOpenAndClose) {
     for (const std::string& article : hostileRecords()) {
         openExisting(article);
         dragTable();
+        EXPECT_EQ(images().imagesArray()->size(), record(article)["images"].elements().size()) << article;
+        EXPECT_EQ(videos().videosArray()->size(), record(article)["videos"].elements().size()) << article;
         settleRequests();
         EXPECT_EQ(editor->titleField()->text(), recordText(record(article), "title"))
             << article.substr(0, 100);

@@ -1,5 +1,6 @@
 #include "article/detail/UIArticleViewController.h"
 #include "article/editor/UIArticleEditViewController.h"
+#include "platform/uikit/table/RowHeights.h"
 #include "tests/article/list/ArticleListTest.h"
 
 #include <utility>
@@ -7,23 +8,48 @@
 namespace ostrel {
 namespace {
 
-class ArticleListControllerTest : public ArticleListTest {};
+class ArticleListControllerTest : public ArticleListTest {
+protected:
+    auto answers(std::optional<std::string> text, std::optional<std::string> error = {}) {
+        return [=, this] { server->answer(text, error); };
+    }
+    auto answersPage(std::vector<std::string> records, std::string more = {}) {
+        return answers(ScriptedServer::page(records, more));
+    }
+    auto taps(std::int64_t section) {
+        return [=, this] { tapRow(section); };
+    }
+    auto posts(const char* name, const std::string& object) {
+        return [=] { post(name, json(object)); };
+    }
+    auto reloads(bool animated) {
+        return [=, this] { list->reloadInformationFromServer(animated); };
+    }
+};
 
-TEST_F(ArticleListControllerTest, SetUpGivesTheTableAndThePropertiesTheirValues) {
+TEST_F(ArticleListControllerTest, SetUpGivesTheTableAndTheRefreshControlTheirValues) {
     list = make<UIArticleListTableViewController>();
     EXPECT_EQ(table().style(), UITableViewStyle::insetGrouped);
     EXPECT_EQ(table().estimatedRowHeight, 88);
     EXPECT_EQ(table().rowHeight, UITableViewAutomaticDimension);
     EXPECT_EQ(table().tableFooterView()->frame().height(), 50);
     EXPECT_TRUE(table().tableFooterView()->backgroundColor().isClear());
-    EXPECT_FALSE(list->isMySelfOnly());
-    EXPECT_EQ(list->tintColor(), UIColor::darkGray());
-    EXPECT_EQ(list->refreshTitle(), "Loading...");
-    EXPECT_EQ(list->lastLoadDate(), std::nullopt);
     EXPECT_EQ(list->tableViewHeightForHeaderInSection(table(), 0), 8);
     EXPECT_EQ(list->tableViewHeightForFooterInSection(table(), 0), 1);
+    EXPECT_EQ(list->lastLoadDate(), std::nullopt);
+    EXPECT_EQ(list->tintColor(), UIColor::darkGray());
+    EXPECT_EQ(list->refreshTitle(), "Loading...");
     EXPECT_EQ(logged(), Lines{});
 
+    const std::pair<UIColor, const char*> looks[] = {{UIColor::rgb(0x123456), "Wait"},
+                                                     {UIColor::black(), ""}};
+    for (const auto& [colour, title] : looks) {
+        list->setTintColor(colour);
+        list->setRefreshTitle(title);
+        if (!navigation) show(navigation = make<UINavigationController>(list));
+        EXPECT_EQ(list->refreshControl()->tintColor(), colour);
+        EXPECT_EQ(list->refreshControl()->attributedTitle(), title);
+    }
     useBundles("/nowhere");
     EXPECT_EQ(make<UIArticleListTableViewController>()->refreshTitle(), "");
     EXPECT_EQ(logged(), Lines{"Warning: can NOT FOUND \"OstrelArticle.bundle\" in this target."});
@@ -39,21 +65,19 @@ TEST_F(ArticleListControllerTest, TheFirstAppearanceRequestsThePageAtOnceAndOnce
     platform.advance(0.02);
     EXPECT_EQ(server->paths, (Lines{allArticles, allArticles}));
 
-    server->answer(ScriptedServer::page({article(3, "c"), article(2, "b")}));
+    server->paths.clear();
+    live({{"the first answer", answersPage({article(3, "c"), article(2, "b")}), "c b"}});
     EXPECT_FALSE(list->refreshControl()->isRefreshing());
-    EXPECT_EQ(rows(), (Lines{"c", "b"}));
     EXPECT_EQ(table().contentOffset().y, 0) << "the list is back in its place";
-    server->answer(ScriptedServer::page({article(4, "d"), article(3, "c"), article(2, "b")}));
-    EXPECT_EQ(rows(), (Lines{"d", "c", "b"})) << "each answer replaces the list";
+    live({{"the second one replaces the list", answersPage({article(4, "d"), article(3, "c")}), "d c"},
+          {"and nothing more is asked", [this] { platform.advance(60); }, "d c"}});
     EXPECT_EQ(table().contentOffset().y, 0);
-    platform.advance(60);
-    EXPECT_EQ(server->paths.size(), 2u);
 }
 
-TEST_F(ArticleListControllerTest, AnAppearanceReloadsAListOlderThanThreeMinutes) {
+TEST_F(ArticleListControllerTest, AnAppearanceReloadsAListOlderThanThreeMinutesUnlessItPresents) {
     showArticles({article(1)});
-    const double loaded = list->lastLoadDate()->secondsSince1970;
-    const double passed = NSDate::now().secondsSince1970 - loaded;
+    const auto loaded = *list->lastLoadDate();
+    const double passed = NSDate::now().secondsSince1970 - loaded.secondsSince1970;
     const auto former = list->refreshControl();
     appearAfter(180 - passed);
     EXPECT_EQ(server->paths, Lines{}) << "180 seconds are not more than 180";
@@ -63,165 +87,148 @@ TEST_F(ArticleListControllerTest, AnAppearanceReloadsAListOlderThanThreeMinutes)
     EXPECT_TRUE(list->refreshControl()->isRefreshing());
     appearAfter(100);
     EXPECT_EQ(server->paths.size(), 2u) << "the age counts from the request on, answered or not";
+
+    const auto other = make<UIViewController>();
+    list->presentViewController(other, false);
+    platform.advance(200);
+    const auto before = list->lastLoadDate();
+    for (const bool animated : {true, false}) list->reloadInformationFromServer(animated);
+    EXPECT_EQ(server->paths.size(), 2u);
+    EXPECT_EQ(list->lastLoadDate(), before);
+    other->dismissViewControllerAnimated(false);
+    platform.advance(1);
+    EXPECT_GT(server->paths.size(), 2u) << "it is loaded when it appears again";
 }
 
 TEST_F(ArticleListControllerTest, PagesFollowOneAnother) {
-    showArticles({article(9, "i")}, "/article/articles_json.html?before=9&x=%20");
-    EXPECT_EQ(rows(), (Lines{"i", "more"}));
-    tapRow(1);
-    EXPECT_EQ(server->paths, Lines{"/article/articles_json.html?before=9&x=%20"})
-        << "the path goes back unchanged";
-    EXPECT_EQ(rows(), (Lines{"i", "busy"}));
-    tapRow(1);
-    EXPECT_EQ(server->paths.size(), 2u) << "a second tap sends another request";
-    server->calls.pop_back();
-    server->answer(ScriptedServer::page({article(8, "h"), article(7, "g")}, "/more"));
-    EXPECT_EQ(rows(), (Lines{"i", "h", "g", "more"}));
+    const char* const next = "/article/articles_json.html?before=9&x=%20";
+    showArticles({article(9, "i")}, next);
     const auto loaded = list->lastLoadDate();
-    tapRow(3);
-    server->answer(ScriptedServer::page({}));
-    EXPECT_EQ(rows(), (Lines{"i", "h", "g"})) << "the last page takes the row away";
+    live({
+        {"the path goes back unchanged", taps(1), "i busy", {next}},
+        {"a second tap sends another request", taps(1), "i busy", {next}},
+        {"a page that fails leaves its row busy",
+         answers({}, "down"),
+         "i busy",
+         {},
+         {"request articles error:down"}},
+        {"the other one comes", answersPage({article(8, "h"), article(7, "g")}, "/more"), "i h g more"},
+        {"the next page", taps(3), "i h g busy", {"/more"}},
+        {"the last page takes the row away", answersPage({}), "i h g"},
+        {"there is no further page", [&] { list->loadMoreInformationFromServer(nullptr); }, "i h g"},
+    });
     EXPECT_EQ(list->lastLoadDate(), loaded) << "only first pages count as a load";
-    server->paths.clear();
-    list->loadMoreInformationFromServer(nullptr);
-    EXPECT_EQ(server->paths, Lines{});
-
-    list->reloadInformationFromServer(false);
-    server->answer(ScriptedServer::page({article(9, "i")}));
-    EXPECT_EQ(rows(), Lines{"i"}) << "a first page replaces all pages";
+    live({
+        {"a reload", reloads(false), "i h g", {allArticles}},
+        {"a first page replaces all pages", answersPage({article(9, "i")}, "/more"), "i more"},
+        {"the next page", taps(1), "i busy", {"/more"}},
+        {"that fails", answers("<html>"), "i busy", {}, {"request articles error:unreadable"}},
+        {"a reload", reloads(false), "i busy", {allArticles}},
+        {"gives the row its idle look", answersPage({article(9, "i")}, "/more"), "i more"},
+    });
+    EXPECT_GT(list->lastLoadDate()->timeIntervalSinceDate(*loaded), 0);
 }
 
-TEST_F(ArticleListControllerTest, FailedRequestsAreLoggedAndKeepWhatThereWas) {
-    const struct {
-        std::optional<std::string> answer, error;
-        const char* line;
-    } failures[] = {
-        {std::nullopt, "down", "request articles error:down"},
-        {ScriptedServer::page({article(5)}), "HTTP 500", "request articles error:HTTP 500"},
-        {R"({"success":false,"error":"no %@ here","results":[{"id":5}]})", std::nullopt,
-         "request articles error:no %@ here"},
-        {"<html>", std::nullopt, "request articles error:unreadable"},
-        {std::nullopt, std::nullopt, "request articles error:unreadable"},
-    };
+TEST_F(ArticleListControllerTest, AFailedReloadIsLoggedAndKeepsWhatThereWas) {
+    const std::string refusal = R"({"success":false,"error":"no %@ here","results":[{"id":5}]})";
+    const std::string page = ScriptedServer::page({article(5)});
     showArticles({article(1, "a")}, "/more");
     Lines told;
-    list->loadFailed = [&](const std::string& reason) { told.push_back("request articles error:" + reason); };
-    for (const auto& [answer, error, line] : failures) {
-        list->reloadInformationFromServer(true);
-        platform.advance(0.2);
-        ASSERT_EQ(server->calls.size(), 2u);
-        server->answer(answer, error);
-        server->answer(answer, error);
-        EXPECT_EQ(logged(), (Lines{line, line}));
-        EXPECT_EQ(std::exchange(told, {}), (Lines{line, line})) << "a host is told as well";
-        EXPECT_TRUE(list->refreshControl()->isRefreshing()) << "the control goes on turning";
-        EXPECT_EQ(list->moreArticlesURLString(), "/more");
-        EXPECT_EQ(ids(), Lines{"1"});
-
-        answerReload({article(1, "a")}, "/more");
-        list->reloadInformationFromServer(false);
-        server->answer(ScriptedServer::page({article(1, "a")}, "/more"));
-        EXPECT_EQ(rows(), (Lines{"a", "more"}));
-        tapRow(1);
-        server->answer(answer, error);
-        EXPECT_EQ(logged(), Lines{line});
-        EXPECT_EQ(std::exchange(told, {}), Lines{line});
-        EXPECT_EQ(rows(), (Lines{"a", "busy"}));
-        list->reloadInformationFromServer(false);
-        server->answer(ScriptedServer::page({article(1, "a")}, "/more"));
-        EXPECT_EQ(rows(), (Lines{"a", "more"})) << "until the list is loaded again";
-    }
+    list->loadFailed = [&](const std::string& reason) { told.push_back(reason); };
+    live({{"a reload asks twice", reloads(true), "a more", {allArticles, allArticles}},
+          {"no connection", answers(page, "HTTP 500"), "a more", {}, {"request articles error:HTTP 500"}},
+          {"a refusal", answers(refusal), "a more", {}, {"request articles error:no %@ here"}}});
+    EXPECT_TRUE(list->refreshControl()->isRefreshing()) << "the control goes on turning";
+    EXPECT_EQ(told, (Lines{"HTTP 500", "no %@ here"})) << "a host is told as well";
 }
 
-TEST_F(ArticleListControllerTest, NewArticlesAreInsertedFirstInOwnerModeOnly) {
+TEST_F(ArticleListControllerTest, TheOwnersListFollowsNewChangedAndRemovedArticles) {
+    const auto isNew = [this](const std::string& object) {
+        return posts(NOTIFICATION_KEY_NEW_ARTICLE, object);
+    };
+    const auto isChanged = [this](const std::string& object) {
+        return posts(NOTIFICATION_KEY_UPDATE, object);
+    };
+    const auto removes = [this](std::int64_t section) {
+        return [=, this] { list->removeArticleFor({section, 0}); };
+    };
+    const auto commits = [this](UITableViewCellEditingStyle style) {
+        return [=, this] { list->tableViewCommitEditingStyle(table(), style, {0, 0}); };
+    };
     showArticles({article(1, "a")});
-    post(NOTIFICATION_KEY_NEW_ARTICLE, json(article(2)));
-    EXPECT_EQ(ids(), Lines{"1"}) << "the list of everybody does not observe";
+    live({{"the list of everybody does not observe", isNew(article(2)), "a"}});
 
-    list->setIsMySelfOnly(true);
+    showArticles({article(3, "c"), article(1, "a"), R"({"title":"a","id":1})"}, "/more", Mode::owner);
     for (const char* other : {"null", "7", "\"id\"", "[{\"id\":5}]"})
-        post(NOTIFICATION_KEY_NEW_ARTICLE, json(other));
-    post(NOTIFICATION_KEY_NEW_ARTICLE);
-    EXPECT_EQ(ids(), Lines{"1"}) << "only dictionaries are records";
-    post(NOTIFICATION_KEY_NEW_ARTICLE, json(article(2, "b")));
-    post(NOTIFICATION_KEY_NEW_ARTICLE, json(R"({"title":"no id"})"));
-    EXPECT_EQ(rows(), (Lines{"no id", "b", "a"}));
-
+        live({{"only a dictionary is a record", isNew(other), "c a a more"}});
+    for (const char* other :
+         {R"({"id":4,"title":"x"})", R"({"title":"x"})", R"([{"id":3,"title":"x"}])", "3"})
+        live({{"no article of the list", isChanged(other), "c a a more"}});
+    live({
+        {"a change", isChanged(R"({"id":"3","title":"C"})"), "C a a more"},
+        {"a new one is first", isNew(article(2, "b")), "b C a a more"},
+        {"without an id too", isNew(R"({"title":"none"})"), "none b C a a more"},
+        {"equal records go together", removes(3), "none b C more", {"/article/remove?id=1"}},
+        {"the answer is logged",
+         answers("<p>gone</p>"),
+         "none b C more",
+         {},
+         {"Remove Article Result:<p>gone</p>"}},
+        {"another", removes(1), "none C more", {"/article/remove?id=2"}},
+        {"a failure brings nothing back",
+         answers({}, "down"),
+         "none C more",
+         {},
+         {"Remove Article Result:(null)"}},
+        {"the load-more row is no article", removes(2), "none C more"},
+        {"nor is what is above", removes(-1), "none C more"},
+        {"or below", removes(99), "none C more"},
+        {"no deletion", commits(UITableViewCellEditingStyle::none), "none C more"},
+        {"a deletion",
+         commits(UITableViewCellEditingStyle::deleteStyle),
+         "C more",
+         {"/article/remove?id=(null)"}},
+        {"a twin", isNew(R"({"id":3,"title":"twin"})"), "twin C more"},
+    });
+    post(NOTIFICATION_KEY_UPDATE, json(R"({"id":3,"title":"T"})"));
+    EXPECT_EQ(recordText(list->articlesArray()[0], "title") + recordText(list->articlesArray()[1], "title"),
+              "TC")
+        << "the first match alone";
     list->setIsMySelfOnly(false);
     post(NOTIFICATION_KEY_NEW_ARTICLE, json(article(3)));
-    EXPECT_EQ(list->articlesArray().size(), 3u);
+    EXPECT_EQ(list->articlesArray().size(), 2u);
 }
 
-TEST_F(ArticleListControllerTest, UpdatesReplaceTheArticleInItsPlace) {
-    showArticles({article(3, "c"), article(2, "b"), article(2, "twin"), R"({"title":"no id"})"}, {},
-                 Mode::owner);
-    for (const char* other :
-         {R"({"id":4,"title":"x"})", R"({"title":"x"})", R"([{"id":3,"title":"x"}])", "3"}) {
-        post(NOTIFICATION_KEY_UPDATE, json(other));
-        EXPECT_EQ(rows(), (Lines{"c", "b", "twin", "no id"})) << other;
-    }
-    post(NOTIFICATION_KEY_UPDATE, json(R"({"id":"3","title":"C"})"));
-    EXPECT_EQ(rows(), (Lines{"C", "b", "twin", "no id"}));
-    post(NOTIFICATION_KEY_UPDATE, json(R"({"id":2,"title":"B"})"));
-    EXPECT_EQ(list->articlesArray()[1]["title"].string(), "B");
-    EXPECT_EQ(list->articlesArray()[2]["title"].string(), "twin") << "the first match alone";
-}
-
-TEST_F(ArticleListControllerTest, RemovingTakesTheRowAwayAtOnce) {
-    showArticles({article(3, "c"), article(2, "b"), R"({"title":"b","id":2})", article(1, "a")}, "/more",
-                 Mode::owner);
-    list->removeArticleFor({1, 0});
-    EXPECT_EQ(server->paths, Lines{"/article/remove?id=2"});
-    EXPECT_EQ(rows(), (Lines{"c", "a", "more"})) << "equal records go together";
-    server->answer("<html>gone</html>");
-    EXPECT_EQ(logged(), Lines{"Remove Article Result:<html>gone</html>"});
-    list->removeArticleFor({0, 0});
-    server->answer(std::nullopt, "down");
-    EXPECT_EQ(logged(), Lines{"Remove Article Result:(null)"});
-    EXPECT_EQ(rows(), (Lines{"a", "more"})) << "a failure brings nothing back";
-    for (const NSIndexPath path : {NSIndexPath{1, 0}, {-1, 0}, {99, 0}}) list->removeArticleFor(path);
-    EXPECT_EQ(server->calls.size(), 0u) << "the load-more row is no article";
-    list->tableViewCommitEditingStyle(table(), UITableViewCellEditingStyle::none, {0, 0});
-    EXPECT_EQ(ids(), Lines{"1"});
-    list->tableViewCommitEditingStyle(table(), UITableViewCellEditingStyle::deleteStyle, {0, 0});
-    EXPECT_EQ(rows(), Lines{"more"});
-}
-
-TEST_F(ArticleListControllerTest, OnlyTheOwnersRowsAreEdited) {
-    showArticles({article(2, "b"), article(1, "a")}, "/more");
-    EXPECT_FALSE(list->tableViewCanEditRowAtIndexPath(table(), {0, 0}));
-    EXPECT_EQ(table().cellForRowAtIndexPath({2, 0})->reuseIdentifier(), "load_more_cell_identifier");
-
-    showArticles({article(2, "b"), article(1, "a")}, {}, Mode::owner);
-    EXPECT_TRUE(list->tableViewCanEditRowAtIndexPath(table(), {0, 0}));
-    EXPECT_EQ(table().cellForRowAtIndexPath({0, 0})->accessoryType(),
-              UITableViewCellAccessoryType::detailDisclosureButton);
-    const auto actions = list->tableViewEditActionsForRowAtIndexPath(table(), {0, 0});
-    ASSERT_EQ(actions.size(), 2u);
-    EXPECT_EQ(actions[0].title + actions[1].title, "EditDelete");
-    EXPECT_EQ(actions[0].style, UITableViewRowAction::Style::normal);
-    EXPECT_EQ(actions[1].style, UITableViewRowAction::Style::destructive);
-    const CGPoint middle = platform.middleOf(*table().cellForRowAtIndexPath({1, 0}));
-    platform.drag(middle, {20, middle.y});
-    platform.advance(1);
-    EXPECT_TRUE(platform.tapText("Delete"));
-    EXPECT_EQ(server->paths, Lines{"/article/remove?id=1"});
-    EXPECT_EQ(rows(), Lines{"b"});
-}
-
-TEST_F(ArticleListControllerTest, APullRefreshes) {
+TEST_F(ArticleListControllerTest, APullAndTheKeyFRefreshAndTheDesktopHasTheKeyAlone) {
+    const auto types = [this](const char* text) {
+        return [=, this] { platform.key(UIKeyCode::other, modifierNone, text); };
+    };
     showArticles({article(1, "a")});
-    platform.drag({180, 200}, {180, 500}, 0.3, true);
-    EXPECT_EQ(server->paths, Lines{allArticles});
+    live({{"a pull", [&] { platform.drag({180, 200}, {180, 500}, 0.3, true); }, "a", {allArticles}}});
     EXPECT_TRUE(list->refreshControl()->isRefreshing());
-    server->answer(ScriptedServer::page({article(2, "b")}));
-    EXPECT_EQ(rows(), Lines{"b"});
+    live({{"its answer", answersPage({article(2, "b")}), "b"}});
     EXPECT_FALSE(list->refreshControl()->isRefreshing());
     EXPECT_EQ(table().contentOffset().y, 0);
-    EXPECT_EQ(server->paths.size(), 1u);
+    for (const char* other : {"g", "", "ff", "é"}) live({{other, types(other), "b"}});
+    live({{"f", types("f"), "b", {allArticles}}, {"F", types("F"), "b", {allArticles}}});
+    types("f")();
+    platform.advance(0.09);
+    EXPECT_EQ(server->paths, Lines{}) << "not before a tenth of a second";
+
+    useIdiom(UIUserInterfaceIdiom::mac);
+    platform.advance(1);
+    server->calls.clear();
+    server->paths.clear();
+    showList();
+    live({{"without a control nothing asks again", [] {}, "", {allArticles}}});
+    EXPECT_EQ(list->refreshControl(), nullptr);
+    list->setTintColor(UIColor::black());
+    list->setRefreshTitle("x");
+    live({{"its answer", answersPage({article(1, "a")}), "a"}, {"f", types("f"), "a", {allArticles}}});
+    EXPECT_EQ(table().contentOffset().y, 0);
 }
 
-TEST_F(ArticleListControllerTest, RowsOfALongListAreReusedForTheirOwnSection) {
+TEST_F(ArticleListControllerTest, ALongListReusesItsRowsAndIsWhereItWasAfterAnArticleAndAReload) {
     std::vector<std::string> records;
     for (int id = 0; id < 500; ++id) records.push_back(article(id, "title " + std::to_string(id)));
     showArticles(records);
@@ -238,68 +245,36 @@ TEST_F(ArticleListControllerTest, RowsOfALongListAreReusedForTheirOwnSection) {
     }
     EXPECT_LT(table().liveCellCount(), 80u);
 
-    tapRow(table().indexPathsForVisibleRows().at(1).section);
-    EXPECT_EQ(table().indexPathForSelectedRow(), std::nullopt);
-    const CGPoint offset = table().contentOffset();
+    CGPoint offset = table().contentOffset();
     appearAfter(181);
     EXPECT_LT(table().contentOffset().y, offset.y);
     answerReload(records);
     EXPECT_EQ(table().contentOffset(), offset) << "a reload comes back to where it began";
-}
 
-TEST_F(ArticleListControllerTest, TheKeyFRefreshes) {
-    showArticles({article(1)});
-    for (const char* characters : {"f", "F"}) {
-        EXPECT_TRUE(platform.key(UIKeyCode::other, modifierNone, characters));
-        EXPECT_EQ(server->paths, Lines{}) << "not before a tenth of a second";
-        platform.advance(0.11);
-        EXPECT_EQ(server->paths, Lines{allArticles});
-        server->paths.clear();
-    }
-    for (const char* other : {"g", "", "ff", "é"}) platform.key(UIKeyCode::other, modifierNone, other);
+    table().setContentOffset({0, 1500});
+    platform.settle();
+    offset = table().contentOffset();
+    const NSIndexPath path = table().indexPathsForVisibleRows().at(2);
+    const Dictionary opened = list->articlesArray()[static_cast<std::size_t>(path.section)];
+    const CGRect place = table().rectForRowAtIndexPath(path);
+    tapRow(path.section);
     platform.advance(1);
-    EXPECT_EQ(server->paths, Lines{});
-}
-
-TEST_F(ArticleListControllerTest, TheDesktopHasNoRefreshControl) {
-    useIdiom(UIUserInterfaceIdiom::mac);
-    showList();
+    EXPECT_EQ(table().indexPathForSelectedRow(), std::nullopt);
+    const auto detail = std::dynamic_pointer_cast<UIArticleViewController>(navigation->topViewController());
+    ASSERT_NE(detail, nullptr);
+    EXPECT_EQ(detail->articleDictionary(), opened);
+    EXPECT_EQ(server->paths, Lines{"/article/article_" + recordId(opened).value() + "_json.html"});
+    server->answer(R"({"title":"whole"})");
+    platform.window().setSize({667, 375});
     platform.advance(1);
-    EXPECT_EQ(server->paths, Lines{allArticles}) << "without a control nothing asks again";
-    EXPECT_EQ(list->refreshControl(), nullptr);
-    list->setTintColor(UIColor::black());
-    list->setRefreshTitle("x");
-    server->answer(ScriptedServer::page({article(1, "a")}));
-    EXPECT_EQ(rows(), Lines{"a"});
-    EXPECT_EQ(table().contentOffset().y, 0);
-}
-
-TEST_F(ArticleListControllerTest, TheRefreshControlTakesColourAndTitle) {
-    list = make<UIArticleListTableViewController>();
-    list->setTintColor(UIColor::rgb(0x123456));
-    list->setRefreshTitle("Wait");
-    show(make<UINavigationController>(list));
-    EXPECT_EQ(list->refreshControl()->tintColor(), UIColor::rgb(0x123456));
-    EXPECT_EQ(list->refreshControl()->attributedTitle(), "Wait");
-    list->setTintColor(UIColor::black());
-    list->setRefreshTitle("");
-    EXPECT_EQ(list->refreshControl()->tintColor(), UIColor::black());
-    EXPECT_EQ(list->refreshControl()->attributedTitle(), "");
-}
-
-TEST_F(ArticleListControllerTest, AScreenThatPresentsAnotherDoesNotReload) {
-    showArticles({article(1)});
-    const auto loaded = list->lastLoadDate();
-    const auto other = make<UIViewController>();
-    list->presentViewController(other, false);
-    platform.advance(200);
-    list->reloadInformationFromServer(true);
-    list->reloadInformationFromServer(false);
-    EXPECT_EQ(server->paths, Lines{});
-    EXPECT_EQ(list->lastLoadDate(), loaded);
-    other->dismissViewControllerAnimated(false);
+    EXPECT_TRUE(platform.sees("whole"));
+    platform.window().setSize({375, 667});
+    EXPECT_TRUE(platform.key(UIKeyCode::escape));
     platform.advance(1);
-    EXPECT_EQ(server->paths.front(), allArticles) << "but when it appears again";
+    EXPECT_EQ(navigation->topViewController(), list);
+    EXPECT_EQ(table().contentOffset(), offset);
+    EXPECT_EQ(table().rectForRowAtIndexPath(path), place);
+    EXPECT_EQ(server->paths.size(), 1u) << "the list is not loaded again so soon";
 }
 
 TEST_F(ArticleListControllerTest, AScreenThatIsGoneTouchesNothing) {
@@ -317,56 +292,40 @@ TEST_F(ArticleListControllerTest, AScreenThatIsGoneTouchesNothing) {
     navigation.reset();
     list.reset();
     platform.advance(1);
-    EXPECT_TRUE(screen.expired());
-    EXPECT_TRUE(view.expired());
-    EXPECT_TRUE(row.expired());
+    EXPECT_TRUE(screen.expired() && view.expired() && row.expired());
     EXPECT_EQ(NSNotificationCenter::defaultCenter().observerCount(), observers);
     while (!server->calls.empty()) server->answer(ScriptedServer::page({article(3)}));
     server->login(true, std::make_shared<OstrelServerUserObject>(), "");
     for (const auto& [user, handlers] : server->faceHandlers) {
         for (const auto& handler : handlers) handler(Data::copy("x"));
     }
+    server->paths.clear();
     platform.advance(1);
-}
-
-TEST_F(ArticleListControllerTest, ATapOpensTheArticleAndTheListIsWhereItWasOnReturn) {
-    std::vector<std::string> records;
-    for (int id = 1; id <= 60; ++id) records.push_back(article(id, "title " + std::to_string(id)));
-    showArticles(records);
-    table().setContentOffset({0, 1500});
-    platform.settle();
-    const CGFloat offset = table().contentOffset().y;
-    const NSIndexPath path = table().indexPathsForVisibleRows().at(2);
-    const Dictionary opened = list->articlesArray()[static_cast<std::size_t>(path.section)];
-    const CGRect place = table().rectForRowAtIndexPath(path);
-    tap(table().cellForRowAtIndexPath(path));
-    platform.advance(1);
-    const auto detail = std::dynamic_pointer_cast<UIArticleViewController>(navigation->topViewController());
-    ASSERT_NE(detail, nullptr);
-    EXPECT_EQ(detail->articleDictionary(), opened);
-    EXPECT_EQ(server->paths, Lines{"/article/article_" + recordId(opened).value() + "_json.html"});
-    server->answer(R"({"title":"whole"})");
-    platform.window().setSize({667, 375});
-    platform.advance(1);
-    EXPECT_TRUE(platform.sees("whole"));
-    platform.window().setSize({375, 667});
-    EXPECT_TRUE(platform.key(UIKeyCode::escape));
-    platform.advance(1);
-    EXPECT_EQ(navigation->topViewController(), list);
-    EXPECT_EQ(table().contentOffset().y, offset);
-    EXPECT_EQ(table().rectForRowAtIndexPath(path), place);
-    EXPECT_EQ(server->paths.size(), 1u) << "the list is not loaded again so soon";
+    EXPECT_EQ(server->paths, Lines{});
 }
 
 TEST_F(ArticleListControllerTest, HostileRecordsAreListed) {
-    showArticles(hostileRecords(), "/more", Mode::owner);
-    EXPECT_EQ(rows().size(), hostileRecords().size() + 1);
-    for (const auto& hostile : hostileRecords()) {
-        post(NOTIFICATION_KEY_NEW_ARTICLE, json(hostile));
-        post(NOTIFICATION_KEY_UPDATE, json(hostile));
+    const auto records = hostileRecords();
+    showArticles(records, "/more", Mode::owner);
+    ASSERT_EQ(table().numberOfSections(), static_cast<std::int64_t>(records.size()) + 1);
+    for (std::int64_t section = 0; section < static_cast<std::int64_t>(records.size()); ++section) {
+        table().scrollToRowAtIndexPath({section, 0}, false);
+        platform.settle();
+        const std::string& record = records[static_cast<std::size_t>(section)];
+        const auto row = std::dynamic_pointer_cast<UIArticleListTableViewCell>(
+            table().cellForRowAtIndexPath({section, 0}));
+        ASSERT_NE(row, nullptr) << record;
+        const CGFloat height = row->detailTextLabel()->frame().height();
+        EXPECT_TRUE(height >= 24 && height <= 120) << record;
+        EXPECT_EQ(row->frame().height(), roundedHeight(height + 67)) << record;
+        row->likeButtonAction();
+        server->answer(record);
+        post(NOTIFICATION_KEY_UPDATE, json(record));
     }
+    for (const std::string& record : records) post(NOTIFICATION_KEY_NEW_ARTICLE, json(record));
+    EXPECT_EQ(list->articlesArray().size(), 2 * records.size());
     while (!list->articlesArray().empty()) list->removeArticleFor({0, 0});
-    EXPECT_EQ(rows(), Lines{"more"});
+    EXPECT_EQ(rows(), "more");
     while (!server->calls.empty()) server->answer("[");
 
     for (const char* answer :
@@ -375,10 +334,10 @@ TEST_F(ArticleListControllerTest, HostileRecordsAreListed) {
         server->answer(answer);
         platform.advance(1);
     }
-    EXPECT_EQ(rows(), Lines{""}) << "the one article of the last answer";
+    EXPECT_EQ(rows(), "") << "the one article of the last answer";
 }
 
-TEST_F(ArticleListControllerTest, TheOwnersListOpensTheEditorForNewAndExistingArticles) {
+TEST_F(ArticleListControllerTest, TheOwnerWritesEditsAndRemovesArticles) {
     const auto opened = [this] {
         platform.advance(1);
         const auto editor =
@@ -389,20 +348,39 @@ TEST_F(ArticleListControllerTest, TheOwnersListOpensTheEditorForNewAndExistingAr
         platform.advance(1);
         return id;
     };
-    showArticles({article(4, "four"), article(5, "five")}, {}, Mode::owner);
+    showArticles({article(1)}, "/more");
+    EXPECT_FALSE(list->tableViewCanEditRowAtIndexPath(table(), {0, 0}));
+    EXPECT_EQ(table().cellForRowAtIndexPath({1, 0})->reuseIdentifier(), "load_more_cell_identifier");
+
+    showArticles({article(4, "d"), article(5, "e")}, {}, Mode::owner);
+    EXPECT_TRUE(list->tableViewCanEditRowAtIndexPath(table(), {0, 0}));
+    const auto actions = list->tableViewEditActionsForRowAtIndexPath(table(), {1, 0});
+    ASSERT_EQ(actions.size(), 2u);
+    EXPECT_EQ(actions[0].title + actions[1].title, "EditDelete");
+    EXPECT_EQ(actions[0].style, UITableViewRowAction::Style::normal);
+    EXPECT_EQ(actions[1].style, UITableViewRowAction::Style::destructive);
     list->navigationItem().rightBarButtonItem()->press();
     EXPECT_EQ(opened(), "new");
-    list->tableViewEditActionsForRowAtIndexPath(table(), {1, 0}).front().handler({1, 0});
+    actions[0].handler({1, 0});
     EXPECT_EQ(opened(), "5");
     tap(table().cellForRowAtIndexPath({0, 0})->accessoryButton());
     EXPECT_EQ(opened(), "4");
     list->editArticleFor({9, 0});
     EXPECT_EQ(opened(), "no editor");
-    server->user = nullptr;
+
+    const CGPoint middle = platform.middleOf(*table().cellForRowAtIndexPath({1, 0}));
+    platform.drag(middle, {20, middle.y});
+    platform.advance(1);
+    server->paths.clear();
     logged();
-    list->write_article();
+    live({{"a swipe and a tap", [&] { platform.tapText("Delete"); }, "d", {"/article/remove?id=5"}}});
+    server->user = nullptr;
+    const Lines refused{"NOT login can NOT new article."};
+    live({{"nobody can write", [&] { list->write_article(); }, "d", {}, refused}});
     EXPECT_EQ(opened(), "no editor");
-    EXPECT_EQ(logged().front(), "NOT login can NOT new article.");
+    list->reloadInformationFromServer(false);
+    EXPECT_FALSE(list->navigationItem().rightBarButtonItem()->isEnabled())
+        << "a reload makes the button anew";
 }
 
 }  // namespace

@@ -38,36 +38,25 @@ TEST_F(ArticleListPromptTest, ItAsksForALoginOverAnEmptyList) {
     EXPECT_EQ(headline->frame(), CGRect(0, size.height * 0.31, size.width, 36));
     EXPECT_EQ(detail->frame(), CGRect(10, size.height * 0.37, size.width - 20, 28));
     EXPECT_EQ(button->currentTitle(), "Write an Article");
-    EXPECT_EQ(button->titleLabel()->font(), UIFont::fontWithName("PingFangSC-Medium", 25));
-    EXPECT_EQ(button->cornerRadius(), 50);
     EXPECT_TRUE(button->clipsToBounds() && button->isEnabled());
-    const struct {
-        UIControlState state;
-        UIColor background, title;
-    } looks[] = {{UIControlState::normal, {0.4f, 0.79f, 0.98f, 1}, UIColor::white()},
-                 {UIControlState::selected, {0.33f, 0.58f, 0.71f, 1}, {0.72f, 0.72f, 0.72f, 1}}};
-    for (const auto& [state, background, title] : looks) {
-        EXPECT_EQ(button->backgroundColorForState(state), background);
-        EXPECT_EQ(button->titleColorForState(state), title);
-    }
-    EXPECT_EQ(headline->font(), UIFont::fontWithName("PingFangSC-Medium", 30));
-    EXPECT_EQ(headline->textColor(), UIColor::black());
-    EXPECT_EQ(headline->textAlignment(), NSTextAlignment::center);
-    EXPECT_EQ(detail->font(), UIFont::fontWithName("PingFangSC-Regular", 24));
+    EXPECT_EQ(button->cornerRadius(), 50);
+    const auto fontOf = [](CGFloat points, const char* face) { return UIFont::fontWithName(face, points); };
+    EXPECT_EQ(button->titleLabel()->font(), fontOf(25, "PingFangSC-Medium"));
+    EXPECT_EQ(headline->font(), fontOf(30, "PingFangSC-Medium"));
+    EXPECT_EQ(detail->font(), fontOf(24, "PingFangSC-Regular"));
+    EXPECT_EQ(button->backgroundColorForState(UIControlState::normal), (UIColor{0.4f, 0.79f, 0.98f, 1}));
+    EXPECT_EQ(button->backgroundColorForState(UIControlState::selected), (UIColor{0.33f, 0.58f, 0.71f, 1}));
     EXPECT_EQ(detail->textColor(), (UIColor{0.4f, 0.4f, 0.58f, 1}));
-    EXPECT_EQ(detail->textAlignment(), NSTextAlignment::center);
 
     platform.window().setSize({800, 400});
     platform.advance(1);
     EXPECT_EQ(headline->frame().width(), list->view()->frame().width()) << "it follows the window";
     appearAfter(1);
     EXPECT_EQ(prompt().button, button) << "the prompt is made once";
-}
 
-TEST_F(ArticleListPromptTest, WithoutTheBundleItsTextsAreEmpty) {
     useBundles("/nowhere");
     showList(Mode::owner);
-    EXPECT_EQ(prompt().button->currentTitle(), "");
+    EXPECT_EQ(prompt().button->currentTitle(), "") << "without a bundle there are no texts";
     for (const auto& action : list->tableViewEditActionsForRowAtIndexPath(table(), {0, 0}))
         EXPECT_EQ(action.title, "");
 }
@@ -103,47 +92,33 @@ TEST_F(ArticleListPromptTest, SigningInThroughItLoadsTheList) {
     EXPECT_EQ(prompt().button->alpha() + prompt().headline->alpha() + prompt().detail->alpha(), 0);
     EXPECT_TRUE(addButton()->isEnabled());
     answerReload({article(1, "mine")});
-    EXPECT_EQ(rows(), Lines{"mine"});
+    EXPECT_EQ(rows(), "mine");
 }
 
 TEST_F(ArticleListPromptTest, TheUserWhoChangesDecidesWhatIsShown) {
+    const auto changesTo = [this](bool isSignedIn) {
+        return [=, this] {
+            server->user = nullptr;
+            if (isSignedIn) server->signIn();
+            post(Current_User_Changed_Notification_Name);
+        };
+    };
     showArticles({article(2, "b")}, "/more", Mode::owner);
-    post(Current_User_Changed_Notification_Name, json("[]"));
-    EXPECT_EQ(server->paths, Lines{}) << "a list of less than three minutes stays";
-    EXPECT_EQ(rows(), Lines{"b"}) << "the next page is forgotten";
-
-    server->user = nullptr;
-    post(Current_User_Changed_Notification_Name);
-    EXPECT_EQ(rows(), Lines{});
+    live({{"a list of less than three minutes loses its next page alone", changesTo(true), "b"},
+          {"nobody is signed in", changesTo(false), ""}});
     EXPECT_EQ(prompt().button->alpha(), 1);
     EXPECT_FALSE(addButton()->isEnabled());
     EXPECT_FALSE(table().isScrollEnabled());
     EXPECT_EQ(list->refreshControl(), nullptr);
-    post(NOTIFICATION_KEY_NEW_ARTICLE, json(article(5, "new")));
-    EXPECT_EQ(rows(), Lines{"new"}) << "inserted under the prompt all the same";
-
-    server->signIn();
+    const auto adds = [] { post(NOTIFICATION_KEY_NEW_ARTICLE, json(article(5, "new"))); };
+    live({{"inserted under the prompt all the same", adds, "new"}});
     platform.advance(200);
-    post(Current_User_Changed_Notification_Name);
-    EXPECT_EQ(server->paths, Lines{ownArticles});
+    live({{"an old list is loaded", changesTo(true), "new", {ownArticles, ownArticles}}});
     EXPECT_FALSE(prompt().button->isEnabled());
     EXPECT_TRUE(addButton()->isEnabled());
     answerReload({article(2, "b")}, "/more");
-    EXPECT_EQ(rows(), (Lines{"b", "more"}));
-
-    server->user = nullptr;
-    post(Current_User_Changed_Notification_Name);
+    live({{"the answer", [] {}, "b more"}, {"nobody is signed in", changesTo(false), ""}});
     EXPECT_TRUE(prompt().button->isEnabled()) << "whoever signed out can sign in again";
-}
-
-TEST_F(ArticleListPromptTest, WritingNeedsAUser) {
-    showArticles({article(1)}, {}, Mode::owner);
-    server->user = nullptr;
-    list->write_article();
-    EXPECT_EQ(logged(), Lines{"NOT login can NOT new article."});
-    EXPECT_EQ(navigation->viewControllers().size(), 1u);
-    list->reloadInformationFromServer(false);
-    EXPECT_FALSE(addButton()->isEnabled()) << "a reload makes the button anew";
 }
 
 }  // namespace

@@ -6,6 +6,9 @@
 #include "platform/foundation/runloop/NSNotificationCenter.h"
 #include "tests/article/ArticleTest.h"
 
+#include <functional>
+#include <utility>
+
 namespace ostrel {
 
 inline constexpr char allArticles[] = "/article/articles_json.html";
@@ -26,14 +29,15 @@ protected:
         navigation = make<UINavigationController>(list);
         show(navigation);
     }
-    /// Shows the list and answers both requests of its first appearance with these articles.
+    /// Shows the list and answers both requests of its first appearance with `records`.
     void showArticles(const std::vector<std::string>& records, const std::string& more = {},
                       Mode mode = Mode::everybody) {
         if (mode == Mode::owner) server->signIn();
         showList(mode);
         answerReload(records, more);
     }
-    /// Answers an animated reload: the request at once, and the one that the refresh control's event sends later.
+    /// Answers an animated reload: the request at once, and the one that the refresh control's event sends
+    /// later.
     void answerReload(const std::vector<std::string>& records, const std::string& more = {}) {
         platform.advance(0.2);
         while (!server->calls.empty()) server->answer(ScriptedServer::page(records, more));
@@ -41,7 +45,7 @@ protected:
         server->paths.clear();
         logged();
     }
-    /// Leaves the screen and comes back after `seconds`.
+    /// The user leaves the screen and comes back after `seconds`.
     void appearAfter(double seconds) {
         list->viewWillDisappear(false);
         list->viewDidDisappear(false);
@@ -51,26 +55,37 @@ protected:
         platform.settle();
     }
     UITableView& table() { return *list->tableView(); }
-    std::vector<std::string> ids() const {
-        std::vector<std::string> ids;
-        for (const auto& record : list->articlesArray()) ids.push_back(recordId(record).value_or("none"));
-        return ids;
-    }
-    /// The titles of the rows as the table shows them; "more" and "busy" for the load-more row.
-    std::vector<std::string> rows() {
+    /// The titles of the rows as the table shows them, with a blank between them; "more" or "busy" for the
+    /// load-more row.
+    std::string rows() {
         platform.advance(1);
-        std::vector<std::string> shown;
+        std::string shown;
         for (std::int64_t section = 0; section < table().numberOfSections(); ++section) {
+            if (section > 0) shown += ' ';
             const auto cell = table().cellForRowAtIndexPath({section, 0});
             if (const auto row = std::dynamic_pointer_cast<UIArticleListTableViewCell>(cell)) {
-                shown.push_back(row->detailTextLabel()->text());
+                shown += row->detailTextLabel()->text();
             } else if (const auto more = std::dynamic_pointer_cast<UIArticleLoadMoreTableViewCell>(cell)) {
-                shown.push_back(more->actView()->isAnimating() ? "busy" : "more");
-            } else {
-                shown.push_back("none");
+                shown += more->actView()->isAnimating() ? "busy" : "more";
             }
         }
         return shown;
+    }
+    /// What the user or the server does, and what the list then shows, requests and logs. A second passes
+    /// with each step.
+    struct Step {
+        const char* what;
+        std::function<void()> act;
+        std::string rows;
+        Lines requests, log;
+    };
+    void live(const std::vector<Step>& steps) {
+        for (const auto& [what, act, shown, requests, lines] : steps) {
+            act();
+            EXPECT_EQ(rows(), shown) << what;
+            EXPECT_EQ(std::exchange(server->paths, {}), requests) << what;
+            EXPECT_EQ(logged(), lines) << what;
+        }
     }
     void tapRow(std::int64_t section) { tap(table().cellForRowAtIndexPath({section, 0})); }
     static void post(const char* name, Value object = {}) {
