@@ -26,22 +26,16 @@ void AddMediaCollectionViewCell::setFrame(const CGRect& frame) {
 
 void AddImageCollectionViewCell::initialise() { makeButton("add_image", articleText("Add image")); }
 
-void AddImageCollectionViewCell::setDelegate(std::shared_ptr<AddImageCollectionViewCellDelegate> delegate) {
-    delegate_ = std::move(delegate);
-}
-
 void AddImageCollectionViewCell::addImageAction() {
-    if (const auto delegate = delegate_) delegate->addImageFromAddImageCollectionViewCell(*this);
+    const auto receiver = delegate();
+    if (receiver) receiver->addImageFromAddImageCollectionViewCell(*this);
 }
 
 void AddVideoCollectionViewCell::initialise() { makeButton("add_video", articleText("Add video")); }
 
-void AddVideoCollectionViewCell::setDelegate(std::shared_ptr<AddVideoCollectionViewCellDelegate> delegate) {
-    delegate_ = std::move(delegate);
-}
-
 void AddVideoCollectionViewCell::addVideoAction() {
-    if (const auto delegate = delegate_) delegate->addVideoFromAddVideoCollectionViewCell(*this);
+    const auto receiver = delegate();
+    if (receiver) receiver->addVideoFromAddVideoCollectionViewCell(*this);
 }
 
 }  // namespace ostrel

@@ -4,35 +4,16 @@
 
 namespace ostrel {
 
-void ImageCollectionViewCell::setDelegate(std::shared_ptr<ImageCollectionViewCellDelegate> delegate) {
-    delegate_ = std::move(delegate);
-}
-
 void ImageCollectionViewCell::setImageObject(std::shared_ptr<NSArticleImageObject> item) {
-    const bool isAnother = item != imageObject_;
-    if (isAnother) endEditing();
-    imageObject_ = std::move(item);
+    const bool isAnother = replaceItem(std::move(item));
     actView()->startAnimating();
-    if (!imageObject_) return;
-    if (const Dictionary& record = imageObject_->imageDictionary()) {
-        showExisting(record, isAnother, Wheel::turnsUntilAnswered);
+    const auto& shown = imageObject();
+    if (!shown) return;
+    if (const Dictionary& record = shown->imageDictionary()) {
+        showExisting(record, isAnother, Spinner::stopsWhenAnswered);
     } else {
-        showNew(imageObject_->image(), imageObject_->text());
+        showNew(shown->image(), shown->text());
     }
-}
-
-void ImageCollectionViewCell::remove() {
-    if (const auto delegate = delegate_) delegate->removeImageCollectionViewCell(*this);
-}
-
-void ImageCollectionViewCell::keepCaption(const std::string& text) {
-    if (!imageObject_) return;
-    imageObject_->setText(text);
-    imageObject_->setTextChanged(true);
-}
-
-void ImageCollectionViewCell::captionDidChange() {
-    if (const auto delegate = delegate_) delegate->textChangedCollectionViewCell(*this);
 }
 
 }  // namespace ostrel

@@ -6,37 +6,20 @@
 namespace ostrel {
 
 class ImageCollectionViewCell;
-
-class ImageCollectionViewCellDelegate {
-public:
-    virtual ~ImageCollectionViewCellDelegate() = default;
-    virtual void removeImageCollectionViewCell(ImageCollectionViewCell&) {}
-    /// The caption changed, or was left.
-    virtual void textChangedCollectionViewCell(ImageCollectionViewCell&) {}
-};
+using ImageCollectionViewCellDelegate = MediaItemTileDelegate<ImageCollectionViewCell>;
 
 /// The tile of an image.
-class ImageCollectionViewCell final : public MediaCollectionViewCell {
+class ImageCollectionViewCell final : public MediaItemTile<ImageCollectionViewCell, NSArticleImageObject> {
 public:
-    using MediaCollectionViewCell::MediaCollectionViewCell;
+    using MediaItemTile::MediaItemTile;
 
-    const std::shared_ptr<NSArticleImageObject>& imageObject() const { return imageObject_; }
+    const std::shared_ptr<NSArticleImageObject>& imageObject() const { return itemObject(); }
     void setImageObject(std::shared_ptr<NSArticleImageObject> item);
-    const std::shared_ptr<ImageCollectionViewCellDelegate>& delegate() const { return delegate_; }
-    /// Held strongly; the strip takes itself out when it closes.
-    void setDelegate(std::shared_ptr<ImageCollectionViewCellDelegate> delegate);
-    void remove() override;
 
 protected:
-    void keepCaption(const std::string& text) override;
-    void captionDidChange() override;
     const char* nameKey() const override { return "Image %ld of %ld"; }
     const char* captionedNameKey() const override { return "Image %ld of %ld, caption %@"; }
     const char* removeNameKey() const override { return "Remove image"; }
-
-private:
-    std::shared_ptr<NSArticleImageObject> imageObject_;
-    std::shared_ptr<ImageCollectionViewCellDelegate> delegate_;
 };
 
 }  // namespace ostrel

@@ -1,5 +1,6 @@
 #include "article/editor/MediaCollectionViewCell.h"
 
+#include "article/editor/MediaLayout.h"
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
 #include "article/server/OstrelRequestManager.h"
@@ -12,14 +13,11 @@ namespace ostrel {
 
 namespace {
 
-enum Style : std::int64_t { list = 0, grid = 1 };
-
 constexpr CGFloat pictureSide = 167;
 constexpr CGFloat pictureRadius = 5;
-constexpr CGSize listPicture{117, 86};
 constexpr CGFloat removeSide = 30;
 constexpr char shakeKey[] = "shake";
-/// UTF-16 units of a caption that are read out as part of the tile's name; the caption's editor has the rest.
+/// UTF-16 units of a caption that are part of the tile's name for screen readers; the caption's editor has the whole text.
 constexpr std::size_t spokenCaptionLength = 200;
 
 }  // namespace
@@ -60,7 +58,7 @@ void MediaCollectionViewCell::initialise() {
                                    CGRect(frame().width() - removeSide, 0, removeSide, removeSide));
     removeButton_->setAutoresizingMask(flexibleLeftMargin | flexibleBottomMargin);
     removeButton_->setBackgroundColor(UIColor::clear());
-    // The picture is as large as the button.
+    // The picture fills the button, as a background picture does.
     removeButton_->setImage(imageInBundle(myBundle_, "close"));
     removeButton_->setAccessibility(AccessibilityRole::button, articleText(removeNameKey()));
     removeButton_->addTarget([this] { remove(); }, UIControlEvent::touchUpInside);
@@ -81,25 +79,17 @@ void MediaCollectionViewCell::setArticleEditStyle(std::int64_t style) {
 }
 
 void MediaCollectionViewCell::layoutForStyle() {
-    if (articleEditStyle_ == list) {
-        img_->setFrame({{0, 0}, listPicture});
-        myTextView_->setFrame(
-            {119, 3, std::max(0.0, frame().width() - 121), std::max(0.0, frame().height() - 6)});
-        myTextPlaceholder_->setFrame(
-            {8, myTextPlaceholder_->frame().minY(), std::max(0.0, myTextView_->frame().width() - 9), 16});
-    } else if (articleEditStyle_ == grid) {
-        // As large as it was, although the tile is smaller and clips it.
-        img_->setFrame({{0, 0}, img_->frame().size});
-        myTextView_->setFrame({});
-        myTextPlaceholder_->setFrame({});
-    } else {
-        return;
-    }
+    const auto layout = mediaTileLayout(articleEditStyle_, frame().size,
+                                        {img_->frame(), myTextView_->frame(), myTextPlaceholder_->frame()});
+    if (!layout) return;
+    img_->setFrame(layout->picture);
+    myTextView_->setFrame(layout->caption);
+    myTextPlaceholder_->setFrame(layout->placeholder);
     actView_->setCenter(img_->center());
 }
 
 void MediaCollectionViewCell::beginShake() {
-    // What is under edit cannot turn with the tile.
+    // A caption under edit is not rotated with its tile, so editing ends first.
     if (myTextView_->isFirstResponder()) myTextView_->resignFirstResponder();
     addAnimationForKey({.keyPath = "transform.rotation",
                         .values = {-0.03, 0.03, -0.03},
@@ -134,13 +124,14 @@ void MediaCollectionViewCell::endEditing() {
     if (myTextView_->isFirstResponder()) myTextView_->resignFirstResponder();
 }
 
-void MediaCollectionViewCell::showExisting(const Dictionary& record, bool isAnother, Wheel wheel) {
-    // The record's caption even when the item holds an edited one: a tile shown anew shows what the server has, on purpose.
+void MediaCollectionViewCell::showExisting(const Dictionary& record, bool isAnother, Spinner spinner) {
+    // Kept on purpose: a tile that is shown again shows the server's caption, even when the item holds an edited one. The
+    // save sends the item's caption.
     showCaption(recordText(record, "text"));
     const auto weak = std::weak_ptr(std::static_pointer_cast<MediaCollectionViewCell>(shared_from_this()));
     const Data cached = OstrelRequestManager::defaultOstrelRequestManager().request(
         recordText(record, "thumbnail"), [weak](const Data& data, bool loaded, const auto&) {
-            // Also when the tile shows another item by now.
+            // Kept on purpose: the thumbnail is shown even when the tile has another item by now.
             const auto tile = weak.lock();
             if (!tile) return;
             if (loaded) tile->showData(data);
@@ -148,7 +139,7 @@ void MediaCollectionViewCell::showExisting(const Dictionary& record, bool isAnot
         });
     if (cached) {
         showData(cached);
-        if (wheel == Wheel::stopsForCachedData) actView_->stopAnimating();
+        if (spinner == Spinner::stopsForCachedData) actView_->stopAnimating();
     } else if (isAnother) {
         setImage(imageInBundle(ostrelArticleBundle_, "loading"));
     }
@@ -165,9 +156,16 @@ void MediaCollectionViewCell::showNew(std::shared_ptr<const UIImage> picture,
 
 void MediaCollectionViewCell::showCaption(const std::string& text) {
     myTextView_->setText(text);
-    // An empty text leaves the placeholder as it was.
+    // Kept on purpose: an empty caption leaves the placeholder shown or hidden as it was.
     if (!text.empty()) myTextPlaceholder_->setAlpha(0);
     updateName();
+}
+
+void MediaCollectionViewCell::keepCaption(const std::string& text) {
+    ArticleMediaItem* const shown = item();
+    if (!shown) return;
+    shown->setText(text);
+    shown->setTextChanged(true);
 }
 
 void MediaCollectionViewCell::textViewDidChange(UITextView& textView) {

@@ -4,91 +4,20 @@
 
 namespace ostrel {
 
-namespace {
-
-constexpr char itemIdentifier[] = "cell", addIdentifier[] = "add";
-
-}  // namespace
-
-void UIArticleEditImagesTableViewCell::initialise() {
-    UIArticleEditMediaTableViewCell::initialise();
-    collectionView()->registerClassForCellWithReuseIdentifier<ImageCollectionViewCell>(itemIdentifier);
-    collectionView()->registerClassForCellWithReuseIdentifier<AddImageCollectionViewCell>(addIdentifier);
-}
-
-CGFloat UIArticleEditImagesTableViewCell::heightFor(const std::optional<ArticleImages>& items,
-                                                    std::int64_t style) {
-    return heightForCount(items ? items->size() : 0, style);
-}
-
-void UIArticleEditImagesTableViewCell::setDelegate(
-    std::shared_ptr<UIArticleEditImagesTableViewCellDelegate> delegate) {
-    delegate_ = std::move(delegate);
+void UIArticleEditImagesTableViewCell::show(const std::shared_ptr<NSArticleImageObject>& item,
+                                            ImageCollectionViewCell& tile) {
+    tile.setImageObject(item);
 }
 
 void UIArticleEditImagesTableViewCell::tellTextAndValueChanged() {
-    if (const auto delegate = delegate_)
-        delegate->textAndValueChangedFromArticleEditImagesTableViewCell(*this);
+    const auto receiver = delegate();
+    if (receiver) receiver->textAndValueChangedFromArticleEditImagesTableViewCell(*this);
 }
 
 void UIArticleEditImagesTableViewCell::tellNumberChanged() {
-    if (const auto delegate = delegate_) delegate->imageNumberChanged(*this);
+    const auto receiver = delegate();
+    if (receiver) receiver->imageNumberChanged(*this);
 }
-
-// Tiles
-
-std::optional<std::size_t> UIArticleEditImagesTableViewCell::itemCount() const {
-    return imagesArray_ ? std::optional(imagesArray_->size()) : std::nullopt;
-}
-
-std::shared_ptr<UICollectionViewCell> UIArticleEditImagesTableViewCell::addImageCellWithIndexPath(
-    NSIndexPath path) {
-    auto tile = std::static_pointer_cast<AddImageCollectionViewCell>(
-        collectionView()->dequeueReusableCellWithReuseIdentifierForIndexPath(addIdentifier, path));
-    tile->setDelegate(weakSelf<UIArticleEditImagesTableViewCell>().lock());
-    return tile;
-}
-
-std::shared_ptr<MediaCollectionViewCell> UIArticleEditImagesTableViewCell::itemTile(NSIndexPath path) {
-    auto tile = std::static_pointer_cast<ImageCollectionViewCell>(
-        collectionView()->dequeueReusableCellWithReuseIdentifierForIndexPath(itemIdentifier, path));
-    tile->setDelegate(weakSelf<UIArticleEditImagesTableViewCell>().lock());
-    return tile;
-}
-
-void UIArticleEditImagesTableViewCell::showItem(MediaCollectionViewCell& tile, std::size_t index) {
-    static_cast<ImageCollectionViewCell&>(tile).setImageObject((*imagesArray_)[index]);
-}
-
-void UIArticleEditImagesTableViewCell::releaseTile(UICollectionViewCell& tile) {
-    if (auto* const item = dynamic_cast<ImageCollectionViewCell*>(&tile)) item->setDelegate(nullptr);
-    if (auto* const add = dynamic_cast<AddImageCollectionViewCell*>(&tile)) add->setDelegate(nullptr);
-}
-
-void UIArticleEditImagesTableViewCell::swapItems(std::size_t one, std::size_t other) {
-    std::swap((*imagesArray_)[one], (*imagesArray_)[other]);
-}
-
-void UIArticleEditImagesTableViewCell::eraseItem(std::size_t index) {
-    imagesArray_->erase(imagesArray_->begin() + static_cast<std::ptrdiff_t>(index));
-}
-
-void UIArticleEditImagesTableViewCell::willRemoveItemOf(MediaCollectionViewCell& tile) {
-    const auto& item = static_cast<ImageCollectionViewCell&>(tile).imageObject();
-    if (!item || !item->imageDictionary()) return;
-    if (!removedImagesDictionaryArray_) removedImagesDictionaryArray_.emplace();
-    removedImagesDictionaryArray_->push_back(item->imageDictionary());
-}
-
-void UIArticleEditImagesTableViewCell::removeImageCollectionViewCell(ImageCollectionViewCell& tile) {
-    removeItemOf(tile);
-}
-
-void UIArticleEditImagesTableViewCell::textChangedCollectionViewCell(ImageCollectionViewCell&) {
-    tellTextAndValueChanged();
-}
-
-// Picking
 
 void UIArticleEditImagesTableViewCell::addImageFromAddImageCollectionViewCell(AddImageCollectionViewCell&) {
     selectImage();
@@ -101,17 +30,14 @@ void UIArticleEditImagesTableViewCell::imagePickerControllerDidFinishPickingMedi
     if (info.mediaType != UTTypeImage) return;
     auto item = std::make_shared<NSArticleImageObject>();
     item->setImage(info.originalImage);
-    picker.dismissViewControllerAnimated(
-        true, [self = weakSelf<UIArticleEditImagesTableViewCell>(), item = std::move(item)] {
-            const auto row = self.lock();
-            if (row) row->collectionView()->performBatchUpdates([&] { row->addImageWith(item); });
-        });
+    picker.dismissViewControllerAnimated(true, [self = weakStrip(), item = std::move(item)] {
+        const auto strip = self.lock();
+        if (strip) strip->collectionView()->performBatchUpdates([&] { strip->addImageWith(item); });
+    });
 }
 
 void UIArticleEditImagesTableViewCell::addImageWith(std::shared_ptr<NSArticleImageObject> item) {
-    if (!imagesArray_) imagesArray_.emplace();
-    imagesArray_->push_back(std::move(item));
-    insertLastTile();
+    append(std::move(item));
     numberDidChange();
 }
 

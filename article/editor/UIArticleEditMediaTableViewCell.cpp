@@ -1,29 +1,15 @@
 #include "article/editor/UIArticleEditMediaTableViewCell.h"
 
 #include "article/editor/MediaCollectionViewCell.h"
+#include "article/editor/MediaLayout.h"
 #include "platform/foundation/runloop/RunLoop.h"
 #include "platform/uikit/view/UIDevice.h"
 #include "platform/uikit/view/UIWindow.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace ostrel {
-
-namespace {
-
-enum Style : std::int64_t { list = 0, grid = 1 };
-
-constexpr float lineSpacing = 10;
-constexpr float listTileHeight = 86;
-constexpr CGFloat tilesInLine = 3;
-constexpr CGFloat largeTileSide = 167;
-
-/// Three tiles fill a line together with the spaces between and around them.
-float gridSide(CGFloat width) { return static_cast<float>(width / tilesInLine - 10.0); }
-
-}  // namespace
 
 UIArticleEditMediaTableViewCell::UIArticleEditMediaTableViewCell(UITableViewCellStyle style,
                                                                  std::string reuseIdentifier)
@@ -33,21 +19,21 @@ void UIArticleEditMediaTableViewCell::initialise() {
     UITableViewCell::initialise();
     setSelectionStyle(UITableViewCellSelectionStyle::none);
     setBackgroundColor(UIColor::clear());
-    // A strip of hundreds of items is no picture to paint as a whole; each of its tiles is.
+    // Each tile is painted as a surface of its own; a strip of hundreds of items would be too large for one.
     setSurface(false);
 
     auto layout = std::make_shared<UICollectionViewFlowLayout>();
     layout->scrollDirection = UICollectionViewScrollDirection::vertical;
     collectionView_ = make<UICollectionView>(CGRect{{0, 0}, frame().size}, std::move(layout));
     collectionView_->setBackgroundColor(UIColor::clear());
-    const auto self = weakSelf<UIArticleEditMediaTableViewCell>();
+    const auto self = weakSelf();
     collectionView_->setDataSource(self);
     collectionView_->setDelegate(self);
     collectionView_->setAutoresizingMask(flexibleWidth | flexibleHeight);
     addSubview(collectionView_);
 
     auto press = std::make_shared<UILongPressGestureRecognizer>([self](UIGestureRecognizer& recognizer) {
-        if (const auto row = self.lock()) row->openDropFunction(recognizer);
+        if (const auto strip = self.lock()) strip->openDropFunction(recognizer);
     });
     press->minimumPressDuration = 0.5;
     collectionView_->addGestureRecognizer(press);
@@ -64,11 +50,7 @@ void UIArticleEditMediaTableViewCell::reopen() { collectionView_->reloadData(); 
 // Layout
 
 CGFloat UIArticleEditMediaTableViewCell::heightForCount(std::size_t count, std::int64_t style) {
-    const auto tiles = static_cast<float>(count) + 1;
-    if (style == list) return (tiles + 1) * lineSpacing + tiles * listTileHeight;
-    if (style != grid) return 0;
-    const auto lines = static_cast<float>(std::ceil((static_cast<double>(count) + 1) / tilesInLine));
-    return lines * gridSide(UIScreen::mainScreen().bounds().width());
+    return mediaStripHeight(count, style, UIScreen::mainScreen().bounds().width());
 }
 
 std::int64_t UIArticleEditMediaTableViewCell::collectionViewNumberOfItemsInSection(UICollectionView&,
@@ -79,15 +61,12 @@ std::int64_t UIArticleEditMediaTableViewCell::collectionViewNumberOfItemsInSecti
 
 CGSize UIArticleEditMediaTableViewCell::collectionViewLayoutSizeForItemAtIndexPath(UICollectionView& view,
                                                                                    NSIndexPath) {
-    const CGFloat width = view.frame().width();
-    if (articleEditStyle_ == grid) return {std::max(0.0f, gridSide(width)), std::max(0.0f, gridSide(width))};
-    if (articleEditStyle_ == list) return {std::max(0.0, width - 27), listTileHeight};
-    return {largeTileSide, largeTileSide};
+    return mediaTileSize(articleEditStyle_, view.frame().width());
 }
 
 CGFloat UIArticleEditMediaTableViewCell::collectionViewLayoutMinimumLineSpacingForSectionAtIndex(
     UICollectionView&, std::int64_t) {
-    return lineSpacing;
+    return mediaLineSpacing;
 }
 
 UIEdgeInsets UIArticleEditMediaTableViewCell::collectionViewLayoutInsetForSectionAtIndex(UICollectionView&,
@@ -124,9 +103,9 @@ void UIArticleEditMediaTableViewCell::remember(const std::shared_ptr<UICollectio
 
 void UIArticleEditMediaTableViewCell::numberDidChange() {
     tellNumberChanged();
-    // When the tiles have their places.
-    RunLoop::main().perform([self = weakSelf<UIArticleEditMediaTableViewCell>()] {
-        if (const auto row = self.lock()) row->updatePlaces();
+    // In the next turn of the run loop, when the collection view has placed its tiles.
+    RunLoop::main().perform([self = weakSelf()] {
+        if (const auto strip = self.lock()) strip->updatePlaces();
     });
 }
 
@@ -146,7 +125,8 @@ void UIArticleEditMediaTableViewCell::insertLastTile() {
 
 void UIArticleEditMediaTableViewCell::removeItemOf(MediaCollectionViewCell& tile) {
     if (!collectionView_->indexPathForCell(tile)) return;
-    willRemoveItemOf(tile);
+    const ArticleMediaItem* const item = tile.shownItem();
+    if (item && item->record()) rememberRemoved(item->record());
     collectionView_->performBatchUpdates([&] {
         const auto path = collectionView_->indexPathForCell(tile);
         if (!path || static_cast<std::size_t>(path->row) >= itemCount().value_or(0)) return;
@@ -169,11 +149,11 @@ void UIArticleEditMediaTableViewCell::select(std::string_view mediaType) {
     UIWindow* const window = UIApplication::sharedApplication().firstWindow();
     UIViewController* top = window ? window->rootViewController().get() : nullptr;
     if (!top) return;
-    // The editor itself may be presented. One picker at a time.
+    // The editor itself may be presented, so the topmost screen presents the picker; a second picker is not opened.
     while (top->presentedViewController()) top = top->presentedViewController().get();
     if (dynamic_cast<UIImagePickerController*>(top)) return;
     auto picker = make<UIImagePickerController>();
-    picker->setDelegate(weakSelf<UIArticleEditMediaTableViewCell>());
+    picker->setDelegate(weakSelf());
     picker->setMediaTypes({std::string(mediaType)});
     picker->setAllowsEditing(false);
     picker->setSourceType(UIImagePickerControllerSourceType::photoLibrary);
@@ -198,8 +178,8 @@ void UIArticleEditMediaTableViewCell::start_drag() {
     collectionView_->reloadData();
     if (!gesture_) {
         gesture_ = std::make_shared<UILongPressGestureRecognizer>(
-            [self = weakSelf<UIArticleEditMediaTableViewCell>()](UIGestureRecognizer& recognizer) {
-                if (const auto row = self.lock()) row->handlelongGesture(recognizer);
+            [self = weakSelf()](UIGestureRecognizer& recognizer) {
+                if (const auto strip = self.lock()) strip->handlelongGesture(recognizer);
             });
         gesture_->minimumPressDuration = 0;
     }
@@ -234,7 +214,8 @@ bool UIArticleEditMediaTableViewCell::collectionViewCanMoveItemAtIndexPath(UICol
 NSIndexPath
 UIArticleEditMediaTableViewCell::collectionViewTargetIndexPathForMoveFromItemAtIndexPathToProposedIndexPath(
     UICollectionView&, NSIndexPath from, NSIndexPath proposed) {
-    // The keyboard moves tiles that do not shake too: past the add tile there is no place, and it stays where it is.
+    // The keyboard also moves tiles that do not shake, when the add tile is shown: no tile moves behind the add tile, and
+    // the add tile itself does not move.
     const auto count = static_cast<std::int64_t>(itemCount().value_or(0));
     if (from.row >= count) return from;
     return {proposed.section, std::min(proposed.row, count - 1)};

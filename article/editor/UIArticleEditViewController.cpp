@@ -2,7 +2,11 @@
 
 #include "article/records/ArticleNotifications.h"
 #include "article/resources/ArticleBundles.h"
+#include "article/server/ArticleRequest.h"
+#include "platform/foundation/runloop/NSLog.h"
 #include "platform/foundation/runloop/NSNotificationCenter.h"
+#include "platform/foundation/runloop/RunLoop.h"
+#include "platform/uikit/screens/UIAlertController.h"
 #include "platform/uikit/screens/UINavigationController.h"
 #include "platform/uikit/view/UIDevice.h"
 #include "platform/uikit/view/UIWindow.h"
@@ -26,6 +30,7 @@ constexpr CGFloat titleRowHeight = 40;
 constexpr CGFloat headerHeight = 30;
 constexpr CGFloat smallestTextHeight = 66, largestTextHeight = 200;
 constexpr CGFloat roomAroundText = 10;
+constexpr double secondsBeforeClosing = 0.2;
 constexpr UIColor lightGray{0.667f, 0.667f, 0.667f, 1};
 
 std::shared_ptr<UITableViewCell> plainRow(const char* identifier) {
@@ -34,7 +39,7 @@ std::shared_ptr<UITableViewCell> plainRow(const char* identifier) {
     return row;
 }
 
-/// Shows the pre-filled text, then the record's, which wins.
+/// Shows the text that the screen was filled with, and over it the record's text.
 template <class Editor>
 void fill(Editor& editor, const std::optional<std::string>& prefilled, const Dictionary& record,
           const char* key) {
@@ -42,10 +47,28 @@ void fill(Editor& editor, const std::optional<std::string>& prefilled, const Dic
     if (record) editor.setText(recordText(record, key));
 }
 
+template <class Editor>
+std::string textOf(const std::shared_ptr<Editor>& editor) {
+    return editor ? editor->text() : std::string();
+}
+
+/// An existing item for each record of a list. An element that is no record makes no item, because a save would take an
+/// item without a record for a new one.
+template <class Item>
+std::vector<std::shared_ptr<Item>> existingItems(const Value& list) {
+    std::vector<std::shared_ptr<Item>> items;
+    for (const Value& element : list.elements()) {
+        if (Dictionary record(element); record)
+            items.emplace_back(std::make_shared<Item>())->setRecord(std::move(record));
+    }
+    return items;
+}
+
 }  // namespace
 
 UIArticleEditViewController::UIArticleEditViewController()
-    : UITableViewController(UITableViewStyle::insetGrouped) {}
+    : UITableViewController(UITableViewStyle::insetGrouped),
+      uploadTasksNum_(std::make_shared<ArticleSave::Outstanding>(0)) {}
 
 UIArticleEditViewController::UIArticleEditViewController(Images images, std::string articleTitle,
                                                          std::string articleText, bool autoSend)
@@ -84,7 +107,7 @@ void UIArticleEditViewController::setArticleEditStyle(std::int64_t style) {
 
 void UIArticleEditViewController::viewDidLoad() {
     UITableViewController::viewDidLoad();
-    // Removed with the screen, which the handler may therefore hold by address.
+    // The destructor removes the observer, so that the handler never outlives the screen.
     NSNotificationCenter::defaultCenter().addObserver(this, UITextViewTextDidChangeNotification,
                                                       [this](const NSNotification&) { didChange(); });
     view()->setBackgroundColor(UIColor::white());
@@ -109,19 +132,19 @@ void UIArticleEditViewController::viewDidAppear(bool animated) {
     UITableViewController::viewDidAppear(animated);
     navigationItem().rightBarButtonItem()->setEnabled(articleHaveChanged_);
     if (!autoSendPre_) return;
-    // What is sent is what the rows hold.
+    // A save sends what the strips hold, and the table makes the strips when it is laid out.
     tableView()->layoutIfNeeded();
     save();
 }
 
 void UIArticleEditViewController::viewDidDisappear(bool animated) {
     UITableViewController::viewDidDisappear(animated);
-    letGoOfStripsWhenClosed();
+    releaseStripsWhenClosed();
 }
 
 void UIArticleEditViewController::didMoveToParentViewController(UIViewController* parent) {
     UITableViewController::didMoveToParentViewController(parent);
-    letGoOfStripsWhenClosed();
+    releaseStripsWhenClosed();
 }
 
 bool UIArticleEditViewController::isClosed() const {
@@ -132,28 +155,25 @@ bool UIArticleEditViewController::isClosed() const {
     });
 }
 
-void UIArticleEditViewController::letGoOfStripsWhenClosed() {
+void UIArticleEditViewController::releaseStripsWhenClosed() {
     if (!isClosed()) return;
-    if (imagesCell_) {
-        imagesCell_->close();
-        imagesCell_->setDelegate(nullptr);
-    }
-    if (videosCell_) {
-        videosCell_->close();
-        videosCell_->setDelegate(nullptr);
-    }
+    const auto release = [](auto* strip) {
+        if (!strip) return;
+        strip->close();
+        strip->setDelegate(nullptr);
+    };
+    release(imagesCell_.get());
+    release(videosCell_.get());
 }
 
-/// A screen that was closed and is shown once more takes its strips back.
 void UIArticleEditViewController::holdStrips() {
-    if (imagesCell_ && !imagesCell_->delegate()) {
-        imagesCell_->setDelegate(weakSelf().lock());
-        imagesCell_->reopen();
-    }
-    if (videosCell_ && !videosCell_->delegate()) {
-        videosCell_->setDelegate(weakSelf().lock());
-        videosCell_->reopen();
-    }
+    const auto hold = [this](auto* strip) {
+        if (!strip || strip->delegate()) return;
+        strip->setDelegate(weakSelf().lock());
+        strip->reopen();
+    };
+    hold(imagesCell_.get());
+    hold(videosCell_.get());
 }
 
 void UIArticleEditViewController::cancel() {
@@ -161,7 +181,7 @@ void UIArticleEditViewController::cancel() {
         dismissViewControllerAnimated(true);
     } else if (auto* const navigation = navigationController();
                navigation && navigation->topViewController().get() == this) {
-        // Only itself: a second save must not close the screen below.
+        // Two saves in a row both end here: the second one finds the screen closed and must not pop the screen below it.
         navigation->popViewControllerAnimated(true);
     }
 }
@@ -218,7 +238,7 @@ void UIArticleEditViewController::textViewDidChangeSelection(UITextView& textVie
     const CGRect present = textView.frame();
     const CGFloat height =
         std::min(std::max(textView.contentSize().height, smallestTextHeight), largestTextHeight);
-    // The caret moves far more often than the height.
+    // This runs at every move of the caret, and a layout of the table is needed only when the height changes.
     if (height == present.height()) return;
     tableView()->beginUpdates();
     textView.setFrame({present.origin, {present.width(), height}});
@@ -289,52 +309,34 @@ std::shared_ptr<UITableViewCell> UIArticleEditViewController::tableViewCellForRo
 }
 
 ArticleImages UIArticleEditViewController::initialImages() const {
+    if (!preImagesArray_) return existingItems<NSArticleImageObject>(articleDictionary_["images"]);
     ArticleImages items;
-    if (preImagesArray_) {
-        for (const auto& image : *preImagesArray_)
-            items.emplace_back(std::make_shared<NSArticleImageObject>())->setImage(image);
-        return items;
-    }
-    // An item without a record would be a new one, so what is no record makes none.
-    for (const Value& image : articleDictionary_["images"].elements()) {
-        if (Dictionary record(image); record)
-            items.emplace_back(std::make_shared<NSArticleImageObject>())
-                ->setImageDictionary(std::move(record));
-    }
+    for (const auto& image : *preImagesArray_)
+        items.emplace_back(std::make_shared<NSArticleImageObject>())->setImage(image);
     return items;
 }
 
-ArticleVideos UIArticleEditViewController::initialVideos() const {
-    ArticleVideos items;
-    for (const Value& video : articleDictionary_["videos"].elements()) {
-        if (Dictionary record(video); record)
-            items.emplace_back(std::make_shared<NSArticleVideoObject>())
-                ->setVideoDictionary(std::move(record));
-    }
-    return items;
+template <class Strip>
+void UIArticleEditViewController::prepareStrip(std::shared_ptr<Strip>& strip, const char* identifier) {
+    strip = make<Strip>(UITableViewCellStyle::defaultStyle, identifier);
+    strip->setArticleEditStyle(articleEditStyle_);
+    strip->setDelegate(weakSelf().lock());
+    strip->setBackgroundColor(UIColor::clear());
 }
 
 std::shared_ptr<UITableViewCell> UIArticleEditViewController::imagesRow(NSIndexPath path) {
     if (imagesCell_) return imagesCell_;
-    imagesCell_ =
-        make<UIArticleEditImagesTableViewCell>(UITableViewCellStyle::defaultStyle, imagesIdentifier);
+    prepareStrip(imagesCell_, imagesIdentifier);
     imagesCellIndexPath_ = path;
-    imagesCell_->setArticleEditStyle(articleEditStyle_);
-    imagesCell_->setDelegate(weakSelf().lock());
-    imagesCell_->setBackgroundColor(UIColor::clear());
     imagesCell_->setImagesArray(initialImages());
     return imagesCell_;
 }
 
 std::shared_ptr<UITableViewCell> UIArticleEditViewController::videosRow(NSIndexPath path) {
     if (videosCell_) return videosCell_;
-    videosCell_ =
-        make<UIArticleEditVideosTableViewCell>(UITableViewCellStyle::defaultStyle, videosIdentifier);
+    prepareStrip(videosCell_, videosIdentifier);
     videosCellIndexPath_ = path;
-    videosCell_->setArticleEditStyle(articleEditStyle_);
-    videosCell_->setDelegate(weakSelf().lock());
-    videosCell_->setBackgroundColor(UIColor::clear());
-    videosCell_->setVideosArray(initialVideos());
+    videosCell_->setVideosArray(existingItems<NSArticleVideoObject>(articleDictionary_["videos"]));
     return videosCell_;
 }
 
@@ -377,6 +379,130 @@ std::shared_ptr<UITableViewCell> UIArticleEditViewController::textRow(UITableVie
     }
     fill(*textTextField_, preArticleText_, articleDictionary_, "text");
     return row;
+}
+
+// Saving
+
+void UIArticleEditViewController::save() {
+    // A screen that saves by itself may appear before its table has made the strips, which hold the items to send.
+    view()->layoutIfNeeded();
+    showPosting();
+    if (const auto& post = navigationItem().rightBarButtonItem()) post->setEnabled(false);
+    postingView_->startAnimated();
+    newSave()->start();
+}
+
+ArticleDraft UIArticleEditViewController::draftToSave() {
+    ArticleDraft draft{
+        .record = articleDictionary_, .title = textOf(titleField_), .text = textOf(textTextField_)};
+    if (imagesCell_) {
+        draft.images = imagesCell_->imagesArray().value_or(ArticleImages());
+        draft.removedImages = imagesCell_->removedImagesDictionaryArray().value_or(std::vector<Dictionary>());
+    }
+    if (videosCell_) {
+        draft.videos = videosCell_->videosArray().value_or(ArticleVideos());
+        draft.removedVideos = videosCell_->removedVideosDictionaryArray().value_or(std::vector<Dictionary>());
+    }
+    return draft;
+}
+
+void UIArticleEditViewController::textsWereRefused() { presentFailure(); }
+
+void UIArticleEditViewController::saveDidEnd(ArticleSaveEnd end) {
+    switch (end) {
+    case ArticleSaveEnd::done:
+        if (postingView_) postingView_->stopAnimated();
+        RunLoop::main().performAfter(secondsBeforeClosing, [self = weakSelf().lock()] { self->cancel(); });
+        break;
+    // Kept on purpose: after both failures the overlay stays over the whole window, even when "OK" has closed the editor,
+    // so that nobody posts the same article twice without knowing what the server has.
+    case ArticleSaveEnd::failed: presentFailure(); break;
+    case ArticleSaveEnd::unreadable: break;
+    }
+}
+
+void UIArticleEditViewController::showPosting() {
+    if (postingView_) return;
+    const UIWindow* const window = UIApplication::sharedApplication().firstWindow();
+    const auto root = window ? window->rootViewController() : nullptr;
+    const auto under = root ? root->view() : nullptr;
+    postingView_ = make<UIArticlePostingView>(under ? under->frame() : CGRect());
+    if (under) under->addSubview(postingView_);
+}
+
+void UIArticleEditViewController::presentFailure() {
+    const auto alert = make<UIAlertController>("Failed", std::string(), UIAlertController::Style::alert);
+    alert->addAction({"OK", UIAlertAction::Style::defaultStyle, [weak = weakSelf()] {
+                          const auto self = weak.lock();
+                          auto* const navigation = self ? self->navigationController() : nullptr;
+                          if (navigation && navigation->topViewController() == self)
+                              navigation->popViewControllerAnimated(true);
+                      }});
+    presentViewController(alert, true);
+}
+
+// The steps of a save
+
+std::shared_ptr<ArticleSave> UIArticleEditViewController::newSave() {
+    return std::make_shared<ArticleSave>(weakSelf().lock(), uploadTasksNum_);
+}
+
+void UIArticleEditViewController::uploadNewArticle() { newSave()->createArticle(draftToSave()); }
+
+void UIArticleEditViewController::waitingForUploadArticleID(const std::string& articleId, bool isNewArticle) {
+    newSave()->waitAndReload(articleId, isNewArticle);
+}
+
+void UIArticleEditViewController::uploadImage(const NSArticleImageObject& item, std::int64_t sort,
+                                              const std::string& articleId) {
+    newSave()->uploadImage(item, sort, articleId);
+}
+
+void UIArticleEditViewController::uploadVideo(const NSArticleVideoObject& item, std::int64_t sort,
+                                              const std::string& articleId) {
+    newSave()->uploadVideo(item, sort, articleId);
+}
+
+void UIArticleEditViewController::updateServerImageSort(int position, const Value& imageId) {
+    newSave()->send(ArticleRequest::setImagePosition(imageId, position));
+}
+
+void UIArticleEditViewController::updateServerImageText(const std::string& text, const Value& imageId) {
+    newSave()->send(ArticleRequest::setImageCaption(imageId, text));
+}
+
+void UIArticleEditViewController::removeServerImage(const Dictionary& record) {
+    newSave()->removeImage(record);
+}
+
+void UIArticleEditViewController::updateServerVideoSort(int position, const Value& videoId) {
+    newSave()->send(ArticleRequest::setVideoPosition(videoId, position));
+}
+
+void UIArticleEditViewController::updateServerVideoText(const std::string& text, const Value& videoId) {
+    newSave()->send(ArticleRequest::setVideoCaption(videoId, text));
+}
+
+void UIArticleEditViewController::removeServerVideo(const Dictionary& record) {
+    newSave()->removeVideo(record);
+}
+
+void UIArticleEditViewController::createArticleForPre() {
+    ArticleRequest::createArticle(preArticleTitle_.value_or(""), preArticleText_.value_or(""))
+        .send([self = weakSelf().lock()](const ArticleAnswer& answer) {
+            if (answer.error) {
+                NSLog("create new article in server Error: %@", *answer.error);
+                return;
+            }
+            if (!answer.record) {
+                NSLog("create new article failed.");
+                return;
+            }
+            self->articleDictionary_ = answer.record;
+            NSNotificationCenter::defaultCenter().postNotification(NOTIFICATION_KEY_NEW_ARTICLE,
+                                                                   answer.record.value());
+            RunLoop::main().perform([self] { self->viewDidAppear(false); });
+        });
 }
 
 }  // namespace ostrel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "article/editor/ArticleSave.h"
 #include "article/editor/UIArticleEditImagesTableViewCell.h"
 #include "article/editor/UIArticleEditVideosTableViewCell.h"
 #include "article/editor/UIArticlePostingView.h"
@@ -7,9 +8,7 @@
 #include "platform/uikit/text/UITextField.h"
 #include "platform/uikit/text/UITextView.h"
 
-#include <atomic>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,35 +16,32 @@
 
 namespace ostrel {
 
-class ArticleRequest;
-struct ArticleAnswer;
-
 /// The screen on which a user writes a new article or changes an existing one: a title line, a text box, a strip of images
-/// and a strip of videos. Pushed or presented within a navigation controller. "POST" is enabled by the first change;
-/// nothing compares with how things were. Cancel closes without asking. Main thread, but for the thread that waits for a
-/// save's requests.
+/// and a strip of videos. Pushed or presented within a navigation controller. The first change enables "POST"; the screen
+/// does not compare texts and items with what they were before. Cancel closes without asking. Main thread.
 class UIArticleEditViewController final : public UITableViewController,
                                           public UIScrollViewDelegate,
                                           public UITextFieldDelegate,
                                           public UITextViewDelegate,
                                           public UIArticleEditImagesTableViewCellDelegate,
-                                          public UIArticleEditVideosTableViewCellDelegate {
+                                          public UIArticleEditVideosTableViewCellDelegate,
+                                          public ArticleSaveDelegate {
 public:
     using Images = std::vector<std::shared_ptr<const UIImage>>;
 
     /// For a new article, or with `setArticleDictionary` for an existing one.
     UIArticleEditViewController();
-    /// Pre-filled, with "POST" enabled; `autoSend`: saves at every appearance.
+    /// Filled with images, title and text, with "POST" enabled. `autoSend`: the screen saves each time it appears.
     UIArticleEditViewController(Images images, std::string articleTitle, std::string articleText,
                                 bool autoSend);
     ~UIArticleEditViewController() override;
     void initialise();
 
-    /// The article under edit; absent for a new one. Set before the first showing; loads nothing by itself.
+    /// The article under edit; absent for a new article. Set it before the screen is first shown; setting loads nothing.
     const Dictionary& articleDictionary() const { return articleDictionary_; }
     void setArticleDictionary(Dictionary record) { articleDictionary_ = std::move(record); }
-    /// How the strips show their items: 0 as a list with captions, 1 as a grid, any other number as large tiles. Setting it
-    /// forgets that something was changed.
+    /// How the strips show their items: 0 as a list with captions, 1 as a grid, any other number as large tiles. Setting the
+    /// style makes the article count as unchanged.
     std::int64_t articleEditStyle() const { return articleEditStyle_; }
     void setArticleEditStyle(std::int64_t style);
     bool articleHaveChanged() const { return articleHaveChanged_; }
@@ -53,14 +49,15 @@ public:
     /// Closes without asking and without sending anything.
     void cancel();
 
-    // Saving
-    /// Sends the whole article, waits until every request has been answered, loads it once more, tells everybody by a
-    /// notification, and closes.
+    // Saving: `ArticleSave` does the work. The operations below the first one are its steps, for hosts.
+
+    /// Sends the whole article, shows the overlay until every request has been answered and the article was loaded once
+    /// more, and closes the screen.
     void save();
     void uploadNewArticle();
-    /// Starts the thread that waits until no counted request is outstanding.
+    /// Starts the thread that waits until no counted request is outstanding, and then loads the article.
     void waitingForUploadArticleID(const std::string& articleId, bool isNewArticle);
-    /// `sort`: the position in its strip, from 0.
+    /// `sort`: the place in its strip, from 0.
     void uploadImage(const NSArticleImageObject& item, std::int64_t sort, const std::string& articleId);
     void uploadVideo(const NSArticleVideoObject& item, std::int64_t sort, const std::string& articleId);
     void updateServerImageSort(int position, const Value& imageId);
@@ -69,10 +66,15 @@ public:
     void updateServerVideoSort(int position, const Value& videoId);
     void updateServerVideoText(const std::string& text, const Value& videoId);
     void removeServerVideo(const Dictionary& record);
-    /// Creates the article of the pre-filled title and text alone, then appears once more; for hosts.
+    /// Creates an article of the title and text that the screen was filled with, and then behaves as if the screen
+    /// appeared again; for hosts.
     void createArticleForPre();
-    /// Counted requests sent and not yet answered.
-    std::int64_t uploadTasksNum() const { return uploadTasksNum_.load(); }
+    /// The number of counted requests that were sent and not yet answered. Any thread.
+    std::int64_t uploadTasksNum() const { return uploadTasksNum_->load(); }
+
+    ArticleDraft draftToSave() override;
+    void textsWereRefused() override;
+    void saveDidEnd(ArticleSaveEnd end) override;
 
     const std::shared_ptr<UITextField>& titleField() const { return titleField_; }
     const std::shared_ptr<UITextView>& textTextField() const { return textTextField_; }
@@ -89,7 +91,7 @@ public:
     /// Escape ends reordering before it closes anything.
     bool cancelOperation() override;
 
-    /// The identifier of the row at `path`; none where the table has no section.
+    /// The reuse identifier of the row at `path`; none in a section that the table does not have.
     static std::optional<std::string> cellIdentifierFor(NSIndexPath path);
     std::int64_t numberOfSectionsInTableView(UITableView& table) override;
     std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
@@ -98,13 +100,13 @@ public:
     CGFloat tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
     CGFloat tableViewHeightForHeaderInSection(UITableView& table, std::int64_t section) override;
     void scrollViewWillBeginDragging(UIScrollView& scrollView) override;
-    /// Scrolling by wheel or keys ends reordering too; that under a dragged tile does not.
+    /// Ends reordering when a wheel or a key scrolls the table, but not when a dragged tile does.
     void scrollViewDidScroll(UIScrollView& scrollView) override;
 
     bool textFieldShouldReturn(UITextField& field) override;
     bool textFieldShouldChangeCharactersInRangeReplacementString(UITextField& field, NSRange range,
                                                                  const std::string& replacement) override;
-    /// Makes the text box as high as its text, within bounds, and its row with it.
+    /// Makes the text box and its row as high as the text, between a smallest and a largest height.
     void textViewDidChangeSelection(UITextView& textView) override;
 
     void textAndValueChangedFromArticleEditImagesTableViewCell(
@@ -117,25 +119,21 @@ public:
 private:
     std::weak_ptr<UIArticleEditViewController> weakSelf();
     void didChange();
+    template <class Strip>
+    void prepareStrip(std::shared_ptr<Strip>& strip, const char* identifier);
     std::shared_ptr<UITableViewCell> imagesRow(NSIndexPath path);
     std::shared_ptr<UITableViewCell> videosRow(NSIndexPath path);
     std::shared_ptr<UITableViewCell> titleRow(UITableView& table);
     std::shared_ptr<UITableViewCell> textRow(UITableView& table, NSIndexPath path);
     ArticleImages initialImages() const;
-    ArticleVideos initialVideos() const;
-    /// Whether neither a navigation controller, a presenting screen nor a window holds this screen.
+    /// Whether the screen has no parent, nobody presents it, and no window shows it.
     bool isClosed() const;
-    /// This screen and its strips hold each other; when it has been closed they let go.
-    void letGoOfStripsWhenClosed();
+    /// Breaks the cycle of references between the screen and its strips once the screen is closed.
+    void releaseStripsWhenClosed();
+    /// Restores what `releaseStripsWhenClosed` broke, for a screen that is shown again.
     void holdStrips();
-    std::shared_ptr<UIArticleEditViewController> strongSelf() { return weakSelf().lock(); }
-
-    // Saving
-    /// Sends a request that the end of a save waits for; it holds the screen until it is answered.
-    void sendCounted(const ArticleRequest& request,
-                     std::function<void(const ArticleAnswer& answer)> answered = {});
-    void uploadEverything(const std::string& articleId);
-    void articleWasReloaded(const ArticleAnswer& answer, bool isNewArticle);
+    /// A save that counts its requests in `uploadTasksNum`.
+    std::shared_ptr<ArticleSave> newSave();
     void showPosting();
     void presentFailure();
 
@@ -154,8 +152,7 @@ private:
     std::shared_ptr<UIArticleEditVideosTableViewCell> videosCell_;
     NSIndexPath videosCellIndexPath_;
 
-    /// Changed by the main thread alone, read by the waiting thread too; orders nothing but itself.
-    std::atomic<std::int64_t> uploadTasksNum_ = 0;
+    const std::shared_ptr<ArticleSave::Outstanding> uploadTasksNum_;
     std::shared_ptr<UIArticlePostingView> postingView_;
 };
 

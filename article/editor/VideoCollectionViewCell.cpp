@@ -31,36 +31,17 @@ void VideoCollectionViewCell::initialise() {
     img()->addSubview(durationLabel_);
 }
 
-void VideoCollectionViewCell::setDelegate(std::shared_ptr<VideoCollectionViewCellDelegate> delegate) {
-    delegate_ = std::move(delegate);
-}
-
 void VideoCollectionViewCell::setVideoObject(std::shared_ptr<NSArticleVideoObject> item) {
-    const bool isAnother = item != videoObject_;
-    if (isAnother) endEditing();
-    videoObject_ = std::move(item);
-    if (!videoObject_) return;
-    if (const Dictionary& record = videoObject_->videoDictionary()) {
-        // The length of what the tile showed before stays.
-        showExisting(record, isAnother, Wheel::stopsForCachedData);
+    const bool isAnother = replaceItem(std::move(item));
+    const auto& shown = videoObject();
+    if (!shown) return;
+    if (const Dictionary& record = shown->videoDictionary()) {
+        // Kept on purpose: for an existing video the label keeps the length of the item that the tile showed before.
+        showExisting(record, isAnother, Spinner::stopsForCachedData);
     } else {
-        durationLabel_->setText(durationString(videoObject_->duration()));
-        showNew(videoObject_->thumbnail(), videoObject_->text());
+        durationLabel_->setText(durationString(shown->duration()));
+        showNew(shown->thumbnail(), shown->text());
     }
-}
-
-void VideoCollectionViewCell::remove() {
-    if (const auto delegate = delegate_) delegate->removeImageCollectionViewCell(*this);
-}
-
-void VideoCollectionViewCell::keepCaption(const std::string& text) {
-    if (!videoObject_) return;
-    videoObject_->setText(text);
-    videoObject_->setTextChanged(true);
-}
-
-void VideoCollectionViewCell::captionDidChange() {
-    if (const auto delegate = delegate_) delegate->textChangedCollectionViewCell(*this);
 }
 
 std::string VideoCollectionViewCell::durationString(float seconds) {

@@ -7,45 +7,30 @@
 namespace ostrel {
 
 class VideoCollectionViewCell;
+using VideoCollectionViewCellDelegate = MediaItemTileDelegate<VideoCollectionViewCell>;
 
-class VideoCollectionViewCellDelegate {
+/// The tile of a video: its first frame and, of a new video, its length.
+class VideoCollectionViewCell final : public MediaItemTile<VideoCollectionViewCell, NSArticleVideoObject> {
 public:
-    virtual ~VideoCollectionViewCellDelegate() = default;
-    virtual void removeImageCollectionViewCell(VideoCollectionViewCell&) {}
-    /// The caption changed, or was left.
-    virtual void textChangedCollectionViewCell(VideoCollectionViewCell&) {}
-};
-
-/// The tile of a video: its first frame and, of a clip that is new, its length.
-class VideoCollectionViewCell final : public MediaCollectionViewCell {
-public:
-    using MediaCollectionViewCell::MediaCollectionViewCell;
+    using MediaItemTile::MediaItemTile;
     void initialise();
 
-    const std::shared_ptr<NSArticleVideoObject>& videoObject() const { return videoObject_; }
+    const std::shared_ptr<NSArticleVideoObject>& videoObject() const { return itemObject(); }
     void setVideoObject(std::shared_ptr<NSArticleVideoObject> item);
-    const std::shared_ptr<VideoCollectionViewCellDelegate>& delegate() const { return delegate_; }
-    /// Held strongly; the strip takes itself out when it closes.
-    void setDelegate(std::shared_ptr<VideoCollectionViewCellDelegate> delegate);
     const std::shared_ptr<UILabel>& durationLabel() const { return durationLabel_; }
-    void remove() override;
 
-    /// A playing time in seconds as a clock-like text: "0:42", "2:05", "1:10:00". The part before the last colon is
-    /// rounded, not truncated (90 seconds read "2:30"); so is required, readers of such texts know them so. The minutes
-    /// after an hour are not padded. Negative seconds keep their sign ("0:0-5"); seconds that are not finite or reach
-    /// 2^63 read "0:00".
+    /// A playing time in seconds as a clock shows it: "0:42", "2:05", "1:10:00". Seconds that are not finite or reach 2^63
+    /// give "0:00". Kept on purpose, so that lengths look as users know them: the part before the last colon is rounded
+    /// and not truncated (90 seconds give "2:30"), minutes after an hour are not padded ("1:2:05"), and negative seconds
+    /// keep their sign ("0:0-5").
     static std::string durationString(float seconds);
 
 protected:
-    void keepCaption(const std::string& text) override;
-    void captionDidChange() override;
     const char* nameKey() const override { return "Video %ld of %ld"; }
     const char* captionedNameKey() const override { return "Video %ld of %ld, caption %@"; }
     const char* removeNameKey() const override { return "Remove video"; }
 
 private:
-    std::shared_ptr<NSArticleVideoObject> videoObject_;
-    std::shared_ptr<VideoCollectionViewCellDelegate> delegate_;
     std::shared_ptr<UILabel> durationLabel_;
 };
 

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t latitudeLength = 8, longitudeLength = 9, altitudeLength = 9;
 
-/// The offset of the character (UTF-8, RFC 3629) number `count`; npos when the text is shorter.
+/// The offset in bytes of the end of the first `count` characters (UTF-8, RFC 3629); npos when the text is shorter.
 std::size_t offsetOfCharacter(std::string_view text, std::size_t count) {
     std::size_t offset = 0;
     for (; count > 0; --count) {

@@ -15,13 +15,14 @@ namespace {
 
 constexpr double secondsBetweenProgress = 0.1;
 
-/// The progress timer of one conversion. It lives on the main run loop and is stopped from the export's thread.
+/// The timer that reports the progress of one conversion. The main run loop owns it; the export's thread stops it.
 class ProgressTimer final : public std::enable_shared_from_this<ProgressTimer> {
 public:
     void start(std::function<void()> tick) {
         timer_ = NSTimer::scheduledTimer(secondsBetweenProgress, true,
                                          [self = shared_from_this(), tick = std::move(tick)](NSTimer&) {
-                                             // A firing that is due when the export ends must not begin after it.
+                                             // The timer may be due at the moment when the export ends, and must
+                                             // not report progress afterwards.
                                              if (!self->isStopped_.load(std::memory_order_acquire)) tick();
                                          });
     }
@@ -37,7 +38,8 @@ public:
 
 private:
     std::atomic<bool> isStopped_{false};
-    std::weak_ptr<NSTimer> timer_;  // main thread; the loop keeps it
+    /// Main thread.
+    std::weak_ptr<NSTimer> timer_;
 };
 
 std::string_view choosePreset(const std::vector<std::string>& offered) {
@@ -59,7 +61,7 @@ void finish(const AVAssetExportSession& session, ProgressTimer& timer, const NSM
         if (handler) handler(true, session.progress(), session.error());
         break;
     case AVAssetExportSessionStatus::unknown:
-        // Kept on purpose: told finished, while the timer goes on telling progress.
+        // Kept on purpose: the handler hears of an end, and the timer still reports progress.
         if (handler) handler(true, session.progress(), session.error());
         break;
     case AVAssetExportSessionStatus::waiting:
@@ -154,12 +156,12 @@ std::shared_ptr<const UIImage> NSMov2Mp4::rotateImage(const std::shared_ptr<cons
     constexpr double pi = std::numbers::pi;
     double angle = 0;
     float offsetX = 0, offsetY = 0, factorX = 1, factorY = 1;
-    bool isTurned = false;
+    bool isQuarterTurn = false;
     switch (orientation) {
     case UIImageOrientation::left:
         angle = pi / 2;
         offsetY = -height;
-        isTurned = true;
+        isQuarterTurn = true;
         break;
     case UIImageOrientation::down:
         angle = pi;
@@ -169,17 +171,18 @@ std::shared_ptr<const UIImage> NSMov2Mp4::rotateImage(const std::shared_ptr<cons
     case UIImageOrientation::right:
         angle = 3 * pi / 2;
         offsetX = -width;
-        isTurned = true;
+        isQuarterTurn = true;
         break;
     case UIImageOrientation::up: break;
     }
-    // The rectangle drawn into is the canvas; the factors bring it back to the picture's own proportions.
-    if (isTurned) {
+    // The picture is drawn into the rectangle of the canvas, which after a quarter turn has the other proportions; the
+    // factors restore those of the picture.
+    if (isQuarterTurn) {
         factorX = width / height;
         factorY = height / width;
     }
-    const int canvasWidth = isTurned ? bitmap->height() : bitmap->width();
-    const int canvasHeight = isTurned ? bitmap->width() : bitmap->height();
+    const int canvasWidth = isQuarterTurn ? bitmap->height() : bitmap->width();
+    const int canvasHeight = isQuarterTurn ? bitmap->width() : bitmap->height();
     const auto context = CGBitmapContext::make(canvasWidth, canvasHeight);
     if (!context) return nullptr;
     context->translateCTM(0, canvasHeight);

@@ -8,23 +8,23 @@
 
 namespace ostrel {
 
-/// A new article exists; object: its record. The owner's list inserts it first.
+/// An article was created. Object: its record. The list of the user's own articles inserts it as the first row.
 inline constexpr char NOTIFICATION_KEY_NEW_ARTICLE[] = "NOTIFICATION_KEY_NEW_ARTICLE";
-/// An article changed; object: its record, read back from the server.
+/// An article changed. Object: its new record, loaded from the server.
 inline constexpr char NOTIFICATION_KEY_UPDATE[] = "NOTIFICATION_KEY_UPDATE";
-/// The signed-in user changed; posted by the server framework, the object is not used.
+/// Another user signed in, or the user signed out. The server framework posts it; it has no object.
 inline constexpr char Current_User_Changed_Notification_Name[] = "Current_User_Changed_Notification_Name";
 
-/// A text of a record: a number gives its decimal text, a missing key the empty one.
+/// A text of a record. A number gives its decimal text, a missing key an empty text.
 inline std::string recordText(const Dictionary& record, std::string_view key) {
     return record[key].text().value_or("");
 }
 
-/// The decimal text of a record's "id"; none when it has none.
+/// The "id" of a record as a text; none when the record has no "id".
 inline std::optional<std::string> recordId(const Dictionary& record) { return record["id"].text(); }
 
-/// Whether two records denote the same article: the texts of their "id" values are equal. A record without "id" is the
-/// same as no other.
+/// Whether two records describe the same article: whether their "id" values have the same text. A record without an "id"
+/// describes no other record's article.
 inline bool isSameArticle(const Dictionary& a, const Dictionary& b) {
     const auto id = recordId(a);
     return id && id == recordId(b);

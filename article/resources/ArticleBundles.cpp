@@ -6,7 +6,8 @@ namespace ostrel {
 
 namespace {
 
-/// Every row opens the bundles of its pictures: the one opened last stays open, as long as it is in the same place.
+/// A bundle that stays open while it is looked for within the same outer bundle, because every row opens the bundles of its
+/// pictures.
 class OpenBundle final {
 public:
     std::shared_ptr<NSBundle> open(const std::shared_ptr<NSBundle>& outer, std::string_view name) {
@@ -29,7 +30,7 @@ std::shared_ptr<NSBundle> OstrelArticleBundle;
 
 void loadOstrelArticleBundle() {
     if (OstrelArticleBundle) return;
-    // One of its own: its texts are those of the language at this moment.
+    // A bundle object of its own, because a bundle keeps the language that was current when it was opened.
     const auto main = NSBundle::mainBundle();
     OstrelArticleBundle = main ? main->bundleForResource("OstrelArticle") : nullptr;
     if (!OstrelArticleBundle) NSLog("Warning: can NOT FOUND \"OstrelArticle.bundle\" in this target.");

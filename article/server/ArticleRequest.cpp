@@ -10,55 +10,86 @@
 
 namespace ostrel {
 
-namespace {
+/// What the catalogue knows of one request.
+struct ArticleRequest::Rule {
+    enum class Transport { get, form, multipart };
+    /// What decides whether the request succeeded, when there was no transport error.
+    enum class Judgement {
+        notJudged,
+        /// Nothing: the answer is not read.
+        byTransport,
+        /// The answer is a result without an error.
+        byResult,
+        /// The answer is a result without an error that says "success" as well.
+        byResultThatSaysSuccess,
+        /// The answer is one object of JSON.
+        byRecord,
+        /// Nothing: the answer's object of JSON is read for the log alone.
+        byTransportWithRecord,
+    };
+    /// What an answer with a transport error leaves in the error file. An answer without a text leaves nothing.
+    enum class ErrorFile { untouched, answer, errorText };
 
-enum class Transport { get, form, multipart };
-enum class Reading { none, text, result, json };
-
-struct Rule {
+    /// With "%@" in place of each value.
+    const char* path;
     Transport transport;
-    Reading reading;
-    bool judged;
-    /// A result must also say that it succeeded.
-    bool needsSuccess = false;
-    /// The answer is read for the log alone: what it says does not decide.
-    bool informs = false;
+    Judgement judgement;
+    ErrorFile errorFile = ErrorFile::untouched;
+    /// The log line of an upload's progress, with "%@" in place of the percentage.
+    const char* progressLine = nullptr;
 };
 
-Rule ruleOf(ArticleRequestKind kind) {
-    using Kind = ArticleRequestKind;
-    switch (kind) {
-    case Kind::listArticles:
-    case Kind::listOwnArticles:
-    case Kind::nextPage: return {Transport::get, Reading::result, true};
-    case Kind::removeArticle: return {Transport::get, Reading::text, false};
-    case Kind::likeArticle: return {Transport::get, Reading::result, true, true};
-    case Kind::loadArticle: return {Transport::get, Reading::json, true};
-    case Kind::addComment: return {Transport::form, Reading::result, true};
-    case Kind::createArticle: return {Transport::form, Reading::json, true};
-    case Kind::updateArticle: return {Transport::form, Reading::none, true};
-    case Kind::uploadImage:
-    case Kind::uploadVideo: return {Transport::multipart, Reading::json, true, false, true};
-    case Kind::setImageCaption:
-    case Kind::setImagePosition:
-    case Kind::setVideoCaption:
-    case Kind::setVideoPosition: return {Transport::get, Reading::none, false};
-    case Kind::removeImage:
-    case Kind::removeVideo: return {Transport::get, Reading::none, true};
-    }
-    return {Transport::get, Reading::none, false};
-}
+struct ArticleRequest::Rules {
+    using enum Rule::Transport;
+    using enum Rule::Judgement;
+    using enum Rule::ErrorFile;
+
+    // Reading
+    static constexpr Rule listArticles{"/article/articles_json.html", get, byResult};
+    static constexpr Rule listOwnArticles{"/article/my_articles_json.html", get, byResult};
+    static constexpr Rule nextPage{"%@", get, byResult};
+    static constexpr Rule loadArticle{"/article/article_%@_json.html", get, byRecord};
+    static constexpr Rule loadSavedArticle{"/article/article_%@_json.html", get, byRecord, answer};
+    // One article
+    static constexpr Rule removeArticle{"/article/remove?id=%@", get, notJudged};
+    static constexpr Rule likeArticle{"/article/like_article_json.html?id=%@", get, byResultThatSaysSuccess};
+    static constexpr Rule addComment{"/article/json_add_comment.html?id=%@", form, byResult, errorText};
+    static constexpr Rule createArticle{"/article/update_article_json.html", form, byRecord, answer};
+    static constexpr Rule updateArticle{"/article/update_article_json.html?id=%@", form, byTransport, answer};
+    // Its images and videos
+    static constexpr Rule uploadImage{"article/image_update?article_id=%@&value=%@", multipart,
+                                      byTransportWithRecord, answer, "upload image progress:%@"};
+    static constexpr Rule uploadVideo{"article/video_update?article_id=%@&value=%@", multipart,
+                                      byTransportWithRecord, answer, "upload video progress:%@"};
+    static constexpr Rule setImageCaption{"article/image_update?id=%@&text=%@", get, notJudged};
+    static constexpr Rule setVideoCaption{"article/video_update?id=%@&text=%@", get, notJudged};
+    static constexpr Rule setImagePosition{"article/image_update?id=%@&value=%@", get, notJudged};
+    static constexpr Rule setVideoPosition{"article/video_update?id=%@&value=%@", get, notJudged};
+    static constexpr Rule removeImage{"article/image_remove?id=%@", get, byTransport};
+    static constexpr Rule removeVideo{"article/video_remove?id=%@", get, byTransport};
+};
+
+namespace {
 
 std::string idText(const Value& id) { return id.text().value_or("(null)"); }
 
-std::string uploadPath(const char* base, const std::string& articleId, std::int64_t position) {
-    return std::string(base) + "?article_id=" + articleId + "&value=" + decimalText(position);
+/// `path` with the values in place of its "%@". A "%@" within a value stays.
+std::string filled(std::string_view path, std::initializer_list<std::string_view> values) {
+    constexpr std::string_view placeholder = "%@";
+    std::string text;
+    for (const std::string_view value : values) {
+        const std::size_t place = path.find(placeholder);
+        text.append(path.substr(0, place)).append(value);
+        path.remove_prefix(place + placeholder.size());
+    }
+    return text.append(path);
 }
 
 void addField(UploadBody& body, const char* name, const std::string& text) {
     if (!text.empty()) body.emplace(name, text);
 }
 
+/// "%.0f": to the nearest whole number, exact halves to the even one.
 std::string wholeSeconds(float seconds) {
     char text[64];
     std::snprintf(text, sizeof text, "%.0f", static_cast<double>(seconds));
@@ -67,68 +98,53 @@ std::string wholeSeconds(float seconds) {
 
 }  // namespace
 
-ArticleRequest ArticleRequest::listArticles() {
-    return {ArticleRequestKind::listArticles, "/article/articles_json.html"};
-}
+ArticleRequest::ArticleRequest(const Rule& rule, std::initializer_list<std::string_view> values)
+    : rule_(&rule), path_(filled(rule.path, values)) {}
 
-ArticleRequest ArticleRequest::listOwnArticles() {
-    return {ArticleRequestKind::listOwnArticles, "/article/my_articles_json.html"};
-}
+ArticleRequest ArticleRequest::listArticles() { return {Rules::listArticles, {}}; }
 
-ArticleRequest ArticleRequest::nextPage(std::string path) {
-    return {ArticleRequestKind::nextPage, std::move(path)};
-}
+ArticleRequest ArticleRequest::listOwnArticles() { return {Rules::listOwnArticles, {}}; }
 
-ArticleRequest ArticleRequest::removeArticle(const Value& id) {
-    return {ArticleRequestKind::removeArticle, "/article/remove?id=" + idText(id)};
-}
+ArticleRequest ArticleRequest::nextPage(std::string path) { return {Rules::nextPage, {path}}; }
 
-ArticleRequest ArticleRequest::likeArticle(const Value& id) {
-    return {ArticleRequestKind::likeArticle, "/article/like_article_json.html?id=" + idText(id)};
-}
+ArticleRequest ArticleRequest::removeArticle(const Value& id) { return {Rules::removeArticle, {idText(id)}}; }
+
+ArticleRequest ArticleRequest::likeArticle(const Value& id) { return {Rules::likeArticle, {idText(id)}}; }
 
 ArticleRequest ArticleRequest::loadArticle(const std::string& articleId, LoadPurpose purpose) {
-    ArticleRequest request(ArticleRequestKind::loadArticle, "/article/article_" + articleId + "_json.html");
-    if (purpose == LoadPurpose::afterSaving) request.errorFile_ = ErrorFile::answer;
-    return request;
+    return {purpose == LoadPurpose::afterSaving ? Rules::loadSavedArticle : Rules::loadArticle, {articleId}};
 }
 
 ArticleRequest ArticleRequest::addComment(const std::string& articleId, std::string text) {
-    ArticleRequest request(ArticleRequestKind::addComment, "/article/json_add_comment.html?id=" + articleId);
+    ArticleRequest request(Rules::addComment, {articleId});
     request.fields_ = {{"text", std::move(text)}};
-    request.errorFile_ = ErrorFile::errorText;
     return request;
 }
 
 ArticleRequest ArticleRequest::createArticle(std::string title, std::string text) {
-    ArticleRequest request(ArticleRequestKind::createArticle, "/article/update_article_json.html");
+    ArticleRequest request(Rules::createArticle, {});
     request.fields_ = {{"title", std::move(title)}, {"text", std::move(text)}};
-    request.errorFile_ = ErrorFile::answer;
     return request;
 }
 
 ArticleRequest ArticleRequest::updateArticle(const Value& id, std::string title, std::string text) {
-    ArticleRequest request = createArticle(std::move(title), std::move(text));
-    request.kind_ = ArticleRequestKind::updateArticle;
-    request.path_ += "?id=" + idText(id);
+    ArticleRequest request(Rules::updateArticle, {idText(id)});
+    request.fields_ = {{"title", std::move(title)}, {"text", std::move(text)}};
     return request;
 }
 
 ArticleRequest ArticleRequest::uploadImage(const std::string& articleId, std::int64_t position,
                                            UploadPart jpeg, std::string text) {
-    ArticleRequest request(ArticleRequestKind::uploadImage,
-                           uploadPath("article/image_update", articleId, position));
+    ArticleRequest request(Rules::uploadImage, {articleId, decimalText(position)});
     request.body_.emplace("image.jpg", std::move(jpeg));
     addField(request.body_, "text", text);
-    request.errorFile_ = ErrorFile::answer;
     return request;
 }
 
 ArticleRequest ArticleRequest::uploadVideo(const std::string& articleId, std::int64_t position,
                                            UploadPart thumbnailJpeg, UploadPart mp4,
                                            const ArticleVideoFields& fields) {
-    ArticleRequest request(ArticleRequestKind::uploadVideo,
-                           uploadPath("article/video_update", articleId, position));
+    ArticleRequest request(Rules::uploadVideo, {articleId, decimalText(position)});
     request.body_.emplace("thumbnail.jpg", std::move(thumbnailJpeg));
     request.body_.emplace("video.mp4", std::move(mp4));
     addField(request.body_, "text", fields.text);
@@ -136,36 +152,31 @@ ArticleRequest ArticleRequest::uploadVideo(const std::string& articleId, std::in
     addField(request.body_, "longitude", fields.longitude);
     addField(request.body_, "latitude", fields.latitude);
     request.body_.emplace("duration", wholeSeconds(fields.duration));
-    request.errorFile_ = ErrorFile::answer;
     return request;
 }
 
 ArticleRequest ArticleRequest::setImageCaption(const Value& imageId, const std::string& text) {
-    return {ArticleRequestKind::setImageCaption,
-            "article/image_update?id=" + idText(imageId) + "&text=" + NSDjangoStringEncoder::encoder(text)};
+    return {Rules::setImageCaption, {idText(imageId), NSDjangoStringEncoder::encoder(text)}};
 }
 
 ArticleRequest ArticleRequest::setImagePosition(const Value& imageId, int position) {
-    return {ArticleRequestKind::setImagePosition,
-            "article/image_update?id=" + idText(imageId) + "&value=" + decimalText(position)};
+    return {Rules::setImagePosition, {idText(imageId), decimalText(position)}};
 }
 
 ArticleRequest ArticleRequest::removeImage(const Value& imageId) {
-    return {ArticleRequestKind::removeImage, "article/image_remove?id=" + idText(imageId)};
+    return {Rules::removeImage, {idText(imageId)}};
 }
 
 ArticleRequest ArticleRequest::setVideoCaption(const Value& videoId, const std::string& text) {
-    return {ArticleRequestKind::setVideoCaption,
-            "article/video_update?id=" + idText(videoId) + "&text=" + NSDjangoStringEncoder::encoder(text)};
+    return {Rules::setVideoCaption, {idText(videoId), NSDjangoStringEncoder::encoder(text)}};
 }
 
 ArticleRequest ArticleRequest::setVideoPosition(const Value& videoId, int position) {
-    return {ArticleRequestKind::setVideoPosition,
-            "article/video_update?id=" + idText(videoId) + "&value=" + decimalText(position)};
+    return {Rules::setVideoPosition, {idText(videoId), decimalText(position)}};
 }
 
 ArticleRequest ArticleRequest::removeVideo(const Value& videoId) {
-    return {ArticleRequestKind::removeVideo, "article/video_remove?id=" + idText(videoId)};
+    return {Rules::removeVideo, {idText(videoId)}};
 }
 
 void ArticleRequest::send(Handler handler) const {
@@ -177,46 +188,52 @@ void ArticleRequest::send(Handler handler) const {
 }
 
 void ArticleRequest::sendUnjudged(OstrelServer& server, AnswerHandler handler) const {
-    switch (ruleOf(kind_).transport) {
-    case Transport::get: server.request(path_, std::move(handler)); break;
-    case Transport::form: server.postURL(path_, fields_, std::move(handler)); break;
-    case Transport::multipart: {
-        const char* format = kind_ == ArticleRequestKind::uploadImage ? "upload image progress:%@"
-                                                                      : "upload video progress:%@";
-        server.postManyDataURL(path_, body_, std::move(handler),
-                               [format](double fraction) { NSLog(format, uploadProgressText(fraction)); });
+    switch (rule_->transport) {
+    case Rules::get: server.request(path_, std::move(handler)); break;
+    case Rules::form: server.postURL(path_, fields_, std::move(handler)); break;
+    case Rules::multipart:
+        server.postManyDataURL(
+            path_, body_, std::move(handler),
+            [line = rule_->progressLine](double fraction) { NSLog(line, uploadProgressText(fraction)); });
         break;
-    }
     }
 }
 
 ArticleAnswer ArticleRequest::judge(const std::optional<std::string>& answer,
                                     const std::optional<std::string>& error) const {
-    const Rule rule = ruleOf(kind_);
+    static const std::string nothing;
+    const Rule& rule = *rule_;
+    // The framework may keep the parsed form of the text that it handed over, so that text is read and not a copy.
+    const std::string& text = answer ? *answer : nothing;
     ArticleAnswer judged;
     judged.text = answer;
     judged.error = error;
     bool good = !error;
-    if (good && rule.reading == Reading::result) {
-        static const std::string nothing;
-        // The very text that was handed over, not a copy: the framework may keep its parsed form ready.
-        judged.result = OstrelServerHtmlResultObject::initWithHtml(answer ? *answer : nothing);
-        judged.error = judged.result->errString();
-        good = !judged.error && (!rule.needsSuccess || judged.result->success());
-    } else if (good && rule.reading == Reading::json) {
-        const auto read =
-            Value::parse(answer ? std::string_view(*answer) : std::string_view(), &judged.parseError);
-        judged.record = Dictionary(read);
-        if (!read.isAbsent() && !judged.record) judged.parseError = "The answer is no JSON object.";
-        good = rule.informs || judged.record;
+    if (!error) {
+        switch (rule.judgement) {
+        case Rules::notJudged:
+        case Rules::byTransport: break;
+        case Rules::byResult:
+        case Rules::byResultThatSaysSuccess:
+            judged.result = OstrelServerHtmlResultObject::initWithHtml(text);
+            judged.error = judged.result->errString();
+            good = !judged.error && (rule.judgement == Rules::byResult || judged.result->success());
+            break;
+        case Rules::byRecord:
+        case Rules::byTransportWithRecord:
+            const Value read = Value::parse(text, &judged.parseError);
+            judged.record = Dictionary(read);
+            if (!read.isAbsent() && !judged.record) judged.parseError = "The answer is no JSON object.";
+            good = judged.record || rule.judgement == Rules::byTransportWithRecord;
+            break;
+        }
     }
-    if (rule.judged)
+    if (rule.judgement != Rules::notJudged)
         judged.verdict = good ? ArticleAnswer::Verdict::succeeded : ArticleAnswer::Verdict::failed;
     if (error) {
-        if (errorFile_ == ErrorFile::answer && answer)
-            writeFileAtomically(NSHomeDirectory() + articleErrorFile, *answer);
-        if (errorFile_ == ErrorFile::errorText)
-            writeFileAtomically(NSHomeDirectory() + articleErrorFile, *error);
+        const auto& dumped = rule.errorFile == Rules::errorText ? error : answer;
+        if (rule.errorFile != Rules::untouched && dumped)
+            writeFileAtomically(NSHomeDirectory() + articleErrorFile, *dumped);
     }
     return judged;
 }

@@ -5,73 +5,62 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace ostrel {
 
-/// The seventeen requests that the module sends.
-enum class ArticleRequestKind {
-    listArticles,
-    listOwnArticles,
-    nextPage,
-    removeArticle,
-    likeArticle,
-    loadArticle,
-    addComment,
-    createArticle,
-    updateArticle,
-    uploadImage,
-    uploadVideo,
-    setImageCaption,
-    setImagePosition,
-    removeImage,
-    setVideoCaption,
-    setVideoPosition,
-    removeVideo,
-};
-
-/// What an answer was found to be.
+/// An answer, and what the catalogue says of it.
 struct ArticleAnswer {
     enum class Verdict { succeeded, failed, notJudged };
     Verdict verdict = Verdict::notJudged;
-    std::optional<std::string> text;  ///< the answer as received
-    std::optional<std::string>
-        error;  ///< the server framework's error text, else the server's own (`errString`)
-    std::shared_ptr<const OstrelServerHtmlResultObject> result;  ///< of requests that answer with a result
-    Dictionary record;  ///< of requests that answer with one object of JSON
-    std::string
-        parseError;  ///< why `record` could not be read, a sentence; empty when it was, or is not asked for
+    /// The answer as received.
+    std::optional<std::string> text;
+    /// The server framework's error text; without one, the error that the server itself reported (`errString`).
+    std::optional<std::string> error;
+    /// Present for requests whose answer is a result, when there was no transport error.
+    std::shared_ptr<const OstrelServerHtmlResultObject> result;
+    /// Present for requests whose answer is one object of JSON, when it could be read.
+    Dictionary record;
+    /// A sentence that says why `record` could not be read; empty when it was read, or is not expected.
+    std::string parseError;
     bool succeeded() const { return verdict == Verdict::succeeded; }
 };
 
-/// The texts that describe a picked video; empty ones are not sent.
+/// What a video's upload says about it. Empty texts are not sent.
 struct ArticleVideoFields {
-    std::string text, altitude, longitude, latitude;  ///< decimal degrees and metres as texts
-    float duration = 0;                               ///< seconds; sent rounded to whole ones
+    std::string text;
+    /// Metres, as a decimal text.
+    std::string altitude;
+    /// Decimal degrees, as texts.
+    std::string longitude, latitude;
+    /// Seconds; sent rounded to whole ones.
+    float duration = 0;
 };
 
-/// One request of the catalogue: where it goes, what it carries, and how its answer is judged. Built by the functions
-/// below and sent once. Titles, texts and comments travel as form fields; of what goes into a path only captions are
-/// encoded, ids and the server's own paths stand as they are.
+/// One request of the catalogue: its path, its body, and the rule by which its answer is judged. The functions below are
+/// the catalogue; the table at the top of the source has a line for each of them. Titles, texts and comments travel as form
+/// fields. Captions are encoded for their path; ids and the server's own paths are sent as they are.
 class ArticleRequest final {
 public:
     using Handler = std::function<void(const ArticleAnswer& answer)>;
 
     static ArticleRequest listArticles();
     static ArticleRequest listOwnArticles();
-    /// `path`: the `moreResultsURL` of the page before, sent unchanged.
+    /// `path`: the `moreResultsURL` of the previous page, sent unchanged.
     static ArticleRequest nextPage(std::string path);
     static ArticleRequest removeArticle(const Value& id);
     static ArticleRequest likeArticle(const Value& id);
-    /// Why an article is loaded: a failed load leaves the error file only after a save.
+    /// Why an article is loaded: a load that fails writes the error file only after a save.
     enum class LoadPurpose { reading, afterSaving };
     static ArticleRequest loadArticle(const std::string& articleId, LoadPurpose purpose);
     static ArticleRequest addComment(const std::string& articleId, std::string text);
     static ArticleRequest createArticle(std::string title, std::string text);
     static ArticleRequest updateArticle(const Value& id, std::string title, std::string text);
-    /// `position` counts from 0; an empty `text` is not sent. The files may be data or `UploadFile`.
+    /// `position` counts from 0; an empty `text` is not sent. The file is `Data` or an `UploadFile`.
     static ArticleRequest uploadImage(const std::string& articleId, std::int64_t position, UploadPart jpeg,
                                       std::string text);
     static ArticleRequest uploadVideo(const std::string& articleId, std::int64_t position,
@@ -84,40 +73,40 @@ public:
     static ArticleRequest setVideoPosition(const Value& videoId, int position);
     static ArticleRequest removeVideo(const Value& videoId);
 
-    ArticleRequestKind kind() const { return kind_; }
     const std::string& path() const { return path_; }
     const FormFields& fields() const { return fields_; }
     const UploadBody& body() const { return body_; }
 
-    /// Sends it through the shared server; any thread. `handler` runs once, on the main thread, with the judged answer.
-    /// A failure leaves the error file as the catalogue says before the handler runs. The progress of uploads is logged.
+    /// Sends the request through the shared server. Any thread. `handler` runs once, on the main thread, with the judged
+    /// answer, after the error file has been written. The progress of uploads is logged.
     void send(Handler handler) const;
-    /// Sends it through `server`; any thread. `handler` gets the answer as it is, for `judge`.
+    /// Sends the request through `server`. Any thread. `handler` gets the answer as received, to hand it to `judge`.
     void sendUnjudged(OstrelServer& server, AnswerHandler handler) const;
-    /// Judges an answer to this request without sending it, and writes the error file where that is due.
+    /// Judges an answer to this request, and writes the error file when the rule asks for it. Main thread.
     ArticleAnswer judge(const std::optional<std::string>& answer,
                         const std::optional<std::string>& error) const;
 
 private:
-    /// What a failure leaves in the error file.
-    enum class ErrorFile { none, answer, errorText };
+    struct Rule;
+    struct Rules;
 
-    ArticleRequest(ArticleRequestKind kind, std::string path) : kind_(kind), path_(std::move(path)) {}
+    /// `values` take the places of the "%@" in the rule's path, in order.
+    ArticleRequest(const Rule& rule, std::initializer_list<std::string_view> values);
 
-    ArticleRequestKind kind_;
+    const Rule* rule_;
     std::string path_;
     FormFields fields_;
     UploadBody body_;
-    ErrorFile errorFile_ = ErrorFile::none;
 };
 
 /// The quality at which pictures and thumbnails are encoded for an upload.
 inline constexpr double uploadedJpegQuality = 0.7;
 
-/// "42.125%" for 0.42125: a sent fraction as the progress of uploads is logged.
+/// The sent fraction of an upload as the log shows it: "42.125%" for 0.42125.
 std::string uploadProgressText(double fraction);
 
-/// The file in the user's home directory that holds the last answer that came with an error, for inspection only.
+/// Where the last answer that came with an error is kept, below the user's home directory. Written for people who look for
+/// the cause; no code reads it.
 inline constexpr char articleErrorFile[] = "/Documents/error.html";
 
 }  // namespace ostrel
