@@ -111,7 +111,7 @@ TEST_F(SaveFaultsTest, ARequestThatIsNeverAnsweredHoldsTheSaveUntilTheFrameworkE
     ASSERT_TRUE(waitFor([&] { return editor->uploadTasksNum() == 5; }));
     elapse(60);
     EXPECT_EQ(NSThread::runningCount(), 1);
-    EXPECT_TRUE(isVeiled());
+    EXPECT_TRUE(isCovered());
     endFramework();
     EXPECT_EQ(editor->uploadTasksNum(), 0);
     EXPECT_EQ(linesBeginning("post image error:cancelled"), 1u);

@@ -97,7 +97,7 @@ TEST_F(SaveOnServerTest, AnArticleLivesFromCreationToRemovalAsTheEditorSays) {
     auto screen = make<UIArticleEditViewController>();
     screen->setArticleDictionary(created);
     push(std::move(screen));
-    removeImage(0);
+    remove(images(), 0);
     images().collectionViewMoveItemAtIndexPathToIndexPath(*images().collectionView(), {0, 0}, {0, 1});
     addImage(wide, "last");
     images().imagesArray()->at(1)->setText("now with text 👋 &value=9");

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "serverframework/HttpServerFramework.h"
-#include "tests/article/editor/save/SaveTest.h"
+#include "tests/article/editor/ArticleEditTest.h"
 
 namespace ostrel {
 
 /// The editor over the real server framework: HTTP runs on real threads and real time, the rest on virtual time.
-class SaveOverHttpTest : public SaveTest {
+class SaveOverHttpTest : public ArticleEditTest {
 protected:
     ~SaveOverHttpTest() override { endFramework(); }
 

@@ -7,7 +7,7 @@ namespace ostrel {
 namespace {
 
 TEST_F(ArticleEditTest, RowsHaveTheirIdentifiersAndHeights) {
-    showNew();
+    openNew();
     const struct {
         NSIndexPath path;
         const char* identifier;  // null: none
@@ -34,41 +34,33 @@ TEST_F(ArticleEditTest, RowsHaveTheirIdentifiersAndHeights) {
 }
 
 TEST_F(ArticleEditTest, EveryKindOfChangeEnablesPost) {
-    const auto remove = [this] {
-        table().scrollToRowAtIndexPath({1, 0}, false);
-        platform.settle();
-        tap(image(0)->removeButton());
+    const auto type = [this](const std::shared_ptr<UIView>& view, const char* text) {
+        view->becomeFirstResponder();
+        EXPECT_TRUE(platform.typeOver(text));
     };
-    const std::vector<std::pair<const char*, std::function<void()>>> changes = {
-        {"a key in the title",
-         [this] {
-             tap(editor->titleField());
-             EXPECT_TRUE(platform.type("x"));
+    auto& center = NSNotificationCenter::defaultCenter();
+    const std::pair<const char*, std::function<void()>> changes[] = {
+        {"a key in the title", [&] { type(editor->titleField(), "x"); }},
+        {"a key in the text", [&] { type(editor->textTextField(), "x"); }},
+        {"a title that is as before again",
+         [&] {
+             type(editor->titleField(), "x");
+             type(editor->titleField(), "A title");
          }},
-        {"a key in the text",
-         [this] {
-             editor->textTextField()->becomeFirstResponder();
-             EXPECT_TRUE(platform.type("x"));
-         }},
-        {"a caption", [this] { typeCaption(image(0), "new"); }},
+        {"a caption", [&] { typeCaption(image(0), "new"); }},
         {"an order",
-         [this] {
+         [&] {
              images().collectionViewMoveItemAtIndexPathToIndexPath(*images().collectionView(), {0, 0},
                                                                    {0, 1});
          }},
-        {"a removal", remove},
-        {"a removed video", [this] { video(0)->remove(); }},
-        {"an addition", [this] { finishPicking(pickFrom(images()), "public.image", picture()); }},
-        {"any other text view's text",
-         [this] {
-             NSNotificationCenter::defaultCenter().postNotification(UITextViewTextDidChangeNotification);
-         }},
+        {"a removal", [&] { tap(image(0)->removeButton()); }},
+        {"a removed video", [&] { video(0)->remove(); }},
+        {"an addition", [&] { finishPicking(pickFrom(images()), "public.image", picture()); }},
+        {"another text view", [&] { center.postNotification(UITextViewTextDidChangeNotification); }},
     };
     for (const auto& [name, change] : changes) {
         SCOPED_TRACE(name);
-        showExisting(articleWith(2, 1));
-        table().scrollToRowAtIndexPath({2, 0}, false);
-        platform.settle();
+        openExisting(articleWith(2, 1));
         EXPECT_FALSE(canPost());
         change();
         platform.advance(1);
@@ -76,71 +68,36 @@ TEST_F(ArticleEditTest, EveryKindOfChangeEnablesPost) {
         EXPECT_TRUE(editor->articleHaveChanged());
         settleRequests();
     }
-}
-
-TEST_F(ArticleEditTest, ATextThatIsAsItWasAgainStillCountsAsChanged) {
-    showNew();
-    tap(editor->titleField());
-    EXPECT_TRUE(platform.type("x"));
-    EXPECT_TRUE(platform.typeOver(""));
-    EXPECT_EQ(editor->titleField()->text(), "");
-    EXPECT_TRUE(canPost());
     editor->setArticleEditStyle(0);
     EXPECT_FALSE(editor->articleHaveChanged());
 }
 
-TEST_F(ArticleEditTest, AnExistingArticleFillsTheScreen) {
-    showExisting(articleWith(3, 2));
-    EXPECT_EQ(editor->titleField()->text(), "A title");
-    EXPECT_EQ(editor->textTextField()->text(), "Some text");
-    EXPECT_EQ(order(), "ABC");
+TEST_F(ArticleEditTest, TheScreenIsFilledWithTheRecordAndWithWhatTheHostGave) {
+    openExisting(articleWith(3, 2));
+    EXPECT_EQ(editor->titleField()->text() + editor->textTextField()->text() + order(),
+              "A titleSome textABC");
     EXPECT_EQ(videos().videosArray()->size(), 2u);
-    // The article's own height is asked for when its strip exists.
     EXPECT_EQ(table().rectForRowAtIndexPath({1, 0}).height(), 5 * 10 + 4 * 86);
     EXPECT_FALSE(canPost());
-}
-
-TEST_F(ArticleEditTest, APrefilledArticleCanBePostedAtOnceAndYieldsToARecordsTexts) {
     auto screen = make<UIArticleEditViewController>(UIArticleEditViewController::Images{picture(), picture()},
                                                     "pre title", "pre text", false);
     screen->setArticleDictionary(record(R"({"title":"its title","text":"","images":[{},{},{}]})"));
     push(screen);
     EXPECT_TRUE(canPost());
-    EXPECT_EQ(editor->titleField()->text(), "its title");
-    EXPECT_EQ(editor->textTextField()->text(), "");
-    EXPECT_EQ(order(), "newnew");
+    EXPECT_EQ(editor->titleField()->text() + editor->textTextField()->text() + order(), "its titlenewnew");
     EXPECT_TRUE(server->paths.empty());
 }
 
-TEST_F(ArticleEditTest, AnEditorMadeToSendItselfSavesAtEveryAppearance) {
-    push(make<UIArticleEditViewController>(UIArticleEditViewController::Images{}, "pre title", "pre text",
-                                           true));
-    ASSERT_EQ(server->paths, Lines{"/article/update_article_json.html"});
-    EXPECT_EQ(server->calls.front().fields.at("title"), "pre title");
-    EXPECT_FALSE(canPost());
-    navigation->pushViewController(make<UIViewController>(), false);
-    platform.settle();
-    navigation->popViewControllerAnimated(false);
-    platform.settle();
-    EXPECT_EQ(server->paths.size(), 2u);
-}
-
 TEST_F(ArticleEditTest, TheTextBoxGrowsWithItsTextWithinBoundsAndItsRowFollows) {
-    showNew();
+    openNew();
     tap(editor->textTextField());
-    platform.typeOver("x");
-    const CGFloat one = editor->textTextField()->contentSize().height;
-    platform.typeOver("x\nx");
-    const CGFloat line = editor->textTextField()->contentSize().height - one;
-    ASSERT_GT(line, 0);
-    for (const int lines : {1, 2, 5, 8, 100, 3}) {
+    for (const int lines : {1, 5, 8, 100, 3}) {
         std::string text = "x";
         for (int i = 1; i < lines; ++i) text += "\nx";
         ASSERT_TRUE(platform.typeOver(text));
         platform.advance(1);
         const CGFloat content = editor->textTextField()->contentSize().height;
-        // Lines are not whole points high, heights are.
-        EXPECT_NEAR(content, one + (lines - 1) * line, 1 + lines * 0.5);
+        EXPECT_GT(content, lines * 14.0);
         const CGRect box = editor->textTextField()->frame();
         EXPECT_EQ(box.height(), std::clamp(content, 66.0, 200.0)) << lines;
         EXPECT_EQ(box.minY(), 5);
@@ -148,8 +105,8 @@ TEST_F(ArticleEditTest, TheTextBoxGrowsWithItsTextWithinBoundsAndItsRowFollows) 
     }
 }
 
-TEST_F(ArticleEditTest, ReturnInTheTitleGoesOnToTheText) {
-    showNew();
+TEST_F(ArticleEditTest, ReturnInTheTitleMovesTheFocusToTheText) {
+    openNew();
     tap(editor->titleField());
     EXPECT_TRUE(editor->titleField()->isFirstResponder());
     platform.pressReturn();
@@ -159,7 +116,7 @@ TEST_F(ArticleEditTest, ReturnInTheTitleGoesOnToTheText) {
 }
 
 TEST_F(ArticleEditTest, ScrollingTakesTheFocusAndEndsReordering) {
-    showExisting(articleWith(6, 1));
+    openExisting(articleWith(6, 1));
     for (const auto& view : {std::static_pointer_cast<UIView>(editor->titleField()),
                              std::static_pointer_cast<UIView>(editor->textTextField())}) {
         table().setContentOffset({0, 0});
@@ -184,12 +141,17 @@ TEST_F(ArticleEditTest, ScrollingTakesTheFocusAndEndsReordering) {
     EXPECT_FALSE(editor->cancelOperation());
 }
 
-TEST_F(ArticleEditTest, CancelClosesHoweverTheEditorWasShown) {
-    showNew();
+TEST_F(ArticleEditTest, CancelClosesHoweverTheEditorWasShownAndItCanBeShownAgain) {
+    openExisting(articleWith(2));
     editor->navigationItem().leftBarButtonItem()->press();
     platform.advance(1);
-    EXPECT_NE(navigation->topViewController(), editor);
+    EXPECT_FALSE(isOpen());
     EXPECT_TRUE(server->paths.empty());
+    navigation->pushViewController(editor, false);
+    platform.advance(1);
+    remove(images(), 0);
+    EXPECT_EQ(order(), "B");
+    EXPECT_TRUE(canPost()) << "the screen hears its strips again";
 
     auto screen = make<UIArticleEditViewController>();
     navigation->presentViewController(make<UINavigationController>(screen), false);
@@ -199,38 +161,26 @@ TEST_F(ArticleEditTest, CancelClosesHoweverTheEditorWasShown) {
     EXPECT_EQ(navigation->presentedViewController(), nullptr);
 }
 
-TEST_F(ArticleEditTest, ClosingLetsGoOfEverything) {
-    const std::vector<std::pair<const char*, std::function<void()>>> ways = {
-        {"back", [this] { navigation->popViewControllerAnimated(true); }},
-        {"to the root from above it",
-         [this] {
-             navigation->pushViewController(make<UIViewController>(), false);
-             platform.settle();
-             navigation->popToRootViewControllerAnimated(false);
-         }},
-        {"the window under a picker",
-         [this] {
-             pickFrom(images());
-             platform.window().setRootViewController(nullptr);
-         }},
-        {"with tiles that shake",
-         [this] {
-             images().start_drag();
-             platform.settle();
-             navigation->popViewControllerAnimated(false);
-         }},
-    };
-    for (const auto& [name, close] : ways) {
-        SCOPED_TRACE(name);
-        showExisting(articleWith(30, 2));
+TEST_F(ArticleEditTest, ClosingReleasesTheScreenItsStripsAndTheirTiles) {
+    for (const char* const way : {"back", "to the root", "the window goes"}) {
+        SCOPED_TRACE(way);
+        openExisting(articleWith(30, 2));
         const std::weak_ptr<UIViewController> screen = editor;
         const std::weak_ptr<UIView> strip = editor->imagesCell(), tile = image(0);
-        const auto raw = editor.get();
-        close();
+        if (*way == 'b') {
+            navigation->popViewControllerAnimated(true);
+        } else if (way == std::string("to the root")) {
+            navigation->pushViewController(make<UIViewController>(), false);
+            platform.settle();
+            navigation->popToRootViewControllerAnimated(false);
+        } else {
+            pickFrom(images());
+            images().start_drag();
+            platform.settle();
+            platform.window().setRootViewController(nullptr);
+        }
         navigation = nullptr;
-        platform.advance(1);
         settleRequests();
-        EXPECT_EQ(editor.get(), raw);
         editor = nullptr;
         platform.window().setRootViewController(nullptr);
         platform.advance(1);
@@ -238,19 +188,6 @@ TEST_F(ArticleEditTest, ClosingLetsGoOfEverything) {
         EXPECT_TRUE(strip.expired());
         EXPECT_TRUE(tile.expired());
     }
-}
-
-TEST_F(ArticleEditTest, AnEditorShownOnceMoreHearsItsStripsAgain) {
-    showExisting(articleWith(2));
-    navigation->popViewControllerAnimated(false);
-    platform.advance(1);
-    navigation->pushViewController(editor, false);
-    platform.advance(1);
-    ASSERT_NE(image(0), nullptr);
-    image(0)->remove();
-    platform.advance(1);
-    EXPECT_EQ(order(), "B");
-    EXPECT_TRUE(canPost());
 }
 
 }  // namespace

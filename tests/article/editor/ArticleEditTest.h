@@ -1,13 +1,10 @@
 #pragma once
 
 #include "article/editor/UIArticleEditViewController.h"
-#include "article/records/ArticleNotifications.h"
-#include "platform/foundation/resources/Files.h"
-#include "platform/foundation/runloop/NSNotificationCenter.h"
 #include "platform/uikit/picker/UIImagePickerController.h"
-#include "tests/article/ArticleTest.h"
+#include "platform/uikit/screens/UIAlertController.h"
+#include "tests/article/editor/SaveTest.h"
 #include "tests/support/ScriptedMedia.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <memory>
 #include <string>
@@ -16,43 +13,42 @@
 
 namespace ostrel {
 
-/// An editor pushed onto an empty screen in the window; scripted media and a home directory of its own.
-class ArticleEditTest : public ArticleTest {
+/// An editor pushed onto an empty screen in the window, with scripted media.
+class ArticleEditTest : public SaveTest {
 protected:
-    ArticleEditTest() : formerHome_(NSHomeDirectory()) {
-        setHomeDirectory(home.path());
+    ArticleEditTest() {
         MediaBackend::install(media);
-        loadOstrelArticleBundle();
         server->signIn();
     }
     ~ArticleEditTest() override {
-        if (editor) settleRequests();
+        endSaves();
+        settleRequests();
         editor = nullptr;
         navigation = nullptr;
         platform.window().setRootViewController(nullptr);
         platform.advance(1);
         MediaBackend::install(nullptr);
-        setHomeDirectory(formerHome_);
     }
 
     void push(std::shared_ptr<UIArticleEditViewController> screen) {
-        navigation = make<UINavigationController>(make<UIViewController>());
+        list = make<UIViewController>();
+        navigation = make<UINavigationController>(list);
         show(navigation);
         editor = std::move(screen);
         navigation->pushViewController(editor, false);
         platform.advance(1);
     }
-    void showNew(std::int64_t style = 0) {
+    void openNew(std::int64_t style = 0) {
         auto screen = make<UIArticleEditViewController>();
         screen->setArticleEditStyle(style);
         push(std::move(screen));
     }
-    void showExisting(const std::string& article) {
+    void openExisting(const std::string& article) {
         auto screen = make<UIArticleEditViewController>();
         screen->setArticleDictionary(record(article));
         push(std::move(screen));
     }
-    /// An article whose images are captioned "A", "B" and so on, with ids from 1, and likewise its videos.
+    /// Article 42. Its images are captioned "A", "B" and so on and have ids from 1, and likewise its videos.
     static std::string articleWith(int images, int videos = 0) {
         const auto list = [](int count, const char* kind) {
             std::string text;
@@ -66,7 +62,40 @@ protected:
         return R"({"id":42,"title":"A title","text":"Some text","images":[)" + list(images, "image") +
                R"(],"videos":[)" + list(videos, "video") + "]}";
     }
-    /// Refuses what was asked for, so that no request outlives the test.
+    /// Article 42 with three images and two videos, under every kind of change: a save sends ten counted requests, at
+    /// least one of each kind.
+    void openExistingAndChangeAll() {
+        openExisting(R"({"id":42,"title":"Old","text":"old text","videos":[{"id":21},{"id":"22"}],
+            "images":[{"id":11,"text":"one"},{"id":12,"text":"two"},{"id":13}]})");
+        remove(images(), 2);
+        remove(videos(), 1);
+        const auto changeCaption = [](ArticleMediaItem& item, const char* caption) {
+            item.setText(caption);
+            item.setTextChanged(true);
+        };
+        changeCaption(*images().imagesArray()->at(1), "a&b =ü");
+        changeCaption(*videos().videosArray()->at(0), "");
+        addImage("new");
+        addVideo(home.write("Documents/clip.mp4", "clip"));
+        editor->titleField()->setText("Title");
+        editor->textTextField()->setText("Text\r\nÜ");
+    }
+    void addImage(std::optional<std::string> text = {}) { addImage(picture(), std::move(text)); }
+    void addImage(std::shared_ptr<const UIImage> image, std::optional<std::string> text = {}) {
+        const auto item = newImage(std::move(image), std::move(text));
+        images().collectionView()->performBatchUpdates([&] { images().addImageWith(item); });
+    }
+    void addVideo(std::string file) {
+        auto items = *videos().videosArray();
+        items.push_back(newVideo(std::move(file)));
+        videos().setVideosArray(std::move(items));
+        videos().collectionView()->reloadData();
+    }
+    void remove(UIArticleEditMediaTableViewCell& strip, std::int64_t position) {
+        EXPECT_TRUE(strip.collectionViewRemoveItemAtIndexPath(*strip.collectionView(), {0, position}));
+        platform.advance(1);
+    }
+    /// Refuses all requests, so that none outlives the test.
     void settleRequests() {
         for (int i = 0; i < 100 && !server->calls.empty(); ++i) server->answer({}, "refused");
         for (const std::string& url : server->mediaUrls()) server->answerMedia(url, {});
@@ -77,6 +106,12 @@ protected:
     UIArticleEditImagesTableViewCell& images() { return *editor->imagesCell(); }
     UIArticleEditVideosTableViewCell& videos() { return *editor->videosCell(); }
     bool canPost() { return editor->navigationItem().rightBarButtonItem()->isEnabled(); }
+    bool isOpen() const { return navigation->topViewController() == editor; }
+    /// Whether the overlay covers the window.
+    bool isCovered() const { return editor->postingView() && editor->postingView()->alpha() == 1; }
+    std::shared_ptr<UIAlertController> alert() {
+        return std::dynamic_pointer_cast<UIAlertController>(editor->presentedViewController());
+    }
     std::shared_ptr<UICollectionViewCell> tileAt(UIArticleEditMediaTableViewCell& strip, std::int64_t index) {
         return strip.collectionView()->cellForItemAtIndexPath({0, index});
     }
@@ -104,9 +139,7 @@ protected:
     }
     /// Drags the table as a finger does.
     void dragTable() {
-        platform.touch(UITouchPhase::began, {180, 150});
-        for (int i = 1; i <= 5; ++i) platform.touch(UITouchPhase::moved, {180, 150 - i * 10.0});
-        platform.touch(UITouchPhase::ended, {180, 100});
+        platform.drag({180, 150}, {180, 100});
         platform.advance(1);
     }
     /// Presses the add tile of a strip and returns the picker that comes.
@@ -119,27 +152,20 @@ protected:
         return presented<UIImagePickerController>();
     }
     void finishPicking(const std::shared_ptr<UIImagePickerController>& picker, std::string type,
-                       std::shared_ptr<const UIImage> picture, std::optional<NSURL> url = {}) {
+                       std::shared_ptr<const UIImage> image, std::optional<NSURL> url = {}) {
         ASSERT_NE(picker, nullptr);
         UIImagePickerMediaInfo info;
         info.mediaType = std::move(type);
-        info.originalImage = std::move(picture);
+        info.originalImage = std::move(image);
         info.mediaURL = std::move(url);
         picker->delegate()->imagePickerControllerDidFinishPickingMediaWithInfo(*picker, info);
         platform.advance(1);
     }
-    static Data pictureData(const char* name = "loading") {
-        return Data::mapFile(*OstrelArticleBundle->pathForResource(name, "png"));
-    }
-    static std::shared_ptr<const UIImage> picture() { return UIImage::imageWithData(pictureData()); }
 
-    TemporaryFolder home;
     std::shared_ptr<ScriptedMediaBackend> media = std::make_shared<ScriptedMediaBackend>();
+    std::shared_ptr<UIViewController> list;
     std::shared_ptr<UINavigationController> navigation;
     std::shared_ptr<UIArticleEditViewController> editor;
-
-private:
-    const std::string formerHome_;
 };
 
 }  // namespace ostrel

@@ -28,36 +28,23 @@ protected:
     const Data one = pictureData("anonymousAvatar"), other = pictureData("video_play_image");
 };
 
-TEST_F(MediaTileTest, EachStylePlacesItsParts) {
-    const struct {
-        std::int64_t style;
-        CGRect tile, picture, caption, placeholder;
-    } cases[] = {
-        {0, {0, 0, 348, 86}, {0, 0, 117, 86}, {119, 3, 227, 80}, {8, 9, 218, 16}},
-        {1, {0, 0, 115, 115}, {0, 0, 167, 167}, {}, {}},
-        {2, {0, 0, 167, 167}, {0, 0, 167, 167}, {}, {0, 9, 0, 16}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.style);
-        auto tile = shown<VideoCollectionViewCell>(c.tile);
-        tile->setArticleEditStyle(c.style);
-        EXPECT_EQ(tile->img()->frame(), c.picture);
-        EXPECT_EQ(tile->actView()->center(), tile->img()->center());
-        EXPECT_EQ(tile->myTextView()->frame(), c.caption);
-        EXPECT_EQ(tile->myTextPlaceholder()->frame(), c.placeholder);
-        EXPECT_EQ(tile->removeButton()->frame(), CGRect(c.tile.width() - 30, 0, 30, 30));
+TEST_F(MediaTileTest, PartsFollowTheStyleAndTheWidthOfTheTile) {
+    auto tile = shown<VideoCollectionViewCell>();
+    for (const auto& [style, width] : {std::pair{2, 348.0}, {1, 348.0}, {0, 348.0}, {0, 448.0}}) {
+        SCOPED_TRACE(testing::Message() << style << ", " << width);
+        tile->setArticleEditStyle(style);
+        tile->setFrame({0, 0, width, 86});
         const CGRect picture = tile->img()->frame();
+        EXPECT_EQ(picture, style == 0 ? CGRect(0, 0, 117, 86) : CGRect(0, 0, 167, 167));
+        EXPECT_EQ(tile->actView()->center(), tile->img()->center());
+        EXPECT_EQ(tile->myTextView()->frame().width(), style == 0 ? width - 121 : 0);
+        EXPECT_EQ(tile->myTextPlaceholder()->frame().width(), style == 0 ? width - 130 : 0);
+        EXPECT_EQ(tile->removeButton()->frame(), CGRect(width - 30, 0, 30, 30));
         EXPECT_EQ(tile->durationLabel()->frame(), CGRect(0, picture.height() - 14, picture.width() - 8, 11));
     }
-    // The window changes its width.
-    auto tile = shown<ImageCollectionViewCell>();
-    tile->setArticleEditStyle(0);
-    tile->setFrame({0, 0, 448, 86});
-    EXPECT_EQ(tile->myTextView()->frame().width(), 327);
-    EXPECT_EQ(tile->removeButton()->frame().maxX(), 448);
 }
 
-TEST_F(MediaTileTest, AThumbnailShowsWhenItIsThereAndTheWheelTellsWhetherItWillCome) {
+TEST_F(MediaTileTest, TheSpinnerTurnsUntilTheThumbnailCameAndALateThumbnailStillShows) {
     auto tile = shown<ImageCollectionViewCell>();
     const std::string loading(pictureData().view());
     tile->setImageObject(existingImage(R"({"thumbnail":"http://h/slow"})"));
@@ -66,7 +53,7 @@ TEST_F(MediaTileTest, AThumbnailShowsWhenItIsThereAndTheWheelTellsWhetherItWillC
     server->mediaUrls();
     server->answerMedia("http://h/slow", {});
     EXPECT_FALSE(tile->actView()->isAnimating());
-    EXPECT_EQ(bytes(*tile), loading) << "a failure leaves it";
+    EXPECT_EQ(bytes(*tile), loading) << "a failure leaves the picture";
 
     server->cachedMedia["http://h/kept"] = one;
     tile->setImageObject(existingImage(R"({"thumbnail":"http://h/kept"})"));
@@ -75,7 +62,7 @@ TEST_F(MediaTileTest, AThumbnailShowsWhenItIsThereAndTheWheelTellsWhetherItWillC
     server->answerMedia("http://h/kept", one);
     EXPECT_FALSE(tile->actView()->isAnimating());
 
-    // Used again for other items: neither shows what the tile showed before, and a late answer still shows.
+    // The tile is used for other items: it no longer shows the first picture, and a late thumbnail still shows.
     tile->setImageObject(existingImage(R"({"thumbnail":"http://h/late"})"));
     EXPECT_EQ(bytes(*tile), loading);
     auto fresh = std::make_shared<NSArticleImageObject>();
@@ -85,13 +72,11 @@ TEST_F(MediaTileTest, AThumbnailShowsWhenItIsThereAndTheWheelTellsWhetherItWillC
     EXPECT_EQ(bytes(*tile), one.view());
     server->answerMedia("http://h/late", other);
     EXPECT_EQ(bytes(*tile), other.view());
-
-    auto film = shown<VideoCollectionViewCell>();
-    auto item = std::make_shared<NSArticleVideoObject>();
-    item->setVideoDictionary(record(R"({"thumbnail":"http://h/kept","duration":65})"));
-    film->setVideoObject(item);
-    EXPECT_FALSE(film->actView()->isAnimating()) << "a video's stops for what is cached";
-    EXPECT_EQ(film->durationLabel()->text(), "");
+    tile->setImageObject(existingImage(R"({"thumbnail":"http://h/none"})"));
+    server->mediaUrls();
+    server->answerMedia("http://h/none", Data::copy("<html>404"));
+    EXPECT_EQ(tile->img()->image(), nullptr) << "bytes that are no picture";
+    EXPECT_FALSE(tile->actView()->isAnimating());
     settleRequests();
 }
 
@@ -104,15 +89,18 @@ TEST_F(MediaTileTest, ANewVideoShowsItsLengthAndAnExistingOneLeavesTheLabel) {
         EXPECT_EQ(tile->durationLabel()->text(), text);
         EXPECT_FALSE(tile->actView()->isAnimating());
     }
+    server->cachedMedia["http://h/kept"] = one;
+    tile->actView()->startAnimating();
     auto existing = std::make_shared<NSArticleVideoObject>();
-    existing->setVideoDictionary(record(R"({"duration":9})"));
+    existing->setVideoDictionary(record(R"({"thumbnail":"http://h/kept","duration":9})"));
     tile->setVideoObject(existing);
     EXPECT_EQ(tile->durationLabel()->text(), "2:05");
+    EXPECT_FALSE(tile->actView()->isAnimating()) << "the spinner of a video stops for cached data";
     settleRequests();
 }
 
 TEST_F(ArticleEditTest, ACaptionGoesToItsItemAndARedisplayShowsTheServersAgain) {
-    showExisting(articleWith(2));
+    openExisting(articleWith(2));
     const auto item = images().imagesArray()->front();
     EXPECT_EQ(image(0)->myTextView()->text(), "A");
     EXPECT_EQ(image(0)->myTextPlaceholder()->alpha(), 0);
@@ -147,8 +135,8 @@ TEST_F(MediaTileTest, ACaptionUnderEditStaysWithTheItemItWasTypedFor) {
     settleRequests();
 }
 
-TEST_F(ArticleEditTest, TilesSayWhatTheyAre) {
-    showExisting(articleWith(3));
+TEST_F(ArticleEditTest, ATileHasANameForScreenReaders) {
+    openExisting(articleWith(3));
     const auto label = [&](std::int64_t index) { return image(index)->accessibility().label; };
     EXPECT_EQ(label(1), "Image 2 of 3, caption B");
     typeCaption(image(1), "");

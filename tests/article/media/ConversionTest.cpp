@@ -39,48 +39,36 @@ protected:
 };
 
 TEST_F(ConversionTest, MediumIsPreferredToLowAndNothingElseIsTaken) {
-    struct Case {
-        std::vector<std::string> offered;
-        std::string taken;  // empty: none
-    };
-    for (const Case& c : {Case{{low, medium}, medium}, Case{{medium}, medium}, Case{{"Highest", low}, low},
-                          Case{{"Highest", "640x480"}, ""}, Case{{}, ""}}) {
-        SCOPED_TRACE(testing::PrintToString(c.offered));
-        clip().presets = c.offered;
+    const std::pair<std::vector<std::string>, std::string> cases[] = {{{low, medium}, medium},
+                                                                      {{medium}, medium},
+                                                                      {{"Highest", low}, low},
+                                                                      {{"Highest", "640x480"}, ""},
+                                                                      {{}, ""}};
+    for (const auto& [offered, taken] : cases) {
+        SCOPED_TRACE(testing::PrintToString(offered));
+        clip().presets = offered;
         media->exports.clear();
+        calls.clear();
         convert();
-        ASSERT_EQ(media->exports.size(), c.taken.empty() ? 0u : 1u);
-        if (!c.taken.empty()) {
-            EXPECT_EQ(running().request.presetName, c.taken);
+        ASSERT_EQ(media->exports.size(), taken.empty() ? 0u : 1u);
+        if (taken.empty()) {
+            time.loop().advance(5);
+            EXPECT_EQ(calls, (std::vector<Call>{{true, 0, std::nullopt}})) << "at once, and without a timer";
+            EXPECT_EQ(log.lines().back(), "No sutiable video quality.");
+        } else {
+            EXPECT_EQ(running().request.presetName, taken);
+            EXPECT_EQ(running().request.outputPath, "/home/me/Documents/clip.mov");
+            EXPECT_TRUE(running().request.optimizesForNetworkUse);
             running().complete(Status::completed);
         }
     }
-}
-
-TEST_F(ConversionTest, TheExportIsAskedForAnMp4FileForTheNetworkAtTheDestination) {
-    clip().presets = {medium};
+    media->clips.clear();
+    calls.clear();
     convert();
-    EXPECT_EQ(running().request.outputPath, "/home/me/Documents/clip.mov");
-    EXPECT_TRUE(running().request.optimizesForNetworkUse);
-    running().complete(Status::completed);
+    EXPECT_EQ(calls, (std::vector<Call>{{true, 0, std::nullopt}})) << "no clip";
 }
 
-TEST_F(ConversionTest, WithoutAFittingPresetTheHandlerIsCalledOnceAtOnceAndNoTimerRuns) {
-    for (const bool isClip : {true, false}) {
-        calls.clear();
-        if (isClip) {
-            clip().presets = {"Highest"};
-        } else {
-            media->clips.clear();
-        }
-        convert();
-        time.loop().advance(5);
-        EXPECT_EQ(calls, (std::vector<Call>{{true, 0, std::nullopt}}));
-    }
-    EXPECT_EQ(log.lines(), (Lines{"No sutiable video quality.", "No sutiable video quality."}));
-}
-
-TEST_F(ConversionTest, ProgressIsToldEveryTenthOfASecondFromTheSession) {
+TEST_F(ConversionTest, TheHandlerHearsTheSessionsProgressEveryTenthOfASecond) {
     clip().presets = {medium};
     convert();
     EXPECT_TRUE(calls.empty());
@@ -93,12 +81,12 @@ TEST_F(ConversionTest, ProgressIsToldEveryTenthOfASecondFromTheSession) {
     running().complete(Status::completed);
 }
 
-TEST_F(ConversionTest, TheStatusDecidesWhatTheHandlerIsToldAndWhetherTheTimerStops) {
+TEST_F(ConversionTest, TheStatusDecidesWhatTheHandlerHearsAndWhetherTheTimerStops) {
     const NSError full{"The disk is full.", 28};
     struct Case {
         Status status;
         std::optional<Call> told;
-        bool timerRunsOn;
+        bool timerContinues;
     };
     for (const Case& c :
          {Case{Status::completed, Call{true, 1, std::nullopt}, false},
@@ -116,32 +104,26 @@ TEST_F(ConversionTest, TheStatusDecidesWhatTheHandlerIsToldAndWhetherTheTimerSto
         if (c.told) {
             EXPECT_EQ(calls.front(), *c.told);
         }
-        EXPECT_EQ(progressCallsIn(1) > 0, c.timerRunsOn);
-        // Ends the timers that run on, for the next case.
+        EXPECT_EQ(progressCallsIn(1) > 0, c.timerContinues);
+        // Stops a timer that still runs, for the next case.
         running().complete(Status::completed);
         time.loop().runUntilIdle();
     }
 }
 
-TEST_F(ConversionTest, AnExportThatEndsOnItsOwnThreadTellsSoThereAndNoProgressFollows) {
+TEST_F(ConversionTest, TheEndIsToldOnTheThreadOfTheExportAndNoProgressFollows) {
     clip().presets = {medium};
-    std::thread::id finishedOn;
-    int progressAfterwards = 0;
-    bool isFinished = false;
+    std::vector<std::thread::id> finishedOn;
     NSMov2Mp4().convertMovSourceURL(url, "/o.mp4", [&](bool finished, float, const std::optional<NSError>&) {
-        if (finished) {
-            finishedOn = std::this_thread::get_id();
-            isFinished = true;
-        } else if (isFinished) {
-            ++progressAfterwards;
-        }
+        EXPECT_TRUE(finished || finishedOn.empty());
+        if (finished) finishedOn.push_back(std::this_thread::get_id());
     });
+    ticks(2);
     std::thread exporting([&] { running().complete(Status::completed); });
     const auto exportingId = exporting.get_id();
     exporting.join();
     time.loop().advance(1);
-    EXPECT_EQ(finishedOn, exportingId);
-    EXPECT_EQ(progressAfterwards, 0);
+    EXPECT_EQ(finishedOn, std::vector{exportingId});
 }
 
 TEST_F(ConversionTest, NothingOfAConversionIsKeptAfterItsEnd) {

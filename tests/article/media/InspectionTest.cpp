@@ -21,23 +21,16 @@ AVAssetTrack videoTrack(const CGAffineTransform& transform) {
     return {.mediaType = AVMediaType::video, .preferredTransform = transform};
 }
 
-TEST_F(InspectionTest, TheDurationIsInWholeSecondsTowardZero) {
-    struct Case {
-        CMTime length;
-        float seconds;
-    };
-    for (const Case& c :
-         {Case{{129, 10}, 12}, Case{{9, 10}, 0}, Case{{3, 1}, 3}, Case{{1800, 600}, 3},
-          Case{{2999999, 1000000}, 2}, Case{{-19, 10}, -1}, Case{{5, 0}, 0}, Case{{0, 600}, 0}}) {
-        clip().length = c.length;
+TEST_F(InspectionTest, TheDurationIsInWholeSecondsTowardZeroAndTheFirstFrameIsAskedForInFifths) {
+    const std::pair<CMTime, float> cases[] = {
+        {{129, 10}, 12},         {{9, 10}, 0},    {{3, 1}, 3}, {{1800, 600}, 3},
+        {{2999999, 1000000}, 2}, {{-19, 10}, -1}, {{5, 0}, 0}, {{0, 600}, 0}};
+    for (const auto& [length, seconds] : cases) {
+        clip().length = length;
         EXPECT_TRUE(inspect());
-        EXPECT_EQ(duration, c.seconds) << c.length.value << "/" << c.length.timescale;
+        EXPECT_EQ(duration, seconds) << length.value << "/" << length.timescale;
+        EXPECT_EQ(media->imageTimes.back(), CMTimeMake(0, 5));
     }
-}
-
-TEST_F(InspectionTest, TheFirstFrameIsAskedForInFifthsOfASecond) {
-    EXPECT_TRUE(inspect());
-    EXPECT_EQ(media->imageTimes, (std::vector<CMTime>{CMTimeMake(0, 5)}));
 }
 
 TEST_F(InspectionTest, EachStepThatFailsIsLoggedAndLeavesThePictureAlone) {
@@ -61,7 +54,7 @@ TEST_F(InspectionTest, EachStepThatFailsIsLoggedAndLeavesThePictureAlone) {
     }
 }
 
-TEST_F(InspectionTest, OnlyTheThreeExactQuarterTurnsTurnThePicture) {
+TEST_F(InspectionTest, OnlyTheThreeExactQuarterTurnsRotateThePicture) {
     using Orientation = UIImageOrientation;
     struct Case {
         CGAffineTransform transform;
@@ -78,7 +71,7 @@ TEST_F(InspectionTest, OnlyTheThreeExactQuarterTurnsTurnThePicture) {
     }
 }
 
-TEST_F(InspectionTest, AStandingClipYieldsAStandingPictureOfItsFirstVideoTrack) {
+TEST_F(InspectionTest, APortraitClipYieldsAPortraitPictureOfItsFirstVideoTrack) {
     const AVAssetTrack sound{.mediaType = AVMediaType::audio, .preferredTransform = turned(-1, 0, 0, -1)};
     clip().trackList = {sound, videoTrack(turned(0, 1, -1, 0)), videoTrack({})};
     EXPECT_TRUE(inspect());
@@ -97,13 +90,14 @@ TEST_F(InspectionTest, RotatingMovesEveryPixelToItsPlace) {
     struct Case {
         UIImageOrientation orientation;
         int width, height;
-        std::function<CGPoint(int, int)> from;  // the source's pixel that is seen at (x, y)
+        /// Which pixel of the source is shown at (x, y).
+        std::function<CGPoint(int, int)> from;
     };
     for (const Case& c :
          {Case{UIImageOrientation::up, width, height, [](int x, int y) { return CGPoint(x, y); }},
           Case{UIImageOrientation::down, width, height,
                [](int x, int y) { return CGPoint(width - 1 - x, height - 1 - y); }},
-          // Turned clockwise: the left column, from the bottom, becomes the top row.
+          // A quarter turn clockwise: the left column, from its bottom, becomes the top row.
           Case{UIImageOrientation::right, height, width,
                [](int x, int y) { return CGPoint(y, height - 1 - x); }},
           Case{UIImageOrientation::left, height, width,

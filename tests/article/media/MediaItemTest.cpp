@@ -5,7 +5,7 @@
 namespace ostrel {
 namespace {
 
-// The kinds are part of the contract with the editor: a single-precision length, a pair of doubles, a one-byte flag.
+// Hosts rely on these types: a single-precision length, a pair of doubles, a flag of one byte.
 static_assert(std::is_same_v<decltype(NSArticleVideoObject().duration()), float>);
 static_assert(std::is_same_v<decltype(NSArticleVideoObject().videoSize().width), double>);
 static_assert(sizeof(NSArticleVideoObject().textChanged()) == 1 &&
@@ -45,10 +45,10 @@ TEST_F(CaptureMetadataTest, PlaceIsCutAtFixedPositionsWhateverTheLayout) {
              Case{"+31.2304+121.4737+012.345/", "+31.2304", "+121.4737", "+012.345"},
              Case{"-33.8568+151.2153+1234.5678/more", "-33.8568", "+151.2153", "+1234.567"},
              Case{"+31.2304+121.4737//////////", "+31.2304", "+121.4737", ""},
-             // Another layout is cut the same way.
+             // A text of another layout is cut at the same positions.
              Case{"+4.5-100.5+8.25CRSWGS_84//", "+4.5-100", ".5+8.25CR", "SWGS_84"},
              Case{"\u5317\u7eac+31.23+121.4737+012.345/", "\u5317\u7eac+31.23", "+121.4737", "+012.345"},
-             // One short of 26.
+             // One character fewer than 26.
              Case{"+31.2304+121.4737+012.34/", {}, {}, {}},
              Case{"+31.2304+121.4737/", {}, {}, {}},
              Case{"", {}, {}, {}},
