@@ -6,12 +6,12 @@
 namespace ostrel {
 
 class ImageCollectionViewCell;
-using ImageCollectionViewCellDelegate = MediaTileDelegate<ImageCollectionViewCell>;
+using ImageCollectionViewCellDelegate = MediaItemTileDelegate<ImageCollectionViewCell>;
 
 /// The tile of an image.
-class ImageCollectionViewCell final : public MediaTile<ImageCollectionViewCell, NSArticleImageObject> {
+class ImageCollectionViewCell final : public MediaItemTile<ImageCollectionViewCell, NSArticleImageObject> {
 public:
-    using MediaTile::MediaTile;
+    using MediaItemTile::MediaItemTile;
 
     const std::shared_ptr<NSArticleImageObject>& imageObject() const { return itemObject(); }
     void setImageObject(std::shared_ptr<NSArticleImageObject> item);

@@ -89,9 +89,9 @@ private:
 
 /// What a strip hears from its tiles.
 template <class Tile>
-class MediaTileDelegate {
+class MediaItemTileDelegate {
 public:
-    virtual ~MediaTileDelegate() = default;
+    virtual ~MediaItemTileDelegate() = default;
     /// The remove button of the tile was pressed.
     virtual void removeImageCollectionViewCell(Tile&) {}
     /// The user changed the caption, or left its editor.
@@ -100,9 +100,9 @@ public:
 
 /// A tile with the item that it shows and its delegate. `Tile` is the class derived from this one.
 template <class Tile, class Item>
-class MediaTile : public MediaCollectionViewCell {
+class MediaItemTile : public MediaCollectionViewCell {
 public:
-    using Delegate = MediaTileDelegate<Tile>;
+    using Delegate = MediaItemTileDelegate<Tile>;
     using MediaCollectionViewCell::MediaCollectionViewCell;
 
     const std::shared_ptr<Delegate>& delegate() const { return delegate_; }

@@ -7,12 +7,12 @@
 namespace ostrel {
 
 class VideoCollectionViewCell;
-using VideoCollectionViewCellDelegate = MediaTileDelegate<VideoCollectionViewCell>;
+using VideoCollectionViewCellDelegate = MediaItemTileDelegate<VideoCollectionViewCell>;
 
 /// The tile of a video: its first frame and, of a new video, its length.
-class VideoCollectionViewCell final : public MediaTile<VideoCollectionViewCell, NSArticleVideoObject> {
+class VideoCollectionViewCell final : public MediaItemTile<VideoCollectionViewCell, NSArticleVideoObject> {
 public:
-    using MediaTile::MediaTile;
+    using MediaItemTile::MediaItemTile;
     void initialise();
 
     const std::shared_ptr<NSArticleVideoObject>& videoObject() const { return itemObject(); }

@@ -88,7 +88,7 @@ TEST_F(ArticleSaveTest, AnUpdateEndsHalfASecondAfterItsLastAnswer) {
     elapse(0.39);
     EXPECT_EQ(waitingPaths(), Lines{});
     elapse(0.02);
-    EXPECT_EQ(waitingPaths(), Lines{"/article/article_seven_json.html"});
+    ASSERT_EQ(waitingPaths(), Lines{"/article/article_seven_json.html"});
     EXPECT_FALSE(server->calls[0].cameFromMainThread);
     EXPECT_EQ(*outstanding, 0) << "the last load is not counted";
     EXPECT_EQ(posted, Lines{});
