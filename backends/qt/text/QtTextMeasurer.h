@@ -11,8 +11,8 @@
 
 namespace ostrel {
 
-/// Measures text with the layout that paints it. The last 4,096 answers are kept, for at most 4 MiB of text. What is
-/// measured ahead is measured on one thread, at most 256 texts at a time. Main thread.
+/// Measures text with the layout that paints it. The 4,096 results used last are kept, for at most 4 MiB of text. One
+/// thread measures texts ahead, of which at most 256 wait. Main thread.
 class QtTextMeasurer final : public TextMeasurer {
 public:
     QtTextMeasurer();
@@ -44,11 +44,13 @@ private:
                       int maximumLines);
     void keep(Entry entry);
 
-    Entries recent_;  // the last used first
+    // Ordered: the entry used last comes first.
+    Entries recent_;
     std::unordered_map<std::size_t, Entries::iterator> byHash_;
     std::size_t textBytes_ = 0;
     std::map<std::pair<std::string, CGFloat>, CGFloat> lineHeights_;
-    std::unique_ptr<Ahead> ahead_;  // from the first text that is measured ahead on
+    // Null until the first text is to be measured ahead.
+    std::unique_ptr<Ahead> ahead_;
 };
 
 }  // namespace ostrel

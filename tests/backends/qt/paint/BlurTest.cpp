@@ -87,12 +87,12 @@ TEST(Blur, OutsideOfSurfacesFollowsWhatChangesBeneath) {
     window.mount({Mutation::update(tags[1], std::make_shared<ViewState>(state), changedFrameOrigin)});
     window.grab();
     EXPECT_TRUE(isNear(window.at(100, 120), QColor(0, 0, 255), 12)) << "it has moved away";
-    const auto painted = window.view().statistics().tilesPainted;
+    const auto painted = window.view().statistics().bandsPainted;
     ViewState front = root.children[2].state;
     front.accessibility.label = "in front";
     window.mount({Mutation::update(tags[4], std::make_shared<ViewState>(front), changedAccessibility)});
     window.grab();
-    EXPECT_EQ(window.view().statistics().tilesPainted, painted);
+    EXPECT_EQ(window.view().statistics().bandsPainted, painted);
 }
 
 }  // namespace

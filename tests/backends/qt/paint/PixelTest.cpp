@@ -248,27 +248,28 @@ TEST(PixelsOf, RotationTurnsTheSurfaceWithoutPaintingItAgain) {
         rotation.begin = Clock::shared().monotonicSeconds();
         return std::make_shared<const LayerRotation>(std::move(rotation));
     };
-    Spec tile = surface({50, 80, 100, 40}, green, {box({0, 0, 20, 40}, red)});
-    tile.state.rotation = turning({1.5707963267948966}, 0);
-    const auto tags = window.mount(box({0, 0, 200, 200}, white, {tile}));
+    Spec turned = surface({50, 80, 100, 40}, green, {box({0, 0, 20, 40}, red)});
+    turned.state.rotation = turning({1.5707963267948966}, 0);
+    const auto tags = window.mount(box({0, 0, 200, 200}, white, {turned}));
     window.grab();
     // A quarter turn clockwise: what was at the left is above.
     EXPECT_TRUE(isNear(window.at(100, 55), qRed));
     EXPECT_TRUE(isNear(window.at(100, 140), qGreen));
     EXPECT_EQ(window.at(60, 100), qWhite);
 
-    tile.state.rotation = turning({-0.5, 0.5, -0.5}, 0.2);
+    turned.state.rotation = turning({-0.5, 0.5, -0.5}, 0.2);
     const auto set = [&] {
-        window.mount({Mutation::update(tags[1], std::make_shared<ViewState>(tile.state), changedTransform)});
+        window.mount(
+            {Mutation::update(tags[1], std::make_shared<ViewState>(turned.state), changedTransform)});
     };
     set();
     const QImage first = window.grab();
     const auto before = window.view().statistics();
     EXPECT_TRUE(waitUntil([&] { return window.window().grabWindow() != first; })) << "it turns by itself";
-    EXPECT_EQ(window.view().statistics().tilesPainted, before.tilesPainted);
+    EXPECT_EQ(window.view().statistics().bandsPainted, before.bandsPainted);
     EXPECT_EQ(window.view().statistics().listsTaken, before.listsTaken);
     EXPECT_TRUE(window.view().isSettled());
-    tile.state.rotation = nullptr;
+    turned.state.rotation = nullptr;
     set();
     window.grab();
     EXPECT_TRUE(isNear(window.at(60, 85), qRed)) << "it lies as before";

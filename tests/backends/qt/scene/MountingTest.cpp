@@ -33,7 +33,7 @@ TEST(Mounting, ScrollingOverMountedRowsPaintsNothingAndMovesOneNode) {
     const Spec root = box({0, 0, 200, 200}, white, {list(0, 10, 0)});
     const auto tags = window.mount(root);
     window.grab();
-    EXPECT_TRUE(waitUntil([&] { return window.view().statistics().tilesPainted == 10; }))
+    EXPECT_TRUE(waitUntil([&] { return window.view().statistics().bandsPainted == 10; }))
         << "rows out of sight are painted ahead";
     const auto before = window.view().statistics();
     for (int step = 1; step <= 20; ++step) {
@@ -42,7 +42,7 @@ TEST(Mounting, ScrollingOverMountedRowsPaintsNothingAndMovesOneNode) {
         EXPECT_LE(window.view().statistics().nodesChanged, 3u)
             << "the table, and at most a row that comes or goes";
     }
-    EXPECT_EQ(window.view().statistics().tilesPainted, before.tilesPainted);
+    EXPECT_EQ(window.view().statistics().bandsPainted, before.bandsPainted);
     EXPECT_EQ(window.view().statistics().listsTaken, before.listsTaken);
 }
 
@@ -82,14 +82,14 @@ TEST(Mounting, OnlyWhatTheChangeTouchesIsPaintedAgain) {
         QtTestWindow window;
         const auto tags = window.mount(root);
         window.grab();
-        const auto before = window.view().statistics().tilesPainted;
+        const auto before = window.view().statistics().bandsPainted;
         ViewState state = c.view == 1   ? root.children[0].state
                           : c.view == 2 ? root.children[0].children[0].state
                                         : root.children[2].state;
         c.change(state);
         window.mount({Mutation::update(tags[c.view], std::make_shared<ViewState>(state), c.changes)});
         window.grab();
-        EXPECT_EQ(window.view().statistics().tilesPainted - before, c.painted) << c.what;
+        EXPECT_EQ(window.view().statistics().bandsPainted - before, c.painted) << c.what;
     }
 }
 
