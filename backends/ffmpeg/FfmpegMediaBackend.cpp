@@ -11,7 +11,7 @@ extern "C" {
 namespace ostrel {
 
 namespace {
-/// A frame of the largest picture that is decoded takes a third of this; an index that asks for more is a lie.
+/// Bytes. The largest picture that is decoded takes a third of this; a damaged index may ask for more.
 constexpr std::size_t largestAllocation = std::size_t{512} * 1024 * 1024;
 }  // namespace
 

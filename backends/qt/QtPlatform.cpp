@@ -26,8 +26,8 @@ namespace ostrel {
 
 namespace {
 
-/// The desktop's own setting, as far as it can be read without its libraries: GTK's settings file, which the desktops
-/// that have such a setting write, and KDE's animation factor.
+/// The desktop's own setting for reduced motion, as far as files tell it: GTK's settings file, which most desktops
+/// write, and KDE's animation factor.
 bool systemReducesMotion() {
     const QString gtk =
         QStandardPaths::locate(QStandardPaths::GenericConfigLocation, QStringLiteral("gtk-4.0/settings.ini"));
@@ -51,7 +51,7 @@ bool reducesMotion() {
     return wanted.isEmpty() ? systemReducesMotion() : wanted != "0";
 }
 
-/// Only what a reader of articles may open; a file or a program of this machine is nothing an article can name.
+/// Opens web and mail addresses only: an article must not be able to open a file or start a program of this machine.
 bool openAddress(const std::string& address) {
     const QUrl url(toQString(address), QUrl::StrictMode);
     static const QStringList schemes{QStringLiteral("http"), QStringLiteral("https"),
@@ -63,9 +63,10 @@ bool openAddress(const std::string& address) {
 
 void QtPlatform::install(const Options& options) {
     assert(qGuiApp);
-    // Read when the first player is made: of Qt's backends this one plays without a display and turns frames upright.
+    // Qt reads the variable when the first player is made. Of Qt's media backends only this one plays without a display
+    // and turns frames upright.
     if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND")) qputenv("QT_MEDIA_BACKEND", "ffmpeg");
-    // It tells at length of decoders it does not find, in the category of the application's own messages.
+    // Qt's FFmpeg backend lists every decoder that it does not find, in the category of the application's own messages.
     if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
         QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, false);
     PlayerFactory::install(std::make_shared<QtPlayerFactory>());

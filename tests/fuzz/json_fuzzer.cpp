@@ -15,7 +15,7 @@ void readEverything(const ostrel::Value& value) {
 
 }  // namespace
 
-/// Whatever parses can be read, and what it writes parses to the same again.
+/// Every value of JSON that parses can be read, and the JSON that it writes parses to an equal value.
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     std::string error;
     const auto value = ostrel::Value::parse({reinterpret_cast<const char*>(data), size}, &error);

@@ -14,10 +14,10 @@ using namespace ostrel;
 
 namespace {
 
-/// One clip in this many is converted as well as inspected: that takes some fifty times as long.
+/// One clip in this many is also converted, because a conversion takes about fifty times as long as an inspection.
 constexpr unsigned inspectionsForOneConversion = 40;
 
-/// A file in memory, and a folder for what is made of it.
+/// A file in memory for the input, and a folder for the results.
 struct Place {
     Place() {
         MediaBackend::install(std::make_shared<FfmpegMediaBackend>());
@@ -44,7 +44,7 @@ struct Place {
     std::string path, folder;
 };
 
-/// Whatever the bytes are, the outcome is a file or an error, never both.
+/// For any bytes, a conversion ends with a file or with an error, never with both.
 void convert(const Place& place, const std::shared_ptr<const AVAsset>& asset) {
     for (const std::string& preset : AVAssetExportSession::exportPresetsCompatibleWithAsset(asset)) {
         const std::string out = place.folder + "/out.mp4";

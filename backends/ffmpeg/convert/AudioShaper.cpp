@@ -15,7 +15,7 @@ namespace ostrel {
 
 namespace {
 
-/// Times are rounded in most containers; less than this is no gap, and nobody hears it.
+/// Seconds. Most containers round times, so a smaller difference is not a gap; nobody hears it.
 constexpr double tolerance = 0.05;
 constexpr AVSampleFormat format = AV_SAMPLE_FMT_FLTP;
 /// The sampling frequencies of ISO/IEC 14496-3, up to `largestSampleRate`.
@@ -51,7 +51,7 @@ bool AudioShaper::prepare(const AVFrame& frame, std::optional<NSError>* error) {
     if (resampler_ && !flushResampler(error)) return false;
     resampler_ = nullptr;
     AVChannelLayout from{};
-    // Sound without a stated arrangement of speakers gets the customary one for its number of channels.
+    // Sound without a stated channel layout gets the default one for its number of channels.
     if (frame.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC) {
         av_channel_layout_default(&from, frame.ch_layout.nb_channels);
     } else if (av_channel_layout_copy(&from, &frame.ch_layout) < 0) {
@@ -102,7 +102,7 @@ bool AudioShaper::put(const AVFrame& frame, double seconds, std::optional<NSErro
     return convert(samples.data(), frame.nb_samples - skipped, error) && handOn(false, error);
 }
 
-/// Null `samples`: what is left in the resampler.
+/// Converts `count` samples; null `samples` drains the resampler.
 bool AudioShaper::convert(const std::uint8_t* const* samples, int count, std::optional<NSError>* error) {
     const int room = swr_get_out_samples(resampler_.get(), count);
     if (room <= 0) return true;
@@ -170,7 +170,7 @@ bool AudioShaper::handOn(bool isLast, std::optional<NSError>* error) {
             if (error) *error = ffmpegError("The sound cannot be converted", status);
             return false;
         }
-        // The encoder takes a shorter last portion as it is.
+        // The encoder accepts a shorter last portion.
         portion->nb_samples = status;
         handedOn_ += samplesPerPortion;
         if (!take_(std::move(portion))) return false;

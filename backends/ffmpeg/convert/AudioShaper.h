@@ -11,24 +11,24 @@ extern "C" {
 
 namespace ostrel {
 
-/// Brings decoded sound into the form that the encoder takes: its rate, its channels, portions of 1,024 samples without
-/// gaps, from time 0. Where the source leaves a gap there is silence; what overlaps is left out. One thread.
+/// Converts decoded sound to the encoder's sampling rate and channels, in portions of 1,024 samples without gaps, from
+/// time 0. Gaps of the source are filled with silence, and overlapping samples are dropped. One thread.
 class AudioShaper final {
 public:
-    /// Receives portions in order, their times in samples; false ends the shaping.
+    /// Receives portions in order, with times in samples; false ends the shaping.
     using Take = std::function<bool(FramePointer)>;
 
     AudioShaper(int sampleRate, int channels, std::int64_t longestSamples, Take take);
     ~AudioShaper();
 
-    /// The rate to write for sound of `sampleRate` samples a second: the same when AAC has it and `largestSampleRate` is
-    /// not exceeded, else the next one above that it has.
+    /// The rate (samples per second) to write for sound of `sampleRate`: the lowest rate of AAC that is not below it,
+    /// at most `largestSampleRate`.
     static int outputRate(int sampleRate);
     static constexpr int samplesPerPortion = 1024;
 
-    /// Takes a decoded frame that begins at `seconds`. False when shaping has ended or failed; `error` says why it failed.
+    /// Takes a decoded frame that begins at `seconds`. False when shaping has ended or failed; a failure sets `error`.
     bool put(const AVFrame& frame, double seconds, std::optional<NSError>* error);
-    /// The last, shorter portion, filled up with silence.
+    /// Hands on the last portion, which may be shorter.
     bool finish(std::optional<NSError>* error);
 
 private:
@@ -46,7 +46,7 @@ private:
     int sourceRate_ = 0, sourceFormat_ = -1;
     AVChannelLayout sourceLayout_{};
     AVChannelLayout layout_{};
-    /// Samples put into the fifo so far: the time at which the next one is heard.
+    /// Samples that were put into the fifo: the time, in samples, of the next one.
     std::int64_t written_ = 0;
     std::int64_t handedOn_ = 0;
 };

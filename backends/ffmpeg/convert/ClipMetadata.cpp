@@ -11,8 +11,8 @@ namespace ostrel {
 
 namespace {
 
-// Names that containers and cameras give a fact, the most exact first: QuickTime metadata keys, then those that
-// libavformat uses for the atoms of QuickTime user data ("©xyz", "loci", "©mod", "©swr"), Matroska and RIFF tags.
+// The names of each fact in containers and of cameras, the most exact first: keys of QuickTime metadata, then the names
+// that libavformat uses for atoms of QuickTime user data ("©xyz", "loci", "©mod", "©swr"), Matroska and RIFF tags.
 constexpr std::array dateNames{"com.apple.quicktime.creationdate", "creation_time", "date"};
 constexpr std::array placeNames{"com.apple.quicktime.location.ISO6709", "location", "location-eng"};
 constexpr std::array modelNames{"com.apple.quicktime.model", "com.android.model", "model", "model-eng"};
@@ -32,7 +32,7 @@ const char* first(const AVFormatContext& format, const std::array<const char*, c
     return nullptr;
 }
 
-/// ISO 8601 in the forms that cameras write: also with an offset without a colon ("+0800").
+/// Parses ISO 8601 in the forms that cameras write, also with an offset without a colon ("+0800").
 std::optional<NSDate> dateOf(std::string text) {
     const std::size_t size = text.size();
     const bool hasShortOffset = size > 5 && (text[size - 5] == '+' || text[size - 5] == '-') &&

@@ -7,11 +7,12 @@
 
 namespace ostrel {
 
-/// What a clip says about its capture, whatever its container calls it: date, place (ISO 6709), camera model, software.
+/// The facts of a clip's capture: date, place (ISO 6709), camera model, software. Each container names them
+/// differently.
 std::vector<AVMetadataItem> captureMetadata(const AVFormatContext& format);
 
-/// Writes the same facts into the metadata of an MP4 file: under the keys of QuickTime metadata, as they stood, and where
-/// MP4 has a place of its own for them (creation time) there as well.
+/// Copies the same facts, unchanged, into the metadata of an MP4 file, under the keys of QuickTime metadata. The
+/// creation time is also written to MP4's own field.
 void copyCaptureMetadata(const AVFormatContext& from, AVFormatContext& to);
 
 }  // namespace ostrel

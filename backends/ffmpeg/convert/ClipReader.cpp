@@ -10,25 +10,26 @@ namespace ostrel {
 
 namespace {
 
-/// A clip whose pictures cannot be decoded is given up after this many packets (nearly two minutes).
+/// The conversion fails when so many packets (nearly two minutes) gave no picture.
 constexpr std::int64_t largestPacketCountWithoutPicture = 3000;
-/// Longer clips are refused: their times are nearly always damaged.
+/// A longer clip is refused: its times are nearly always damaged.
 constexpr double longestSeconds = 24 * 60 * 60;
-/// Room for sound that ends after what the clip states as its length.
+/// Sound may end so many seconds after the stated duration of the clip.
 constexpr double secondsBeyondDuration = 10;
 
-/// As good as the bicubic filter of libswscale, in half its time. Dithered as there, which keeps what lies between two
-/// levels. Chroma keeps its place in the middle: a turn would bring any other to another side.
+/// zimg's options that look like libswscale's bicubic filter in half the time. Ordered dithering keeps gradients, as
+/// libswscale's does. Chroma samples are placed in the middle, because a turn would move them to another side
+/// otherwise.
 constexpr const char* plainScaleOptions = ":filter=spline16:dither=ordered:cin=center:c=center";
 
-/// What zimg takes as it is, and what nearly all clips are.
+/// Whether zimg can scale the frame directly, as it can for nearly all clips.
 bool isPlainPicture(const AVFrame& frame) {
     static const bool hasZimg = avfilter_get_by_name("zscale") != nullptr;
     return hasZimg && frame.format == AV_PIX_FMT_YUV420P && frame.width % 2 == 0 && frame.height % 2 == 0;
 }
 
-/// Two more than cores: while one waits for the frame it refers to, or for its picture to be scaled, another goes on.
-/// Fewer when the pictures in their hands, two each, would take too much memory.
+/// Two threads more than cores, because a thread may wait for a reference frame or for the scaling of its picture.
+/// Fewer when the pictures that the threads hold, two each, would take too much memory.
 int decodingThreads(const AVCodecParameters& parameters) {
     constexpr std::int64_t largestThreadCount = 16, picturesEach = 2, largestBytes = std::int64_t{256} << 20;
     const std::int64_t pictureBytes =
@@ -80,13 +81,13 @@ bool ClipReader::openStreams(std::optional<NSError>* error) {
     video_ = format.streams[video];
     videoDecoder_ = openDecoder(*video_, decodingThreads(*video_->codecpar), error);
     if (!videoDecoder_) return false;
-    // Smoothing block edges is a tenth of decoding. In pictures that no other one is decoded from, and which become half
-    // the size or less, nothing of it is left to see (SSIM is the same to the fourth digit).
+    // The deblocking filter takes a tenth of the decoding time. It is skipped for pictures that are no reference of
+    // others and are scaled to half the size or less, where it is not visible (SSIM is the same to the fourth digit).
     const PixelSize encoded{video_->codecpar->width, video_->codecpar->height};
     if (2 * fittedSize(encoded, 1, preset_.box).height <= encoded.height)
         videoDecoder_->skip_loop_filter = AVDISCARD_NONREF;
     if (audio >= 0) {
-        // A clip whose sound cannot be decoded after all is converted without.
+        // When the decoder of the sound cannot be opened, the clip is converted without sound.
         audio_ = format.streams[audio];
         audioDecoder_ = openDecoder(*audio_, 1, nullptr);
         if (audioDecoder_ && audio_->codecpar->sample_rate > 0) {
@@ -156,7 +157,7 @@ bool ClipReader::checkPacket(const AVPacket& packet) {
 }
 
 bool ClipReader::decodeVideo(const AVPacket* packet) {
-    // What cannot be decoded is passed over; a clip of nothing else is given up.
+    // Packets that cannot be decoded are skipped; the conversion fails when no packet can be decoded.
     const int status = avcodec_send_packet(videoDecoder_.get(), packet);
     if (status == AVERROR(ENOMEM)) {
         fail(NSError{"Memory is short."});
@@ -175,7 +176,7 @@ bool ClipReader::decodeVideo(const AVPacket* packet) {
     return true;
 }
 
-/// Brings the frame's time to the output's clock, and leaves out frames that come too fast.
+/// Converts the frame's time to the output's clock, and drops frames above the preset's frame rate.
 bool ClipReader::takeVideo(AVFrame& frame) {
     std::int64_t source = frame.best_effort_timestamp;
     if (source == AV_NOPTS_VALUE) {
@@ -200,7 +201,7 @@ bool ClipReader::takeVideo(AVFrame& frame) {
     frame.pict_type = AV_PICTURE_TYPE_NONE;
     if (!prepareGraph(frame)) return false;
     if (isPlain_) {
-        // zimg refuses tags that contradict each other; the samples stay as they are, whatever the tags say.
+        // zimg refuses contradictory tags of colour. The tags are replaced; the samples do not change.
         frame.colorspace = colours_.matrix;
         frame.color_primaries = AVCOL_PRI_UNSPECIFIED;
         frame.color_trc = AVCOL_TRC_UNSPECIFIED;
@@ -229,7 +230,7 @@ bool ClipReader::prepareGraph(const AVFrame& frame) {
 
 std::string ClipReader::filterChain(const AVFrame& frame) {
     const PictureTurn turn = PictureTurn::nearestTo(transformOfDisplayMatrix(displayMatrix(*video_)));
-    // The size of the first picture stays; the encoder was set up for it.
+    // All pictures get the size of the first one, for which the encoder was set up.
     if (scaledSize_.width == 0) {
         AVFrame* unchanged = const_cast<AVFrame*>(&frame);
         const AVRational aspect = av_guess_sample_aspect_ratio(&reader_->format(), video_, unchanged);
@@ -241,7 +242,7 @@ std::string ClipReader::filterChain(const AVFrame& frame) {
         isPlainPicture(frame) && !isInterlaced_ && colours_.filters.empty() && colours_.scaleOptions.empty();
     std::string chain;
     if (isInterlaced_) chain += "bwdif=mode=send_frame:parity=auto:deint=interlaced,";
-    // Scaled first, turned then: turning a third of the pixels a side is a ninth of the work.
+    // Pictures are scaled before they are turned: turning a third of the side length is a ninth of the work.
     const std::string size = std::to_string(scaledSize_.width) + ":" + std::to_string(scaledSize_.height);
     chain += isPlain_ ? "zscale=" + size + plainScaleOptions
                       : "scale=" + size + ":flags=bicubic" + colours_.scaleOptions;
@@ -250,7 +251,7 @@ std::string ClipReader::filterChain(const AVFrame& frame) {
     return chain + ",format=yuv420p,setsar=1";
 }
 
-/// Null: what the filters still hold.
+/// Filters a frame; null drains the filters.
 bool ClipReader::filter(AVFrame* frame) {
     if (!graph_) return true;
     int status = graph_->push(frame);

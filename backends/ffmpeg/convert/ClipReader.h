@@ -11,25 +11,26 @@
 
 namespace ostrel {
 
-/// The first half of an export: reads and decodes a clip, brings its pictures upright to the preset's size and colours and
-/// its sound to the encoder's form, and puts both into a queue. Made by one thread, then used by one.
+/// The first half of an export: reads and decodes a clip, turns and scales its pictures, converts their colours and the
+/// sound, and puts both into a queue. One thread makes the reader, then one thread uses it.
 class ClipReader final {
 public:
-    /// Null when the clip cannot be read. `interrupted` ends everything early; it must outlive this.
+    /// Null when the clip cannot be read. `interrupted` ends all work early; it must outlive the reader.
     static std::unique_ptr<ClipReader> open(std::shared_ptr<const InputFile> file, const ExportPreset& preset,
                                             const std::atomic<bool>& interrupted,
                                             std::optional<NSError>* error);
 
-    /// Reads to the end. Absent when all went into `queue`, which is closed then; also when the queue was stopped.
+    /// Reads to the end, then closes `queue`. Absent on success, and when the queue was stopped.
     std::optional<NSError> readInto(FrameQueue& queue);
 
     const AVFormatContext& format() const { return reader_->format(); }
     bool hasAudio() const { return audioDecoder_ != nullptr; }
-    /// Samples a second that are put into the queue.
+    /// The sampling rate of the sound in the queue.
     int sampleRate() const { return sampleRate_; }
-    /// Frames a second that are put into the queue, by what the clip states; 1 to the preset's largest.
+    /// The frame rate of the pictures in the queue, computed from the rate that the clip states; 1 to the preset's
+    /// largest.
     double frameRate() const;
-    /// Seconds; 0 when the clip does not state its length.
+    /// Seconds; 0 when the clip does not state its duration.
     double duration() const;
     /// The time of the last picture that was decoded, in `outputTicks`. Any thread.
     std::int64_t time() const { return time_.load(std::memory_order_relaxed); }
@@ -62,10 +63,10 @@ private:
     PixelSize scaledSize_;
     ColourTreatment colours_;
     bool isInterlaced_ = false;
-    /// Pictures go through zimg, which is quicker but takes fewer kinds.
+    /// Pictures are scaled by zimg, which is faster than libswscale but supports fewer formats.
     bool isPlain_ = false;
     int sampleRate_ = 0;
-    /// In microseconds: the moment of the source that becomes 0.
+    /// Microseconds: the time in the source that becomes 0.
     std::int64_t start_ = 0;
     std::int64_t lastSourceTime_ = AV_NOPTS_VALUE, lastTime_ = -1;
     std::atomic<std::int64_t> time_{0};

@@ -16,13 +16,14 @@ namespace {
 
 constexpr int bufferSize = 256 * 1024;
 
-/// What a custom input or output is about: the file, and how far it has been read or written.
+/// The state of the custom input that reads the output file back: the file and the position in it.
 struct ReadBack {
     const OutputFile* file;
     std::int64_t position = 0;
 };
 
-/// One thread encodes small pictures as fast as four cores decode large ones; more wait for each other.
+/// The threads that encode. One thread encodes small pictures as fast as four cores decode large ones; more threads
+/// would wait for each other.
 int encodingThreads() {
     constexpr unsigned coresForOne = 4, largestThreadCount = 4;
     return static_cast<int>(
@@ -98,7 +99,7 @@ int ClipWriter::openMultiplexer(const AVFormatContext& source) {
         av_free(buffer);
         return AVERROR(ENOMEM);
     }
-    // Else every packet would be a call to the system.
+    // Without this, each packet would cost a system call.
     io_->min_packet_size = bufferSize;
     format->pb = io_.get();
     format->flags |= AVFMT_FLAG_CUSTOM_IO;
@@ -179,7 +180,7 @@ int ClipWriter::openVideoEncoder(const AVFrame& first) {
 
 int ClipWriter::writeHeader() {
     FfmpegOptions options;
-    // QuickTime metadata keys keep place, model and software as they stood.
+    // QuickTime metadata keys store place, model and software unchanged.
     options.set("movflags",
                 settings_.optimizesForNetworkUse ? "+faststart+use_metadata_tags" : "+use_metadata_tags");
     options.set("video_track_timescale", std::to_string(outputTicks));
@@ -228,7 +229,7 @@ int ClipWriter::write(PacketPointer packet) {
     const bool isVideo = packet->stream_index == videoStream_->index;
     const AVCodecContext& encoder = isVideo ? *video_ : *audio_;
     const AVStream& stream = isVideo ? *videoStream_ : *audioStream_;
-    // Only now, for the multiplexer may change the clock of a stream when it writes the header.
+    // Times are converted here, because the multiplexer may change a stream's clock when it writes the header.
     av_packet_rescale_ts(packet.get(), encoder.time_base, stream.time_base);
     return av_interleaved_write_frame(format_.get(), packet.get());
 }

@@ -10,7 +10,7 @@
 
 namespace ostrel {
 
-/// The second half of an export: encodes pictures and sound and writes them into an MP4 file. One thread.
+/// The second half of an export: encodes pictures and sound and writes an MP4 file. One thread.
 class ClipWriter final {
 public:
     struct Settings {
@@ -20,16 +20,17 @@ public:
         bool optimizesForNetworkUse = false;
     };
 
-    /// `interrupted` ends writing early; it must outlive this, as `output` must. `source` gives the metadata.
+    /// `interrupted` ends writing early; `interrupted` and `output` must outlive the writer. `source` gives the
+    /// metadata.
     static std::unique_ptr<ClipWriter> make(OutputFile& output, const AVFormatContext& source,
                                             const ExportPreset& preset, const Settings& settings,
                                             const std::atomic<bool>& interrupted,
                                             std::optional<NSError>* error);
     ~ClipWriter();
 
-    /// Takes a frame; absent when it was encoded. The first picture decides the size and colours of the clip.
+    /// Encodes a frame; absent on success. The first picture decides the size and colours of the clip.
     std::optional<NSError> put(const AVFrame& frame, bool isVideo);
-    /// Encodes what is left and completes the file's contents. Without a picture there is no clip.
+    /// Drains the encoders and completes the file's contents. Fails when no picture was put.
     std::optional<NSError> finish();
     /// The time of the last picture taken, in `outputTicks`.
     std::int64_t time() const { return time_; }
@@ -51,11 +52,12 @@ private:
     const std::atomic<bool>& interrupted_;
     std::int64_t position_ = 0;
     IoPointer io_;
-    OutputPointer format_;  // after io_: it refers to it
+    // Declared after io_, to which the format refers.
+    OutputPointer format_;
     CodecPointer video_, audio_;
     AVStream* videoStream_ = nullptr;
     AVStream* audioStream_ = nullptr;
-    /// Sound that came before the first picture, on which the file's header waits.
+    /// Sound that came before the first picture. The file's header can be written only with the first picture.
     std::vector<PacketPointer> waiting_;
     bool hasHeader_ = false;
     std::int64_t time_ = 0;

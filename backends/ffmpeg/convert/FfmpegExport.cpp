@@ -12,9 +12,10 @@
 namespace ostrel {
 
 namespace {
-/// What remains when the last picture has been taken: the encoder's last pictures, and the index.
+/// The progress at which the last picture has been taken; the encoder's last pictures and the index remain.
 constexpr double shareOfPictures = 0.98;
-/// Of the work on a picture: three quarters are decoding and scaling, which is ahead of encoding by a full queue at most.
+/// The share of decoding and scaling in the work on a picture; the rest is encoding. Decoding is ahead of encoding by
+/// at most a full queue.
 constexpr double shareOfDecoding = 0.75;
 }  // namespace
 
@@ -73,7 +74,7 @@ std::optional<NSError> FfmpegExport::run() {
     if (!output) return error;
     error = convert(*output);
     if (error) return error;
-    // Up to here a cancel leaves nothing; from here on the file is there.
+    // A cancel before this point leaves no file; a later one has no effect.
     if (isInterrupted_.load(std::memory_order_relaxed)) return NSError{"The conversion was cancelled."};
     return output->publish();
 }
@@ -110,7 +111,7 @@ std::optional<NSError> FfmpegExport::convert(OutputFile& output) {
         queue_.stop();
     }
     reading.join();
-    // A writer that fails also ends the reading, whose own failure says nothing then.
+    // A writer that fails also stops the reader; the writer's error is the cause.
     if (error) return error;
     return readingError ? readingError : writer->finish();
 }

@@ -14,7 +14,7 @@ namespace ostrel {
 class ClipReader;
 class ClipWriter;
 
-/// One export: a thread that decodes, a thread that encodes, a queue between them.
+/// One export: a thread that decodes, a thread that encodes, and a queue between them.
 class FfmpegExport final : public MediaExport, public std::enable_shared_from_this<FfmpegExport> {
 public:
     FfmpegExport(std::shared_ptr<const InputFile> source, const ExportPreset& preset,
@@ -27,7 +27,7 @@ public:
     std::optional<NSError> error() const override;
 
 private:
-    /// Absent when the file is at its place.
+    /// Absent when the file is at its destination.
     std::optional<NSError> run();
     std::optional<NSError> convert(OutputFile& output);
     std::optional<NSError> encodeAll(const ClipReader& reader, ClipWriter& writer);
@@ -38,12 +38,13 @@ private:
     MediaExportRequest request_;
     std::shared_ptr<OutputFiles> files_;
     FrameQueue queue_;
-    /// Told to the libraries and the loops; the decision itself is made under the mutex.
+    /// Stops the libraries and the loops early. Whether the export counts as cancelled is decided under the mutex.
     std::atomic<bool> isInterrupted_{false};
     std::atomic<float> progress_{0};
-    /// Released after error_, so that who sees a final status sees its reason.
+    /// Stored with release order after error_, so that a thread that reads a final status also reads its error.
     std::atomic<AVAssetExportSessionStatus> status_{AVAssetExportSessionStatus::unknown};
-    mutable std::mutex mutex_;  // guards everything below
+    // Guards the members below.
+    mutable std::mutex mutex_;
     std::optional<NSError> error_;
     bool isCancelled_ = false;
 };

@@ -14,11 +14,11 @@ namespace ostrel {
 
 namespace {
 
-/// A picture of 8K (8192 by 4320) and of a camera's 8192 by 8192 can be decoded; the latter takes about 150 MiB with its
-/// reference frames' smallest set.
+/// The largest picture that is decoded: 8K (8192 by 4320) and a camera's 8192 by 8192 are within the limits. The latter
+/// takes about 150 MiB with the smallest set of reference frames.
 constexpr int largestSide = 16384;
 constexpr std::int64_t largestPixelCount = std::int64_t{8192} * 8192;
-/// How far is read for the first picture: a clip starts with a keyframe, or nearly.
+/// How many packets are read for the first picture; nearly all clips begin with a keyframe.
 constexpr int largestPacketCount = 2000;
 
 const std::int32_t* displayMatrix(const AVStream& stream) {
@@ -42,7 +42,7 @@ AVAssetTrack trackOf(const AVStream& stream) {
     return track;
 }
 
-/// Reads the frame shown at `time` (in the stream's time base, counted from its start).
+/// Reads the frame that is shown at `time` (in the stream's time base, from the stream's start).
 class FrameFinder final {
 public:
     FrameFinder(AVFormatContext& format, AVStream& stream, AVCodecContext& decoder, std::int64_t time)
@@ -67,7 +67,7 @@ public:
 
 private:
     void take(const AVPacket& packet) {
-        // What is seen at the start is nearly always a keyframe, whole in itself: the decoder need not wait for others.
+        // The first frame is nearly always a keyframe, which the decoder can return without further packets.
         const bool isWhole = (packet.flags & AV_PKT_FLAG_KEY) && !(packet.flags & AV_PKT_FLAG_DISCARD);
         decode(&packet);
         if (isWhole && packet.pts != AV_NOPTS_VALUE && packet.pts >= time_ && !best_) decode(nullptr);
@@ -152,12 +152,12 @@ std::shared_ptr<const CGImage> imageOfFrame(const AVFrame& decoded, std::optiona
     const ScalerPointer scaler(sws_getContext(frame.width, frame.height, format, frame.width, frame.height,
                                               AV_PIX_FMT_RGB0, SWS_BICUBIC, nullptr, nullptr, nullptr));
     if (!scaler) return fail(NSError{"The picture's format is not known."});
-    // swscale takes the numbers of ITU-T H.273 for its own names of matrices.
+    // swscale's numbers of matrices are those of ITU-T H.273.
     const int* coefficients = sws_getCoefficients(isMapped ? AVCOL_SPC_BT709 : colours.matrix);
     const bool isFullRange = frame.color_range == AVCOL_RANGE_JPEG;
     constexpr int unity = 1 << 16;
     sws_setColorspaceDetails(scaler.get(), coefficients, isFullRange, coefficients, 1, 0, unity, unity);
-    // Vector code writes whole groups of pixels: rows that end within one are written to a wider place first.
+    // Vector code writes whole groups of pixels, so rows that end within a group are first written to a wider frame.
     constexpr int group = 64;
     FramePointer wide;
     std::uint8_t* rows[] = {image->row(0)};
@@ -186,7 +186,7 @@ FfmpegMediaFile::FfmpegMediaFile(std::unique_ptr<InputReader> reader, std::share
     : reader_(std::move(reader)), files_(std::move(files)) {
     const AVFormatContext& format = reader_->format();
     if (format.duration > 0) duration_ = CMTimeMake(format.duration, AV_TIME_BASE);
-    // The first track with pictures is the one that is shown; cover pictures are none.
+    // Only the first track of video is shown; cover pictures are no video.
     const int shown = reader_->videoStream();
     for (int i = 0; i < static_cast<int>(format.nb_streams); ++i) {
         AVAssetTrack track = trackOf(*format.streams[i]);
@@ -217,7 +217,7 @@ std::shared_ptr<const CGImage> FfmpegMediaFile::copyImage(CMTime time, std::opti
         isAtStart_ = false;
         frame = frameAt(*reader_, time, error);
     }
-    // The beginning of the index may not hold what is asked for: an edit list can begin anywhere.
+    // The beginning of the index may lack the wanted frame, because an edit list can begin anywhere.
     if (!frame) {
         const auto whole =
             InputReader::open(reader_->sharedFile(), InputReader::Detail::streams, nullptr, error);
@@ -240,7 +240,7 @@ FramePointer FfmpegMediaFile::frameAt(InputReader& reader, CMTime time, std::opt
     AVStream& stream = *format.streams[video];
     for (unsigned i = 0; i < format.nb_streams; ++i)
         format.streams[i]->discard = static_cast<int>(i) == video ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
-    // One thread: more only make the first picture wait for the ones behind it.
+    // One thread: with more threads the first picture would wait for later ones.
     const CodecPointer decoder = openDecoder(stream, 1, error);
     if (!decoder) return nullptr;
 

@@ -28,18 +28,19 @@ private:
     CMTime duration_;
     std::vector<AVAssetTrack> tracks_;
     std::vector<AVMetadataItem> metadata_;
-    /// No picture has been read yet: the reader stands at its first.
+    /// No picture has been read yet, so that the reader is at the first one.
     bool isAtStart_ = true;
 };
 
-/// The picture of a decoded frame; null with a sentence in `error`, when given, if memory is short or its format unknown.
+/// The picture of a decoded frame. Null, with a sentence in `error` when given, if memory is short or the frame's
+/// format is not supported.
 std::shared_ptr<const CGImage> imageOfFrame(const AVFrame& frame, std::optional<NSError>* error);
 
-/// A decoder for a stream, opened; null with a sentence in `error` if there is none. `threads`: 0 as many as there are
+/// An open decoder for a stream; null, with a sentence in `error`, if there is none. `threads`: 0 means the number of
 /// cores.
 CodecPointer openDecoder(const AVStream& stream, int threads, std::optional<NSError>* error);
 
-/// False for pictures without area and for those too large to be decoded.
+/// False for pictures without area and for those that are too large to be decoded.
 bool isPictureSizeSupported(int width, int height);
 
 }  // namespace ostrel

@@ -9,30 +9,30 @@
 
 namespace ostrel {
 
-/// A frame on its way from decoding to encoding, its time in the clock of its kind: `outputTicks` for pictures, samples for
-/// sound.
+/// A decoded frame that waits for encoding. Its time is in `outputTicks` for pictures and in samples for sound.
 struct QueuedFrame {
     bool isVideo = false;
     FramePointer frame;
 };
 
-/// Hands frames from the decoding thread to the encoding one; holds back the former when it is ahead.
+/// Hands frames from the decoding thread to the encoding thread. A full queue blocks the decoding thread.
 class FrameQueue final {
 public:
-    /// Waits while the queue is full. False when it has been stopped: the frame is dropped.
+    /// Blocks while the queue is full. False when the queue has been stopped; the frame is dropped then.
     bool push(QueuedFrame frame);
-    /// No more frames will come.
+    /// Tells the encoding thread that no more frames will come.
     void close();
-    /// Waits for a frame. None when all have been taken and the queue is closed, or it has been stopped.
+    /// Blocks until there is a frame. None when the queue is closed and empty, or has been stopped.
     std::optional<QueuedFrame> pop();
-    /// Ends the waiting on both sides; frames in the queue are dropped. Any thread.
+    /// Ends blocked calls on both sides and drops the frames in the queue. Any thread.
     void stop();
 
 private:
-    /// Pictures are small by now (a third of a megabyte), so this is about ten megabytes at most.
+    /// Frames. A scaled picture takes about a third of a megabyte, so a full queue takes about ten.
     static constexpr std::size_t capacity = 32;
 
-    std::mutex mutex_;  // guards everything below
+    // Guards the members below.
+    std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<QueuedFrame> frames_;
     bool isClosed_ = false;

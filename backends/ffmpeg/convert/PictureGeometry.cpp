@@ -18,7 +18,7 @@ PictureTurn PictureTurn::nearestTo(const CGAffineTransform& transform) {
     if (!(scale > 0)) return {};
     PictureTurn turn;
     turn.isMirrored = transform.a * transform.d - transform.b * transform.c < 0;
-    // What is left when the mirroring, done first, is taken out: (a, b) is where the x axis points.
+    // The direction of the x axis, (a, b), without the mirroring, which is done first.
     const double x = turn.isMirrored ? -transform.a : transform.a;
     const double y = turn.isMirrored ? -transform.b : transform.b;
     if (std::abs(y) > std::abs(x)) {
@@ -31,7 +31,7 @@ PictureTurn PictureTurn::nearestTo(const CGAffineTransform& transform) {
 
 std::string PictureTurn::filters() const {
     constexpr std::array plain{"", "transpose=clock", "hflip,vflip", "transpose=cclock"};
-    // Mirrored and turned at once; "cclock_flip" exchanges rows and columns.
+    // One filter mirrors and turns; "cclock_flip" exchanges rows and columns.
     constexpr std::array mirrored{"hflip", "transpose=clock_flip", "vflip", "transpose=cclock_flip"};
     const auto index = static_cast<std::size_t>(quarters);
     return isMirrored ? mirrored[index] : plain[index];
@@ -41,13 +41,13 @@ PixelSize fittedSize(PixelSize encoded, double pixelAspect, PixelSize box) {
     constexpr double largestAspect = 16;
     if (!(pixelAspect >= 1 / largestAspect && pixelAspect <= largestAspect)) pixelAspect = 1;
     double width = encoded.width, height = encoded.height;
-    // Square pixels by taking away from the longer of the two, so that no side grows.
+    // To make pixels square, their longer side is shortened, so that no side of the picture grows.
     if (pixelAspect > 1) height /= pixelAspect;
     if (pixelAspect < 1) width *= pixelAspect;
     const double longBox = std::max(box.width, box.height), shortBox = std::min(box.width, box.height);
     const double longSide = std::max(width, height), shortSide = std::min(width, height);
     const double factor = std::min({1.0, longBox / longSide, shortBox / shortSide});
-    // Chroma is stored at half the size, so sides are even; of two even numbers the nearer, but none beyond the source.
+    // Chroma is stored at half the size, so sides are rounded to the nearest even number, but not beyond the source's.
     const auto even = [](double side, int limit) {
         const int nearest = 2 * static_cast<int>(std::lround(side / 2));
         return std::max(2, nearest > limit ? nearest - 2 : nearest);

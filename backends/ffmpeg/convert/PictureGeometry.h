@@ -13,26 +13,28 @@ struct PixelSize {
     friend bool operator==(const PixelSize&, const PixelSize&) = default;
 };
 
-/// The transform of a display matrix (ISO/IEC 14496-12, tkhd: nine numbers, 16.16 but for the third of each row, which is
-/// 2.30). Null gives the identity.
+/// The transform of a display matrix (ISO/IEC 14496-12, tkhd: nine numbers, 16.16 but for the third of each row, which
+/// is 2.30). Null gives the identity.
 CGAffineTransform transformOfDisplayMatrix(const std::int32_t* matrix);
 
-/// How encoded pixels are turned and mirrored to be seen upright: the one of the eight ways that is nearest to the
-/// transform. A transform that says nothing (all zero) is upright.
+/// How encoded pixels are mirrored and turned to be upright: one of eight ways.
 struct PictureTurn {
-    int quarters = 0;         ///< clockwise, 0 to 3, after mirroring
-    bool isMirrored = false;  ///< left and right exchanged first
+    /// Clockwise, 0 to 3, after mirroring.
+    int quarters = 0;
+    /// Left and right are exchanged first.
+    bool isMirrored = false;
 
+    /// The way that is nearest to `transform`; upright for a transform of zeros.
     static PictureTurn nearestTo(const CGAffineTransform& transform);
     bool exchangesSides() const { return quarters % 2 != 0; }
-    /// The filters of libavfilter that do it, with commas between; empty when there is nothing to do.
+    /// The filters of libavfilter for the turn, with commas between; empty for upright pixels.
     std::string filters() const;
     friend bool operator==(const PictureTurn&, const PictureTurn&) = default;
 };
 
-/// The size to scale encoded pixels to, before they are turned: square pixels, inside `box` (lying) or the same box
-/// standing once turned, even sides, no side enlarged, the proportions kept as nearly as even sides allow.
-/// `pixelAspect`: width of an encoded pixel by its height; what is not within 1/16 to 16 is taken as 1.
+/// The size to which encoded pixels are scaled before they are turned: square pixels, even sides, no side enlarged, and
+/// the proportions kept as nearly as even sides allow. Landscape fits into `box`, portrait into the same box in
+/// portrait. `pixelAspect`: width of an encoded pixel divided by its height; values outside of 1/16 to 16 count as 1.
 PixelSize fittedSize(PixelSize encoded, double pixelAspect, PixelSize box);
 
 }  // namespace ostrel

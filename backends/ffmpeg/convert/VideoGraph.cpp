@@ -45,7 +45,7 @@ std::unique_ptr<VideoGraph> VideoGraph::make(const AVFrame& first, AVRational ti
     auto graph = std::make_unique<VideoGraph>();
     graph->graph_.reset(avfilter_graph_alloc());
     if (!graph->graph_) return fail(AVERROR(ENOMEM));
-    // The pictures that leave are small; the cores are busy with decoding and encoding.
+    // Scaled pictures are small, and the cores are busy with decoding and encoding.
     graph->graph_->nb_threads = 1;
 
     graph->source_ = avfilter_graph_alloc_filter(graph->graph_.get(), avfilter_get_by_name("buffer"), "in");
@@ -125,8 +125,9 @@ ColourTreatment ColourTreatment::of(const AVFrame& frame) {
         return treatment;
     }
     if (isPq || isHlg) {
-        // To linear light with the reference white of ITU-R BT.2408 at 1 (203 cd/m2), to the primaries of BT.709, the
-        // highlights rolled off, and back.
+        // The samples are converted to linear light, in which 1 is the reference white of ITU-R BT.2408 (203 cd/m2),
+        // then to the primaries of BT.709; then highlights are compressed and the transfer function of BT.709 is
+        // applied.
         treatment.filters = "format=yuv420p10,zscale=" + source +
                             ":transferin=" + (isPq ? "smpte2084" : "arib-std-b67") +
                             ":transfer=linear:npl=203,format=gbrpf32,zscale=primaries=709,"
@@ -140,7 +141,7 @@ ColourTreatment ColourTreatment::of(const AVFrame& frame) {
             ":transferin=709:transfer=709:primaries=709:matrix=709:range=limited,format=yuv420p";
         return treatment;
     }
-    // The samples stay as they are, but for their range: the tags say how they are meant.
+    // Only the range of the samples is changed; the tags describe their matrix.
     treatment.matrix = matrixOf(frame);
     const bool isStandardDefinition = treatment.matrix != AVCOL_SPC_BT709;
     treatment.primaries = frame.color_primaries != AVCOL_PRI_UNSPECIFIED ? frame.color_primaries

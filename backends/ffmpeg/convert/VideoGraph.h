@@ -6,18 +6,20 @@
 
 namespace ostrel {
 
-/// A chain of picture filters, set up for frames of one kind. One thread.
+/// A chain of filters for frames of one size, format and colour. One thread.
 class VideoGraph final {
 public:
-    /// Null when the chain cannot take such frames. `chain`: in libavfilter's notation.
+    /// Null when the chain cannot filter frames like `first`. `chain`: in libavfilter's notation.
     static std::unique_ptr<VideoGraph> make(const AVFrame& first, AVRational timeBase,
                                             const std::string& chain, std::optional<NSError>* error);
 
-    /// True when `frame` is of the kind that the graph was made for.
+    /// True when `frame` has the size, format and colour that the graph was made for.
     bool takes(const AVFrame& frame) const;
-    /// Hands in a frame, which keeps its reference; null ends the stream. The library's number.
+    /// Puts a frame into the chain; the caller's reference stays valid. Null ends the stream. Returns the library's
+    /// number.
     int push(AVFrame* frame);
-    /// Takes a frame out; AVERROR(EAGAIN) when another must be handed in first, AVERROR_EOF after the last.
+    /// Takes a frame out of the chain; AVERROR(EAGAIN) when another frame must be pushed first, AVERROR_EOF after the
+    /// last.
     int pull(AVFrame& frame);
     AVRational timeBase() const;
 
@@ -31,12 +33,12 @@ private:
     AVColorTransferCharacteristic transfer_ = AVCOL_TRC_UNSPECIFIED;
 };
 
-/// How the colours of `frame` become what every screen shows: standard dynamic range, limited range, in YCbCr.
+/// How the colours of a frame are brought to standard dynamic range and limited range in YCbCr.
 struct ColourTreatment {
-    /// What a scale filter is to do besides; empty, or options that begin with a colon.
+    /// Further options of the scale filter; empty, or a text that begins with a colon.
     std::string scaleOptions;
-    /// The filters that follow, with commas between: from high dynamic range or wide colours to those below. Empty when
-    /// there is nothing to map.
+    /// The filters that follow, with commas between, which map high dynamic range or wide colours. Empty when the
+    /// colours need no mapping.
     std::string filters;
     AVColorSpace matrix = AVCOL_SPC_BT709;
     AVColorPrimaries primaries = AVCOL_PRI_BT709;
@@ -45,8 +47,8 @@ struct ColourTreatment {
     static ColourTreatment of(const AVFrame& frame);
 };
 
-/// The YCbCr matrix of a frame; when it is not stated, the one that its height has by custom: 576 lines or fewer are
-/// ITU-R BT.601, more BT.709.
+/// The YCbCr matrix of a frame. When the frame states none, its height decides, as is customary: up to 576 lines are
+/// ITU-R BT.601, more are BT.709.
 AVColorSpace matrixOf(const AVFrame& frame);
 
 }  // namespace ostrel

@@ -11,7 +11,7 @@ namespace ostrel {
 NSError ffmpegError(const std::string& what, int code) {
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
     av_strerror(code, text.data(), text.size());
-    // Numbers of the system lie far below the library's own, which are made of four letters.
+    // Error numbers of the system are small; the library's own ones consist of four letters.
     constexpr int largestSystemError = 4096;
     const int systemError = AVUNERROR(code);
     return {what + ": " + text.data() + ".",

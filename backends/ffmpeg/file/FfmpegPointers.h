@@ -36,7 +36,7 @@ struct FreeScaler {
 struct FreeResampler {
     void operator()(SwrContext* resampler) const { swr_free(&resampler); }
 };
-/// A context of custom input or output, with its buffer.
+/// Frees a context of custom input or output, with its buffer.
 struct FreeIo {
     void operator()(AVIOContext* io) const {
         av_freep(static_cast<void*>(&io->buffer));
@@ -61,7 +61,7 @@ using IoPointer = std::unique_ptr<AVIOContext, detail::FreeIo>;
 using InputPointer = std::unique_ptr<AVFormatContext, detail::CloseInput>;
 using OutputPointer = std::unique_ptr<AVFormatContext, detail::FreeFormat>;
 
-/// Options handed to the libraries by name.
+/// Options that are given to the libraries by name.
 class FfmpegOptions final {
 public:
     FfmpegOptions() = default;
@@ -76,7 +76,7 @@ private:
     AVDictionary* options_ = nullptr;
 };
 
-/// `what` and, behind a colon, what the library or system says about its error number `code` (negative).
+/// An error that says `what`, then a colon and the message of the library or the system for `code` (negative).
 NSError ffmpegError(const std::string& what, int code);
 
 }  // namespace ostrel

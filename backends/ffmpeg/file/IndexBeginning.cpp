@@ -8,24 +8,26 @@ namespace ostrel {
 
 namespace {
 
-/// Enough for the first picture of any clip, with the pictures that it is decoded with.
+/// How many samples stay: enough for the first picture and the pictures on which its decoding depends.
 constexpr std::uint32_t keptSamples = 64;
-/// Boxes looked at; a file of `largestStreamCount` tracks has fewer than thirty each.
+/// How many boxes are read; each track of a file has fewer than thirty, and a file has at most 64 tracks.
 constexpr int largestBoxCount = 4000;
 
 std::uint32_t bigEndian32(const std::uint8_t* bytes) {
     return static_cast<std::uint32_t>(bytes[0]) << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
 }
 
-/// The sample tables of one track, as far as they matter here.
+/// The facts of one track's sample tables that decide whether they can be shortened.
 struct TrackTables {
     std::vector<BytePatch> patches;
     std::int64_t chunkCountOffset = 0;
     std::uint32_t chunkCount = 0;
-    /// The last chunk that the kept runs of chunks ("stsc") speak of; the offsets of chunks must reach it.
+    /// The last chunk that the kept entries of "stsc" name; the kept offsets of chunks must include it.
     std::uint32_t lastRun = 0;
-    std::uint32_t ticks = 0;           // a second
-    std::int64_t latestEditStart = 0;  // ticks
+    /// Ticks per second.
+    std::uint32_t ticks = 0;
+    /// Ticks.
+    std::int64_t latestEditStart = 0;
 };
 
 class IndexWalk final {
@@ -110,7 +112,7 @@ private:
         }
     }
 
-    /// A full box: version and flags, then the count; in "stsz" the common size of samples comes before it.
+    /// Lowers the count of a sample table: after version and flags; in "stsz" after the common size of samples too.
     void lowerCount(std::string_view type, std::int64_t body) {
         const bool isSizes = type == "stsz" || type == "stz2";
         const std::int64_t at = body + (isSizes ? 8 : 4);
@@ -125,7 +127,8 @@ private:
     }
 
     void finishTrack() {
-        // An edit list that begins later than its first pictures, as those of B-pictures do, needs what lies there.
+        // An edit list that begins more than a tenth of a second after the first picture needs samples further on.
+        // Clips with B-pictures begin a little later than their first picture.
         constexpr std::int64_t editsInSecond = 10;
         if (track_.latestEditStart * editsInSecond > track_.ticks) isWhole_ = false;
         const std::uint32_t chunks = std::max<std::uint32_t>(keptSamples, track_.lastRun);
@@ -140,7 +143,7 @@ private:
     std::vector<BytePatch> patches_;
     TrackTables track_;
     int boxes_ = 0;
-    /// What is left is enough for the first picture.
+    /// The shortened index suffices for the first picture.
     bool isWhole_ = true;
 };
 

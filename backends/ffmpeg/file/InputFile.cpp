@@ -16,16 +16,17 @@ namespace ostrel {
 namespace {
 
 constexpr int bufferSize = 64 * 1024;
-/// A file of more streams is refused: cameras write up to about ten.
+/// A file with more streams is refused: cameras write up to about ten.
 constexpr const char* largestStreamCount = "64";
-/// What is looked into for parameters that the index leaves out.
+/// How much of a file is probed for parameters that its index does not state.
 constexpr const char* probedBytes = "5000000";
 constexpr const char* analysedMicroseconds = "5000000";
 constexpr const char* demultiplexers = "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi";
 
 struct KnownDecoder {
     AVCodecID codec;
-    const char* name;  // of the implementation; null: the library's own
+    // The name of the decoder; null: the library's default one.
+    const char* name;
 };
 
 constexpr std::array knownDecoders{
@@ -61,9 +62,10 @@ std::uint64_t bigEndian(const std::uint8_t* bytes, int count) {
     return value;
 }
 
-/// Boxes of the top level: 4 bytes of length, 4 of type; length 1: 8 bytes of length follow; 0: to the end.
+/// Compares the lengths of the boxes of the top level with the file's size. A box begins with 4 bytes of length and 4
+/// of type; length 1 means that 8 bytes of length follow, 0 that the box reaches to the end.
 bool isoFileIsCutShort(const InputFile& file) {
-    // Fragmented files have two boxes a fragment; beyond this many the rest is taken on trust.
+    // A fragmented file has two boxes per fragment. The boxes after this many are not checked.
     constexpr int largestBoxCount = 100'000;
     std::int64_t offset = 0;
     for (int box = 0; box < largestBoxCount && offset < file.size(); ++box) {
@@ -84,7 +86,8 @@ bool isoFileIsCutShort(const InputFile& file) {
     return false;
 }
 
-/// A length of EBML (RFC 8794): as many leading zero bits as further bytes; all ones: not known. Moves `offset` behind it.
+/// Reads a length of EBML (RFC 8794) and moves `offset` behind it. The number of leading zero bits is the number of
+/// further bytes; a length of ones only is not known.
 std::optional<std::uint64_t> ebmlLength(const InputFile& file, std::int64_t& offset) {
     std::array<std::uint8_t, 8> bytes{};
     if (file.read(offset, bytes.data(), 1) != 1 || bytes[0] == 0) return std::nullopt;
@@ -131,7 +134,7 @@ std::shared_ptr<const InputFile> InputFile::open(const std::string& path, std::o
         return nullptr;
     };
     if (path.empty()) return fail("The address leads to no file.", 0);
-    // Not blocking: opening a pipe would wait for its other end.
+    // O_NONBLOCK: opening a pipe would otherwise block until its other end is opened.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0)
         return fail("The file cannot be opened: " + std::string(std::strerror(errno)) + ".", errno);
@@ -237,7 +240,7 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
     if (!format) return fail(NSError{"Memory is short."});
     format->pb = reader->io_.get();
     format->interrupt_callback = {isInterrupted, reader.get()};
-    // Files may name others, as playlists and reference movies do; none is followed.
+    // A file may name other files, as playlists and reference files of QuickTime do; no such file is opened.
     format->io_open = [](AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
         return AVERROR(EPERM);
     };
@@ -247,9 +250,9 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
     options.set("max_streams", largestStreamCount);
     options.set("probesize", probedBytes);
     options.set("analyzeduration", analysedMicroseconds);
-    // Frees the context when it fails.
+    // The call frees the context when it fails.
     int status = avformat_open_input(&format, "", nullptr, options.get());
-    // What an index without its end contradicts may agree with the whole of it.
+    // A shortened index may contradict other parts of the file; the whole index is tried then.
     if (status < 0 && !reader->patches_.empty())
         return open(reader->file_, Detail::streams, interrupted, error);
     if (status < 0) return fail(ffmpegError("This is no clip of a known kind", status));
@@ -257,11 +260,11 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
 
     const bool isIsoFile = std::strstr(format->iformat->name, "mp4") != nullptr;
     const int video = reader->videoStream();
-    // MPEG-4 Part 2 states its size in the data, whatever the index says.
+    // The size of MPEG-4 Part 2 pictures is stated in the data only.
     const bool statesSize = video < 0 || format->streams[video]->codecpar->width > 0;
     const bool statesAll = isIsoFile && detail == Detail::beginning && format->duration > 0 &&
                            format->nb_streams > 0 && statesSize;
-    // Without a stated length it is the sum of all samples, so that the whole index is needed.
+    // A length that is not stated is the sum of all samples, so that the whole index is needed.
     if (!statesAll && !reader->patches_.empty())
         return open(reader->file_, Detail::streams, interrupted, error);
     if (!statesAll) {
@@ -290,7 +293,7 @@ int InputReader::audioStream() const {
     };
     for (int i = 0; i < static_cast<int>(format_->nb_streams); ++i) {
         const AVCodecParameters& parameters = *format_->streams[i]->codecpar;
-        // Cameras may add a track in a format of their own beside the one that everybody can play.
+        // Some cameras add a track in a format of their own; a track without a decoder is skipped.
         if (parameters.codec_type != AVMEDIA_TYPE_AUDIO || !decoderFor(parameters.codec_id)) continue;
         if (best < 0 || rank(i) > rank(best)) best = i;
     }

@@ -15,7 +15,8 @@ namespace ostrel {
 
 namespace {
 
-constexpr mode_t newFileMode = 0666;  // less the process's mask
+// The process's file mode creation mask takes bits away.
+constexpr mode_t newFileMode = 0666;
 
 NSError systemError(const std::string& what, int number) {
     return {what + ": " + std::strerror(number) + ".", number};
@@ -35,7 +36,7 @@ int OutputFiles::openUnnamed(const std::string& folder) {
 int OutputFiles::openTemporary(std::string& pattern) {
     const int descriptor = ::mkostemp(pattern.data(), O_CLOEXEC);
     if (descriptor < 0) return -1;
-    // The mask can only be asked for by setting it, which other threads would notice; 0644 is what it leaves by custom.
+    // The mask can be read only by setting it, which would affect other threads; 0644 is the mode under the usual mask.
     ::fchmod(descriptor, 0644);
     return descriptor;
 }
@@ -69,7 +70,7 @@ std::unique_ptr<OutputFile> OutputFile::create(std::shared_ptr<OutputFiles> file
     if (::stat(path.c_str(), &status) == 0) {
         if (S_ISDIR(status.st_mode)) return fail(systemError("The destination cannot be written", EISDIR));
         if (!S_ISREG(status.st_mode)) return fail(NSError{"The destination is no file."});
-        // A link stays; what it leads to is replaced.
+        // A symbolic link stays, and its target is replaced.
         std::error_code failure;
         const auto real = std::filesystem::canonical(path, failure);
         if (!failure) place = real.string();
@@ -95,7 +96,7 @@ bool OutputFile::openFile() {
 OutputFile::~OutputFile() {
     if (!isPublished_ && !temporaryPath_.empty()) ::unlink(temporaryPath_.c_str());
     if (descriptor_ >= 0) ::close(descriptor_);
-    // Succeeds only while the folder is empty.
+    // The call succeeds only for an empty folder.
     if (!isPublished_ && !madeFolder_.empty()) ::rmdir(madeFolder_.c_str());
 }
 
@@ -124,7 +125,7 @@ std::optional<NSError> OutputFile::publish() {
     const auto fail = [] { return systemError("The file cannot be written", errno); };
     if (files_->synchronise(descriptor_) != 0) return fail();
     if (temporaryPath_.empty()) {
-        // A name of its own first: a link cannot replace a file, a rename can.
+        // The file first gets a temporary name, because a link cannot replace a file, but a rename can.
         std::random_device random;
         constexpr int attempts = 16;
         for (int attempt = 0; attempt < attempts && temporaryPath_.empty(); ++attempt) {

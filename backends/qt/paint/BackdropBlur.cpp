@@ -9,7 +9,8 @@ namespace ostrel {
 namespace {
 
 constexpr int greatestReduction = 8;
-// The smaller picture still has to be blurred by this much (pixels), so that enlarging it shows no squares.
+// Pixels: the standard deviation with which the reduced picture is blurred at least, so that enlarging it shows no
+// squares.
 constexpr double leastSigma = 2;
 
 /// One pass along a line of `count` pixels that are `step` bytes apart.

@@ -14,53 +14,61 @@ namespace ostrel {
 
 class PictureStore;
 
-/// One view of a surface, at the moment the list was taken.
+/// One view of a surface as it was when the list was taken.
 struct DisplayEntry {
     std::shared_ptr<const ViewState> state;
-    std::size_t end = 0;          ///< one past the last entry of its subtree
-    QImage picture;               ///< of an ImageContent, when it was decoded apart
-    bool pictureMissing = false;  ///< still being decoded: left out
+    /// The index after the last entry of the view's subtree.
+    std::size_t end = 0;
+    /// The picture of an ImageContent, when the decoding thread made it.
+    QImage picture;
+    /// The picture is still being decoded and is not painted.
+    bool pictureMissing = false;
 };
 
-/// A view above that clips to round corners: nothing of what lies beyond them is painted. Straight edges are left to the
-/// clip of that view itself.
+/// The round corners of an ancestor that clips: nothing beyond them is painted. The ancestor's own clip node cuts the
+/// straight edges.
 struct CornerClip {
-    CGRect rect;  ///< points from the upper left corner of the surface's view
+    /// Points from the upper left corner of the surface's view.
+    CGRect rect;
     double radius = 0;
     bool roundsTop = true, roundsBottom = true;
     friend bool operator==(const CornerClip&, const CornerClip&) = default;
 };
 
-/// What a surface shows: its root view and all views painted with it, parents before children. Immutable once taken, so
-/// that worker threads paint from it while the views go on changing.
+/// What a surface shows: its root view and all views painted with the root, parents before children. A list is
+/// immutable, so that painting threads can read it while the main thread changes the views.
 struct DisplayList {
     std::vector<DisplayEntry> entries;
-    double scale = 1;       ///< device pixels a point
-    int margin = 0;         ///< device pixels around the view's frame, for its shadow
-    bool isOpaque = false;  ///< every pixel is covered
-    UIColor ground;         ///< painted below all when opaque
+    /// Device pixels per point.
+    double scale = 1;
+    /// Device pixels around the view's frame, for its shadow.
+    int margin = 0;
+    /// Every pixel is covered; `ground` is painted first.
+    bool isOpaque = false;
+    UIColor ground;
     std::optional<CornerClip> corners;
     PictureStore* pictures = nullptr;
-    /// For a blur that is no part of another surface: what lies beneath it, from its own upper left corner on.
+    /// For a blur outside of surfaces: the list of the views beneath the blur; else null.
     std::shared_ptr<const DisplayList> beneath;
-    CGPoint beneathOrigin;  ///< points: where in `beneath` the view stands
+    /// Points: the position of the blur in `beneath`.
+    CGPoint beneathOrigin;
 };
 
 /// The rectangle that a picture of `size` takes within a view of `bounds` in this content mode.
 CGRect placedImage(CGSize size, CGSize bounds, UIViewContentMode mode);
 
-/// Paints `pixels` (in device pixels from the list's upper left corner, margin included). The own frame origin,
-/// transform, alpha and hiding of the root view are left to whoever shows the picture. Any thread; draws text, so after
-/// `prepareFonts`.
+/// Paints the rectangle `pixels` of the list (device pixels from its upper left corner, margin included). The root
+/// view's own frame origin, transform, alpha and hiding are not applied: the nodes that show the picture do that. Any
+/// thread, after `prepareFonts`.
 QImage paintDisplayList(const DisplayList& list, const QRect& pixels);
 
-/// `rect` with its upper and lower corners rounded by `radius`, where wanted.
+/// The outline of `rect`, with its upper and its lower corners rounded by `radius` when wanted.
 QPainterPath roundedPath(const QRectF& rect, double radius, bool roundsTop, bool roundsBottom);
 
-/// Points around a view that its shadow covers.
+/// How far a shadow reaches beyond its view, in points.
 double shadowMargin(const LayerShadow& shadow);
 
-/// Whether text under edit is painted by its surface: an editor of its own shows it while it has the focus.
+/// Whether the surface paints the text of an input: while the input has the focus, an editor shows the text instead.
 inline bool isPainted(const TextInputContent& input) { return !input.focused; }
 
 }  // namespace ostrel

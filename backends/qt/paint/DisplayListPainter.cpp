@@ -15,7 +15,7 @@ namespace ostrel {
 
 namespace {
 
-/// Behind selected text: the system's blue, thin enough for text of any colour to stay readable.
+/// The colour behind selected text: a blue so transparent that text of any colour stays readable.
 const QColor selectionColor(0, 122, 255, 71);
 
 QTransform toQTransform(const CGAffineTransform& t, CGPoint center) {
@@ -27,7 +27,7 @@ QTransform toQTransform(const CGAffineTransform& t, CGPoint center) {
     return back * result;
 }
 
-/// The outline of a view, `inset` points inside of it.
+/// The outline of a view, moved inwards by `inset` points.
 QPainterPath outlineOf(const ViewState& state, double inset = 0) {
     const QRectF r =
         QRectF(0, 0, state.frame.width(), state.frame.height()).adjusted(inset, inset, -inset, -inset);
@@ -83,7 +83,7 @@ public:
         } else if (hasShadow) {
             paintGroup(painter_, 0, 1);
         } else {
-            // Nothing lies below the root, so that its corners can be cut off afterwards instead of painting apart.
+            // Nothing is painted below the root, so its corners can be cut afterwards, without a picture in between.
             paintLayer(painter_, 0, false);
             paintContent(painter_, 0);
             paintChildren(painter_, 0);
@@ -143,7 +143,8 @@ private:
         }
     }
 
-    /// Paints a subtree apart and puts it on as one picture, clipped to rounded corners where it clips at all.
+    /// Paints a subtree into a picture of its own, then draws that picture with `alpha`, within round corners when the
+    /// view clips.
     void paintGroup(QPainter& painter, std::size_t index, double alpha) {
         const ViewState& view = state(index);
         paintShadow(painter, view);
@@ -226,7 +227,8 @@ private:
         painter.strokePath(outlineOf(view, width / 2), pen);
     }
 
-    /// Edges on device pixels, at least one pixel apart, so that neighbours meet and hairlines stay crisp.
+    /// `rect` with its edges on device pixels, at least one pixel apart, so that neighbours meet and hairlines stay
+    /// sharp.
     QRectF snapped(const QPainter& painter, const QRectF& rect) const {
         const QTransform& transform = painter.transform();
         if (transform.type() > QTransform::TxScale) return rect;
@@ -251,8 +253,8 @@ private:
         }
     }
 
-    /// Blurs what has been painted so far. Turned views and those of a picture painted in bands see only what is in
-    /// their own part of it.
+    /// Blurs what has been painted so far. In a picture that is painted in bands, only the pixels of the same band are
+    /// blurred; in a turned view, only those of its own picture.
     void paintBlur(QPainter& painter, const ViewState& view, const BlurContent& content) {
         const auto* beneath = static_cast<const QImage*>(painter.device());
         const QRectF bounds(0, 0, view.frame.width(), view.frame.height());
@@ -270,13 +272,13 @@ private:
         painter.restore();
     }
 
-    /// The largest scale, at least the content's least, at which the text fits on one line of this width.
+    /// The largest scale, not below the content's minimum scale, at which the text fits on one line of this width.
     static double fittingScale(const TextContent& content, double width) {
         TextBlock::Options oneLine;
         oneLine.width = width / content.minimumScale;
         oneLine.maximumLines = 1;
         oneLine.lineBreakMode = NSLineBreakMode::byTruncatingTail;
-        // Qt loads fonts at whole pixel sizes only.
+        // Qt loads fonts in whole pixel sizes only, so the size shrinks in steps of one.
         const double size = content.font.pointSize, least = size * content.minimumScale;
         for (double tried = size; tried > least;) {
             const TextBlock whole(content.text, qtFont(content.font, tried / size), oneLine);
@@ -306,7 +308,7 @@ private:
         TextBlock block(content.text, font, options);
         const double free = box.height() - block.size().height();
         double y = box.y();
-        // A text of several lines that is higher than its box begins at the top and is cut at the bottom.
+        // A text of several lines that is higher than its box is aligned to the top and cut at the bottom.
         const bool overflows = free < -1 && block.lineCount() > 1;
         if (content.vertical == TextContent::Vertical::center && !overflows) y += free / 2;
         painter.save();
@@ -366,7 +368,7 @@ private:
         const QRectF bounds(0, 0, view.frame.width(), view.frame.height());
         QRectF target = toQRectF(placed);
         if (painter.transform().type() <= QTransform::TxScale) {
-            // A picture of just as many pixels as it is shown with is not smoothed.
+            // A picture that is shown pixel by pixel is not smoothed.
             const QRectF device = painter.transform().mapRect(target);
             if (std::abs(device.width() - picture.width()) < 1 &&
                 std::abs(device.height() - picture.height()) < 1) {

@@ -24,7 +24,7 @@ PaintPool::~PaintPool() {
 bool PaintPool::submit(PaintJob job) {
     const std::lock_guard lock(mutex_);
     const auto same = std::find_if(jobs_.begin(), jobs_.end(), [&](const PaintJob& other) {
-        return other.surface == job.surface && other.tile == job.tile;
+        return other.surface == job.surface && other.band == job.band;
     });
     if (same != jobs_.end()) {
         *same = std::move(job);
@@ -56,7 +56,7 @@ bool PaintPool::helpUntil(std::chrono::steady_clock::time_point end) {
         lock.unlock();
         QImage picture = paintDisplayList(*job.list, job.pixels);
         lock.lock();
-        results_.push_back({job.surface, job.tile, job.version, std::move(picture)});
+        results_.push_back({job.surface, job.band, job.version, std::move(picture)});
         return true;
     }
     if (!results_.empty()) return true;
@@ -80,7 +80,7 @@ bool PaintPool::takeJob(PaintJob& job, double farthest) {
 }
 
 void PaintPool::run() {
-    // Fonts are opened anew by each thread; the first row shall not wait for it.
+    // Each thread opens the fonts for itself; this does it before the first job, so that the first row does not wait.
     TextBlock::lineHeight(qtFont(UIFont::system(17)));
     std::unique_lock lock(mutex_);
     for (;;) {
@@ -95,9 +95,10 @@ void PaintPool::run() {
         job.list.reset();
         lock.lock();
         --underWay_;
-        results_.push_back({job.surface, job.tile, job.version, std::move(picture)});
+        results_.push_back({job.surface, job.band, job.version, std::move(picture)});
         resultAdded_.notify_all();
-        // What is painted ahead is taken with the next frame: one word when all of it is done is enough.
+        // Pictures painted ahead are taken with the next frame, so one notification when all of them are done is
+        // enough.
         if (isInSight || (jobs_.empty() && underWay_ == 0)) {
             lock.unlock();
             finished_();

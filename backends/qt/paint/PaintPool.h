@@ -15,39 +15,40 @@
 
 namespace ostrel {
 
-/// One tile of one surface to be painted.
+/// One band of one surface to be painted.
 struct PaintJob {
     std::uint64_t surface = 0;
-    int tile = 0;
+    int band = 0;
     std::uint64_t version = 0;
     std::shared_ptr<const DisplayList> list;
     QRect pixels;
-    double distance = 0;  ///< points from the visible area; 0: visible. The nearest is painted first
+    /// Points from the viewport; 0: visible. The nearest job is painted first.
+    double distance = 0;
 };
 
 struct PaintResult {
     std::uint64_t surface = 0;
-    int tile = 0;
+    int band = 0;
     std::uint64_t version = 0;
     QImage picture;
 };
 
-/// Paints display lists on a few threads of its own, the nearest first. Called from the main thread.
+/// Paints display lists on a few threads, the nearest first. Called from the main thread.
 class PaintPool final {
 public:
-    /// `finished` is called from a worker when results wait for `takeResults`; once until they were taken.
+    /// `finished` is called on a painting thread when results wait for `takeResults`; only once until they are taken.
     PaintPool(int threads, std::function<void()> finished);
     ~PaintPool();
     PaintPool(const PaintPool&) = delete;
     PaintPool& operator=(const PaintPool&) = delete;
 
-    /// Takes the place of a job of the same surface and tile that has not begun; true when there was one.
+    /// Adds a job. The job replaces one of the same surface and band that has not begun; true when there was one.
     bool submit(PaintJob job);
-    /// Tells the distances of the jobs that have not begun anew; a negative answer forgets the job.
+    /// Asks `distance` for the new distance of each job that has not begun; a negative result removes the job.
     void updateDistances(const std::function<double(const PaintJob&)>& distance);
     std::vector<PaintResult> takeResults();
-    /// Paints a visible job on the calling thread, else waits for a result of the workers until `end`. False when there
-    /// is neither a visible job nor one under way, or the time is up.
+    /// Paints a visible job on the calling thread, or waits until `end` for a result of the painting threads. False
+    /// when no visible job is left or under way, or when the time is up.
     bool helpUntil(std::chrono::steady_clock::time_point end);
     bool isIdle() const;
 
@@ -56,7 +57,8 @@ private:
     bool takeJob(PaintJob& job, double farthest);
 
     const std::function<void()> finished_;
-    mutable std::mutex mutex_;  // guards all below
+    // Guards the members below.
+    mutable std::mutex mutex_;
     std::condition_variable jobAdded_, resultAdded_;
     std::vector<PaintJob> jobs_;
     std::vector<PaintResult> results_;

@@ -10,9 +10,10 @@ namespace ostrel {
 namespace {
 
 constexpr std::size_t maximumBytes = 32 << 20;
-// What decoding one picture may take: 32 megapixels of a PNG, far more of a JPEG, which is reduced while it is decoded.
+// The memory that decoding one picture may take: 32 megapixels of a PNG, far more of a JPEG, which is reduced while it
+// is decoded.
 constexpr std::int64_t maximumDecodingBytes = 128 << 20;
-// Of one decoded picture; larger ones are shown enlarged.
+// The pixels of one decoded picture; a picture that should be larger is shown enlarged.
 constexpr double maximumPixels = 8 << 20;
 constexpr std::size_t maximumWanted = 256;
 constexpr int maximumSide = 8192;
@@ -33,7 +34,7 @@ const char* formatName(ImageFormat format) {
     return "";
 }
 
-/// Bytes that decoding the picture at this size takes, the result included.
+/// The bytes that decoding the picture at this size takes, the result included.
 std::int64_t decodingBytes(const ImageHeader& header, const PictureKey& key) {
     std::int64_t width = header.pixelWidth, height = header.pixelHeight;
     if (header.format == ImageFormat::jpeg) {
@@ -63,7 +64,7 @@ PictureStore::~PictureStore() {
 PictureKey PictureStore::keyFor(const UIImage& image, double width, double height) {
     const double points = std::max(image.size().width, 1e-6);
     const ImageHeader& header = image.header();
-    // Other representations of a picture are the same one at another size; the header tells the first.
+    // The header describes the first representation; the others show the same picture at other sizes.
     double largestWidth = header.pixelWidth, largestHeight = header.pixelHeight;
     const CGFloat scale = image.representation(width / points).scale;
     if (scale > 0) {
@@ -113,7 +114,7 @@ QImage PictureStore::request(const std::shared_ptr<const UIImage>& image, const 
         std::rotate(same, same + 1, wanted_.end());
     } else {
         wanted_.push_back({key, image});
-        // The oldest belongs to something long gone from the screen; it is asked for again if it comes back.
+        // The oldest request belongs to a view that has long left the screen; a view that returns requests again.
         if (wanted_.size() > maximumWanted) {
             done_.push_back(wanted_.front().key);
             wanted_.erase(wanted_.begin());
@@ -140,20 +141,20 @@ QImage PictureStore::decode(const UIImage& image, const PictureKey& key) {
     const QByteArray bytes =
         QByteArray::fromRawData(reinterpret_cast<const char*>(representation.data.bytes()),
                                 static_cast<qsizetype>(representation.data.size()));
-    // The neighbour for another scale may be another kind of file.
+    // The representation for another scale may be a file of another format.
     const auto header = ImageHeader::read(representation.data);
     if (!header || decodingBytes(*header, key) > maximumDecodingBytes) return {};
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
-    // The format that the header was read as, so that no other decoder is tried on the bytes.
+    // The reader gets the format of the header, so that Qt does not try another decoder on the bytes.
     QImageReader reader(&buffer, formatName(header->format));
     reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(true);
     const QSize wanted(key.width, key.height);
     const bool turned = reader.transformation() & QImageIOHandler::TransformationRotate90;
     const QSize stored = reader.size();
-    // The decoder of JPEG reduces while it decodes, which is several times as fast.
+    // The JPEG decoder reduces while it decodes, which is several times as fast.
     if (stored.isValid()) reader.setScaledSize(turned ? wanted.transposed() : wanted);
     QImage picture = reader.read();
     if (picture.isNull()) return picture;

@@ -29,25 +29,26 @@ struct PictureKeyHash {
     }
 };
 
-/// Decoded pictures at the sizes they are shown, at most 32 MiB of them. Large ones are decoded on a thread of their own,
-/// so that painting does not wait for them; small ones (icons) by whoever asks. A picture that would take more than
-/// 128 MiB to decode is one that cannot be decoded. Of a GIF it is the first frame. Any thread.
+/// Decoded pictures at the sizes at which they are shown, at most 32 MiB. Large pictures are decoded on one decoding
+/// thread, so that painting does not wait; small ones (icons) on the calling thread. A picture whose decoding would
+/// take more than 128 MiB counts as one that cannot be decoded. Of a GIF the first frame is decoded. Any thread.
 class PictureStore final {
 public:
-    /// `decoded` is called from the decoding thread when results wait for `takeDecoded`; once until they were taken.
+    /// `decoded` is called on the decoding thread when results wait for `takeDecoded`; only once until they are taken.
     explicit PictureStore(std::function<void()> decoded);
     ~PictureStore();
     PictureStore(const PictureStore&) = delete;
     PictureStore& operator=(const PictureStore&) = delete;
 
-    /// The key for `image` shown `width` by `height` device pixels large: never larger than the picture itself.
+    /// The key for `image` shown at `width` by `height` device pixels; its size never exceeds that of the picture.
     static PictureKey keyFor(const UIImage& image, double width, double height);
-    /// So small that decoding it is no slower than painting around it.
+    /// The picture is so small that decoding it takes no longer than painting its surroundings.
     static bool isSmall(const UIImage& image, const PictureKey& key);
 
-    /// The decoded picture, null when its bytes cannot be decoded. Decodes now when it is not stored.
+    /// The decoded picture; null when its bytes cannot be decoded. Decodes on the calling thread when it is not stored.
     QImage obtain(const UIImage& image, const PictureKey& key);
-    /// The decoded picture when it is stored (`isKnown` true; null when it cannot be decoded), else asks for it.
+    /// When the picture is stored: the picture, or null if it cannot be decoded; `isKnown` is true. Otherwise null, and
+    /// the decoding thread gets a request.
     QImage request(const std::shared_ptr<const UIImage>& image, const PictureKey& key, bool& isKnown);
     std::vector<PictureKey> takeDecoded();
     std::size_t storedBytes() const;
@@ -63,10 +64,12 @@ private:
     void run();
 
     const std::function<void()> decoded_;
-    mutable std::mutex mutex_;  // guards all below
+    // Guards the members below.
+    mutable std::mutex mutex_;
     std::condition_variable changed_;
     LeastRecentlyUsedCache<PictureKey, QImage, PictureKeyHash> pictures_;
-    std::vector<Wanted> wanted_;  // the last asked for is decoded first
+    // The picture requested last is decoded first.
+    std::vector<Wanted> wanted_;
     PictureKey underWay_;
     std::vector<PictureKey> done_;
     bool stopping_ = false;

@@ -8,7 +8,7 @@ namespace ostrel {
 
 namespace {
 
-/// One pass along a line of `count` bytes that are `step` apart; what lies beyond the ends is 0.
+/// One pass along a line of `count` bytes that are `step` bytes apart; beyond the ends all bytes are 0.
 void boxBlur(uchar* line, int count, qsizetype step, int radius, std::vector<uchar>& copy) {
     for (int i = 0; i < count; ++i) copy[static_cast<std::size_t>(i)] = line[i * step];
     const int window = 2 * radius + 1;
@@ -31,7 +31,7 @@ QImage blurredShape(const QPainterPath& shape, QSize size, double sigma, const Q
         painter.setRenderHint(QPainter::Antialiasing);
         painter.fillPath(shape, Qt::black);
     }
-    // Three boxes of 2r + 1 have the variance r(r + 1), which is to be sigma squared.
+    // Three boxes of 2r + 1 have the variance r(r + 1), which must be sigma squared.
     const int radius = static_cast<int>(std::lround((std::sqrt(1 + 4 * sigma * sigma) - 1) / 2));
     if (radius > 0) {
         std::vector<uchar> copy(static_cast<std::size_t>(std::max(size.width(), size.height())));

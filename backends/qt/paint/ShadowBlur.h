@@ -7,8 +7,8 @@
 
 namespace ostrel {
 
-/// `shape` filled in `color` and blurred as a Gaussian of standard deviation `sigma` (pixels) would, by three box blurs;
-/// an image of `size` pixels, premultiplied.
+/// `shape` filled in `color` and blurred nearly as by a Gaussian of standard deviation `sigma` (pixels), by three box
+/// blurs. Returns a premultiplied image of `size` pixels.
 QImage blurredShape(const QPainterPath& shape, QSize size, double sigma, const QColor& color);
 
 }  // namespace ostrel

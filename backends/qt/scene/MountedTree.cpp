@@ -15,11 +15,11 @@ bool hasPaintedChildren(const MountedView& view) {
                        [](const MountedView* child) { return child->role == MountRole::painted; });
 }
 
-/// What turns by itself is one picture that is turned.
+/// A view with a rotation of its own is one picture on a turning node, so it is a surface.
 bool isSurfaceOfItsOwn(const ViewState& state) { return state.isSurface || state.rotation; }
 
-/// Whether a surface that `content` belongs to looks the same without knowing about the change: spinners, players and
-/// text under edit have nodes of their own.
+/// Whether nodes of its own show `content`, as for spinners, players and text under edit. The picture of the surface
+/// around such content does not depend on it.
 bool isLive(const ViewContent& content) {
     if (std::holds_alternative<SpinnerContent>(content) || std::holds_alternative<PlayerContent>(content))
         return true;
@@ -27,7 +27,7 @@ bool isLive(const ViewContent& content) {
     return input && !isPainted(*input);
 }
 
-/// Finds which views of a surface have a player in them.
+/// Notes in each view of a surface whether the view or one below has a player.
 bool noteHolders(MountedView& view) {
     view.holdsPlayer = std::holds_alternative<PlayerContent>(view.state->content);
     for (MountedView* child : view.children) view.holdsPlayer |= noteHolders(*child);
@@ -225,7 +225,7 @@ void MountedTree::noteContent(const MountedView& view) {
 void MountedTree::markBlursAbove(const MountedView& changed) {
     for (const ViewTag tag : blurs_) {
         MountedView* const blur = find(tag);
-        // Within a surface it is painted with what lies beneath.
+        // A blur within a surface is painted again with that surface.
         if (!blur || !blur->parent || blur->role == MountRole::painted) continue;
         const MountedView* view = &changed;
         while (view && view != blur->parent && view != blur) view = view->parent;

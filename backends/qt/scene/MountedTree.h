@@ -11,9 +11,12 @@
 namespace ostrel {
 
 enum class MountRole : std::uint8_t {
-    structural,  ///< outside of any surface: shown by nodes of its own
-    surface,     ///< the root of a surface
-    painted,     ///< part of the picture of a surface above it
+    /// Outside of any surface: shown by nodes of its own.
+    structural,
+    /// The root of a surface.
+    surface,
+    /// A part of the picture of a surface above the view.
+    painted,
 };
 
 /// One view as the backend knows it.
@@ -21,37 +24,50 @@ struct MountedView {
     ViewTag tag = 0;
     std::shared_ptr<const ViewState> state;
     MountedView* parent = nullptr;
-    std::vector<MountedView*> children;  // back to front
+    /// Back to front.
+    std::vector<MountedView*> children;
     MountRole role = MountRole::structural;
-    LookKind look = LookKind::none;  ///< what it shows itself; known once its picture is not dirty
-    bool pictureDirty = true;        ///< what it shows itself is out of date; not used while painted
-    bool childrenDirty = false;      ///< the order of its children's nodes may be
-    bool hasLive = false;      ///< painted with a surface, but itself or a view below has nodes of its own
-    bool scrolls = false;      ///< its content has been moved once
-    bool shown = false;        ///< has nodes, or gets them with the next synchronisation
-    bool holdsPlayer = false;  ///< in a surface: a player is shown by it or a view below
-    bool isInFront =
-        false;            ///< stands in front of a player of its surface, so that it has a picture of its own
-    bool queued = false;  ///< waits for the next synchronisation with the scene graph
-    CGPoint base;         ///< the point of the content that its children's nodes are placed from
+    /// What the view itself shows; valid while `pictureDirty` is false.
+    LookKind look = LookKind::none;
+    /// The view's own look is out of date. Not used in the role `painted`.
+    bool pictureDirty = true;
+    /// The order of the children's nodes may be out of date.
+    bool childrenDirty = false;
+    /// The view is painted with a surface, but the view or one below it also has nodes of its own.
+    bool hasLive = false;
+    /// The view's content has been scrolled at least once.
+    bool scrolls = false;
+    /// The view has nodes, or gets them with the next synchronisation.
+    bool shown = false;
+    /// In a surface: the view or one below it shows a player.
+    bool holdsPlayer = false;
+    /// The view is in front of a player of its surface, so that the view has a picture of its own.
+    bool isInFront = false;
+    /// The view waits for the next synchronisation with the scene graph.
+    bool queued = false;
+    /// The point of the content from which the children's nodes are placed.
+    CGPoint base;
     std::unique_ptr<Surface> surface;
-    QImage video;                              ///< what a player shows
-    std::shared_ptr<const UIImage> lastImage;  ///< painted last; stands in while another one is being decoded
-    QImage lastPicture;                        ///< of `lastImage`, when it was decoded apart
+    /// The frame that a player shows.
+    QImage video;
+    /// The image that was painted last; painted again while its successor is being decoded.
+    std::shared_ptr<const UIImage> lastImage;
+    /// The decoded picture of `lastImage`, when it was decoded on the decoding thread.
+    QImage lastPicture;
     NodeValues want, have;
     ViewNodes nodes;
 };
 
-/// The mounted views, kept as the transactions tell. Main thread.
+/// The mounted views, changed by the window's transactions. Main thread.
 ///
-/// A player within a surface is shown above the surface's picture. What stands in front of it in the same surface is
-/// therefore made a surface of its own for as long as the player is there.
+/// A player within a surface is shown above the surface's picture. Views of the same surface that are in front of the
+/// player therefore become surfaces of their own for as long as the player is there.
 class MountedTree final {
 public:
     class Observer {
     public:
         virtual ~Observer() = default;
-        /// The view leaves its place, with all below it: what shows it has to go.
+        /// The view leaves its parent with all views below it: their nodes have to go.
         virtual void viewWillLeave(MountedView& view) = 0;
         virtual void viewWillBeDestroyed(MountedView& view) = 0;
         virtual void contentDidScroll() = 0;
@@ -59,7 +75,7 @@ public:
 
     explicit MountedTree(Observer& observer) : observer_(observer) {}
 
-    /// Steps that do not fit the tree are left out, and assert.
+    /// Skips mutations that do not fit the tree; builds with assertions stop there.
     void apply(const MountingTransaction& transaction);
     void clear();
     MountedView* root() const { return root_; }
@@ -67,7 +83,7 @@ public:
     const std::unordered_map<ViewTag, std::unique_ptr<MountedView>>& views() const { return views_; }
     /// Text inputs that have the focus; at most one in a correct tree.
     const std::vector<ViewTag>& focusedInputs() const { return focusedInputs_; }
-    /// Marks the picture dirty that `view` is painted in, its own or that of the surface around it.
+    /// Marks the picture dirty in which `view` is painted: its own, or that of the surface around it.
     static void markPictureDirty(MountedView& view);
 
 private:

@@ -14,10 +14,11 @@ namespace ostrel {
 
 namespace {
 
-// Nodes are placed in single precision: content this far away gets another base.
+// Points. Nodes are placed in single precision, so content further than this from its base gets a nearer base.
 constexpr double farthestFromBase = 4096;
 constexpr double everywhere = 1e300;
-// Seconds to wait for what is in sight, so that no half picture is shown.
+// Seconds to wait for the visible pictures, so that no frame shows a part of them only: before the first frame, and
+// before later ones.
 constexpr double firstWait = 0.1;
 constexpr double stillWait = 0.008;
 
@@ -62,7 +63,7 @@ double SceneComposer::snap(double value) const { return std::round(value * scale
 
 bool SceneComposer::prepare(double now) {
     now_ = now;
-    // A single jump waits as any other change does.
+    // Scrolling does not wait for pictures; a single jump waits as any other change does.
     const double longestWait = !hasShown_ ? firstWait : isScrolling(now) ? 0 : stillWait;
     if (std::exchange(scrolled_, false)) lastScroll_ = now;
     collectResults();
@@ -70,9 +71,9 @@ bool SceneComposer::prepare(double now) {
     if (waiting_ > 0 && longestWait > 0) {
         const auto end = std::chrono::steady_clock::now() +
                          std::chrono::microseconds(static_cast<std::int64_t>(longestWait * 1e6));
-        const std::uint64_t painted = statistics_.tilesPainted;
+        const std::uint64_t painted = statistics_.bandsPainted;
         while (waiting_ > 0 && pool_.helpUntil(end)) collectResults();
-        if (statistics_.tilesPainted != painted) walkTree();
+        if (statistics_.bandsPainted != painted) walkTree();
     }
     dropDistantPictures();
     return !queue_.empty() || !doomed_.empty() || everythingLost_;
@@ -97,7 +98,7 @@ void SceneComposer::walkTree() {
             const MountedView* view = tree_.find(job.surface);
             const bool isWanted = view && view->surface && view->surface->version == job.version;
             if (!isWanted) --outstanding_;
-            return isWanted ? view->surface->tiles[static_cast<std::size_t>(job.tile)].distance : -1.0;
+            return isWanted ? view->surface->bands[static_cast<std::size_t>(job.band)].distance : -1.0;
         });
     }
 }
@@ -141,7 +142,7 @@ bool SceneComposer::walk(MountedView& view, const Place& place) {
         return false;
     }
 
-    // A node that was needed once stays while the view is shown, so that fading and scrolling make none anew.
+    // A node that was needed once stays while the view is shown, so that fading and scrolling do not rebuild nodes.
     const bool sticky = view.shown;
     want.spins = spins;
     want.video = showsVideo;
@@ -150,13 +151,13 @@ bool SceneComposer::walk(MountedView& view, const Place& place) {
     want.clips = state.clipsToBounds && want.container;
     want.moves = view.scrolls && want.container;
     want.opacity = state.alpha < 1 || (sticky && want.opacity);
-    const bool isTiled = want.look == LookKind::picture && view.surface->tiles.size() > 1;
-    want.placement = want.container || want.spins || want.video || want.opacity || isTiled ||
+    const bool hasBands = want.look == LookKind::picture && view.surface->bands.size() > 1;
+    want.placement = want.container || want.spins || want.video || want.opacity || hasBands ||
                      !state.transform.isIdentity() || turns || (sticky && want.placement);
     want.width = static_cast<float>(snap(exactX + state.frame.width()) - shownX);
     want.height = static_cast<float>(snap(exactY + state.frame.height()) - shownY);
     if (want.look == LookKind::rect) {
-        // A hairline takes the whole pixel that it begins in.
+        // A hairline fills the whole pixel in which it begins.
         const auto widen = [this](float& position, float& size, double exact) {
             if (size > 0) return;
             position = static_cast<float>(std::floor(exact * scale_ + 1e-6) / scale_);
@@ -182,7 +183,7 @@ bool SceneComposer::walkChildren(MountedView& view, const Place& place, const Re
         };
         rebase(view.base.x, origin.x);
         rebase(view.base.y, origin.y);
-        // Content moves by whole pixels, its views lie on whole pixels of it.
+        // Content moves by whole pixels, and its views begin at whole pixels of the content.
         view.want.contentX = static_cast<float>(snap(restX + view.base.x - origin.x));
         view.want.contentY = static_cast<float>(snap(restY + view.base.y - origin.y));
         restX = restY = 0;
@@ -241,7 +242,7 @@ void SceneComposer::hide(MountedView& view) {
         hidden.want = {};
         hidden.video = {};
         if (hidden.surface) {
-            for (Tile& tile : hidden.surface->tiles) tile.visible = false;
+            for (Band& band : hidden.surface->bands) band.visible = false;
         }
         for (MountedView* child : hidden.children) self(self, *child);
     };
@@ -269,10 +270,11 @@ void SceneComposer::viewWillLeave(MountedView& view) {
 
 void SceneComposer::viewWillBeDestroyed(MountedView& view) {
     if (view.queued) std::erase(queue_, &view);
-    // A job of it that has not begun goes with the next walk, for its surface is not found any more.
+    // The next walk drops the surface's jobs that have not begun, because it does not find their surface any more.
 }
 
-/// Whether the view is shown turned. One that is wholly out of sight is left as it lies.
+/// Sets the angle of a view with a rotation; true when the view is shown turned. A view outside of the viewport is not
+/// turned.
 bool SceneComposer::prepareRotation(MountedView& view, const Place& place, const Region& frame) {
     view.want.angle = 0;
     const LayerRotation* const rotation = view.state->rotation.get();
@@ -297,7 +299,7 @@ void SceneComposer::prepareSpinner(MountedView& view) {
     turning_ = true;
     const double turn = now_ - std::floor(now_);
     constexpr int phases = SpinnerPictures::phaseCount;
-    // Reduced motion: one turn in two seconds, in eight steps.
+    // With reduced motion a turn takes two seconds, in eight steps.
     const int phase = reduceMotion_ ? static_cast<int>((now_ / 2 - std::floor(now_ / 2)) * 8) * (phases / 8)
                                     : static_cast<int>(turn * phases);
     view.want.spinnerPhase = std::clamp(phase, 0, phases - 1);
@@ -311,7 +313,7 @@ double SceneComposer::spinnerInterval() const {
 QSGNode* SceneComposer::synchronise(QSGNode* root, QQuickWindow& window) {
     MountedView* top = tree_.root();
     if (!root || everythingLost_) {
-        // The scene graph has thrown the nodes away (or they are for another scale): all that is shown is made anew.
+        // The scene graph has deleted the nodes, or they are for another scale: all nodes are made anew.
         if (root) {
             while (QSGNode* child = root->firstChild()) delete child;
         } else {
@@ -377,10 +379,10 @@ SceneComposer::Statistics SceneComposer::statistics() const {
     result.mountedViews = tree_.views().size();
     for (const auto& [tag, view] : tree_.views()) {
         if (!view->surface) continue;
-        for (const Tile& tile : view->surface->tiles) {
-            if (tile.picture.isNull()) continue;
+        for (const Band& band : view->surface->bands) {
+            if (band.picture.isNull()) continue;
             ++result.pictures;
-            result.pictureBytes += static_cast<std::size_t>(tile.picture.sizeInBytes());
+            result.pictureBytes += static_cast<std::size_t>(band.picture.sizeInBytes());
         }
     }
     return result;

@@ -18,26 +18,28 @@ namespace ostrel {
 
 class VideoPicture;
 
-/// Turns the mounted views into pictures and nodes: decides which views are in sight, has surfaces painted by the
-/// workers, nearest first, and keeps one small tree of nodes that moves, fades and clips them.
+/// Turns the mounted views into pictures and nodes: finds the visible views, gives their surfaces to the painting
+/// threads, the nearest first, and keeps one small tree of nodes that moves, fades and clips the pictures.
 ///
-/// A surface's picture is kept while the surface is within two screens of sight, all pictures together up to 64 MiB (what
-/// is in sight always stays). Surfaces are shown above the picture of the surface they are in. Rounded clipping is done
-/// in pictures; surfaces and live views below a rounded view are clipped to its rectangle.
+/// A surface's picture is kept while the surface is within two screens of the viewport, all pictures together up to
+/// 64 MiB (visible ones always stay). A surface within a surface is shown above the picture of the outer one. Round
+/// corners are cut in the pictures; surfaces and live views below a rounded view are clipped to its rectangle.
 ///
-/// A blur within a surface blurs what the surface paints beneath it; one elsewhere, what its superview and the views
-/// behind it paint, as often as that changes. Wheels, videos and text under edit are not seen through it.
+/// A blur within a surface blurs what the surface has painted beneath the blur. A blur elsewhere blurs its superview
+/// and the views behind itself, and is painted again when these change. Spinners, videos and text under edit do not
+/// show through a blur.
 ///
 /// Main thread, but for `synchronise`, which runs while the main thread is stopped.
 class SceneComposer final : private MountedTree::Observer {
 public:
     struct Statistics {
-        std::uint64_t tilesPainted = 0;  ///< pictures made, in all
-        std::uint64_t listsTaken = 0;    ///< display lists taken
-        std::size_t pictures = 0;        ///< held now
-        std::size_t pictureBytes = 0;    ///< held now
+        /// Pictures of bands that were painted, and display lists that were taken, since the start.
+        std::uint64_t bandsPainted = 0, listsTaken = 0;
+        /// Pictures held now.
+        std::size_t pictures = 0, pictureBytes = 0;
         std::size_t mountedViews = 0;
-        std::size_t nodesChanged = 0;  ///< views whose nodes the last synchronisation changed
+        /// Views whose nodes the last synchronisation changed.
+        std::size_t nodesChanged = 0;
     };
 
     /// `workFinished` is called from any thread when painted or decoded pictures wait for `prepare`.
@@ -48,26 +50,28 @@ public:
     /// Forgets all views.
     void reset();
     void setViewport(CGSize size, double scale);
-    /// Finds what is in sight and has it painted. Waits for visible pictures up to 8 ms, before the first frame up to
-    /// 100 ms, and not at all while content scrolls. `now` in monotonic seconds. True when nodes have to change.
+    /// Finds the visible views and gives them to the painting threads. Waits for visible pictures up to 8 ms, before
+    /// the first frame up to 100 ms, and not at all while content scrolls. `now`: monotonic seconds. True when nodes
+    /// have to change.
     bool prepare(double now);
-    /// Changes the nodes below `root` (null: everything is made anew) and returns it.
+    /// Changes the nodes below `root` and returns `root`; null makes a new root with all nodes.
     QSGNode* synchronise(QSGNode* root, QQuickWindow& window);
 
-    /// Everything in sight is painted as it is now.
+    /// All visible pictures are up to date.
     bool isSettled() const;
-    /// Takes what the workers have finished. False: nothing of it is in sight, so that it can wait for the next frame.
+    /// Takes the pictures that the painting threads have finished. False when none of them is visible, so that they can
+    /// wait for the next frame.
     bool takeFinishedWork() { return collectResults() || !videos_.empty(); }
-    /// The content of a view moved within the last moments before `now`.
+    /// The content of a view has scrolled within the last 0.15 seconds before `now`.
     bool isScrolling(double now) const { return now - lastScroll_ < 0.15; }
-    /// Seconds until a wheel turns on; 0: none turns.
+    /// Seconds between two phases of the turning spinners; 0 when none turns.
     double spinnerInterval() const;
-    /// A view in sight turns about itself: each frame of the display shows another angle.
+    /// A visible view rotates: each frame of the display shows another angle.
     bool turnsViews() const { return viewsTurn_; }
     void setReduceMotion(bool reduce) { reduceMotion_ = reduce; }
     const MountedTree& tree() const { return tree_; }
-    /// Where a view stands in the window, transforms left out; `clip` is the part of the window that its ancestors let
-    /// through.
+    /// The frame of a view in the window, without transforms; `clip` becomes the part of the window to which the view's
+    /// ancestors clip it.
     CGRect frameInWindow(const MountedView& view, CGRect& clip, double& alpha) const;
     Statistics statistics() const;
 
@@ -77,15 +81,20 @@ private:
         bool intersects(const Region& o) const { return x0 < o.x1 && o.x0 < x1 && y0 < o.y1 && o.y0 < y1; }
         double distance(const Region& o) const;
     };
-    /// What a view finds where it stands.
+    /// What the ancestors of a view decide for the view.
     struct Place {
-        double originX, originY;  // where the parent's content begins, in the window
-        double baseX, baseY;      // the point of it that nodes are placed from
-        double restX, restY;      // what rounding to pixels left of the parent's position
+        // The origin of the parent's content in the window.
+        double originX, originY;
+        // The point of that content from which nodes are placed.
+        double baseX, baseY;
+        // The remainder from rounding the parent's position to pixels.
+        double restX, restY;
         Region clip;
-        bool isExact;           // no transform above: what is in sight can be told
-        const UIColor* ground;  // the one colour behind the view, when it is known
-        // Round corners that the view is clipped to, in the window.
+        // No ancestor has a transform, so that it is known whether the view is visible.
+        bool isExact;
+        // The one colour behind the view; null when it is not known.
+        const UIColor* ground;
+        // Round corners to which the view is clipped, in the window.
         const CornerClip* corners = nullptr;
     };
 
@@ -100,7 +109,7 @@ private:
     void hide(MountedView& view);
     void queue(MountedView& view);
 
-    /// Which views below one come into its list.
+    /// Which views below a view come into its display list.
     enum class Below : std::uint8_t { painted, everything };
 
     void refreshLook(MountedView& view);
@@ -109,7 +118,7 @@ private:
     void addEntries(DisplayList& list, Surface& surface, MountedView& view, bool isRoot, CGRect* overflow,
                     CGPoint origin, Below below = Below::painted);
     void takeBeneath(DisplayList& list, Surface& surface, const MountedView& blur);
-    void layTiles(Surface& surface, QSize pixels);
+    void divideIntoBands(Surface& surface, QSize pixels);
     bool isAlone(const MountedView& view) const;
     bool prepareRotation(MountedView& view, const Place& place, const Region& frame);
     void prepareSpinner(MountedView& view);
@@ -129,17 +138,24 @@ private:
     std::uint64_t lastVersion_ = 0;
     std::vector<MountedView*> queue_;
     std::vector<QSGNode*> doomed_;
-    std::vector<std::shared_ptr<VideoPicture>> videos_;  // in sight when last walked
+    // Visible in the last walk.
+    std::vector<std::shared_ptr<VideoPicture>> videos_;
     double now_ = 0, lastScroll_ = -1e9;
     bool scrolled_ = false;
     bool reduceMotion_ = false;
-    bool turning_ = false;    // a wheel in sight turns
-    bool viewsTurn_ = false;  // by their own rotation
+    // A visible spinner turns.
+    bool turning_ = false;
+    // A visible view rotates.
+    bool viewsTurn_ = false;
     bool everythingLost_ = false;
-    bool hasShown_ = false;        // a frame has been made
-    int waiting_ = 0;              // tiles in sight that are not painted as they are now
-    int outstanding_ = 0;          // jobs given to the painters
-    bool missesPictures_ = false;  // in sight
+    // A frame has been made.
+    bool hasShown_ = false;
+    // Visible bands whose picture is out of date.
+    int waiting_ = 0;
+    // Jobs given to the painting threads.
+    int outstanding_ = 0;
+    // A visible surface waits for a picture that is being decoded.
+    bool missesPictures_ = false;
     int walksSinceTrim_ = 0;
     Statistics statistics_;
 };

@@ -10,15 +10,15 @@ namespace ostrel {
 
 namespace {
 
-// Points around sight in which surfaces are painted ahead, and beyond which their pictures are let go, in heights of the
-// window.
+// In heights of the window: how far beyond the viewport surfaces are painted ahead, and the distance beyond which
+// their pictures are dropped.
 constexpr double aheadScreens = 1.5;
 constexpr double keptScreens = 2;
 constexpr std::size_t maximumPictureBytes = 64 << 20;
-// A surface higher than this (device pixels) is painted in bands.
-constexpr int maximumTileHeight = 2048;
+// Device pixels: a higher surface is painted in bands.
+constexpr int maximumUndividedHeight = 2048;
 constexpr int bandHeight = 1024;
-constexpr int maximumTileWidth = 8192;
+constexpr int maximumPictureWidth = 8192;
 constexpr double maximumOverflow = 64;
 
 bool isRounded(const ViewState& state) {
@@ -32,7 +32,7 @@ bool paintsContent(const ViewContent& content) {
     return std::holds_alternative<BlurContent>(content);
 }
 
-/// Whether `view` adds anything to the picture of the surface that it is painted with.
+/// Whether `view` adds anything to the picture of its surface.
 bool paintsSomething(const MountedView& view) {
     const ViewState& state = *view.state;
     if (view.role != MountRole::painted || state.hidden) return false;
@@ -42,7 +42,8 @@ bool paintsSomething(const MountedView& view) {
                        [](const MountedView* child) { return paintsSomething(*child); });
 }
 
-/// The round corners of `clip` (in the window) as a view of this frame sees them; none when it lies clear of them.
+/// The round corners of `clip` (in the window) in the coordinates of a view with this frame; none when the view does
+/// not reach any of them.
 std::optional<CornerClip> cornersWithin(const CornerClip* clip, CGRect frame, double scale) {
     if (!clip) return std::nullopt;
     const CGRect& rect = clip->rect;
@@ -52,14 +53,14 @@ std::optional<CornerClip> cornersWithin(const CornerClip* clip, CGRect frame, do
     const bool top = clip->roundsTop && (covers(rect.minX(), rect.minY()) || covers(right, rect.minY()));
     const bool below = clip->roundsBottom && (covers(rect.minX(), bottom) || covers(right, bottom));
     if (!top && !below) return std::nullopt;
-    // On whole pixels: what is moved as one is painted once.
+    // In whole pixels, so that a view that moves with its clip is not painted again.
     const auto snap = [&](double value) { return std::round(value * scale) / scale; };
     CornerClip seen = *clip;
     seen.rect.origin = {snap(rect.minX() - frame.minX()), snap(rect.minY() - frame.minY())};
     return seen;
 }
 
-/// Finds which painted views have something live below, so that they get nodes to place it.
+/// Notes which painted views have live views below, because they need nodes that place the live ones.
 bool refreshLive(MountedView& view) {
     bool any = false;
     for (MountedView* child : view.children) {
@@ -130,48 +131,48 @@ LookKind SceneComposer::preparePicture(MountedView& view, const Place& place, co
         outdated = !isSame || !alone;
     }
     if (!isNear) {
-        // Taken when it comes nearer.
+        // The display list is taken when the surface comes nearer.
         view.pictureDirty = outdated;
     } else if (outdated) {
         takeList(view, place);
     }
 
     bool anyShown = false, lookChanged = false;
-    for (std::size_t i = 0; i < surface.tiles.size(); ++i) {
-        Tile& tile = surface.tiles[i];
-        const double top = frame.y0 + (tile.pixels.y() - surface.margin) / scale_;
+    for (std::size_t i = 0; i < surface.bands.size(); ++i) {
+        Band& band = surface.bands[i];
+        const double top = frame.y0 + (band.pixels.y() - surface.margin) / scale_;
         const double left = frame.x0 - surface.margin / scale_;
-        const Region area{left, top, left + tile.pixels.width() / scale_,
-                          top + tile.pixels.height() / scale_};
+        const Region area{left, top, left + band.pixels.width() / scale_,
+                          top + band.pixels.height() / scale_};
         const bool visible = !isExact || area.intersects(place.clip);
-        tile.distance = visible || !isExact ? 0 : std::max(area.distance(place.clip), 1e-3);
-        if (tile.distance > keptScreens * screen) {
-            tile.picture = {};
-            tile.painted = 0;
-            tile.submitted = 0;
-        } else if (tile.painted != surface.version && isNear && !view.pictureDirty) {
-            const bool isNew = tile.submitted != surface.version || (tile.dropped && visible);
-            if (isNew && tile.distance <= aheadScreens * screen) {
-                tile.submitted = surface.version;
-                tile.dropped = false;
+        band.distance = visible || !isExact ? 0 : std::max(area.distance(place.clip), 1e-3);
+        if (band.distance > keptScreens * screen) {
+            band.picture = {};
+            band.painted = 0;
+            band.submitted = 0;
+        } else if (band.painted != surface.version && isNear && !view.pictureDirty) {
+            const bool isNew = band.submitted != surface.version || (band.dropped && visible);
+            if (isNew && band.distance <= aheadScreens * screen) {
+                band.submitted = surface.version;
+                band.dropped = false;
                 const auto number = static_cast<int>(i);
                 if (!pool_.submit(
-                        {surface.id, number, surface.version, surface.list, tile.pixels, tile.distance})) {
+                        {surface.id, number, surface.version, surface.list, band.pixels, band.distance})) {
                     ++outstanding_;
                 }
             }
             if (visible) ++waiting_;
         }
-        if (visible != tile.visible) {
-            tile.visible = visible;
+        if (visible != band.visible) {
+            band.visible = visible;
             lookChanged = true;
         }
-        anyShown |= visible && !tile.picture.isNull();
+        anyShown |= visible && !band.picture.isNull();
         if (visible && !surface.missing.empty()) missesPictures_ = true;
     }
-    if (lookChanged && surface.tiles.size() > 1) ++surface.shown;
+    if (lookChanged && surface.bands.size() > 1) ++surface.shown;
     if (anyShown) return LookKind::picture;
-    // Until it is painted, a row shows its colour.
+    // Until the surface is painted, a rectangle of its background colour is shown.
     if (isVisible && !state.backgroundColor.isClear() && !isRounded(state) && !corners) {
         view.want.color = state.backgroundColor;
         return LookKind::rect;
@@ -193,7 +194,7 @@ void SceneComposer::takeList(MountedView& view, const Place& place) {
                               overflow.maxX() - state.frame.width(), overflow.maxY() - state.frame.height()});
     if (margin > 0)
         margin = std::ceil(std::min(margin, std::max(maximumOverflow, shadowMargin(state.shadow))) * scale_);
-    // What is turned gets an edge of clear pixels, so that its own are smooth.
+    // A rotating picture gets an edge of clear pixels, so that filtering smooths its edges.
     if (state.rotation) margin = std::max(margin, 1.0);
     list->margin = static_cast<int>(margin);
 
@@ -214,13 +215,13 @@ void SceneComposer::takeList(MountedView& view, const Place& place) {
     const auto pixels = [&](double points) {
         return static_cast<int>(std::ceil(points * scale_ - 1e-6)) + 2 * list->margin;
     };
-    const QSize size(std::min(pixels(state.frame.width()), maximumTileWidth),
+    const QSize size(std::min(pixels(state.frame.width()), maximumPictureWidth),
                      static_cast<int>(std::min(std::ceil(state.frame.height() * scale_ - 1e-6), 1e9)) +
                          2 * list->margin);
     surface.margin = list->margin;
     surface.list = std::move(list);
     surface.version = ++lastVersion_;
-    layTiles(surface, size);
+    divideIntoBands(surface, size);
     ++statistics_.listsTaken;
 }
 
@@ -240,7 +241,7 @@ void SceneComposer::addEntries(DisplayList& list, Surface& surface, MountedView&
         QImage picture;
         if (!placed.isEmpty() && !PictureStore::isSmall(*image->image, key)) {
             picture = store_.request(image->image, key, isKnown);
-            // A picture that cannot be decoded is left out for good.
+            // A picture that cannot be decoded is not requested again.
             list.entries[index].pictureMissing = !isKnown || picture.isNull();
             if (!isKnown) surface.missing.push_back(key);
         }
@@ -248,7 +249,7 @@ void SceneComposer::addEntries(DisplayList& list, Surface& surface, MountedView&
             view.lastImage = image->image;
             view.lastPicture = picture;
         } else if (view.lastImage) {
-            // A thumbnail stays until the picture it stands for is ready.
+            // The previous image, a thumbnail for instance, is painted until the new one is decoded.
             auto state = std::make_shared<ViewState>(*view.state);
             std::get<ImageContent>(state->content).image = view.lastImage;
             list.entries[index].state = std::move(state);
@@ -304,16 +305,16 @@ void SceneComposer::takeBeneath(DisplayList& list, Surface& surface, const Mount
     list.beneathOrigin = {origin.x - ground->boundsOrigin.x, origin.y - ground->boundsOrigin.y};
 }
 
-void SceneComposer::layTiles(Surface& surface, QSize pixels) {
-    if (surface.pixels == pixels && !surface.tiles.empty()) return;
+void SceneComposer::divideIntoBands(Surface& surface, QSize pixels) {
+    if (surface.pixels == pixels && !surface.bands.empty()) return;
     surface.pixels = pixels;
-    const int band = pixels.height() <= maximumTileHeight ? pixels.height() : bandHeight;
-    const auto count = static_cast<std::size_t>((pixels.height() + band - 1) / std::max(band, 1));
-    // Old pictures are shown until there are new ones, as far as there still are tiles for them.
-    surface.tiles.resize(count);
+    const int height = pixels.height() <= maximumUndividedHeight ? pixels.height() : bandHeight;
+    const auto count = static_cast<std::size_t>((pixels.height() + height - 1) / std::max(height, 1));
+    // The remaining bands show their old pictures until the new ones are painted.
+    surface.bands.resize(count);
     for (std::size_t i = 0; i < count; ++i) {
-        const int top = static_cast<int>(i) * band;
-        surface.tiles[i].pixels = QRect(0, top, pixels.width(), std::min(band, pixels.height() - top));
+        const int top = static_cast<int>(i) * height;
+        surface.bands[i].pixels = QRect(0, top, pixels.width(), std::min(height, pixels.height() - top));
     }
     ++surface.shown;
 }
@@ -341,7 +342,7 @@ bool SceneComposer::prepareVideo(MountedView& view, const Place& place, const Re
     VideoPicture::Place shown;
     const auto pixels = [&](double points) {
         return static_cast<int>(
-            std::clamp(std::floor(points * scale_ + 1e-6), 1.0, double(maximumTileWidth)));
+            std::clamp(std::floor(points * scale_ + 1e-6), 1.0, double(maximumPictureWidth)));
     };
     shown.bounds = {pixels(size.width), pixels(size.height)};
     shown.scale = scale_;
@@ -352,7 +353,8 @@ bool SceneComposer::prepareVideo(MountedView& view, const Place& place, const Re
     view.video = now.picture;
     if (now.picture.isNull()) return false;
     view.want.videoShown = now.sequence;
-    // A picture made for these bounds is shown pixel by pixel; one made for others, until there is a new one, fits them.
+    // A picture made for these bounds is shown pixel by pixel. One made for other bounds is scaled to fit until a new
+    // picture is there.
     const CGSize exact{now.picture.width() / scale_, now.picture.height() / scale_};
     const CGRect fit = placedImage(exact, size, UIViewContentMode::scaleAspectFit);
     const bool isExactSize = std::abs(fit.width() - exact.width) * scale_ < 1.5 &&
@@ -367,24 +369,24 @@ bool SceneComposer::collectResults() {
     bool isSeen = false;
     for (PaintResult& result : pool_.takeResults()) {
         --outstanding_;
-        ++statistics_.tilesPainted;
+        ++statistics_.bandsPainted;
         MountedView* view = tree_.find(result.surface);
         if (!view || !view->surface) continue;
         Surface& surface = *view->surface;
-        const auto index = static_cast<std::size_t>(result.tile);
-        if (index >= surface.tiles.size()) continue;
-        Tile& tile = surface.tiles[index];
+        const auto index = static_cast<std::size_t>(result.band);
+        if (index >= surface.bands.size()) continue;
+        Band& band = surface.bands[index];
         const bool isCurrent = result.version == surface.version;
-        // A picture that is out of date already is better than a still older one.
-        if (!isCurrent && (tile.painted > result.version || result.picture.size() != tile.pixels.size()))
+        // An outdated picture still replaces an older one.
+        if (!isCurrent && (band.painted > result.version || result.picture.size() != band.pixels.size()))
             continue;
-        if (isCurrent && tile.painted != result.version && tile.visible && waiting_ > 0) --waiting_;
-        tile.picture = std::move(result.picture);
-        tile.place =
-            QRect(tile.pixels.topLeft() - QPoint(surface.margin, surface.margin), tile.picture.size());
-        tile.painted = result.version;
+        if (isCurrent && band.painted != result.version && band.visible && waiting_ > 0) --waiting_;
+        band.picture = std::move(result.picture);
+        band.place =
+            QRect(band.pixels.topLeft() - QPoint(surface.margin, surface.margin), band.picture.size());
+        band.painted = result.version;
         ++surface.shown;
-        isSeen |= tile.visible;
+        isSeen |= band.visible;
     }
     const std::vector<PictureKey> decoded = store_.takeDecoded();
     if (decoded.empty()) return isSeen;
@@ -400,31 +402,31 @@ bool SceneComposer::collectResults() {
 }
 
 void SceneComposer::dropDistantPictures() {
-    // Counting walks over all views; only many pictures can be too many.
+    // Counting the bytes visits all views, so it is done at every 32nd walk only.
     if (++walksSinceTrim_ < 32) return;
     walksSinceTrim_ = 0;
     struct Held {
         double distance;
-        Tile* tile;
+        Band* band;
     };
     std::vector<Held> held;
     std::size_t bytes = 0;
     for (const auto& [tag, view] : tree_.views()) {
         if (!view->surface) continue;
-        for (Tile& tile : view->surface->tiles) {
-            if (tile.picture.isNull()) continue;
-            bytes += static_cast<std::size_t>(tile.picture.sizeInBytes());
-            if (!tile.visible) held.push_back({view->shown ? tile.distance : 1e9, &tile});
+        for (Band& band : view->surface->bands) {
+            if (band.picture.isNull()) continue;
+            bytes += static_cast<std::size_t>(band.picture.sizeInBytes());
+            if (!band.visible) held.push_back({view->shown ? band.distance : 1e9, &band});
         }
     }
     if (bytes <= maximumPictureBytes) return;
     std::sort(held.begin(), held.end(), [](const Held& a, const Held& b) { return a.distance > b.distance; });
     for (const Held& one : held) {
         if (bytes <= maximumPictureBytes) break;
-        bytes -= static_cast<std::size_t>(one.tile->picture.sizeInBytes());
-        one.tile->picture = {};
-        one.tile->painted = 0;
-        one.tile->dropped = true;
+        bytes -= static_cast<std::size_t>(one.band->picture.sizeInBytes());
+        one.band->picture = {};
+        one.band->painted = 0;
+        one.band->dropped = true;
     }
 }
 

@@ -23,7 +23,7 @@ public:
     }
     void setRect(const QRectF& rect) {
         setClipRect(rect);
-        // The renderers use the outline in place of the rectangle where it is shown turned.
+        // Where the clip is turned, the renderers use the outline instead of the rectangle.
         QSGGeometry::updateRectGeometry(&geometry_, rect);
         markDirty(DirtyGeometry);
     }
@@ -151,7 +151,8 @@ void SceneNodes::build(MountedView& view) {
     if (want.container) {
         if (want.clips) append(nodes.clip = new RectClipNode);
         if (want.moves) append(nodes.content = new QSGTransformNode);
-        // Not a plain node: the software renderer places what is added below one as if nothing above it were moved.
+        // Not a plain QSGNode: the software renderer ignores the transforms above a plain node for nodes added below
+        // it.
         if (inner == own) append(new QSGTransformNode);
         nodes.container = inner;
     }
@@ -161,13 +162,13 @@ QSGNode* SceneNodes::makeLook(MountedView& view) {
     if (view.want.look == LookKind::rect) return new QSGSimpleRectNode;
     if (view.want.look != LookKind::picture || !view.surface) return nullptr;
     const auto filtering = isTurnedOrScaled(view) ? QSGTexture::Linear : QSGTexture::Nearest;
-    if (view.surface->tiles.size() == 1) {
-        return makeImageNode(window_, view.surface->tiles.front().picture, filtering);
+    if (view.surface->bands.size() == 1) {
+        return makeImageNode(window_, view.surface->bands.front().picture, filtering);
     }
     auto* group = new QSGNode;
-    for (const Tile& tile : view.surface->tiles) {
-        if (!tile.visible || tile.picture.isNull()) continue;
-        if (QSGImageNode* node = makeImageNode(window_, tile.picture, filtering))
+    for (const Band& band : view.surface->bands) {
+        if (!band.visible || band.picture.isNull()) continue;
+        if (QSGImageNode* node = makeImageNode(window_, band.picture, filtering))
             group->appendChildNode(node);
     }
     return group;
@@ -182,19 +183,19 @@ void SceneNodes::placeLook(MountedView& view) {
             ->setRect(x, y, qreal(want.width), qreal(want.height));
         return;
     }
-    const auto rectOf = [&](const Tile& tile) {
-        return QRectF(x + tile.place.x() / scale_, y + tile.place.y() / scale_, tile.place.width() / scale_,
-                      tile.place.height() / scale_);
+    const auto rectOf = [&](const Band& band) {
+        return QRectF(x + band.place.x() / scale_, y + band.place.y() / scale_, band.place.width() / scale_,
+                      band.place.height() / scale_);
     };
-    const std::vector<Tile>& tiles = view.surface->tiles;
-    if (tiles.size() == 1) {
-        static_cast<QSGImageNode*>(view.nodes.look)->setRect(rectOf(tiles.front()));
+    const std::vector<Band>& bands = view.surface->bands;
+    if (bands.size() == 1) {
+        static_cast<QSGImageNode*>(view.nodes.look)->setRect(rectOf(bands.front()));
         return;
     }
     QSGNode* node = view.nodes.look->firstChild();
-    for (const Tile& tile : tiles) {
-        if (!tile.visible || tile.picture.isNull() || !node) continue;
-        static_cast<QSGImageNode*>(node)->setRect(rectOf(tile));
+    for (const Band& band : bands) {
+        if (!band.visible || band.picture.isNull() || !node) continue;
+        static_cast<QSGImageNode*>(node)->setRect(rectOf(band));
         node = node->nextSibling();
     }
 }
@@ -217,7 +218,7 @@ void SceneNodes::applySpinner(MountedView& view) {
             QRectF(snap((size.width - points) / 2), snap((size.height - points) / 2), points, points));
     }
     view.nodes.spinner->setSourceRect(QRectF(view.want.spinnerPhase * side, 0, side, side));
-    // The software renderer does not take that for a change.
+    // The software renderer does not notice a change of the source rectangle alone.
     view.nodes.spinner->markDirty(QSGNode::DirtyMaterial);
 }
 
@@ -253,7 +254,7 @@ void SceneNodes::applyVideo(MountedView& view) {
         node->setSourceRect(QRectF({}, QSizeF(picture.size())));
     }
     node->setRect(toQRectF(want.videoRect));
-    // The software renderer does not take another texture for a change.
+    // The software renderer does not notice another texture.
     node->markDirty(QSGNode::DirtyMaterial);
 }
 

@@ -11,19 +11,19 @@ QT_END_NAMESPACE
 
 namespace ostrel {
 
-/// Brings the scene graph's nodes to what the mounted views want. Used while the scene graph synchronises: on its
-/// thread, with the main thread stopped.
+/// Changes the scene graph's nodes to the values that the mounted views want. Used while the scene graph synchronises:
+/// on the render thread, while the main thread is blocked.
 class SceneNodes final {
 public:
     SceneNodes(QQuickWindow& window, double scale, SpinnerPictures& spinners)
         : window_(window), scale_(scale), spinners_(spinners) {}
 
-    /// Makes and changes the nodes of one view. Views whose parent has to order its children anew are added to
-    /// `unordered`.
+    /// Makes and changes the nodes of one view. Adds the parent to `unordered` when the order of its children's nodes
+    /// must be restored.
     void apply(MountedView& view, std::vector<MountedView*>& unordered);
-    /// Puts the nodes of the children into the parent's, in the order of the views.
+    /// Puts the children's nodes into the parent's container, in the z-order of the views.
     static void orderChildren(MountedView& parent);
-    /// Forgets the nodes of `view` and all below it, which are gone or about to go.
+    /// Forgets the nodes of `view` and of all views below it, which are deleted or about to be.
     static void forget(MountedView& view);
 
 private:

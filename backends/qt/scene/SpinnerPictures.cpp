@@ -18,7 +18,7 @@ int progressStep(const SpinnerContent& spinner) {
                              : static_cast<int>(std::lround(std::clamp(spinner.progress, 0.0, 1.0) * 64));
 }
 
-/// `strength` tells each spoke's opacity; spoke 0 points up, the others follow clockwise.
+/// `strength` returns the opacity of a spoke; spoke 0 points up, the others follow clockwise.
 template <class Strength>
 void paintWheel(QPainter& painter, double side, QColor color, Strength strength) {
     const double thickness = side * 0.105, inner = side * 0.235, outer = side * 0.47 - thickness / 2;

@@ -8,15 +8,17 @@
 
 namespace ostrel {
 
-/// Pictures of the turning wheel: eight spokes, the leading one darkest. The phases of a turn lie side by side in one
-/// picture, so that turning only moves the part that is shown. The last 64 wheels are kept. Main thread.
+/// Pictures of spinners: eight spokes, the leading one darkest. The phases of a turn are side by side in one picture,
+/// so that turning only moves the shown part. Keeps pictures of 64 different spinners. Main thread.
 class SpinnerPictures final {
 public:
-    static constexpr int phaseCount = 24;  ///< a turn takes a second
+    /// Phases of a turn, which takes a second.
+    static constexpr int phaseCount = 24;
 
     /// `side` in device pixels. Equal keys have equal pictures.
     static std::uint64_t keyFor(const SpinnerContent& spinner, int side);
-    /// `phaseCount` squares side by side while it turns, else one square with the part of the wheel pulled so far.
+    /// `phaseCount` squares side by side for a turning spinner, else one square with the share of the spokes that the
+    /// user has pulled out so far.
     const QImage& picture(const SpinnerContent& spinner, int side);
 
 private:

@@ -21,55 +21,75 @@ QT_END_NAMESPACE
 
 namespace ostrel {
 
-/// A band of a surface's picture. Surfaces are one tile unless they are higher than a screen or two.
-struct Tile {
-    QRect pixels;  ///< in the surface's picture
+/// A band of a surface's picture, as wide as the surface. Surfaces are one band unless they are higher than a screen or
+/// two.
+struct Band {
+    /// The rectangle in the surface's picture.
+    QRect pixels;
     QImage picture;
-    QRect place;                  ///< of `picture`, in device pixels from the view's upper left corner
-    std::uint64_t submitted = 0;  ///< the version that was given to the painters
-    std::uint64_t painted = 0;    ///< the version of `picture`; 0: none
+    /// The rectangle of `picture` in device pixels from the view's upper left corner.
+    QRect place;
+    /// The version of the display list that was given to the painting threads.
+    std::uint64_t submitted = 0;
+    /// The version of the display list that `picture` shows; 0: there is no picture.
+    std::uint64_t painted = 0;
     bool visible = false;
-    bool dropped = false;  ///< let go for want of room; painted again when it comes in sight
+    /// The picture was dropped for want of memory; the band is painted again when it becomes visible.
+    bool dropped = false;
+    /// Points to the viewport; 0 when visible.
     double distance = 0;
 };
 
-/// The picture of a view that is painted, with its tiles.
+/// The picture of a view that is painted, with its bands.
 struct Surface {
     std::uint64_t id = 0;
-    std::uint64_t version = 0;  ///< of the display list; the pictures may be older
+    /// The version of `list`; the bands' pictures may be older.
+    std::uint64_t version = 0;
     std::shared_ptr<const DisplayList> list;
-    std::vector<Tile> tiles;
+    std::vector<Band> bands;
     QSize pixels;
     int margin = 0;
-    std::vector<PictureKey> missing;  ///< pictures within it that are still being decoded
-    bool usesGround = false;          ///< made opaque by the colour behind it
-    bool groundRefused = false;       ///< other views have been seen behind it
+    /// Pictures in the surface that are still being decoded.
+    std::vector<PictureKey> missing;
+    /// `ground`, the colour behind the surface, is painted below it, so that the picture is opaque.
+    bool usesGround = false;
+    /// Other views have been found behind the surface, so that its picture stays transparent.
+    bool groundRefused = false;
     UIColor ground;
-    std::optional<CornerClip> corners;  ///< as the list was taken
-    std::uint64_t shown = 0;            ///< counts changes of what its nodes show
+    /// The round corners of ancestors when the list was taken.
+    std::optional<CornerClip> corners;
+    /// Counts the changes of what the surface's nodes show.
+    std::uint64_t shown = 0;
 };
 
 enum class LookKind : std::uint8_t { none, rect, picture };
 
 /// What the nodes of one view show; compared to find what has to change.
 struct NodeValues {
-    // Which nodes there are. Changing any of these makes them anew.
+    // Which nodes the view has. A change of any of these rebuilds them.
     bool placement = false, opacity = false, clips = false, moves = false, container = false, spins = false;
-    bool video = false;  ///< comes and goes without making the others anew
+    /// The video's node comes and goes without rebuilding the others.
+    bool video = false;
     LookKind look = LookKind::none;
 
-    float x = 0, y = 0;  ///< points, from the parent's base
+    /// Points from the parent's base.
+    float x = 0, y = 0;
     CGAffineTransform transform;
-    float angle = 0;  ///< that a turning view shows now, radians
+    /// Radians: the angle of a rotating view now.
+    float angle = 0;
     float alpha = 1;
-    float width = 0, height = 0;       ///< of the clip, or of a plain rectangle
-    float contentX = 0, contentY = 0;  ///< where the content's base is shown
+    /// Points: the size of the clip, or of a plain rectangle.
+    float width = 0, height = 0;
+    /// Points: the position of the content's base in the view.
+    float contentX = 0, contentY = 0;
     UIColor color;
     std::uint64_t shown = 0;
     int spinnerPhase = 0;
     std::uint64_t spinnerKey = 0;
-    std::uint64_t videoShown = 0;  ///< counts the pictures of the video
-    CGRect videoRect;              ///< within the view, points
+    /// Counts the frames of the video that were shown.
+    std::uint64_t videoShown = 0;
+    /// Points in the view.
+    CGRect videoRect;
     friend bool operator==(const NodeValues&, const NodeValues&) = default;
 
     bool sameNodes(const NodeValues& o) const {
@@ -78,7 +98,8 @@ struct NodeValues {
     }
 };
 
-/// The nodes of one view: placement > opacity > (look, video, clip > content > children, spinner). Owned by the scene graph.
+/// The nodes of one view: placement > opacity > (look, video, clip > content > children, spinner). Owned by the scene
+/// graph.
 struct ViewNodes {
     QSGNode* top = nullptr;
     QSGTransformNode* placement = nullptr;
@@ -86,7 +107,8 @@ struct ViewNodes {
     QSGNode* look = nullptr;
     QSGClipNode* clip = nullptr;
     QSGTransformNode* content = nullptr;
-    QSGNode* container = nullptr;  ///< holds the children's nodes
+    /// The parent of the children's nodes.
+    QSGNode* container = nullptr;
     QSGImageNode* spinner = nullptr;
     QSGImageNode* video = nullptr;
 };

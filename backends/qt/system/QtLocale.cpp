@@ -11,7 +11,7 @@ QtLocale::QtLocale(const std::string& language)
     : locale_(language.empty() ? QLocale::system() : QLocale(toQString(language))) {}
 
 std::string QtLocale::shortDateAndTime(NSDate date) const {
-    // The years 1 to 9999; others have no short form worth showing. Leaves out NaN.
+    // Only dates of the years 1 to 9999 are formatted. The comparison is written so that NaN fails it.
     if (!(date.secondsSince1970 > -62135596800.0 && date.secondsSince1970 < 253402300800.0)) return {};
     const QDateTime moment =
         QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(std::floor(date.secondsSince1970 * 1000)));

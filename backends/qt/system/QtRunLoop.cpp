@@ -48,7 +48,7 @@ void QtRunLoop::atEndOfTurn(Task task) {
     assert(isMainThread());
     tasks_.addAtEndOfTurn(std::move(task));
     if (std::exchange(endPosted_, true)) return;
-    // The dispatcher does not say that it is about to block while posted events keep it busy.
+    // Qt's dispatcher signals `aboutToBlock` only when no posted event is left, which may be late.
     QCoreApplication::postEvent(this, new QEvent(endOfTurnEvent), Qt::LowEventPriority);
 }
 

@@ -30,7 +30,8 @@ private:
 
     TaskQueue tasks_;
     QTimer timer_;
-    std::atomic<bool> awake_{false};  // a wake event is posted; orders nothing, the queue has its own lock
+    // A wake event is posted. The flag orders no other memory: the queue has its own lock.
+    std::atomic<bool> awake_{false};
     bool endPosted_ = false;
 };
 

@@ -11,7 +11,8 @@ namespace {
 
 struct Families {
     QString text, monospace;
-    // For what these lack. Qt's own choice leaves scripts out that the second font it tries does not have.
+    // Families for characters that the first ones lack. Qt's own fallback shows boxes for scripts that its second
+    // choice does not have.
     QStringList others;
     double pointsPerPixel = 0.75;
 };
@@ -35,12 +36,13 @@ Families findFamilies() {
     if (families.monospace.isEmpty()) {
         families.monospace = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
     }
-    // Coloured pictures before the same in black.
+    // Emoji in colour are preferred to black ones, so their families come first.
     for (const char* name :
          {"Apple Color Emoji", "Segoe UI Emoji", "Noto Color Emoji", "Noto Sans", "DejaVu Sans"}) {
         if (QFontDatabase::hasFamily(QLatin1String(name))) families.others.append(QLatin1String(name));
     }
-    // A font's real size can be set in points only; 72 of them tell how many pixels an inch has here.
+    // QFont takes fractional sizes in points only; a font of 72 points (one inch) tells how many pixels an inch has
+    // here.
     QFont probe;
     probe.setPointSizeF(72);
     const int pixels = QFontInfo(probe).pixelSize();

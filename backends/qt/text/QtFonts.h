@@ -11,13 +11,13 @@ namespace ostrel {
 /// not hinted, so that a text is as wide as it measures at every ratio. Any thread, once `prepareFonts` has run.
 QFont qtFont(const UIFont& font, double scale = 1);
 
-/// For the bullets that stand for a password: those of ideographic fonts are specks, each in a whole ideograph's width.
+/// The font of the bullets that hide a password. Bullets of ideographic fonts are specks as wide as an ideograph.
 inline UIFont bulletFont(UIFont font) {
     font.name = "Courier";
     return font;
 }
 
-/// Looks up the families; main thread, after the application object was made.
+/// Looks up the installed families; main thread, after the application object was made.
 void prepareFonts();
 
 }  // namespace ostrel

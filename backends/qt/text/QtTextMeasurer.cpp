@@ -18,9 +18,9 @@ namespace {
 constexpr std::size_t maximumEntries = 4096;
 constexpr std::size_t maximumTextBytes = 4 << 20;
 constexpr std::size_t maximumLineHeights = 256;
-/// Texts that wait to be measured ahead: several screens of rows.
+/// How many texts may wait to be measured ahead: several screens of rows.
 constexpr std::size_t maximumAhead = 256;
-/// Points. Of a longer text only as much is laid out as a pointer reaches.
+/// Points. The part of a long text that is laid out first to find the place under a pointer.
 constexpr double firstReach = 2048;
 
 std::size_t mixed(std::size_t seed, std::size_t value) {
@@ -35,7 +35,7 @@ std::size_t hashOf(std::string_view text, const UIFont& font, CGFloat width, int
     return mixed(hash, static_cast<std::size_t>(maximumLines));
 }
 
-/// All but the height of one line. Any thread.
+/// The size and the number of lines of a text; the caller adds `lineHeight`. Any thread.
 TextMetrics measured(std::string_view text, const UIFont& font, CGFloat width, int maximumLines) {
     TextBlock::Options options;
     options.width = width;
@@ -58,7 +58,7 @@ public:
         }
         thread_.join();
     }
-    /// The oldest give way to new ones: the list has gone past them.
+    /// Adds a text to the queue. A full queue drops its oldest texts: the list has scrolled past their rows.
     void add(Entry question) {
         const std::lock_guard lock(mutex_);
         if (questions_.size() >= maximumAhead) questions_.pop_front();
@@ -69,7 +69,7 @@ public:
         const std::lock_guard lock(mutex_);
         return std::exchange(answers_, {});
     }
-    /// Somebody measures this now.
+    /// Removes a text from the queue, because the main thread measures it now.
     void drop(std::size_t hash) {
         const std::lock_guard lock(mutex_);
         std::erase_if(questions_, [&](const Entry& question) { return question.hash == hash; });
@@ -90,7 +90,8 @@ private:
         }
     }
 
-    std::mutex mutex_;  // guards all below but the thread
+    // Guards the members below, except the thread.
+    std::mutex mutex_;
     std::condition_variable added_;
     std::deque<Entry> questions_;
     std::vector<Entry> answers_;

@@ -10,8 +10,8 @@
 
 namespace ostrel {
 
-/// Measures text with the layout that paints it. The last 4,096 answers are kept, for at most 4 MiB of text. What is
-/// measured ahead is measured on one thread, at most 256 texts at a time. Main thread.
+/// Measures text with the layout that paints it. The 4,096 results used last are kept, for at most 4 MiB of text. One
+/// thread measures texts ahead, of which at most 256 wait. Main thread.
 class QtTextMeasurer final : public TextMeasurer {
 public:
     QtTextMeasurer();
@@ -42,10 +42,11 @@ private:
                       int maximumLines);
     void keep(Entry entry);
 
-    /// By hash; an answer to another question with the same hash gives way. Its cost is its text's bytes.
+    /// By hash; a new answer replaces the answer to another question with the same hash. The cost is the bytes of the text.
     LeastRecentlyUsedCache<std::size_t, Entry> answers_;
     std::map<std::pair<std::string, CGFloat>, CGFloat> lineHeights_;
-    std::unique_ptr<Ahead> ahead_;  // from the first text that is measured ahead on
+    // Null until the first text is to be measured ahead.
+    std::unique_ptr<Ahead> ahead_;
 };
 
 }  // namespace ostrel

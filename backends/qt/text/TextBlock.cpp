@@ -14,11 +14,11 @@ namespace ostrel {
 
 namespace {
 
-// Qt lays out in 26.6 fixed point numbers; what is wider than this is one line in any case.
+// Points. Qt lays out in 26.6 fixed point numbers, which overflow for much larger widths. No text wraps at this width.
 constexpr double widest = 1e6;
-// Narrower letters than this part of the font's size are rare, so that a line takes fewer than width / (part * size).
+// Few letters are narrower than this share of the font's size, so a line holds fewer than width / (share * size).
 constexpr double narrowestLetter = 0.12;
-// Widths pass through sums of doubles on their way from measuring to painting.
+// Points. Widths are added up as doubles between measuring and painting, so they may differ by rounding.
 constexpr double slack = 0.05;
 
 QTextOption optionFor(const TextBlock::Options& options) {
@@ -33,7 +33,7 @@ QTextOption optionFor(const TextBlock::Options& options) {
     return option;
 }
 
-/// At most `units` bytes of `text`, cut between characters.
+/// The first `units` bytes of `text`, or fewer, cut between characters.
 std::string_view prefix(std::string_view text, double units) {
     if (static_cast<double>(text.size()) <= units) return text;
     auto end = static_cast<std::size_t>(units);
@@ -94,7 +94,7 @@ void TextBlock::layOut(const Options& options, double fontLineHeight) {
         line.setLeadingIncluded(true);
         line.setLineWidth(options.width + slack);
         const double height = std::max(line.height(), fontLineHeight);
-        // A pixel of rounding does not make a line of a box that was made for it disappear.
+        // The extra pixel keeps the last line in a box whose height was measured for the text and then rounded.
         const bool fits = y + height <= options.height + 1;
         if (!fits && (options.onlyWholeLines || (cuts && lineCount_ > 0))) {
             line.setNumColumns(0);
@@ -123,7 +123,8 @@ void TextBlock::layOut(const Options& options, double fontLineHeight) {
 void TextBlock::elide(int start, double y, const Options& options) {
     const QString& text = layout_.text();
     const QTextLine cut = layout_.lineAt(lineCount_ - 1);
-    // The rest of the paragraph flows into the line: a word that was moved to the next one is cut here.
+    // The cut line is laid out with the following text too, so that it also shows the beginning of a word that would
+    // otherwise wrap to the next line.
     int length = cut.textLength() + 256;
     const int lineBreak = static_cast<int>(text.indexOf(QChar(QChar::LineSeparator), start));
     if (lineBreak >= 0) length = std::min(length, lineBreak - start);
@@ -164,7 +165,7 @@ double TextBlock::alignedX(const QTextLine& line, const Options& options) const 
     if (alignment == NSTextAlignment::natural) {
         alignment = rightToLeft_ ? NSTextAlignment::right : NSTextAlignment::left;
     }
-    // Where Qt itself puts the text within the width of the line.
+    // The offset at which Qt itself puts the text within the width of the line.
     const double own = line.naturalTextRect().x() - line.x();
     if (options.width >= widest) return -own;
     const double room = std::max(0.0, options.width - line.naturalTextWidth());
@@ -186,7 +187,7 @@ TextBlock::ShownLine TextBlock::shownLine(int index) const {
 
 QRectF TextBlock::lineBox(int index) const {
     const QTextLine line = shownLine(index).line;
-    // Lines of small letters take as much room as others.
+    // Lines whose fallback font is lower are as high as the font's own lines.
     const double height = std::max(line.height(), leastLineHeight_);
     return {0, line.y() - (height - line.height()) / 2, boxWidth_, height};
 }
@@ -198,7 +199,7 @@ std::vector<QRectF> TextBlock::coverOf(int begin, int end, double top, double bo
         if (box.top() > bottom || box.bottom() < top) continue;
         const ShownLine line = shownLine(i);
         const int first = std::max(begin, line.start), last = std::min(end, line.end);
-        // Text of two directions within a line: what is selected need not lie side by side.
+        // In a line that mixes two directions of writing, the selected characters need not be neighbours on screen.
         std::vector<std::pair<double, double>> parts;
         for (int at = first; at < last; ++at) {
             const auto [left, right] =
@@ -211,7 +212,7 @@ std::vector<QRectF> TextBlock::coverOf(int begin, int end, double top, double bo
                 parts.push_back({left, right});
             }
         }
-        // A selection that goes on below takes the rest of the line too, be there text in it or not.
+        // A selection that continues in the next line covers the rest of this line, even where no text is.
         const bool hasEdge = boxWidth_ < widest;
         if (begin < line.end && end > line.end && hasEdge) {
             const QRectF ink = line.line.naturalTextRect();
@@ -222,7 +223,7 @@ std::vector<QRectF> TextBlock::coverOf(int begin, int end, double top, double bo
             }
         }
         for (auto [left, right] : parts) {
-            // Blanks at the end of a line hang beyond the edge.
+            // Blanks at the end of a line may lie beyond the edge of the box.
             if (hasEdge) right = std::min(right, boxWidth_);
             if (right > left) covered.push_back({left, box.top(), right - left, box.height()});
         }
@@ -236,7 +237,7 @@ int TextBlock::placeAt(QPointF point) const {
     while (index < lineCount_ && lineBox(index).bottom() <= point.y()) ++index;
     if (index == lineCount_ && lineCount_ > 1) return static_cast<int>(layout_.text().size());
     const ShownLine line = shownLine(std::min(index, lineCount_ - 1));
-    // QTextLine::xToCursor is off by the blanks that hang over the left end of a line from right to left.
+    // QTextLine::xToCursor is wrong for lines from right to left by the width of the blanks beyond their left end.
     int place = line.start;
     double nearest = std::numeric_limits<double>::infinity();
     for (int at = line.start; at < line.end && layout_.text().at(at) != QChar::LineSeparator;) {
@@ -288,7 +289,7 @@ void TextBlock::draw(QPainter& painter, QPointF origin, const QRectF& visible) {
 }
 
 double TextBlock::lineHeight(const QFont& font) {
-    // Asked for with every block; an application shows a handful of fonts.
+    // Every block asks for its line height, and an application uses a handful of fonts: their heights are kept.
     constexpr std::size_t maximumKept = 32;
     thread_local std::vector<std::pair<QFont, double>> kept;
     for (const auto& [known, height] : kept) {

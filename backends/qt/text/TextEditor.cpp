@@ -57,7 +57,7 @@ TextEdit {
     renderType: TextEdit.NativeRendering
 )";
 
-/// The items' recipes, kept with the engine as long as the application lives.
+/// The QML components of the text items, kept with their engine as long as the application lives.
 struct Recipes {
     QQmlEngine engine;
     QQmlComponent line{&engine}, text{&engine};
@@ -145,7 +145,7 @@ TextEditor::~TextEditor() {
         item_->removeEventFilter(this);
         disconnect(item_, nullptr, this, nullptr);
     }
-    // It may be one of the item's own events that ends the editing.
+    // An event of the item itself may end the editing, so the item is deleted later.
     if (clip_) {
         clip_->setVisible(false);
         clip_->setParentItem(nullptr);
@@ -193,7 +193,7 @@ void TextEditor::style(const TextInputContent& content) {
 void TextEditor::place(const CGRect& frame, const CGRect& clip, double alpha, const UIEdgeInsets& insets) {
     if (!item_) return;
     const CGRect box = frame.insetBy(insets);
-    // Out of sight it keeps the focus, with nothing of it to be seen.
+    // An item outside of the viewport keeps the focus, with an empty clip.
     const CGRect seen = box.intersection(clip);
     clip_->setPosition({seen.minX(), seen.minY()});
     clip_->setSize({seen.width(), seen.height()});
@@ -234,7 +234,7 @@ bool TextEditor::eventFilter(QObject* object, QEvent* event) {
     const bool isReturn = code == Qt::Key_Return || code == Qt::Key_Enter;
     const bool leaves = code == Qt::Key_Tab || code == Qt::Key_Backtab || code == Qt::Key_Escape;
     if (!leaves && !(isReturn && controls)) return false;
-    // The handler may end the editing, and with it this object.
+    // The handler may end the editing, which destroys this object.
     const bool used = handlers_.key && handlers_.key(key);
     key.setAccepted(used);
     return true;
@@ -255,7 +255,7 @@ void TextEditor::textDidChange() {
 }
 
 void TextEditor::selectionDidChange() {
-    // One keystroke moves all of them, and the text is told first.
+    // One keystroke changes text, caret, selection and height. They are reported once, after the text.
     if (!std::exchange(reports_, true)) {
         QMetaObject::invokeMethod(this, &TextEditor::reportSelection, Qt::QueuedConnection);
     }
@@ -276,7 +276,7 @@ void TextEditor::didAccept() {
 
 void TextEditor::activeFocusDidChange() {
     if (!item_ || item_->hasActiveFocus()) return;
-    // A window that goes to the background gives the focus back when it returns.
+    // A window in the background keeps its focused field; the item gets the focus back with the window.
     if (!item_->window() || QGuiApplication::focusWindow() != item_->window()) return;
     if (handlers_.focusLost) handlers_.focusLost();
 }

@@ -13,22 +13,23 @@
 
 namespace ostrel {
 
-/// Qt Quick's own text item over the text input that has the focus, with its input methods, selection and clipboard.
-/// The QML engine it takes is made with the first one. Main thread.
+/// Qt Quick's own text item above the text input that has the focus. The item brings input methods, selection and
+/// clipboard. The first editor also makes the QML engine. Main thread.
 class TextEditor final : public QObject {
     Q_OBJECT
 public:
     struct Handlers {
         std::function<void(const std::string& text)> changed;
-        /// Of a text of many lines, once a turn: the caret or the selection moved, or the text's height (points) changed.
+        /// For a text of many lines, at most once a turn: the caret, the selection or the text's height (points)
+        /// changed.
         std::function<void(NSRange selection, double height)> selectionChanged;
         std::function<void()> returned;
         std::function<void()> focusLost;
-        /// Keys that move the focus or close something, before the editor sees them; true when used.
+        /// Gets each key that moves the focus or closes something before the editor does; true when the key was used.
         std::function<bool(const QKeyEvent& event)> key;
     };
 
-    /// Null when Qt Quick's text items are not installed; that is logged.
+    /// Null, with a line in the log, when Qt Quick's text items are not installed.
     static std::unique_ptr<TextEditor> make(QQuickItem& host, ViewTag tag, const TextInputContent& content,
                                             Handlers handlers);
     /// Loads the engine and the items, so that the first field does not wait for them.
@@ -37,10 +38,10 @@ public:
 
     ViewTag tag() const { return tag_; }
     void update(const std::shared_ptr<const ViewState>& state, const TextInputContent& content);
-    /// `frame` and `clip` in the window.
+    /// `frame` and `clip`: points in the window.
     void place(const CGRect& frame, const CGRect& clip, double alpha, const UIEdgeInsets& insets);
     void takeFocus();
-    /// Puts the caret where the window was pressed.
+    /// Puts the caret at the point at which the window was pressed.
     void pressAt(QPointF point);
     bool hasActiveFocus() const { return item_ && item_->hasActiveFocus(); }
     QQuickItem* item() const { return item_; }
@@ -68,7 +69,8 @@ private:
     qsizetype maximumLength_ = 0;
     double boxHeight_ = 0, top_ = 0;
     bool applying_ = false;
-    bool reports_ = false;  // the selection, later in this turn
+    // The selection will be reported later in this turn.
+    bool reports_ = false;
 };
 
 }  // namespace ostrel

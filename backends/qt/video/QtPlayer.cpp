@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::int32_t timeScale = 1000;
 
-/// The threads of players, so that the application does not end before they do.
+/// The threads of all players. Its destructor waits for them at the end of the application.
 class PlayerThreads final {
 public:
     static QThread* start() {
@@ -50,15 +50,16 @@ private:
     static void waitForAll() {
         for (QThread* thread : std::exchange(running(), {})) {
             thread->quit();
-            // One that hangs in a connection is left to the end of the process.
+            // A thread that hangs in a connection is not deleted; the end of the process ends the thread.
             if (thread->wait(static_cast<unsigned long>(QtPlayer::longestFarewell * 1000))) delete thread;
         }
     }
 };
 
-/// Reads how the frames lie while the player opens the file; it is the sooner of the two. A server is not waited for.
+/// Reads the orientation of a file's frames while the player opens the file; reading the header is the faster of the
+/// two. Frames from a server are not delayed for it.
 void findOrientation(const QUrl& url, const std::shared_ptr<VideoPicture>& picture) {
-    // Apart from other work, and enough of them that some servers that hang do not keep a file waiting.
+    // A pool of its own, with enough threads that a few servers that hang do not delay a local file.
     static QThreadPool lookers;
     lookers.setMaxThreadCount(8);
     const bool isLocal = url.isLocalFile();
@@ -74,16 +75,21 @@ void findOrientation(const QUrl& url, const std::shared_ptr<VideoPicture>& pictu
 
 }  // namespace
 
-/// What the player has told, and what was asked of it.
+/// The last state that the player has reported, and the numbers of its commands.
 struct QtPlayer::Report {
-    mutable std::mutex mutex;  // guards all below
+    // Guards the members below.
+    mutable std::mutex mutex;
     AVPlayerStatus status = AVPlayerStatus::unknown;
-    bool wantsPlay = false;                    // play was asked for, and nothing has ended it since
-    bool isMoving = false;                     // the player plays and does not wait for data
-    std::int64_t duration = -1, position = 0;  // milliseconds; a duration below 0: not known
-    std::uint64_t issued = 0, handled = 0;     // commands
+    // Play was requested, and nothing has ended it since.
+    bool wantsPlay = false;
+    // The player plays and does not wait for data.
+    bool isMoving = false;
+    // Milliseconds; a negative duration is not known.
+    std::int64_t duration = -1, position = 0;
+    // The numbers of the last command that was issued, and of the last one that was handled.
+    std::uint64_t issued = 0, handled = 0;
 
-    /// Whether what the player says now already knows of all commands.
+    /// The player has handled all commands, so that its reports are up to date.
     bool isCurrent() const { return issued == handled; }
 };
 
@@ -96,7 +102,7 @@ public:
     void open() {
         player_ = new QMediaPlayer(this);
         sink_ = new QVideoSink(this);
-        // On the thread of the decoder that has the frame ready.
+        // Called on the decoder's thread.
         connect(
             sink_, &QVideoSink::videoFrameChanged, sink_,
             [picture = picture_](const QVideoFrame& frame) { picture->setFrame(frame); },
@@ -117,7 +123,7 @@ public:
 
     void addSound() { player_->setAudioOutput(new QAudioOutput(this)); }
 
-    /// Runs one command of the main thread.
+    /// Runs a command that the main thread has issued.
     template <class Command>
     void perform(std::uint64_t number, Command command) {
         command(*player_);
@@ -131,7 +137,7 @@ public:
 private:
     void fail() {
         const std::lock_guard lock(report_->mutex);
-        // A fault on the way does not take back what was played, but nothing more comes.
+        // An error during playback also ends the playback; the frames shown so far stay.
         report_->status = AVPlayerStatus::failed;
         report_->wantsPlay = report_->isMoving = false;
     }
@@ -142,7 +148,7 @@ private:
         const bool isOpen = media == QMediaPlayer::LoadedMedia || media == QMediaPlayer::BufferedMedia ||
                             media == QMediaPlayer::BufferingMedia || media == QMediaPlayer::StalledMedia ||
                             media == QMediaPlayer::EndOfMedia;
-        // A picture without a size is what is made of files that are no media.
+        // For files that are no media, Qt reports a video without a size.
         const bool hasVideo =
             player_->hasVideo() && !player_->metaData().value(QMediaMetaData::Resolution).toSize().isEmpty();
         if (isOpen && !hasVideo && !player_->hasAudio()) return fail();
@@ -174,8 +180,8 @@ QtPlayer::QtPlayer(const std::string& url)
     QThread* const thread = PlayerThreads::start();
     worker_->moveToThread(thread);
     QMetaObject::invokeMethod(worker_, [worker = worker_] { worker->open(); });
-    // Found meanwhile, and by the main thread, to which what Qt keeps of devices belongs. Without a device the sound is
-    // left out: an output without one would stop the clock.
+    // The main thread looks for an audio device, because Qt's list of devices belongs to it. Without a device the
+    // player gets no audio output: an output without a device would stop the player's clock.
     if (QMediaDevices::defaultAudioOutput().isNull()) return;
     QMetaObject::invokeMethod(worker_, [worker = worker_] { worker->addSound(); });
 }
@@ -213,7 +219,7 @@ void QtPlayer::pause() {
     }
     const auto number = issue();
     QMetaObject::invokeMethod(worker_, [worker = worker_, number] {
-        // At the end it has stopped; pausing there would begin anew.
+        // At its end the player has stopped; a pause would start it from the beginning.
         worker->perform(number, [](QMediaPlayer& player) {
             if (player.mediaStatus() != QMediaPlayer::EndOfMedia) player.pause();
         });
@@ -262,7 +268,7 @@ std::shared_ptr<PlayerEngine> QtPlayerFactory::makePlayer(const std::string& add
     const QUrl url(toQString(address), QUrl::StrictMode);
     static const QStringList schemes{QStringLiteral("file"), QStringLiteral("http"), QStringLiteral("https")};
     if (!url.isValid() || !schemes.contains(url.scheme())) return nullptr;
-    // Loads Qt's media plugin here: what it keeps for the application belongs to the main thread.
+    // Loads Qt's media plugin on the main thread, to which the plugin's global objects belong.
     static const bool isLoaded = QMediaPlayer().isAvailable();
     if (!isLoaded) return nullptr;
     return std::make_shared<QtPlayer>(address);

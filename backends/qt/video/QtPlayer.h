@@ -8,14 +8,14 @@
 
 namespace ostrel {
 
-/// One media file played by a QMediaPlayer of Qt's FFmpeg backend, with sound where there is a device for it. The player
-/// lives on a thread of its own, for it opens files and connections without going on meanwhile; commands reach it in
-/// order, and what it reports is read under a lock. Times are in milliseconds (time scale 1,000).
+/// One media file played by a QMediaPlayer of Qt's FFmpeg backend, with sound when there is an audio device. The
+/// QMediaPlayer lives on a thread of its own, because it blocks while it opens files and connections. Commands reach
+/// the thread in order, and its reports are read under a lock. Times are in milliseconds (time scale 1,000).
 ///
-/// Letting it go returns at once; its thread ends when the player has closed the file. Main thread.
+/// The destructor does not block; the thread ends when the player has closed the file. Main thread.
 class QtPlayer final : public PlayerEngine {
 public:
-    /// `url`: absolute. What cannot be opened fails later.
+    /// `url`: absolute. A file that cannot be opened sets the status `failed` later.
     explicit QtPlayer(const std::string& url);
     ~QtPlayer() override;
     QtPlayer(const QtPlayer&) = delete;
@@ -29,12 +29,12 @@ public:
     CMTime duration() const override;
     CMTime currentTime() const override;
 
-    /// What it shows; the same one for life.
+    /// The picture that the player's frames go to; the same object for the player's whole life.
     const std::shared_ptr<VideoPicture>& picture() const { return picture_; }
 
-    /// Seconds that the end of the application waits for players that are still closing.
+    /// Seconds for which the end of the application waits for players that are still closing.
     static constexpr double longestFarewell = 2;
-    /// Seconds that are spent on finding out how the frames of a file lie.
+    /// Seconds after which reading the orientation of a file's frames is given up.
     static constexpr double longestLook = 5;
 
 private:
@@ -44,7 +44,8 @@ private:
 
     std::shared_ptr<VideoPicture> picture_;
     std::shared_ptr<Report> report_;
-    Worker* worker_ = nullptr;  // on its own thread, which deletes it
+    // Lives on the player's thread, which deletes it.
+    Worker* worker_ = nullptr;
 };
 
 /// Makes players of files ("file", "http" and "https"); null for other addresses.

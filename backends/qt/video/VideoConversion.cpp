@@ -16,7 +16,7 @@ namespace ostrel {
 
 namespace {
 
-// The height from which video without a stated matrix is taken for BT.709.
+// Lines: video of this height or more is BT.709 when the frame states no matrix.
 constexpr int highDefinition = 720;
 
 AVPixelFormat formatOf(QVideoFrameFormat::PixelFormat format) {
@@ -59,7 +59,7 @@ struct ContextCloser {
     void operator()(SwsContext* context) const { sws_freeContext(context); }
 };
 
-/// The context of the last conversion of this thread: making one costs more than converting a small frame.
+/// The thread's context of the last conversion, kept because making one takes longer than converting a small frame.
 SwsContext* contextFor(QSize from, AVPixelFormat format, QSize to) {
     thread_local std::unique_ptr<SwsContext, ContextCloser> kept;
     kept.reset(sws_getCachedContext(kept.release(), from.width(), from.height(), format, to.width(),
@@ -67,7 +67,7 @@ SwsContext* contextFor(QSize from, AVPixelFormat format, QSize to) {
     return kept.get();
 }
 
-/// A picture whose lines have room behind them: libswscale writes whole vectors.
+/// A picture with padding behind each line: libswscale writes whole vectors.
 QImage paddedPicture(QSize size) {
     constexpr std::size_t vector = 64;
     const std::size_t stride = (std::size_t(size.width()) * 4 + vector - 1) / vector * vector + vector;
@@ -82,7 +82,7 @@ bool scaleInto(QImage& picture, QVideoFrame& frame, AVPixelFormat format) {
     SwsContext* const context = contextFor(frame.size(), format, picture.size());
     if (!context) return false;
     const bool isFull = surface.colorRange() == QVideoFrameFormat::ColorRange_Full;
-    // Fails for RGB frames, which need no matrix.
+    // The call fails for RGB frames, which need no matrix.
     sws_setColorspaceDetails(context, sws_getCoefficients(matrixOf(surface)), isFull,
                              sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, 1 << 16, 1 << 16);
     const std::uint8_t* planes[4] = {};

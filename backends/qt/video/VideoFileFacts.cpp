@@ -18,14 +18,14 @@ using Clock = std::chrono::steady_clock;
 
 int isTimeUp(void* end) { return Clock::now() > *static_cast<Clock::time_point*>(end); }
 
-/// `stored` maps a frame to how it is shown, as ISO/IEC 14496-12 (8.3.2) has it.
+/// `stored` is the display matrix of a track (ISO/IEC 14496-12, 8.3.2), which maps a frame to the screen.
 VideoOrientation orientationFrom(const std::int32_t* stored) {
     std::int32_t matrix[9];
     std::memcpy(matrix, stored, sizeof(matrix));
     VideoOrientation orientation;
     const double determinant = double(matrix[0]) * matrix[4] - double(matrix[1]) * matrix[3];
     if (determinant < 0) {
-        // What is left after the mirror is a turn.
+        // Without the mirroring, the matrix is a rotation.
         orientation.mirrored = true;
         matrix[0] = -matrix[0];
         matrix[3] = -matrix[3];
@@ -45,7 +45,7 @@ VideoOrientation orientationOf(const AVStream& stream) {
     if (matrix && size >= 9 * sizeof(std::int32_t)) orientation = orientationFrom(matrix);
     const AVRational aspect = stream.sample_aspect_ratio.num > 0 ? stream.sample_aspect_ratio
                                                                  : stream.codecpar->sample_aspect_ratio;
-    // Beyond these it is a fault of the file.
+    // Other shapes of pixels are faults of the file and are ignored.
     constexpr double least = 0.25, most = 4;
     if (aspect.num > 0 && aspect.den > 0) {
         const double ratio = av_q2d(aspect);
@@ -62,7 +62,7 @@ VideoOrientation videoOrientationOf(const std::string& url, double seconds) {
     Clock::time_point end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                                std::chrono::duration<double>(std::max(0.0, seconds)));
     context->interrupt_callback = {isTimeUp, &end};
-    // Frees the context when it fails.
+    // The call frees the context when it fails.
     if (avformat_open_input(&context, url.c_str(), nullptr, nullptr) < 0) return {};
     VideoOrientation orientation;
     for (unsigned i = 0; i < context->nb_streams; ++i) {

@@ -10,7 +10,7 @@ namespace ostrel {
 
 namespace {
 
-/// Conversions run apart from other work, so that none of that delays a frame. One video plays at a time as a rule.
+/// A pool for conversions alone, so that no other work delays a frame. Usually one video plays at a time.
 QThreadPool& converters() {
     static QThreadPool pool;
     static const bool isPrepared = [] {
@@ -22,7 +22,7 @@ QThreadPool& converters() {
     return pool;
 }
 
-/// Makes clear what of the picture, in the middle of its bounds, lies beyond the round corners.
+/// Clears the pixels of the picture, which is centred in its bounds, beyond the round corners.
 void cutCorners(QImage& picture, const VideoPicture::Place& place) {
     const CornerClip& clip = *place.corners;
     const QPointF origin((place.bounds.width() - picture.width()) / 2,
@@ -33,7 +33,7 @@ void cutCorners(QImage& picture, const VideoPicture::Place& place) {
     QPainterPath outside;
     outside.addRect(rect.adjusted(-1, -1, 1, 1));
     const QPainterPath inside = roundedPath(rect, pixels(clip.radius), clip.roundsTop, clip.roundsBottom);
-    // Every pixel is opaque, so that this is the same picture.
+    // All pixels are opaque, so the same bytes are valid in the other format.
     picture.reinterpretAsFormat(QImage::Format_ARGB32_Premultiplied);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);

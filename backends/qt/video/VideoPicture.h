@@ -14,38 +14,43 @@
 
 namespace ostrel {
 
-/// The picture that a playing video shows now. Frames come from the decoder's threads; the newest one is converted on a
-/// thread of its own, at the size it is shown, once the picture before it was taken: what nobody looks at is not
-/// converted, and a slow window skips frames instead of queueing them. Shown by one view at a time. Any thread.
+/// The current picture of a playing video. Frames come from the decoder's threads. The newest frame is converted on a
+/// pool's thread, at the size at which it is shown, once the previous picture was taken. So a hidden video converts no
+/// frames, and a slow window skips frames instead of queueing them. One view at a time shows the picture. Any thread.
 class VideoPicture final : public std::enable_shared_from_this<VideoPicture> {
 public:
-    /// Where the picture is shown.
+    /// The place in which the picture is shown.
     struct Place {
-        QSize bounds;                       ///< device pixels; the picture is aspect-fit in it
-        double scale = 1;                   ///< device pixels a point
-        std::optional<CornerClip> corners;  ///< in points from the upper left corner of the bounds
+        /// Device pixels; the picture is aspect-fit into the bounds.
+        QSize bounds;
+        /// Device pixels per point.
+        double scale = 1;
+        /// Points from the upper left corner of the bounds.
+        std::optional<CornerClip> corners;
         friend bool operator==(const Place&, const Place&) = default;
     };
     struct Shown {
-        QImage picture;              ///< null before the first frame
-        std::uint64_t sequence = 0;  ///< counts pictures
+        /// Null before the first frame.
+        QImage picture;
+        /// The number of the picture, counted from 1.
+        std::uint64_t sequence = 0;
     };
 
-    /// From the decoder. Frames that are not valid are left out: the last one stays.
+    /// Called by the decoder. A frame that is not valid is ignored: the last one stays.
     void setFrame(const QVideoFrame& frame);
-    /// Nothing is converted until the orientation is set.
+    /// No frame is converted until `setOrientation` is called.
     void awaitOrientation();
-    /// What the file says of how its frames lie; frames that tell it themselves are not asked.
+    /// The orientation that the file states. A frame with an orientation of its own keeps that one.
     void setOrientation(VideoOrientation orientation);
-    /// The newest picture for `place`. From now on frames are converted for it, and `changed` is called, from any
-    /// thread, when there is a newer one.
+    /// The newest picture. From now on frames are converted for `place`, and `changed` is called, on any thread, when a
+    /// newer picture is ready.
     Shown show(const Place& place, const std::function<void()>& changed);
-    /// Nobody looks any more: nothing is converted until the next `show`.
+    /// The view is hidden: no frame is converted until the next `show`.
     void hide();
     bool isShown() const;
-    /// A frame has come.
+    /// At least one frame has come.
     bool hasFrame() const;
-    /// Frames that came, and those that were converted.
+    /// The numbers of frames that came and that were converted.
     std::uint64_t frameCount() const;
     std::uint64_t conversionCount() const;
 
@@ -53,14 +58,17 @@ private:
     void startConverting();
     void convert();
 
-    mutable std::mutex mutex_;  // guards all below
+    // Guards the members below.
+    mutable std::mutex mutex_;
     QVideoFrame frame_;
     VideoOrientation orientation_;
     std::optional<Place> place_;
     std::function<void()> changed_;
     Shown shown_;
-    bool isTaken_ = true;      // the picture was given to the one who looks
-    bool isOutdated_ = false;  // the picture is not of the last frame, orientation and place
+    // `show` has returned the picture.
+    bool isTaken_ = true;
+    // The picture does not show the last frame in the last orientation and place.
+    bool isOutdated_ = false;
     bool isConverting_ = false;
     bool awaitsOrientation_ = false;
     std::uint64_t frames_ = 0;

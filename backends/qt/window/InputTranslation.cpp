@@ -47,7 +47,7 @@ UIPress toPress(const QKeyEvent& event) {
     press.key.code = toKeyCode(event.key());
     press.key.characters = toUtf8(event.text());
     const Qt::KeyboardModifiers modifiers = event.modifiers();
-    // Shift and Tab arrive as a key of their own, with or without the modifier.
+    // Qt reports Shift and Tab as the key "Backtab", with or without the modifier.
     if (modifiers & Qt::ShiftModifier || event.key() == Qt::Key_Backtab) press.key.modifiers |= modifierShift;
     if (modifiers & Qt::ControlModifier) press.key.modifiers |= modifierControl;
     if (modifiers & Qt::AltModifier) press.key.modifiers |= modifierAlternate;
@@ -60,7 +60,7 @@ UIScrollEvent toScrollEvent(const QWheelEvent& event) {
     UIScrollEvent scroll;
     scroll.location = {event.position().x(), event.position().y()};
     const QPoint angle = event.angleDelta(), pixels = event.pixelDelta();
-    // X servers report pixels that differ from driver to driver (QWheelEvent::pixelDelta); the angles are sound there.
+    // On X11 the pixels depend on the driver (QWheelEvent::pixelDelta) and are not used; the angles are reliable.
     const bool usesPixels = !pixels.isNull() && QGuiApplication::platformName() != QLatin1String("xcb");
     if (usesPixels) {
         scroll.dx = pixels.x();

@@ -13,16 +13,17 @@ QT_END_NAMESPACE
 
 namespace ostrel {
 
-/// Qt's events in the terms of the view tree. Times are left to the caller.
+/// Converts Qt's events to those of the view tree. The caller sets the times.
 UIPress toPress(const QKeyEvent& event);
-/// Wheels: 60 points a notch (QWheelEvent: 120 eighths of a degree). Trackpads: their own pixels where they tell them.
+/// Wheels scroll 60 points a notch (QWheelEvent: 120 eighths of a degree). Trackpads scroll by their pixels where Qt
+/// reports them.
 UIScrollEvent toScrollEvent(const QWheelEvent& event);
 Qt::CursorShape toCursor(CursorShape shape);
 
-/// Counts presses that follow each other in time and place, by the system's settings for double clicks.
+/// Counts presses that follow each other at one place, by the system's time and distance for double clicks.
 class TapCounter final {
 public:
-    /// `time` in seconds. 1 for a first press, 2 for a second …
+    /// The number of the press, from 1. `time`: seconds.
     int press(QPointF point, double time, int button);
 
 private:

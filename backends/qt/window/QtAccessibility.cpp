@@ -19,7 +19,8 @@ namespace ostrel {
 namespace {
 
 constexpr double leastAlpha = 0.01;
-constexpr int announcementDuration = 5000;  // milliseconds in which a reader may ask what it was
+// Milliseconds for which a screen reader can read an announcement.
+constexpr int announcementDuration = 5000;
 
 QAccessible::Role roleOf(AccessibilityRole role) {
     switch (role) {
@@ -37,7 +38,7 @@ QAccessible::Role roleOf(AccessibilityRole role) {
     return QAccessible::NoRole;
 }
 
-/// The nearest views below `view` that have a role and are shown, in the order of the tree.
+/// Collects the nearest visible views below `view` that have a role, in the order of the tree.
 void collectChildren(const MountedView& view, std::vector<const MountedView*>& children) {
     for (const MountedView* child : view.children) {
         const ViewState& state = *child->state;
@@ -52,7 +53,7 @@ void collectChildren(const MountedView& view, std::vector<const MountedView*>& c
 
 class WindowInterface;
 
-/// One view. It stays, not valid any more, until its window next tells its children.
+/// One view. After the view has gone, the interface stays, marked invalid, until its window next lists its children.
 class ViewInterface final : public QAccessibleInterface, public QAccessibleActionInterface {
 public:
     ViewInterface(WindowInterface& window, ViewTag tag) : window_(window), tag_(tag) {}
@@ -84,7 +85,7 @@ private:
     const ViewTag tag_;
 };
 
-/// What was announced last, read as an alert.
+/// The last announcement, which is read as an alert.
 class AnnouncementInterface final : public QAccessibleInterface {
 public:
     AnnouncementInterface(WindowInterface& window, QString text) : window_(window), text_(std::move(text)) {}
@@ -217,7 +218,7 @@ const MountedView* ViewInterface::view() const { return window_.find(tag_); }
 QAccessibleInterface* ViewInterface::parent() const {
     const MountedView* above = view() ? view()->parent : nullptr;
     while (above && above->state->accessibility.role == AccessibilityRole::none) above = above->parent;
-    // The root stands for the window itself.
+    // The root view is represented by the window's own interface.
     return above && above->parent ? window_.interfaceOf(*above) : &window_;
 }
 

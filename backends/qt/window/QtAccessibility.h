@@ -4,15 +4,16 @@
 
 namespace ostrel {
 
-/// Lets screen readers and other assistive programs read what the windows show: the mounted views that have a role, with
-/// their labels and places, as children of the window's item. Views without a role are passed over, those in them are
-/// not. Pressing one is a tap in its middle. What is announced is an alert that stands in the active window for some
-/// seconds. Once per application; nothing is made before somebody asks. Main thread.
+/// Lets assistive programs, such as screen readers, read the windows: the mounted views that have a role are the
+/// children of the window's item, with their labels and frames. A view without a role is skipped, the views in it are
+/// not. The press action is a tap in the middle of the view. An announcement is an alert among the children of the
+/// active window for five seconds. Call this once per application; no interface is made before an assistive program
+/// asks. Main thread.
 void installAccessibility();
 
 class QtWindowView;
 
-/// The keyboard's focus has come to `tag`.
+/// Reports to assistive programs that the view `tag` has the keyboard's focus now.
 void tellAccessibleFocus(QtWindowView& item, ViewTag tag);
 
 }  // namespace ostrel

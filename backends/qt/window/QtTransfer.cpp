@@ -24,7 +24,8 @@ namespace ostrel {
 
 namespace {
 
-// A picture copied from the screen: compressing it well takes a second and spares nobody anything.
+// The quality that Qt maps to fast compression. Compressing a picture of the whole screen well takes a second, and
+// nobody gains from the smaller size.
 constexpr int quickCompression = 80;
 
 Data encodedPicture(const QImage& picture) {
@@ -41,7 +42,7 @@ UITransferItems transferItems(const QMimeData* data) {
     UITransferItems items;
     if (!data) return items;
     for (const QUrl& url : data->urls()) {
-        // Names are bytes to the system.
+        // Names of files are bytes for the system, not Unicode.
         if (url.isLocalFile()) items.filePaths.push_back(QFile::encodeName(url.toLocalFile()).toStdString());
     }
     items.hasPicture = data->hasImage();
@@ -76,13 +77,13 @@ void chooseFiles(UIWindow* window, const UIFileRequest& request,
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setOption(QFileDialog::HideNameFilterDetails);
-    // Where the last file was chosen.
+    // The folder of the last file that was chosen.
     static QString folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     if (QDir(folder).exists()) dialog->setDirectory(folder);
     if (!request.extensions.empty()) {
         QStringList patterns;
         for (const std::string& extension : request.extensions) {
-            // Where the system tells upper from lower case, so do the patterns.
+            // Qt's patterns are case-sensitive where names of files are, so both cases are listed.
             patterns << QStringLiteral("*.") + toQString(extension)
                      << QStringLiteral("*.") + toQString(extension).toUpper();
         }

@@ -12,20 +12,20 @@ namespace ostrel {
 
 class UIWindow;
 
-/// What is dragged or on the clipboard, without its picture's bytes.
+/// The items that are dragged or on the clipboard, without the bytes of a picture.
 UITransferItems transferItems(const QMimeData* data);
 
-/// The same with the bytes of the picture: as they are where the other program gives them as PNG or JPEG, else encoded on
-/// a thread. `handler` runs once, on the main thread, in a later turn.
+/// The same items with the bytes of the picture: unchanged when the other program offers PNG or JPEG, else encoded on a
+/// thread. `handler` runs once, on the main thread, in a later turn.
 void transferItemsWithPicture(const QMimeData* data, std::function<void(UITransferItems)> handler);
 
-/// The system's dialog for one existing file, over the window that shows `window`. `handler` runs once, when it closes,
-/// with nothing when it was cancelled. Needs a QApplication.
+/// Opens the system's dialog for existing files, above the window that shows `window`. `handler` runs once, when the
+/// dialog closes; without paths when the user cancels. Needs a QApplication.
 void chooseFiles(UIWindow* window, const UIFileRequest& request,
                  std::function<void(std::vector<std::string> paths)> handler);
 bool canChooseFiles();
 
-/// GIF, WebP: what Qt reads beside JPEG and PNG. Any thread.
+/// Decodes the formats that Qt reads beside JPEG and PNG: GIF and WebP. Null for other bytes. Any thread.
 std::shared_ptr<const CGImage> decodeWithQt(const Data& data);
 
 }  // namespace ostrel

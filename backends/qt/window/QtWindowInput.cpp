@@ -23,13 +23,13 @@ double now() { return Clock::shared().monotonicSeconds(); }
 
 CGPoint toPoint(QPointF point) { return {point.x(), point.y()}; }
 
-/// A mouse event that the system made from a touch; the touch itself has been handled.
+/// The system made the mouse event from a touch, which has already been handled.
 bool isFromTouch(const QMouseEvent& event) {
     return event.source() != Qt::MouseEventNotSynthesized ||
            event.deviceType() == QInputDevice::DeviceType::TouchScreen;
 }
 
-/// A modifier alone is no press; it comes with the key it modifies.
+/// The key is a modifier. A modifier alone is not sent: the next key's press carries it.
 bool isModifier(int key) {
     switch (key) {
     case Qt::Key_Shift:
@@ -58,7 +58,7 @@ void QtWindowView::mousePressEvent(QMouseEvent* event) {
         return;
     }
     event->accept();
-    // A second button while one is down belongs to no gesture.
+    // A second button that goes down during a gesture is ignored.
     if (pointerDown_) return;
     pointer_ = {};
     pointer_.type = UITouchType::pointer;
@@ -87,7 +87,7 @@ void QtWindowView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void QtWindowView::mouseDoubleClickEvent(QMouseEvent* event) {
-    // Qt sends the press of a double click as well; the count of taps tells the rest.
+    // Qt also sends a press for each double click, and `TapCounter` counts the presses.
     event->accept();
 }
 
@@ -109,7 +109,7 @@ void QtWindowView::touchEvent(QTouchEvent* event) {
     }
     const double time = now();
     for (const QEventPoint& point : event->points()) {
-        // 0 is the pointer.
+        // Fingers have identifiers from 1; the pointer has 0.
         const std::int64_t identifier = std::int64_t(point.id()) + 1;
         auto finger = std::find_if(fingers_.begin(), fingers_.end(),
                                    [&](const UITouch& touch) { return touch.identifier == identifier; });
@@ -166,7 +166,7 @@ void QtWindowView::wheelEvent(QWheelEvent* event) {
 }
 
 bool QtWindowView::eventFilter(QObject* object, QEvent* event) {
-    // With every frame Qt looks anew for what lies under the pointer; without a pointer there is nothing to be found.
+    // Qt searches the item under the pointer with every frame; hover events stay off while no pointer is in the window.
     switch (event->type()) {
     case QEvent::Enter:
     case QEvent::MouseMove:
@@ -216,7 +216,7 @@ bool QtWindowView::sendKey(const QKeyEvent& event) {
 void QtWindowView::dragEnterEvent(QDragEnterEvent* event) { dragMoveEvent(event); }
 
 void QtWindowView::dragMoveEvent(QDragMoveEvent* event) {
-    // Copied, never moved: what is dragged stays where it is.
+    // The drop is a copy, never a move: the other program must keep its file.
     const bool isTaken =
         window_ && window_->sendDrag(transferItems(event->mimeData()), toPoint(event->position()));
     if (isTaken) event->setDropAction(Qt::CopyAction);

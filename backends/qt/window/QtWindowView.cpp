@@ -31,7 +31,7 @@ const auto workEvent = static_cast<QEvent::Type>(QEvent::registerEventType());
 
 double now() { return Clock::shared().monotonicSeconds(); }
 
-// Platforms without a signal of the display wait this long from the request of a frame to the frame
+// Seconds. Platforms without a signal from the display deliver a frame this long after it was requested
 // (QPlatformWindow::requestUpdate).
 constexpr double requestLead = 0.006;
 
@@ -68,7 +68,7 @@ bool QtWindowView::hasPaintedEverything() const {
 
 void QtWindowView::mount(const MountingTransaction& transaction) {
     if (transaction.number == 1) {
-        // The window sends its whole tree: what was mounted before is of no more use.
+        // The window sends its whole tree, which replaces all that was mounted before.
         composer_->reset();
         oracle_ = OSTREL_MAKE_ORACLE();
     }
@@ -82,7 +82,7 @@ void QtWindowView::mount(const MountingTransaction& transaction) {
 }
 
 void QtWindowView::requestFrame() {
-    // Both at once: an update that is asked for while polishing would have a second frame made.
+    // Polish and update are requested together: an update requested while polishing would cause a second frame.
     if (!polishing_) polish();
     if (!std::exchange(updateRequested_, true)) update();
 }

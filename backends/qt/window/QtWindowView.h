@@ -15,9 +15,9 @@ namespace ostrel {
 class TextEditor;
 class UIWindow;
 
-/// Shows one window of the view tree in a QQuickWindow of the host and hands it the user's input. The window is sized
-/// with this item. All changes of a turn are shown with the next frame. Without a window it shows what is mounted.
-/// Main thread.
+/// Shows one UIWindow in a QQuickWindow of the host and sends the user's input to the UIWindow, which gets the size of
+/// this item. The next frame shows all changes of a turn. Without a UIWindow (in tests) the item shows the views
+/// that the test mounts. Main thread.
 class QtWindowView final : public QQuickItem, public MountingBackend {
     Q_OBJECT
 public:
@@ -25,18 +25,18 @@ public:
     ~QtWindowView() override;
 
     const std::shared_ptr<UIWindow>& uiWindow() const { return window_; }
-    /// Nothing is under way: no change waits to be shown, everything in sight is painted, no animation runs. Turning
-    /// wheels do not count.
+    /// No change waits to be shown, all visible pictures are up to date, and no animation runs. Turning spinners do not
+    /// count as animations.
     bool isSettled() const;
-    /// Everything in sight is painted as it is now; animations may run.
+    /// All visible pictures are up to date; animations may run.
     bool hasPaintedEverything() const;
     SceneComposer::Statistics statistics() const { return composer_->statistics(); }
-    /// What is mounted and where it stands, for those who tell it to assistive programs.
+    /// The mounted views and their frames, for the interfaces of assistive programs.
     const SceneComposer& composer() const { return *composer_; }
     const MountedTree& mountedTree() const { return composer_->tree(); }
-    /// The item under edit; null when none is.
+    /// The item in which the user edits text; null when no text input has the focus.
     QQuickItem* editorItem() const;
-    /// Where text is edited at once the application starts, this spares the first field the wait for its engine.
+    /// Loads the engine of text items now, for applications whose first screen has a text field.
     static void warmUpTextEditing();
 
     // MountingBackend
@@ -84,25 +84,30 @@ private:
 
     std::shared_ptr<UIWindow> window_;
     std::unique_ptr<SceneComposer> composer_;
-    std::unique_ptr<MountingBackend> oracle_;  // builds with assertions: checks every transaction
+    // In builds with assertions: checks every transaction. Null in others.
+    std::unique_ptr<MountingBackend> oracle_;
     std::unique_ptr<TextEditor> editor_;
     QTimer frameTimer_;
     QMetaObject::Connection activeConnection_;
     QPointer<QObject> windowInScene_;
     bool needsFlush_ = false;
     bool framesWanted_ = false;
-    bool nodesWaiting_ = false;  // prepared, not synchronised yet
+    // Changes of nodes are prepared but not synchronised.
+    bool nodesWaiting_ = false;
     bool polishing_ = false;
-    bool updateRequested_ = false;  // of this item, until it has been synchronised
+    // An update of this item is requested and not synchronised.
+    bool updateRequested_ = false;
     double lastFrame_ = -1e9;
-    ViewTag toldFocus_ = 0;  // to assistive programs
+    // The view whose focus was last reported to assistive programs.
+    ViewTag toldFocus_ = 0;
 
     TapCounter taps_;
     UITouch pointer_;
     bool pointerDown_ = false;
     QPointF lastPress_;
     double lastPressTime_ = -1e9;
-    std::vector<UITouch> fingers_;  // down now
+    // The fingers that are down now.
+    std::vector<UITouch> fingers_;
 };
 
 }  // namespace ostrel
