@@ -16,8 +16,8 @@ class TextEditor;
 class UIWindow;
 
 /// Shows one UIWindow in a QQuickWindow of the host and sends the user's input to the UIWindow, which gets the size of
-/// this item. The next frame shows all changes of a turn. Without a UIWindow (in tests) the item shows what is mounted
-/// by hand. Main thread.
+/// this item. The next frame shows all changes of a turn. Without a UIWindow (in tests) the item shows the views
+/// that the test mounts. Main thread.
 class QtWindowView final : public QQuickItem, public MountingBackend {
     Q_OBJECT
 public:
