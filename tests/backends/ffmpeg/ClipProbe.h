@@ -8,7 +8,7 @@
 
 namespace ostrel {
 
-/// What a written clip holds, read with the libraries but without any code of ours.
+/// The facts of a written clip, read with the libraries only.
 struct ProbedClip {
     std::string videoCodec, audioCodec, pixelFormat, matrix, range, transfer;
     int width = 0, height = 0, channels = 0, frames = 0;
@@ -22,7 +22,7 @@ struct ProbedClip {
     std::vector<double> brightness;
 };
 
-/// None when the file is no clip, or any of it cannot be decoded.
+/// None when the file is no clip, or when a part of it cannot be decoded.
 std::optional<ProbedClip> probeClip(const std::string& path);
 
 }  // namespace ostrel

@@ -11,7 +11,7 @@ namespace ostrel::test {
 namespace {
 
 ViewTag nextTag() {
-    // Far from the tags of real views.
+    // Real views have far smaller tags.
     static ViewTag last = ViewTag(1) << 40;
     return ++last;
 }

@@ -12,7 +12,7 @@
 
 namespace ostrel::test {
 
-/// A view to be mounted, with those in it.
+/// A view to be mounted, with its children.
 struct Spec {
     ViewState state;
     std::vector<Spec> children;
@@ -20,13 +20,13 @@ struct Spec {
 
 /// A plain rectangle.
 Spec box(CGRect frame, UIColor color, std::vector<Spec> children = {});
-/// The same, painted as one picture with its children.
+/// A rectangle that is painted as one picture with its children.
 Spec surface(CGRect frame, UIColor color, std::vector<Spec> children = {});
 
 /// Waits until `isDone`, at most five seconds, while events are handled.
 bool waitUntil(const std::function<bool()>& isDone);
 
-/// A window on the offscreen platform with a view of 200 by 200 points: of a UIWindow, or of what is mounted by hand.
+/// A window of 200 by 200 points on the offscreen platform. It shows a UIWindow, or the views that a test mounts.
 class QtTestWindow {
 public:
     QtTestWindow() : QtTestWindow(nullptr) {}
@@ -38,7 +38,7 @@ public:
     /// Creates and inserts a subtree; adds its tags in the order of the tree.
     static void add(std::vector<Mutation>& mutations, const Spec& spec, ViewTag parent, std::size_t index,
                     std::vector<ViewTag>& tags);
-    /// Waits until everything is shown and grabs it.
+    /// Waits until all changes are shown, and grabs the window's picture.
     QImage grab();
     /// The colour of the last grabbed picture at a point.
     QColor at(double x, double y) const;
@@ -53,7 +53,7 @@ private:
     QImage grabbed_;
 };
 
-/// Equal but for `tolerance` in each component.
+/// True when no component differs by more than `tolerance`.
 bool isNear(const QColor& a, const QColor& b, int tolerance = 3);
 
 }  // namespace ostrel::test

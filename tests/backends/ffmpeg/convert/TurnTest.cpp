@@ -3,32 +3,19 @@
 #include "tests/backends/ffmpeg/ClipProbe.h"
 #include "tests/backends/ffmpeg/FfmpegTest.h"
 
-#include <fstream>
-#include <sstream>
-
 namespace ostrel {
 namespace {
 
 /// Overwrites the transform in the header of the first track that has pixels (ISO/IEC 14496-12, tkhd).
-std::string withTransform(const std::string& path, const std::string& to, int a, int b, int c, int d) {
-    std::ostringstream stream;
-    stream << std::ifstream(path, std::ios::binary).rdbuf();
-    std::string bytes = stream.str();
-    const std::size_t header = bytes.find("tkhd");
-    // Version 0: the matrix begins 44 bytes after the type.
-    const std::size_t matrix = header + 4 + 40;
-    const auto put = [&](std::size_t index, int value) {
+std::string withTransform(std::string bytes, int a, int b, int c, int d) {
+    // Version 0: the matrix begins 44 bytes after the beginning of the type.
+    const std::size_t matrix = bytes.find("tkhd") + 4 + 40;
+    for (const auto& [index, value] : {std::pair<std::size_t, int>{0, a}, {1, b}, {3, c}, {4, d}}) {
         const auto fixed = static_cast<std::uint32_t>(value) << 16;
-        for (int i = 0; i < 4; ++i)
-            bytes[matrix + index * 4 + static_cast<std::size_t>(i)] =
-                static_cast<char>(fixed >> (24 - 8 * i));
-    };
-    put(0, a);
-    put(1, b);
-    put(3, c);
-    put(4, d);
-    std::ofstream(to, std::ios::binary) << bytes;
-    return to;
+        for (std::size_t i = 0; i < 4; ++i)
+            bytes[matrix + index * 4 + i] = static_cast<char>(fixed >> (24 - 8 * i));
+    }
+    return bytes;
 }
 
 /// Which quarter of a picture is red: "top left" and so on.
@@ -49,53 +36,40 @@ std::string redQuarter(const UIImage& image) {
     return found;
 }
 
-class TurnTest : public FfmpegTest {
-protected:
-    /// Lying, blue, its upper left quarter red.
-    std::string source() {
-        return ClipMaker::shared().make(
-            "quarter.mov",
-            "-f lavfi -i color=blue:s=320x180:r=30:d=0.3 -vf drawbox=w=160:h=90:color=red:t=fill "
-            "-c:v libx264 -preset ultrafast -pix_fmt yuv420p");
-    }
-};
+class TurnTest : public FfmpegTest {};
 
 TEST_F(TurnTest, EveryTurnAndMirroringIsSeenUprightInTheResult) {
+    // Landscape, blue, the upper left quarter red.
+    const std::string source = contentOf(ClipMaker::shared().make(
+        "quarter.mov", "-f lavfi -i color=blue:s=160x90:r=30:d=0.1 -vf drawbox=w=80:h=45:color=red:t=fill "
+                       "-c:v libx264 -preset ultrafast -pix_fmt yuv420p"));
     struct Case {
         int a, b, c, d;
         const char* red;
-        bool isStanding;
+        bool isPortrait;
+        // In the picture of the turned clip itself, which is not mirrored. Null: not checked.
+        const char* inspected = nullptr;
     };
-    for (const Case& c : {Case{1, 0, 0, 1, "top left", false}, Case{0, 1, -1, 0, "top right", true},
-                          Case{-1, 0, 0, -1, "bottom right", false}, Case{0, -1, 1, 0, "bottom left", true},
-                          Case{-1, 0, 0, 1, "top right", false}, Case{1, 0, 0, -1, "bottom left", false},
-                          Case{0, 1, 1, 0, "top left", true}, Case{0, -1, -1, 0, "bottom right", true}}) {
+    for (const Case& c :
+         {Case{1, 0, 0, 1, "top left", false, "top left"}, Case{0, 1, -1, 0, "top right", true, "top right"},
+          Case{-1, 0, 0, -1, "bottom right", false, "bottom right"},
+          Case{0, -1, 1, 0, "bottom left", true, "bottom left"},
+          Case{-1, 0, 0, 1, "top right", false, "top left"}, Case{1, 0, 0, -1, "bottom left", false},
+          Case{0, 1, 1, 0, "top left", true}, Case{0, -1, -1, 0, "bottom right", true}}) {
         SCOPED_TRACE(testing::Message() << c.a << " " << c.b << " " << c.c << " " << c.d);
-        const std::string turned = withTransform(source(), folder.path("turned.mov"), c.a, c.b, c.c, c.d);
+        const std::string turned = folder.write("turned.mov", withTransform(source, c.a, c.b, c.c, c.d));
         ASSERT_TRUE(convert(turned, out()).succeeded());
-        const auto image = picture(out());
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(image->size(), c.isStanding ? (CGSize{180, 320}) : (CGSize{320, 180}));
-        EXPECT_EQ(redQuarter(*image), c.red);
+        const CGSize size = c.isPortrait ? CGSize{90, 160} : CGSize{160, 90};
+        for (const auto& [path, red] : {std::pair{out(), c.red}, {turned, c.inspected}}) {
+            if (!red) continue;
+            const auto image = picture(path);
+            ASSERT_NE(image, nullptr);
+            EXPECT_EQ(image->size(), size);
+            EXPECT_EQ(redQuarter(*image), red);
+        }
         const auto clip = probeClip(out());
         ASSERT_TRUE(clip);
         EXPECT_FALSE(clip->isTurned);
-    }
-}
-
-TEST_F(TurnTest, InspectingATurnedClipItselfGivesItsUprightPicture) {
-    struct Case {
-        int a, b, c, d;
-        const char* red;
-        CGSize size;
-    };
-    for (const Case& c :
-         {Case{0, 1, -1, 0, "top right", {180, 320}}, Case{-1, 0, 0, -1, "bottom right", {320, 180}},
-          Case{0, -1, 1, 0, "bottom left", {180, 320}}, Case{-1, 0, 0, 1, "top left", {320, 180}}}) {
-        const auto image = picture(withTransform(source(), folder.path("turned.mov"), c.a, c.b, c.c, c.d));
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(image->size(), c.size);
-        EXPECT_EQ(redQuarter(*image), c.red);
     }
 }
 

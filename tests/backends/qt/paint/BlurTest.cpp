@@ -10,9 +10,9 @@ namespace {
 
 const UIColor red{1, 0, 0, 1}, green{0, 1, 0, 1}, blue{0, 0, 1, 1}, white{1, 1, 1, 1}, clear{};
 
-Spec blur(CGRect frame, double radius, UIColor veil = {}) {
+Spec blur(CGRect frame, double radius, UIColor colour = {}) {
     Spec spec = box(frame, clear);
-    spec.state.content = BlurContent{radius, veil};
+    spec.state.content = BlurContent{radius, colour};
     return spec;
 }
 
@@ -28,7 +28,7 @@ TEST(BlurOfPictures, SpreadsAnEdgeAsAGaussianDoes) {
         const QImage shown = small.scaled(image.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         for (const double distance : {-2.0, -1.0, -0.5, 0.0, 0.5, 1.0, 2.0}) {
             const auto x = static_cast<int>(200 + distance * sigma);
-            // Of the middle of the pixel.
+            // The value at the middle of the pixel.
             const double expected = 255 * 0.5 * (1 + std::erf((x + 0.5 - 200) / (sigma * std::sqrt(2.0))));
             EXPECT_NEAR(shown.pixelColor(x, 30).red(), expected, 14) << sigma << ", " << distance;
         }
@@ -54,7 +54,7 @@ TEST(Blur, WithinASurfaceShowsWhatIsPaintedBeneath) {
     EXPECT_EQ(window.at(20 + 120, 20 + 25), QColor(0, 255, 0));
 }
 
-TEST(Blur, VeilIsLaidOverItWithinRoundCorners) {
+TEST(Blur, ItsColourIsLaidOverItWithinRoundCorners) {
     QtTestWindow window;
     Spec round = box({0, 0, 100, 100}, red, {blur({0, 0, 100, 100}, 8, white.withAlpha(0.5f))});
     round.state.clipsToBounds = true;

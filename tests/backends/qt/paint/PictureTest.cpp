@@ -32,7 +32,7 @@ std::string encoded(const QImage& image, const char* format, bool progressive = 
     return buffer.data().toStdString();
 }
 
-/// A JPEG with an EXIF orientation put in.
+/// The JPEG with an EXIF orientation.
 std::string turned(std::string jpeg, char orientation) {
     const std::string exif = std::string("\xFF\xE1\0\x22", 4) + std::string("Exif\0\0", 6) +
                              std::string("II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0", 18) +
@@ -56,7 +56,7 @@ std::string resized(std::string jpeg, unsigned side) {
     return jpeg;
 }
 
-/// What a view of this width shows of the file; null when it is no picture or cannot be decoded.
+/// The decoded picture in a view of this width; null when the bytes are no picture or cannot be decoded.
 QImage shown(const std::string& bytes, double width) {
     const auto image = UIImage::imageWithData(Data::copy(bytes));
     if (!image) return {};
@@ -70,8 +70,10 @@ TEST(Pictures, AreDecodedUprightAtTheSizeTheyAreShown) {
     struct Case {
         const char* what;
         std::string bytes;
-        QSize size;        // at a width of 60
-        QColor colors[4];  // upper left, upper right, lower left, lower right
+        // At a width of 60.
+        QSize size;
+        // Upper left, upper right, lower left, lower right.
+        QColor colors[4];
     };
     const QImage wide = sample(600, 400);
     const std::string jpeg = encoded(wide, "jpeg");
@@ -153,8 +155,8 @@ TEST(Pictures, OneStaysUntilTheNextIsDecoded) {
         box({0, 0, 200, 200}, UIColor::white(), {surface({0, 0, 200, 200}, UIColor::white(), {picture})}));
     window.grab();
     ASSERT_EQ(window.at(75, 75), QColor(Qt::red));
-    // Takes longer to decode than several frames.
-    std::get<ImageContent>(picture.state.content).image = solid(Qt::blue, 4000);
+    // Decoding takes longer than several frames.
+    std::get<ImageContent>(picture.state.content).image = solid(Qt::blue, 3000);
     window.mount({Mutation::update(tags[2], std::make_shared<ViewState>(picture.state), changedContent)});
     QColor seen;
     EXPECT_TRUE(waitUntil([&] {
@@ -166,23 +168,17 @@ TEST(Pictures, OneStaysUntilTheNextIsDecoded) {
 
 TEST(Pictures, KeysStayWithinWhatAPictureMayTake) {
     const std::string bytes = encoded(sample(40, 40), "png");
-    struct Case {
-        unsigned pixelsWide, pixelsHigh;
-        double width, height;
-    };
-    const Case cases[] = {{30000, 30000, 30000, 30000},
-                          {65500, 10, 60000, 9},
-                          {10, 65500, 365, 60000},
-                          {4000, 3000, 4000, 3000}};
-    for (const Case& c : cases) {
+    const std::pair<QSize, CGSize> cases[] = {{{30000, 30000}, {30000, 30000}},
+                                              {{65500, 10}, {60000, 9}},
+                                              {{10, 65500}, {365, 60000}},
+                                              {{4000, 3000}, {4000, 3000}}};
+    const auto big = [](int v) { return std::string{char(v >> 24), char(v >> 16), char(v >> 8), char(v)}; };
+    for (const auto& [pixels, size] : cases) {
         std::string png = bytes;
-        const auto big = [](unsigned v) {
-            return std::string{char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
-        };
-        png.replace(16, 8, big(c.pixelsWide) + big(c.pixelsHigh));
+        png.replace(16, 8, big(pixels.width()) + big(pixels.height()));
         const auto image = UIImage::imageWithData(Data::copy(png));
         ASSERT_TRUE(image);
-        const PictureKey key = PictureStore::keyFor(*image, c.width, c.height);
+        const PictureKey key = PictureStore::keyFor(*image, size.width, size.height);
         EXPECT_GE(key.width, 1);
         EXPECT_GE(key.height, 1);
         EXPECT_LE(std::int64_t(key.width) * key.height, 8 << 20);

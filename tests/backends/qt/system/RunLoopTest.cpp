@@ -47,7 +47,7 @@ TEST(QtRunLoop, TimesAndCancelsTasks) {
 TEST(QtRunLoop, EndsATurnBeforeItWaits) {
     RunLoop& loop = RunLoop::main();
     std::string ran;
-    // An event of Qt's own, not a task, asks for it.
+    // An event of Qt, not a task of the loop, requests the end of the turn.
     QTimer::singleShot(0, [&] {
         loop.atEndOfTurn([&] { ran += "end"; });
         ran += "event ";

@@ -12,7 +12,7 @@ namespace ostrel::test {
 
 namespace {
 
-/// The part of a white picture that is not white, in points.
+/// The rectangle of the pixels that are not white, in points.
 QRectF inkOf(const QImage& image, double scale) {
     int x0 = image.width(), x1 = -1, y0 = image.height(), y1 = -1;
     for (int y = 0; y < image.height(); ++y) {
@@ -72,7 +72,7 @@ TEST(Text, IsPaintedAsLargeAsItMeasures) {
         EXPECT_NEAR(metrics.size.height, metrics.lineCount * metrics.lineHeight, 0.01);
         EXPECT_LE(metrics.size.width, c.width + 0.1);
         for (const double scale : {1.0, 2.0, 3.0}) {
-            // In just the room it asks for nothing wraps differently; the room around shows what hangs over.
+            // In exactly the measured size no line wraps differently; the insets show ink beyond that size.
             TextContent shown = content(c.text, c.font, c.lines);
             shown.insets = {20, 20, 20, 20};
             const CGSize room{metrics.size.width + 40, metrics.size.height + 40};
@@ -102,19 +102,15 @@ TEST(Text, WeightsDiffer) {
     }
 }
 
-TEST(Text, EmptyTextHasNoSize) {
+TEST(Text, EmptyTextHasNoSizeAndBreaksAreBlanksOnOneLine) {
     QtTextMeasurer measurer;
-    const TextMetrics metrics = measurer.measure("", UIFont::system(17), 100, 0);
+    const UIFont font = UIFont::system(17);
+    const TextMetrics metrics = measurer.measure("", font, 100, 0);
     EXPECT_EQ(metrics.size, CGSize{});
     EXPECT_EQ(metrics.lineCount, 0);
     EXPECT_GT(metrics.lineHeight, 17);
-}
-
-TEST(Text, BreaksAreBlanksOnOneLine) {
-    QtTextMeasurer measurer;
-    EXPECT_DOUBLE_EQ(measurer.singleLineWidth("one\ntwo", UIFont::system(17)),
-                     measurer.singleLineWidth("one two", UIFont::system(17)));
-    EXPECT_EQ(measurer.measure("one\r\ntwo\n", UIFont::system(17), 500, 0).lineCount, 3);
+    EXPECT_DOUBLE_EQ(measurer.singleLineWidth("one\ntwo", font), measurer.singleLineWidth("one two", font));
+    EXPECT_EQ(measurer.measure("one\r\ntwo\n", font, 500, 0).lineCount, 3);
 }
 
 TEST(Text, LinesAreLimitedByNumberAndHeight) {
@@ -127,39 +123,25 @@ TEST(Text, LinesAreLimitedByNumberAndHeight) {
         int lines;
         bool truncated;
     };
-    TextBlock::Options base;
-    base.width = 80;
-    const auto with = [&](const std::function<void(TextBlock::Options&)>& change) {
-        TextBlock::Options options = base;
-        change(options);
-        return options;
+    const auto options = [](int maximum, double height, bool cuts, bool onlyWhole) {
+        TextBlock::Options made;
+        made.width = 80;
+        made.maximumLines = maximum;
+        made.height = height;
+        made.onlyWholeLines = onlyWhole;
+        if (cuts) made.lineBreakMode = NSLineBreakMode::byTruncatingTail;
+        return made;
     };
-    const int all = TextBlock(text, font, base).lineCount();
+    const int all = TextBlock(text, font, options(0, 1e9, false, false)).lineCount();
     ASSERT_GT(all, 3);
     const Case cases[] = {
-        {"no limit", base, all, false},
-        {"two lines", with([](auto& o) { o.maximumLines = 2; }), 2, true},
-        {"cut lines fit the height", with([&](auto& o) {
-             o.height = line * 2.6;
-             o.lineBreakMode = NSLineBreakMode::byTruncatingTail;
-         }),
-         2, true},
-        {"whole lines only", with([&](auto& o) {
-             o.height = line * 2.6;
-             o.onlyWholeLines = true;
-         }),
-         2, true},
-        {"a part of a line shows too", with([&](auto& o) { o.height = line * 2.6; }), 3, true},
-        {"one cut line stays in a box that is too low", with([&](auto& o) {
-             o.height = line * 0.5;
-             o.lineBreakMode = NSLineBreakMode::byTruncatingTail;
-         }),
-         1, true},
-        {"no line is whole", with([&](auto& o) {
-             o.height = line * 0.5;
-             o.onlyWholeLines = true;
-         }),
-         0, true},
+        {"no limit", options(0, 1e9, false, false), all, false},
+        {"two lines", options(2, 1e9, false, false), 2, true},
+        {"cut lines fit the height", options(0, line * 2.6, true, false), 2, true},
+        {"whole lines only", options(0, line * 2.6, false, true), 2, true},
+        {"a part of a line is shown too", options(0, line * 2.6, false, false), 3, true},
+        {"one cut line stays in a box that is too low", options(0, line * 0.5, true, false), 1, true},
+        {"no line is whole", options(0, line * 0.5, false, true), 0, true},
     };
     for (const Case& c : cases) {
         const TextBlock block(text, font, c.options);
@@ -254,7 +236,7 @@ TEST(Text, EveryCharacterIsFoundWhereItsSelectionIsShown) {
     }
 }
 
-TEST(Text, LinesStandAtTheSideThatTheirScriptBeginsAt) {
+TEST(Text, LinesBeginAtTheSideAtWhichTheirScriptBegins) {
     using enum NSTextAlignment;
     const struct {
         const char* text;
@@ -275,10 +257,10 @@ TEST(Text, LinesStandAtTheSideThatTheirScriptBeginsAt) {
     QtTextMeasurer measurer;
     EXPECT_NE(measurer.singleLineWidth("שששש", UIFont::system(20)),
               measurer.singleLineWidth("יייי", UIFont::system(20)))
-        << "there is a font for the script, and not the box for what is missing";
+        << "a font has the script; missing characters would be boxes of one width";
 }
 
-TEST(Text, SelectedTextStandsOnBlue) {
+TEST(Text, SelectedTextIsOnBlue) {
     TextContent shown = content("one two three", UIFont::system(20), 1);
     shown.insets = {5, 10, 5, 10};
     shown.selectionBegin = 4;

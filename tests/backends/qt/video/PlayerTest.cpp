@@ -48,12 +48,13 @@ QVideoFrame quarters(QSize size) {
     return frame;
 }
 
-TEST(VideoConversion, FramesStandUprightHoweverTheyLie) {
+TEST(VideoConversion, FramesAreTurnedUpright) {
     const QColor r(255, 0, 0), g(0, 255, 0), b(0, 0, 255), w(255, 255, 255);
     struct Case {
         VideoOrientation orientation;
         QSize upright;
-        QColor corners[4];  // upper left, upper right, lower left, lower right
+        // Upper left, upper right, lower left, lower right.
+        QColor corners[4];
     };
     const Case cases[] = {
         {{0, false}, {80, 40}, {r, g, b, w}}, {{1, false}, {40, 80}, {b, r, w, g}},
@@ -85,12 +86,12 @@ TEST(VideoConversion, SizesFitInWholePixels) {
     for (const Case& c : cases) EXPECT_EQ(fittingSize(c.size, c.bounds), c.fits) << c.size.width();
 }
 
-TEST(VideoPictures, AreMadeOnlyForWhoLooksAndOneAtATime) {
+TEST(VideoPictures, AreMadeOneAtATimeAndOnlyForAViewThatShowsThem) {
     auto video = std::make_shared<VideoPicture>();
     std::atomic<int> told = 0;
     const auto look = [&] { return video->show({{40, 40}, 1, {}}, [&] { ++told; }); };
     video->setFrame(quarters({80, 40}));
-    EXPECT_EQ(video->conversionCount(), 0u) << "nobody looks";
+    EXPECT_EQ(video->conversionCount(), 0u) << "no view shows the video";
     look();
     ASSERT_TRUE(waitUntil([&] { return told == 1; }));
     // The picture was not taken: further frames wait, and only the last of them is converted.
@@ -178,6 +179,8 @@ TEST(Player, TellsWhichFilesItCannotPlay) {
         const std::string path = folder.path() + "/" + std::to_string(&c - cases) + ".mp4";
         if (c.contents) std::ofstream(path, std::ios::binary) << *c.contents;
         auto player = playerOf(path);
+        // The cut file ends soon after this time.
+        player->seekToTime(CMTimeMake(3, 2));
         player->play();
         EXPECT_TRUE(waitUntil([&] { return player->status() != Status::unknown; })) << c.what;
         EXPECT_EQ(player->status(), c.expected) << c.what;
@@ -228,7 +231,7 @@ TEST(Player, StreamsFromServersAndOutlivesTheirFaults) {
     EXPECT_TRUE(waitUntil([&] {
         const VideoPicture::Place place{{400, 400}, 1, {}};
         return streamed->picture()->show(place, [] {}).picture.size() == QSize(225, 400);
-    })) << "upright, though the frames lie on their side";
+    })) << "upright, though the file has the frames in landscape";
     EXPECT_NEAR(streamed->duration().seconds(), 4, 0.1);
     for (const char* path : {"/page.mp4", "/missing.mp4"}) {
         auto player = playerAt(path);
@@ -259,7 +262,7 @@ double difference(const QImage& a, const QImage& b) {
 }
 
 TEST(Player, FramesLookAsTheStillsDo) {
-    // The last one lies on its side in the file.
+    // The file of the last one has its frames in landscape and a quarter turn.
     for (const std::string name : {"sea", "lantern", "wheel", "rain"}) {
         const QImage still(QString::fromStdString(clip(name + ".jpg")));
         ASSERT_FALSE(still.isNull());
@@ -279,7 +282,7 @@ TEST(Player, FramesLookAsTheStillsDo) {
     }
 }
 
-/// Waits until no frame is on its way any more.
+/// Waits until the paused player delivers no more frames.
 void comeToRest(QtTestWindow& window, const QtPlayer& player) {
     std::uint64_t frames = 0;
     int quiet = 0;
@@ -320,7 +323,7 @@ TEST(PlayerOnScreen, FramesAreAboveTheRowBelowWhatIsInFrontAndMoveWithIt) {
     EXPECT_EQ(window.at(10, 50), QColor(255, 255, 255));
     EXPECT_EQ(window.at(130, 75), QColor(0, 255, 0)) << "the label is in front";
 
-    // Scrolled by 40 points: the picture has moved, with the label, without being converted anew.
+    // Scrolling by 40 points moves the picture and the label without another conversion.
     comeToRest(window, *player);
     const QImage before = window.grab();
     const auto conversions = player->picture()->conversionCount();
@@ -332,7 +335,7 @@ TEST(PlayerOnScreen, FramesAreAboveTheRowBelowWhatIsInFrontAndMoveWithIt) {
     EXPECT_EQ(after.copy(0, 0, after.width(), pixels), before.copy(0, pixels, before.width(), pixels));
     EXPECT_EQ(player->picture()->conversionCount(), conversions);
 
-    // Out of sight nothing is converted, though it plays.
+    // Outside of the viewport no frame is converted, although the player plays.
     state.boundsOrigin = {0, 300};
     window.mount({Mutation::update(tags[1], std::make_shared<ViewState>(state), changedBoundsOrigin)});
     window.grab();
@@ -345,7 +348,7 @@ TEST(PlayerOnScreen, FramesAreAboveTheRowBelowWhatIsInFrontAndMoveWithIt) {
     state.boundsOrigin = {0, 0};
     window.mount({Mutation::update(tags[1], std::make_shared<ViewState>(state), changedBoundsOrigin)});
     EXPECT_TRUE(waitUntil([&] { return player->picture()->conversionCount() > hidden + 2; }))
-        << "in sight it goes on";
+        << "visible again, it shows new frames";
 }
 
 TEST(PlayerOnScreen, ComesAndGoesInTheMiddleOfARow) {

@@ -51,7 +51,7 @@ TEST(Accessibility, TellsTheViewsThatHaveARole) {
     EXPECT_FALSE(root->child(1)->state().offscreen);
     EXPECT_TRUE(root->child(2)->state().offscreen);
 
-    // A view that goes is not told any more.
+    // A view that was removed is not listed any more.
     window.mount({Mutation::remove(tags[0], tags[5], 1), Mutation::destroy(tags[5])});
     window.grab();
     EXPECT_EQ(root->childCount(), 2);

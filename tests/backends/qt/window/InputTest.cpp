@@ -11,7 +11,7 @@ namespace ostrel::test {
 
 namespace {
 
-/// Writes down what reaches it.
+/// Records the touches and presses that reach the view.
 class RecordingView final : public UIView {
 public:
     using UIView::UIView;
@@ -88,7 +88,7 @@ TEST(Input, FingersAreDirectTouchesAndNoPointerFollows) {
     for (const UITouch& touch : f.view->touches) {
         EXPECT_EQ(touch.type, UITouchType::direct);
         EXPECT_EQ(touch.identifier, f.view->touches[0].identifier);
-        EXPECT_NE(touch.identifier, 0) << "that is the pointer";
+        EXPECT_NE(touch.identifier, 0) << "the pointer's identifier";
     }
     EXPECT_EQ(f.view->touches[2].phase, UITouchPhase::ended);
     EXPECT_EQ(f.view->touches[2].location, (CGPoint{20, 50}));
@@ -106,25 +106,27 @@ TEST(Input, KeysReachTheFirstResponder) {
 }
 
 TEST(Input, KeysMeanWhatTheyMeanInQt) {
-    const std::pair<Qt::Key, UIKeyCode> keys[] = {{Qt::Key_Backtab, UIKeyCode::tab},
-                                                  {Qt::Key_Return, UIKeyCode::enter},
-                                                  {Qt::Key_Enter, UIKeyCode::enter},
-                                                  {Qt::Key_Escape, UIKeyCode::escape},
-                                                  {Qt::Key_Space, UIKeyCode::space},
-                                                  {Qt::Key_Left, UIKeyCode::left},
-                                                  {Qt::Key_Right, UIKeyCode::right},
-                                                  {Qt::Key_Up, UIKeyCode::up},
-                                                  {Qt::Key_Down, UIKeyCode::down},
-                                                  {Qt::Key_PageUp, UIKeyCode::pageUp},
-                                                  {Qt::Key_PageDown, UIKeyCode::pageDown},
-                                                  {Qt::Key_Home, UIKeyCode::home},
-                                                  {Qt::Key_End, UIKeyCode::end},
-                                                  {Qt::Key_Backspace, UIKeyCode::deleteBackward},
-                                                  {Qt::Key_Delete, UIKeyCode::deleteForward},
-                                                  {Qt::Key_Back, UIKeyCode::back},
-                                                  {Qt::Key_Menu, UIKeyCode::menu},
-                                                  {Qt::Key_F5, UIKeyCode::f5},
-                                                  {Qt::Key_Q, UIKeyCode::other}};
+    using enum UIKeyCode;
+    using namespace Qt;
+    const std::pair<Key, UIKeyCode> keys[] = {{Key_Backtab, tab},
+                                              {Key_Return, enter},
+                                              {Key_Enter, enter},
+                                              {Key_Escape, escape},
+                                              {Key_Space, space},
+                                              {Key_Left, left},
+                                              {Key_Right, right},
+                                              {Key_Up, up},
+                                              {Key_Down, down},
+                                              {Key_PageUp, pageUp},
+                                              {Key_PageDown, pageDown},
+                                              {Key_Home, home},
+                                              {Key_End, end},
+                                              {Key_Backspace, deleteBackward},
+                                              {Key_Delete, deleteForward},
+                                              {Key_Back, back},
+                                              {Key_Menu, menu},
+                                              {Key_F5, f5},
+                                              {Key_Q, other}};
     for (const auto& [key, code] : keys) {
         const QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, QStringLiteral("\u6587"), true);
         const UIPress press = toPress(event);

@@ -34,7 +34,7 @@ Data encoded(const QImage& image, const char* format) {
     return image.save(&buffer, format) ? Data::take(bytes.toStdString()) : Data();
 }
 
-/// Takes files, and pictures only where it is told so.
+/// Takes files, and pictures only when `takesPictures`.
 class Target final : public UIView, public UIDropTarget {
 public:
     using UIView::UIView;
@@ -76,7 +76,7 @@ TEST(Transfer, WhatIsDraggedReachesTheViewUnderIt) {
         target->hovers.clear();
         target->taken.clear();
         target->takesPictures = each.takesPictures;
-        // The road of the window system.
+        // The calls of the platform plugin.
         const auto actions = Qt::CopyAction | Qt::MoveAction;
         const auto drag = QWindowSystemInterface::handleDrag(
             &window.window(), &each.data, each.point * window.scale(), actions, Qt::LeftButton, {});
@@ -91,9 +91,7 @@ TEST(Transfer, WhatIsDraggedReachesTheViewUnderIt) {
         EXPECT_EQ(target->hovers.back(), false);
         EXPECT_EQ(target->place, (CGPoint{150, 50}));
     }
-    QMimeData one;
-    one.setUrls({QUrl::fromLocalFile("/tmp/a b%20\u00e9.jpg"), QUrl("https://example.org/b.jpg")});
-    EXPECT_EQ(transferItems(&one).filePaths, std::vector<std::string>{"/tmp/a b%20\u00e9.jpg"})
+    EXPECT_EQ(transferItems(&files).filePaths, std::vector<std::string>{"/tmp/a b%20\u00e9.jpg"})
         << "addresses elsewhere are no files";
 }
 
@@ -119,17 +117,15 @@ TEST(Transfer, APictureOnTheClipboardArrivesEncoded) {
     clipboard.clear();
 }
 
-TEST(Transfer, OtherFormatsAreDecoded) {
+TEST(Transfer, GifIsDecodedAndACutOneIsNot) {
     const Data gif =
         Data::copy(std::string_view("GIF89a\1\0\1\0\x80\0\0\xFF\0\0\0\0\0!\xF9\4\0\0\0\0\0,\0\0\0\0\1\0\1\0\0"
                                     "\2\2D\1\0;",
                                     43));
-    for (const Data& data : {encoded(picture(QColor(250, 10, 10)), "webp"), gif}) {
-        const auto small = squareThumbnail(data, 20);
-        ASSERT_TRUE(small);
-        EXPECT_GT(small->row(0)[0], 230);
-        EXPECT_LT(small->row(0)[1], 40);
-    }
+    const auto small = squareThumbnail(gif, 20);
+    ASSERT_TRUE(small);
+    EXPECT_GT(small->row(0)[0], 230);
+    EXPECT_LT(small->row(0)[1], 40);
     EXPECT_FALSE(squareThumbnail(gif.slice(0, 20), 20));
 }
 
