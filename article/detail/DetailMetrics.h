@@ -14,6 +14,12 @@ namespace ostrel {
 /// The margin between a picture or a video and the edges of its row, points.
 inline constexpr float detailSpace = 5.0f;
 
+/// The radius of the corners of pictures and videos, points.
+inline constexpr CGFloat pictureRadius = 6;
+
+/// The space below the text of a row, points.
+inline constexpr CGFloat roomBelowText = 5;
+
 /// The largest height at which a picture is shown, points; a higher picture is fitted into it. Records may
 /// state any size, and nobody scrolls through a row that is millions of points high. A picture 16 times as
 /// high as wide still has the full width of a window of 1,024 points.

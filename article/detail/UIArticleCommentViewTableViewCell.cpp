@@ -1,5 +1,7 @@
 #include "article/detail/UIArticleCommentViewTableViewCell.h"
 
+#include "article/detail/DetailMetrics.h"
+
 #include "article/records/ArticleNotifications.h"
 #include "article/records/NSStringForDate.h"
 #include "article/resources/ArticleBundles.h"
@@ -14,7 +16,6 @@ namespace ostrel {
 
 namespace {
 
-constexpr CGFloat roomBelow = 5;
 constexpr float smallestTextHeight = 30;
 
 }  // namespace
@@ -51,7 +52,7 @@ void UIArticleCommentViewTableViewCell::initialise() {
     textLabel_->setSelectable(true);
     textLabel_->setAutoresizingMask(flexibleWidth);
     addSubview(textLabel_);
-    addConstraint({.toItem = textLabel_, .constant = textLabel_->frame().minY() + roomBelow});
+    addConstraint({.toItem = textLabel_, .constant = textLabel_->frame().minY() + roomBelowText});
 
     timeLabel_ = make<UILabel>(CGRect(0, 0, 150, 18));
     timeLabel_->setTextAlignment(NSTextAlignment::left);

@@ -19,7 +19,7 @@ namespace ostrel {
 
 namespace {
 
-constexpr CGFloat pictureRadius = 6, symbolRadius = 4;
+constexpr CGFloat symbolRadius = 4;
 /// How often the time beside the video is brought up to date: 0.2 in single precision, seconds.
 constexpr double playingInterval = 0.2f;
 /// How the addresses of servers in the local network begin.

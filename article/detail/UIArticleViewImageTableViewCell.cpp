@@ -12,12 +12,6 @@
 
 namespace ostrel {
 
-namespace {
-
-constexpr CGFloat pictureRadius = 6;
-
-}  // namespace
-
 UIArticleViewImageTableViewCell::UIArticleViewImageTableViewCell(UITableViewCellStyle style,
                                                                  std::string reuseIdentifier)
     : UITableViewCell(style, std::move(reuseIdentifier)),

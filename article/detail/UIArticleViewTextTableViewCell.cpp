@@ -1,5 +1,7 @@
 #include "article/detail/UIArticleViewTextTableViewCell.h"
 
+#include "article/detail/DetailMetrics.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -8,7 +10,6 @@ namespace ostrel {
 namespace {
 
 constexpr CGFloat firstHeight = 20;
-constexpr CGFloat roomBelow = 5;
 constexpr CGFloat lineMargin = 8;
 /// The text container leaves this room above the text, and the content inset moves the text up by the same
 /// amount.
@@ -42,7 +43,7 @@ void UIArticleViewTextTableViewCell::initialise() {
     textTextView_->setTextContainerInset({textLift, 0, 0, 0});
     textTextView_->setContentInset({-textLift, 0, 0, 0});
     addSubview(textTextView_);
-    addConstraint({.toItem = textTextView_, .constant = textTextView_->frame().minY() + roomBelow});
+    addConstraint({.toItem = textTextView_, .constant = textTextView_->frame().minY() + roomBelowText});
 }
 
 void UIArticleViewTextTableViewCell::setText(std::string text) {

@@ -14,7 +14,7 @@ constexpr int greatestReduction = 8;
 constexpr double leastSigma = 2;
 
 /// One pass along a line of `count` pixels that are `step` bytes apart.
-void boxBlur(uchar* line, int count, qsizetype step, int radius, std::vector<uchar>& copy) {
+void blurPixelLine(uchar* line, int count, qsizetype step, int radius, std::vector<uchar>& copy) {
     for (int i = 0; i < count; ++i) {
         std::copy_n(line + i * step, 4, copy.begin() + static_cast<std::ptrdiff_t>(i) * 4);
     }
@@ -50,8 +50,10 @@ QImage blurredBackdrop(const QImage& image, double sigma) {
         const auto radius = static_cast<int>(std::lround((std::sqrt(1 + 12 * variance / passes) - 1) / 2));
         if (radius < 1) continue;
         variance = std::max(0.0, variance - radius * (radius + 1) / 3.0);
-        for (int y = 0; y < size.height(); ++y) boxBlur(bits + y * stride, size.width(), 4, radius, copy);
-        for (int x = 0; x < size.width(); ++x) boxBlur(bits + x * 4, size.height(), stride, radius, copy);
+        for (int y = 0; y < size.height(); ++y)
+            blurPixelLine(bits + y * stride, size.width(), 4, radius, copy);
+        for (int x = 0; x < size.width(); ++x)
+            blurPixelLine(bits + x * 4, size.height(), stride, radius, copy);
     }
     return small;
 }

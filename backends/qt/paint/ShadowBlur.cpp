@@ -9,7 +9,7 @@ namespace ostrel {
 namespace {
 
 /// One pass along a line of `count` bytes that are `step` bytes apart; beyond the ends all bytes are 0.
-void boxBlur(uchar* line, int count, qsizetype step, int radius, std::vector<uchar>& copy) {
+void blurAlphaLine(uchar* line, int count, qsizetype step, int radius, std::vector<uchar>& copy) {
     for (int i = 0; i < count; ++i) copy[static_cast<std::size_t>(i)] = line[i * step];
     const int window = 2 * radius + 1;
     int sum = 0;
@@ -38,8 +38,10 @@ QImage blurredShape(const QPainterPath& shape, QSize size, double sigma, const Q
         uchar* bits = mask.bits();
         const qsizetype stride = mask.bytesPerLine();
         for (int pass = 0; pass < 3; ++pass) {
-            for (int y = 0; y < size.height(); ++y) boxBlur(bits + y * stride, size.width(), 1, radius, copy);
-            for (int x = 0; x < size.width(); ++x) boxBlur(bits + x, size.height(), stride, radius, copy);
+            for (int y = 0; y < size.height(); ++y)
+                blurAlphaLine(bits + y * stride, size.width(), 1, radius, copy);
+            for (int x = 0; x < size.width(); ++x)
+                blurAlphaLine(bits + x, size.height(), stride, radius, copy);
         }
     }
     QImage result(size, QImage::Format_ARGB32_Premultiplied);

@@ -14,9 +14,9 @@ namespace ostrel {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 
-int isTimeUp(void* end) { return Clock::now() > *static_cast<Clock::time_point*>(end); }
+int isTimeUp(void* end) { return SteadyClock::now() > *static_cast<SteadyClock::time_point*>(end); }
 
 /// `stored` is the display matrix of a track (ISO/IEC 14496-12, 8.3.2), which maps a frame to the screen.
 VideoOrientation orientationFrom(const std::int32_t* stored) {
@@ -59,8 +59,9 @@ VideoOrientation orientationOf(const AVStream& stream) {
 VideoOrientation videoOrientationOf(const std::string& url, double seconds) {
     AVFormatContext* context = avformat_alloc_context();
     if (!context) return {};
-    Clock::time_point end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                               std::chrono::duration<double>(std::max(0.0, seconds)));
+    SteadyClock::time_point end =
+        SteadyClock::now() + std::chrono::duration_cast<SteadyClock::duration>(
+                                 std::chrono::duration<double>(std::max(0.0, seconds)));
     context->interrupt_callback = {isTimeUp, &end};
     // The call frees the context when it fails.
     if (avformat_open_input(&context, url.c_str(), nullptr, nullptr) < 0) return {};

@@ -19,7 +19,7 @@ namespace ostrel {
 
 namespace {
 
-double now() { return Clock::shared().monotonicSeconds(); }
+double inputTime() { return Clock::shared().monotonicSeconds(); }
 
 CGPoint toPoint(QPointF point) { return {point.x(), point.y()}; }
 
@@ -48,7 +48,7 @@ bool isModifier(int key) {
 void QtWindowView::sendPointer(UITouchPhase phase, QPointF point) {
     pointer_.phase = phase;
     pointer_.location = toPoint(point);
-    pointer_.timestamp = now();
+    pointer_.timestamp = inputTime();
     window_->sendTouch(pointer_);
 }
 
@@ -64,7 +64,7 @@ void QtWindowView::mousePressEvent(QMouseEvent* event) {
     pointer_.type = UITouchType::pointer;
     pointer_.button = event->button() == Qt::RightButton ? UIButtonMask::secondary : UIButtonMask::primary;
     pointer_.startLocation = toPoint(event->position());
-    pointer_.startTimestamp = now();
+    pointer_.startTimestamp = inputTime();
     pointer_.tapCount = taps_.press(event->position(), pointer_.startTimestamp, event->button());
     pointerDown_ = true;
     lastPress_ = event->position();
@@ -81,7 +81,7 @@ void QtWindowView::mouseReleaseEvent(QMouseEvent* event) {
         pointer_.button == UIButtonMask::secondary ? Qt::RightButton : Qt::LeftButton;
     if (!window_ || !pointerDown_ || event->button() != button) return;
     pointerDown_ = false;
-    lastPressTime_ = now();
+    lastPressTime_ = inputTime();
     sendPointer(UITouchPhase::ended, event->position());
     updateCursor(event->position());
 }
@@ -107,7 +107,7 @@ void QtWindowView::touchEvent(QTouchEvent* event) {
         cancelFingers();
         return;
     }
-    const double time = now();
+    const double time = inputTime();
     for (const QEventPoint& point : event->points()) {
         // Fingers have identifiers from 1; the pointer has 0.
         const std::int64_t identifier = std::int64_t(point.id()) + 1;
@@ -148,7 +148,7 @@ void QtWindowView::cancelFingers() {
     if (!window_) return;
     for (UITouch& touch : std::exchange(fingers_, {})) {
         touch.phase = UITouchPhase::cancelled;
-        touch.timestamp = now();
+        touch.timestamp = inputTime();
         window_->sendTouch(touch);
     }
 }
@@ -161,7 +161,7 @@ void QtWindowView::wheelEvent(QWheelEvent* event) {
     event->accept();
     UIScrollEvent scroll = toScrollEvent(*event);
     if (scroll.dx == 0 && scroll.dy == 0) return;
-    scroll.timestamp = now();
+    scroll.timestamp = inputTime();
     window_->sendScroll(scroll);
 }
 
@@ -209,7 +209,7 @@ void QtWindowView::keyPressEvent(QKeyEvent* event) {
 
 bool QtWindowView::sendKey(const QKeyEvent& event) {
     UIPress press = toPress(event);
-    press.timestamp = now();
+    press.timestamp = inputTime();
     return window_->sendKey(press);
 }
 
