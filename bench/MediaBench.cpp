@@ -117,7 +117,7 @@ std::vector<BenchResult> detail(const BenchSettings&) {
                      .peer = 16,
                      .goal = 1,
                      .unit = "ms",
-                     .note = "the longest turn of the main loop meanwhile (processor time), beside 16 ms"};
+                     .note = "the longest turn of the main loop in that time (processor time), beside 16 ms"};
     for (BenchResult* result : {&memory, &turn}) {
         if (result->ours < 0) result->fault = "the article could not be shown";
     }

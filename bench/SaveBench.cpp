@@ -129,7 +129,7 @@ std::vector<BenchResult> savePictures(const BenchSettings& settings) {
              .peer = longestTurn * 1000,
              .goal = 1,
              .unit = "ms",
-             .note = "the longest turn of the main loop meanwhile (processor time), beside 16 ms",
+             .note = "the longest turn of the main loop in that time (processor time), beside 16 ms",
              .fault = turn ? "" : "the article could not be saved"}};
 }
 

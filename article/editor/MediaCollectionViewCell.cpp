@@ -14,7 +14,7 @@ namespace ostrel {
 namespace {
 
 constexpr CGFloat pictureSide = 167;
-constexpr CGFloat pictureRadius = 5;
+constexpr CGFloat tilePictureRadius = 5;
 constexpr CGFloat removeSide = 30;
 constexpr char shakeKey[] = "shake";
 /// UTF-16 units of a caption that are part of the tile's name for screen readers; the caption's editor has the whole text.
@@ -31,7 +31,7 @@ void MediaCollectionViewCell::initialise() {
     img_ = make<UIImageView>(CGRect(0, 0, pictureSide, pictureSide));
     img_->setContentMode(UIViewContentMode::scaleAspectFill);
     img_->setClipsToBounds(true);
-    img_->setCornerRadius(pictureRadius);
+    img_->setCornerRadius(tilePictureRadius);
     img_->setBackgroundColor({0.96f, 0.96f, 0.97f, 1});
     img_->setImage(imageInBundle(ostrelArticleBundle_, "loading"));
     contentView()->addSubview(img_);

@@ -122,14 +122,14 @@ QSize fittingSize(QSize size, QSize bounds) {
 QImage convertedFrame(const QVideoFrame& shown, QSize size, VideoOrientation orientation) {
     QVideoFrame frame = shown;
     if (!frame.isValid() || size.isEmpty() || frame.size().isEmpty()) return {};
-    const QSize lying = orientation.quarterTurns % 2 ? size.transposed() : size;
+    const QSize stored = orientation.quarterTurns % 2 ? size.transposed() : size;
     const AVPixelFormat format = formatOf(frame.pixelFormat());
     QImage picture;
     if (format == AV_PIX_FMT_NONE) {
-        picture = frame.toImage().scaled(lying, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        picture = frame.toImage().scaled(stored, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         picture.convertTo(QImage::Format_RGB32);
     } else if (frame.map(QVideoFrame::ReadOnly)) {
-        picture = paddedPicture(lying);
+        picture = paddedPicture(stored);
         const bool isDone = !picture.isNull() && scaleInto(picture, frame, format);
         frame.unmap();
         if (!isDone) return {};

@@ -16,8 +16,8 @@ TEST_F(ArticleEditTest, HostileRecordsOpenAndClose) {
     }
     for (const char* element : {"{}", "null", "7", "\"x\"", "[]", R"({"id":{},"text":[],"thumbnail":7})",
                                 R"({"text":7,"thumbnail":"\u0000"})"}) {
-        const std::string list = std::string("[") + element + "," + element + "]";
-        openExisting(R"({"id":1,"images":)" + list + R"(,"videos":)" + list + "}");
+        const std::string elements = std::string("[") + element + "," + element + "]";
+        openExisting(R"({"id":1,"images":)" + elements + R"(,"videos":)" + elements + "}");
         const bool isRecord = *element == '{';
         EXPECT_EQ(images().imagesArray()->size(), isRecord ? 2u : 0u) << element;
         EXPECT_EQ(videos().videosArray()->size(), isRecord ? 2u : 0u) << element;

@@ -161,9 +161,9 @@ TEST_F(ArticleSaveTest, AnUpdateContinuesWhateverItsRequestsAreAnswered) {
             server->answer(c.answer, c.error);
             EXPECT_EQ(*outstanding, left);
         }
-        std::string log;
-        for (const std::string& line : logged()) log += line + "|";
-        EXPECT_EQ(log, c.log);
+        std::string lines;
+        for (const std::string& line : logged()) lines += line + "|";
+        EXPECT_EQ(lines, c.log);
         EXPECT_EQ(errorFile(), c.error ? c.answer : "");
         elapse(0.5);
         server->answer(R"({"id":42,"title":"Fresh"})");
