@@ -185,8 +185,7 @@ ServerResult<std::vector<MultipartPart>> parseMultipart(std::string_view content
 
 namespace {
 
-/// Parses a position of a range. A number above 2^63 - 1, which no file reaches, becomes the largest
-/// position.
+/// Parses a position of a range. A number above 2^63 - 1 becomes a position that no file reaches.
 std::optional<std::uint64_t> rangePosition(std::string_view text) {
     if (text.empty() || text.find_first_not_of("0123456789") != std::string_view::npos) return std::nullopt;
     auto position = decimalId(text);

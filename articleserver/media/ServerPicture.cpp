@@ -116,8 +116,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::thumbnail(std::string_view
     if (!jpeg.starts_with(jpegSignature)) {
         return ServerFailure{ServerFault::unsupported, "The picture is not a JPEG file."};
     }
-    // The decoder makes at least twice the size, so that each pixel of the thumbnail is an average of
-    // several.
+    // The decoder makes at least twice the size, so that a pixel of the thumbnail averages several pixels.
     auto decoded = decodeJpeg(jpeg, {ServerLimits::pictureSide, ServerLimits::picturePixels,
                                      ServerLimits::pictureMemory, 2 * side});
     if (!decoded) return decoded.failure();
@@ -142,7 +141,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_vie
     jpeg_decompress_struct info{};
     jpeg_progress_mgr progress{};
     info.err = prepare(errors);
-    // Written between setjmp and longjmp, hence volatile (C17, 7.13.2.1).
+    // Volatile variables keep the values that are assigned between setjmp and longjmp (C17, 7.13.2.1).
     cairo_surface_t* volatile surface = nullptr;
     volatile int orientation = 1;
     if (setjmp(errors.escape) != 0) {
@@ -158,7 +157,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_vie
     jpeg_read_header(&info, TRUE);
     auto side = static_cast<JDIMENSION>(wish.maximumSide);
     const std::int64_t pixelCount = std::int64_t{info.image_width} * info.image_height;
-    // Of a picture in several scans the decoder keeps every coefficient: two bytes a sample.
+    // For a picture with several scans, the decoder keeps all coefficients in memory, two bytes for a sample.
     const std::int64_t coefficients =
         jpeg_has_multiple_scans(&info) ? pixelCount * info.num_components * 2 : 0;
     if (info.image_width > side || info.image_height > side || pixelCount > wish.maximumPixels ||

@@ -143,8 +143,7 @@ ArticleService::Routing ArticleService::routeOf(const WebRequest& request) const
     for (const Route& route : ArticleServiceRoutes::all) {
         auto variable = route.match(request.path);
         if (!variable) continue;
-        // HEAD is a safe method (RFC 9110, 9.2.1), so the routes whose GET changes something do not allow
-        // HEAD.
+        // HEAD is a safe method (RFC 9110, 9.2.1), so routes whose GET changes something refuse it.
         bool isHead =
             request.method == "HEAD" && route.method == "GET" && route.effect == Route::Effect::reads;
         if (request.method == route.method || isHead) {

@@ -19,9 +19,7 @@ protected:
         samples_.write("text.mp4", "no clip");
     }
     void write(const Json& content) { samples_.write("samples.json", content.dump()); }
-    std::string fileAt(const Json& url) {
-        return get(url.get<std::string>().substr(publicUrl_.size())).body;
-    }
+    std::string fileAt(const Json& url) { return get(url.get<std::string>().substr(publicUrl_.size())).body; }
 
     TemporaryFolder samples_;
     const std::string picture_ = ServerPicture(60, 40).jpeg(80);
@@ -56,6 +54,7 @@ TEST_F(SampleContentTest, TheFolderComesInWhollyAndOnce) {
     EXPECT_EQ(get("/account/avatar/1").header("Content-Type"), "image/jpeg");
     const Json comments = get("/article/article_2_json.html").json["comments"];
     EXPECT_EQ(comments[0]["date"], "2026-11-21T02:30:38.123Z") << "a third of the time since the article";
+    EXPECT_EQ(comments[0]["auth_name"], "Ada");
     EXPECT_EQ(comments[1]["text"], "2");
 
     const std::size_t files = mediaCount();

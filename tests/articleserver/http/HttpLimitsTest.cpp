@@ -29,12 +29,8 @@ public:
     ~RawConnection() { ::close(socket_); }
 
     bool send(std::string_view bytes) {
-        while (isOpen_ && !bytes.empty()) {
-            ssize_t count = ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-            if (count <= 0) return false;
-            bytes.remove_prefix(static_cast<std::size_t>(count));
-        }
-        return isOpen_;
+        return isOpen_ && ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
+                              static_cast<ssize_t>(bytes.size());
     }
 
     /// All bytes until the server closes; absent when it does not close within two seconds.

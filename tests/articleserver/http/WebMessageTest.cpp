@@ -102,18 +102,17 @@ TEST(ServerTextTest, InitialsOfManyScripts) {
 
 TEST(AttemptLimiterTest, WindowSlidesAndMemoryIsBounded) {
     AttemptLimiter limiter(2, 100, 3);
-    EXPECT_TRUE(limiter.take("a", 0));
-    EXPECT_TRUE(limiter.take("a", 60));
-    EXPECT_FALSE(limiter.take("a", 99));
-    EXPECT_TRUE(limiter.take("a", 100));
-    EXPECT_FALSE(limiter.take("a", 110));
-    limiter.giveBack("a");
-    EXPECT_TRUE(limiter.take("a", 110));
-    // The key whose last attempt is oldest makes room for a fourth.
-    EXPECT_TRUE(limiter.take("b", 120));
-    EXPECT_TRUE(limiter.take("c", 121));
-    EXPECT_TRUE(limiter.take("d", 122));
-    EXPECT_TRUE(limiter.take("a", 123));
+    struct Case {
+        const char* key;
+        ServerTime time;
+        bool isTaken;
+    };
+    // After "d", a fourth key, the limiter has forgotten "a", whose last attempt is the oldest.
+    for (const Case& tried : {Case{"a", 0, true}, Case{"a", 60, true}, Case{"a", 99, false},
+                              Case{"a", 100, true}, Case{"a", 110, false}, Case{"b", 120, true},
+                              Case{"c", 121, true}, Case{"d", 122, true}, Case{"a", 123, true}}) {
+        EXPECT_EQ(limiter.take(tried.key, tried.time), tried.isTaken) << tried.key << tried.time;
+    }
 }
 
 }  // namespace articleserver

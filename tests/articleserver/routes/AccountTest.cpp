@@ -22,12 +22,6 @@ protected:
 constexpr ServerTime minute = 60'000;
 constexpr ServerTime day = 24 * 60 * minute;
 
-std::string repeated(const std::string& text, int count) {
-    std::string all;
-    for (int index = 0; index < count; ++index) all += text;
-    return all;
-}
-
 }  // namespace
 
 TEST_F(AccountTest, SignUpChecksNameAndPassword) {
@@ -37,19 +31,16 @@ TEST_F(AccountTest, SignUpChecksNameAndPassword) {
         int status;
     };
     const std::string good = "12345678";
+    std::string forty;
+    for (int count = 0; count < 40; ++count) forty += "林";
     for (const Case& tried :
          {Case{"", good, 400}, Case{" \t\xE3\x80\x80", good, 400}, Case{std::string(41, 'x'), good, 400},
           Case{"a\nb", good, 400}, Case{"a\x7F", good, 400},
-          Case{"a\xE2\x80\xAE"
-               "b",
-               good, 400},  // a right-to-left override
-          Case{"a\xC2\x85"
-               "b",
-               good, 400},
-          Case{"Ada", "1234567", 400}, Case{"Ada", repeated("x", 257), 400},
-          Case{repeated("林", 40), repeated("密", 8), 200}, Case{"  Ada Fern  ", repeated("x", 256), 200},
-          Case{"ada fern", good, 409}, Case{"ＡＤＡ ＦＥＲＮ", good, 409},  // full-width letters
-          Case{"Straße", good, 200}, Case{"STRASSE", good, 409}, Case{"👩‍🌾", good, 200}}) {
+          Case{"a right-to-left override \u202E", good, 400}, Case{"a\u0085", good, 400},
+          Case{"Ada", "1234567", 400}, Case{"Ada", std::string(257, 'x'), 400},
+          Case{forty, "密密密密密密密密", 200}, Case{"  Ada Fern  ", std::string(256, 'x'), 200},
+          Case{"ada fern", good, 409}, Case{"ＡＤＡ ＦＥＲＮ", good, 409}, Case{"Straße", good, 200},
+          Case{"STRASSE", good, 409}, Case{"👩‍🌾", good, 200}}) {
         Answer answer = post("/account/sign_up", {{"name", tried.name}, {"password", tried.password}});
         EXPECT_EQ(answer.status, tried.status) << tried.name << " " << answer.body;
         EXPECT_EQ(answer.json["success"], tried.status == 200);
@@ -59,7 +50,7 @@ TEST_F(AccountTest, SignUpChecksNameAndPassword) {
             EXPECT_EQ(answer.json["error"], "The name is taken.");
         }
     }
-    EXPECT_EQ(signIn("ada FERN", repeated("x", 256)).json["user"]["name"], "Ada Fern");
+    EXPECT_EQ(signIn("ada FERN", std::string(256, 'x')).json["user"]["name"], "Ada Fern");
     EXPECT_EQ(post("/account/sign_up", {{"name", "Bo"}}).status, 400);
     EXPECT_EQ(post("/account/sign_in", {{"password", good}}).status, 400);
 }

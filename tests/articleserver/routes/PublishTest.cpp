@@ -171,6 +171,11 @@ TEST_F(PublishTest, EverythingIsRefusedThatIsNotTheAuthorsOrNotWhole) {
         {asked("/article/image_update?id=" + imageId), 400},
         {asked("/article/image_update?text=t"), 400},
         {asked("/article/remove"), 400},
+        {get("/article/remove?id=" + article, ada_, {{"Sec-Fetch-Site", "cross-site"}}).status, 403},
+        {httplib::Client("127.0.0.1", server_->port())
+             .Head("/article/remove?id=" + article, {{"Cookie", ada_}})
+             ->status,
+         405},
         {asked("/article/remove?id=99999"), 404},
         {asked("/article/video_update?id=99999&text=t"), 404},
         {asked("/article/video_update?id=" + videoId + "&value=1e3"), 400},

@@ -101,16 +101,6 @@ TEST_F(ArticleStoreTest, AFailedOperationChangesNothing) {
     EXPECT_TRUE(addArticle(ada));
 }
 
-TEST_F(ArticleStoreTest, NamesAreUniqueWhateverTheirCase) {
-    addUser("Ada Fern");
-    EXPECT_EQ(store_->addUser({0, "ADA FERN", "", ""}, 0).failure().fault, ServerFault::conflict);
-    EXPECT_EQ((*store_->userNamed("aDa fErN"))->name, "Ada Fern");
-    EXPECT_FALSE(*store_->userNamed("Ada"));
-    EXPECT_EQ(store_->setAvatar(99, "x").failure().fault, ServerFault::notFound);
-    EXPECT_EQ(*store_->setAvatar(1, "first"), "");
-    EXPECT_EQ(*store_->setAvatar(1, "second"), "first");
-}
-
 TEST_F(ArticleStoreTest, SessionsOfAUserAreBounded) {
     std::int64_t ada = addUser("Ada");
     std::int64_t bo = addUser("Bo");
@@ -150,27 +140,6 @@ TEST_F(ArticleStoreTest, WritersAndReadersAtOnceLoseNothing) {
     EXPECT_EQ(faults, 0);
     EXPECT_EQ(number("SELECT COUNT(*) FROM articles"), 100);
     EXPECT_GE(number("SELECT COUNT(*) FROM likes"), 96);
-}
-
-TEST_F(ArticleStoreTest, ImportIsForEmptyStoresAndAllOrNothing) {
-    ImportedContent content;
-    content.users = {{0, "Ada", "", ""}, {0, "ada", "", ""}};
-    EXPECT_EQ(store_->importInto(content).failure().fault, ServerFault::conflict);
-    EXPECT_TRUE(*store_->isEmpty());
-
-    content.users[1].name = "Bo";
-    ImportedArticle imported;
-    imported.article.authorId = 1;
-    imported.comments = {{0, 0, "", 7, "hello"}};
-    imported.likers = {"x", "y"};
-    content.articles = {imported};
-    ASSERT_TRUE(store_->importInto(content));
-    auto article = store_->article(1);
-    EXPECT_EQ((*article)->authorName, "Bo");
-    EXPECT_EQ((*article)->likes, 2);
-    EXPECT_EQ(store_->comments({1, std::nullopt, 10, 1000})->comments.at(0).authorName, "Ada");
-    EXPECT_EQ(store_->importInto(content).failure().fault, ServerFault::conflict);
-    EXPECT_EQ(number("SELECT COUNT(*) FROM articles"), 1);
 }
 
 TEST_F(ArticleStoreTest, CommentPagesEndAtTheirCountOrSize) {
