@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t descriptionCharacters = 160;
 
-/// The text as HTML: an empty line ends a paragraph, other lines get a line break. CRLF, CR and LF end a line.
+/// The text as HTML. An empty line ends a paragraph, other lines get a break; CRLF, CR or LF ends a line.
 std::string paragraphs(std::string_view text) {
     std::string html;
     std::string paragraph;

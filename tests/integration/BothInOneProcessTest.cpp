@@ -7,8 +7,8 @@
 
 namespace ostrel {
 
-/// A program may link the server framework and the article server. Names that both define would make one of them run the
-/// other's code.
+/// A program may link the server framework and the article server. If both defined a name in one namespace, one of
+/// them would run the code of the other.
 TEST(BothInOneProcessTest, TheFrameworkTalksToAServerOfItsOwnProcess) {
     const TemporaryFolder folder;
     articleserver::ArticleServerOptions options;
