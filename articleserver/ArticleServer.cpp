@@ -21,7 +21,7 @@ namespace {
 
 ServerFailure startFailure(std::string text) { return {ServerFault::internal, std::move(text)}; }
 
-/// Holds the data folder's lock file. The lock goes with the process, however it ends.
+/// Holds the lock on the data folder. The system releases the lock when the process ends, even by a crash.
 class FolderLock final {
 public:
     FolderLock() = default;
@@ -31,7 +31,7 @@ public:
         if (descriptor_ >= 0) ::close(descriptor_);
     }
 
-    ServerResult<ServerDone> take(const std::filesystem::path& folder) {
+    ServerResult<void> take(const std::filesystem::path& folder) {
         const std::string path = folder / "lock";
         descriptor_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
         if (descriptor_ < 0) {
@@ -41,14 +41,14 @@ public:
         if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
             return startFailure("Another server is using the data folder " + folder.string() + ".");
         }
-        return ServerDone{};
+        return {};
     }
 
 private:
     int descriptor_ = -1;
 };
 
-/// The public address without its last slash, or absent when it is none.
+/// The public address without a slash at its end; absent when the text is not such an address.
 std::optional<std::string> publicUrlOf(std::string text) {
     if (text.ends_with('/')) text.pop_back();
     std::string_view rest = text;
@@ -64,7 +64,8 @@ std::optional<std::string> publicUrlOf(std::string text) {
 
 }  // namespace
 
-// In the order of dependence: the server stops before what it uses goes.
+// Each member uses only members above it, so that the destructor stops the server before it destroys the
+// rest.
 struct ArticleServer::Parts {
     FolderLock lock;
     std::unique_ptr<SqliteArticleStore> store;
@@ -112,7 +113,7 @@ ServerResult<std::unique_ptr<ArticleServer>> ArticleServer::start(const ArticleS
     if (!prepared) return prepared.failure();
 
     if (options.sampleFolder) {
-        auto accounts = bringInSamples(*options.sampleFolder, *parts->store, *parts->media, options.now());
+        auto accounts = importSamples(*options.sampleFolder, *parts->store, *parts->media, options.now());
         if (!accounts) return accounts.failure();
         parts->sampleAccounts = std::move(*accounts);
     }

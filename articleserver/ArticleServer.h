@@ -14,46 +14,47 @@
 namespace articleserver {
 
 struct ArticleServerOptions {
-    /// Created when missing. One server at a time uses it.
+    /// Created when it does not exist. One server at a time can use a folder.
     std::filesystem::path dataFolder;
     std::string host = "127.0.0.1";
-    /// 0: one that the system chooses.
+    /// 0: the system chooses a port.
     int port = 0;
-    /// "https://example.org": what stands in front of article and media addresses when the server is reached
-    /// through another name than clients' Host headers say. Empty: the Host header.
+    /// Scheme and host in front of the addresses of articles and media, such as "https://example.org", for a
+    /// server behind a proxy. Empty: the addresses have the Host header of the request.
     std::string publicUrl;
-    /// What an empty database is filled with, as samples/README.md describes it; absent: nothing.
+    /// The folder of samples that fills an empty database, described by samples/README.md. Absent: the
+    /// database stays empty.
     std::optional<std::filesystem::path> sampleFolder;
     std::function<ServerTime()> now = systemTime;
 };
 
-/// An account of the sample content that one can sign in with.
+/// An account of the sample content, with the password for signing in.
 struct SampleAccount {
     std::string name;
     std::string password;
 };
 
-/// The article web server: HTTP routes over an SQLite file and a folder of media files. Runs on threads of
-/// its own from start() until stop() or destruction. Owned by whoever started it; start, stop and
-/// destruction on one thread.
+/// The article web server: HTTP routes over an SQLite file and a folder of media files. It runs on its own
+/// threads from start() until stop() or its destruction. The owner calls start, stop and the destructor on
+/// one thread.
 class ArticleServer final {
 public:
-    /// Serves when it returns. A failure's text is one sentence for the person who started it: the folder
-    /// cannot be used or is in use, the port is taken, an option makes no sense.
+    /// Returns a server that serves. The text of a failure is one sentence for the person who starts the
+    /// server: the folder cannot be used or is in use, the port is taken, an option is not valid.
     static ServerResult<std::unique_ptr<ArticleServer>> start(const ArticleServerOptions& options);
     ArticleServer(const ArticleServer&) = delete;
     ArticleServer& operator=(const ArticleServer&) = delete;
     ~ArticleServer();
 
     int port() const;
-    /// "http://127.0.0.1:PORT", without a slash at its end.
+    /// Such as "http://127.0.0.1:8080", without a slash at its end.
     const std::string& url() const;
-    /// Those sample accounts that this database has, each with a password that opens it.
+    /// The sample accounts with which users can sign in: the database has them, with these passwords.
     const std::vector<SampleAccount>& sampleAccounts() const;
-    /// For reading and, in tests, for adding what no request adds. Safe beside requests.
+    /// The store of the running server. Any thread may use it while the server serves.
     ArticleStore& store();
 
-    /// Refuses new connections, ends the open ones and waits for their threads. May be called twice.
+    /// Refuses new connections, ends the open ones and waits for their threads. A second call does nothing.
     void stop();
 
 private:

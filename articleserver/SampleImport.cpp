@@ -1,7 +1,7 @@
 #include "articleserver/SampleImport.h"
 
 #include "articleserver/common/ServerLimits.h"
-#include "articleserver/routes/MediaDoor.h"
+#include "articleserver/media/MediaIngest.h"
 #include "articleserver/routes/PasswordHasher.h"
 #include "articleserver/SampleReader.h"
 
@@ -25,10 +25,11 @@ constexpr std::size_t block = 256 * 1024;
 
 ServerFailure importFailure(std::string text) { return {ServerFault::badInput, std::move(text)}; }
 
-using Task = std::function<ServerResult<ServerDone>()>;
+using Task = std::function<ServerResult<void>()>;
 
-/// Runs the tasks on as many threads as pictures may be decoded at once; a failure of one keeps the next from starting.
-ServerResult<ServerDone> runAll(const std::vector<Task>& tasks) {
+/// Runs the tasks on up to ServerLimits::picturesAtOnce threads. After the first failure no further task
+/// starts.
+ServerResult<void> runAll(const std::vector<Task>& tasks) {
     std::atomic<std::size_t> next = 0;
     std::atomic<bool> hasFailed = false;
     std::mutex mutex;
@@ -43,57 +44,59 @@ ServerResult<ServerDone> runAll(const std::vector<Task>& tasks) {
     };
     const unsigned count =
         std::min<unsigned>(std::thread::hardware_concurrency(), ServerLimits::picturesAtOnce);
-    std::vector<std::jthread> helpers;
-    for (unsigned helper = 1; helper < count; ++helper) helpers.emplace_back(work);
-    work();
-    helpers.clear();
+    {
+        std::vector<std::jthread> others;
+        for (unsigned other = 1; other < count; ++other) others.emplace_back(work);
+        work();
+    }
     if (failure) return *failure;
-    return ServerDone{};
+    return {};
 }
 
-/// Brings the media in. Those that came go again with this object, unless the store took the content. Any thread.
+/// Copies the media of a sample folder into the media folder. The destructor removes them again, unless
+/// keep() was called after the store had taken their records. Any thread may add media.
 class MediaImport final {
 public:
     MediaImport(std::filesystem::path folder, MediaFolder& media)
-        : folder_(std::move(folder)), media_(media), door_(media) {}
+        : folder_(std::move(folder)), media_(media), ingest_(media) {}
     MediaImport(const MediaImport&) = delete;
     MediaImport& operator=(const MediaImport&) = delete;
     ~MediaImport() { media_.remove(taken_); }
 
     void keep() { taken_.clear(); }
 
-    ServerResult<ServerDone> takePortrait(const std::string& name, StoredUser& user) {
+    ServerResult<void> takePortrait(const std::string& name, StoredUser& user) {
         auto file = read(name, "jpg", ServerLimits::avatarFile);
         if (!file) return file.failure();
-        auto avatar = door_.takeAvatar((*file)->bytes());
+        auto avatar = ingest_.addAvatar((*file)->bytes());
         if (!avatar) return refused(name, avatar.failure());
         user.avatar = *avatar;
         note({*avatar});
-        return ServerDone{};
+        return {};
     }
 
-    ServerResult<ServerDone> takeImage(const SampleMedium& medium, StoredImage& image) {
+    ServerResult<void> addImage(const SampleMedium& medium, StoredImage& image) {
         auto file = read(medium.file, "jpg", ServerLimits::imageFile);
         if (!file) return file.failure();
-        auto taken = door_.takeImage(**file);
+        auto taken = ingest_.addImage(**file);
         if (!taken) return refused(medium.file, taken.failure());
         image = *taken;
         image.text = medium.caption;
         note({image.file, image.thumbnail});
-        return ServerDone{};
+        return {};
     }
 
-    ServerResult<ServerDone> takeVideo(const SampleMedium& medium, StoredVideo& video) {
+    ServerResult<void> addVideo(const SampleMedium& medium, StoredVideo& video) {
         auto clip = read(medium.file, "mp4", ServerLimits::videoFile);
         if (!clip) return clip.failure();
         auto still = read(medium.still, "jpg", ServerLimits::stillFile);
         if (!still) return still.failure();
-        auto taken = door_.takeVideo(**clip, **still);
+        auto taken = ingest_.addVideo(**clip, **still);
         if (!taken) return refused(medium.file + " with its still " + medium.still, taken.failure());
         video = *taken;
         video.text = medium.caption;
         note({video.file, video.thumbnail});
-        return ServerDone{};
+        return {};
     }
 
 private:
@@ -107,7 +110,7 @@ private:
                              " was refused: " + failure.text);
     }
 
-    /// A file of the folder on its way into the media folder.
+    /// Copies a file of the sample folder into a new file of the media folder.
     ServerResult<std::unique_ptr<IncomingFile>> read(const std::string& name, std::string_view extension,
                                                      std::uint64_t maximum) {
         const std::filesystem::path path = folder_ / name;
@@ -116,7 +119,7 @@ private:
         auto file = media_.receive(extension);
         if (!file) return file.failure();
         std::string bytes(block, '\0');
-        // A folder can be opened, but not read.
+        // A folder opens without an error; only reading it fails.
         while (stream) {
             stream.read(bytes.data(), static_cast<std::streamsize>(block));
             auto count = static_cast<std::size_t>(stream.gcount());
@@ -133,13 +136,14 @@ private:
 
     const std::filesystem::path folder_;
     MediaFolder& media_;
-    MediaDoor door_;
+    MediaIngest ingest_;
     std::mutex mutex_;
-    std::vector<std::string> taken_;  ///< guarded by mutex_ while tasks run
+    /// The names of the added media, guarded by mutex_ while tasks run.
+    std::vector<std::string> taken_;
 };
 
-ServerResult<ServerDone> fill(const SampleContent& content, const std::filesystem::path& folder,
-                              ArticleStore& store, MediaFolder& media, ServerTime now) {
+ServerResult<void> fill(const SampleContent& content, const std::filesystem::path& folder,
+                        ArticleStore& store, MediaFolder& media, PasswordHasher& hasher, ServerTime now) {
     ImportedContent imported;
     imported.date = now;
     imported.notifications = content.notifications;
@@ -147,18 +151,17 @@ ServerResult<ServerDone> fill(const SampleContent& content, const std::filesyste
     imported.users.resize(content.people.size());
 
     MediaImport files(folder, media);
-    PasswordHasher hasher;
     std::vector<Task> tasks;
     for (std::size_t index = 0; index < content.people.size(); ++index) {
         const SamplePerson& person = content.people[index];
         StoredUser& user = imported.users[index];
         user.name = person.name;
         if (!person.password.empty()) {
-            tasks.push_back([&]() -> ServerResult<ServerDone> {
+            tasks.push_back([&]() -> ServerResult<void> {
                 auto hash = hasher.hash(person.password);
                 if (!hash) return hash.failure();
                 user.passwordHash = *hash;
-                return ServerDone{};
+                return {};
             });
         }
         if (!person.portrait.empty()) {
@@ -171,10 +174,10 @@ ServerResult<ServerDone> fill(const SampleContent& content, const std::filesyste
         stored.images.resize(article.images.size());
         stored.videos.resize(article.videos.size());
         for (std::size_t at = 0; at < article.images.size(); ++at) {
-            tasks.push_back([&, at] { return files.takeImage(article.images[at], stored.images[at]); });
+            tasks.push_back([&, at] { return files.addImage(article.images[at], stored.images[at]); });
         }
         for (std::size_t at = 0; at < article.videos.size(); ++at) {
-            tasks.push_back([&, at] { return files.takeVideo(article.videos[at], stored.videos[at]); });
+            tasks.push_back([&, at] { return files.addVideo(article.videos[at], stored.videos[at]); });
         }
     }
     auto done = runAll(tasks);
@@ -187,35 +190,56 @@ ServerResult<ServerDone> fill(const SampleContent& content, const std::filesyste
     return stored;
 }
 
-}  // namespace
-
-ServerResult<std::vector<SampleAccount>> bringInSamples(const std::filesystem::path& folder,
-                                                        ArticleStore& store, MediaFolder& media,
-                                                        ServerTime now) {
-    auto content = readSamples(folder, now);
-    if (!content) return content.failure();
-    auto isEmpty = store.isEmpty();
-    if (!isEmpty) return isEmpty.failure();
-    if (*isEmpty) {
-        auto filled = fill(*content, folder, store, media, now);
-        if (!filled) return filled.failure();
-    }
-
-    std::vector<SampleAccount> accounts;
-    PasswordHasher hasher;
-    for (const SamplePerson& person : content->people) {
+/// Finds out which of the people have accounts in the store that their passwords open.
+ServerResult<std::vector<SampleAccount>> accountsIn(const ArticleStore& store, const SampleContent& content,
+                                                    PasswordHasher& hasher) {
+    // Not vector<bool>, whose elements cannot be written by several threads.
+    std::vector<char> isOpen(content.people.size(), 0);
+    std::vector<Task> tasks;
+    for (std::size_t index = 0; index < content.people.size(); ++index) {
+        const SamplePerson& person = content.people[index];
         if (person.password.empty()) continue;
-        // A store that was just filled has them all; any other may know the name with another password.
-        bool isOpen = *isEmpty;
-        if (!isOpen) {
+        tasks.push_back([&, index]() -> ServerResult<void> {
             auto user = store.userNamed(person.name);
             if (!user) return user.failure();
-            auto matches =
-                *user ? hasher.matches((*user)->passwordHash, person.password) : ServerResult(false);
+            if (!*user) return {};
+            auto matches = hasher.matches((*user)->passwordHash, person.password);
             if (!matches) return matches.failure();
-            isOpen = *matches;
-        }
-        if (isOpen) accounts.push_back({person.name, person.password});
+            isOpen[index] = *matches;
+            return {};
+        });
+    }
+    auto done = runAll(tasks);
+    if (!done) return done.failure();
+    std::vector<SampleAccount> accounts;
+    for (std::size_t index = 0; index < isOpen.size(); ++index) {
+        if (isOpen[index]) accounts.push_back({content.people[index].name, content.people[index].password});
+    }
+    return accounts;
+}
+
+}  // namespace
+
+ServerResult<std::vector<SampleAccount>> importSamples(const std::filesystem::path& folder,
+                                                       ArticleStore& store, MediaFolder& media,
+                                                       ServerTime now) {
+    auto isEmpty = store.isEmpty();
+    if (!isEmpty) return isEmpty.failure();
+    auto content = readSamples(folder, now);
+    PasswordHasher hasher;
+    if (!*isEmpty) {
+        if (content) return accountsIn(store, *content, hasher);
+        // The articles are in the database, so a folder that has been moved or edited must not stop the
+        // server.
+        logServerError("the sample accounts are not shown. " + content.failure().text);
+        return std::vector<SampleAccount>();
+    }
+    if (!content) return content.failure();
+    auto filled = fill(*content, folder, store, media, hasher, now);
+    if (!filled) return filled.failure();
+    std::vector<SampleAccount> accounts;
+    for (const SamplePerson& person : content->people) {
+        if (!person.password.empty()) accounts.push_back({person.name, person.password});
     }
     return accounts;
 }

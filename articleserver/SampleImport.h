@@ -11,12 +11,15 @@
 
 namespace articleserver {
 
-/// Fills an empty store with the people, articles and messages of a sample folder (samples/README.md describes one), all or
-/// nothing; leaves any other store as it is. Media pass the door that uploads pass. Answers the accounts of the folder that
-/// the store has and that their passwords open. Dates are counted back from `now`. A failure's text is one sentence for the
-/// person who starts the server. Before the server serves.
-ServerResult<std::vector<SampleAccount>> bringInSamples(const std::filesystem::path& folder,
-                                                        ArticleStore& store, MediaFolder& media,
-                                                        ServerTime now);
+/// Fills an empty store with the people, articles and messages of a sample folder, which samples/README.md
+/// describes: with all of them or, after a failure, with none. Leaves any other store as it is; a folder that
+/// cannot be read is then no failure, but a line in the log. Media pass the same checks as uploads. Dates are
+/// counted back from `now`.
+///
+/// Returns the accounts of the folder that the store has and that have the password of the folder. The text
+/// of a failure is one sentence for the person who starts the server. Called before the server serves.
+ServerResult<std::vector<SampleAccount>> importSamples(const std::filesystem::path& folder,
+                                                       ArticleStore& store, MediaFolder& media,
+                                                       ServerTime now);
 
 }  // namespace articleserver

@@ -19,7 +19,8 @@ namespace {
 using Json = nlohmann::json;
 
 constexpr ServerTime minute = 60'000;
-constexpr std::int64_t longestAge = 100 * 366 * 24 * 60;  // minutes
+/// A hundred years in minutes.
+constexpr std::int64_t longestAge = 100 * 366 * 24 * 60;
 constexpr std::int64_t mostLikes = 100'000;
 
 std::string inQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
@@ -28,7 +29,7 @@ ServerFailure wrong(const std::filesystem::path& file, const std::string& how) {
     return {ServerFault::badInput, "The sample file " + file.string() + " is " + how + "."};
 }
 
-/// Reads samples.json. The first thing that is wrong is kept as a sentence, and what is read after it does not count.
+/// Reads samples.json. After the first fault it reads on without effect; read() reports only the first fault.
 class ContentReader final {
 public:
     ContentReader(std::filesystem::path file, ServerTime now) : file_(std::move(file)), now_(now) {}
@@ -60,7 +61,7 @@ private:
         if (fault_.empty()) fault_ = std::move(fault);
     }
 
-    /// An object with no other keys than these.
+    /// Checks that the value is an object and has no keys but these.
     void check(const Json& value, std::initializer_list<std::string_view> keys) {
         if (!value.is_object()) return fail(where_ + " is not an object");
         for (const auto& item : value.items()) {
@@ -69,7 +70,7 @@ private:
         }
     }
 
-    /// Calls `take` for every element of a list, counted from 1 in what failures say. An absent list is empty.
+    /// Calls `take` for every element of a list. Faults count the elements from 1. An absent list is empty.
     template <typename Take>
     void each(const Json& object, const char* key, const std::string& name, Take take) {
         const Json* list = find(object, key);
@@ -92,7 +93,7 @@ private:
         return found == object.end() ? nullptr : &*found;
     }
 
-    /// A text of at most so many bytes, which an upload's text may have.
+    /// A text of at most `maximum` bytes. The limits are those of uploads.
     std::string text(const Json& object, const char* key, std::size_t maximum = ServerLimits::textBytes) {
         const Json* value = find(object, key);
         if (!value || !value->is_string()) {
@@ -122,7 +123,7 @@ private:
         return value && value->is_boolean() ? value->get<bool>() : otherwise;
     }
 
-    /// The person of this name, as an index.
+    /// The index of the person who has this name.
     std::int64_t person(const Json& object, const char* key) {
         const std::string name = text(object, key);
         const auto found = std::find(names_.begin(), names_.end(), name);
@@ -148,7 +149,7 @@ private:
         return {text(json, "file"), isVideo ? text(json, "thumbnail") : "", textIfAny(json, "text")};
     }
 
-    /// The lines of a text.
+    /// The list of lines as one text.
     std::string lines(const Json& object, const char* key) {
         const Json* value = find(object, key);
         if (!value || !value->is_array()) {
@@ -189,7 +190,7 @@ private:
             made.imported.comments.push_back(
                 {0, person(comment, "author"), "", 0, text(comment, "text", ServerLimits::commentForm)});
         });
-        // Comments came one after the other since the article did.
+        // The dates of the comments divide the time since the article's date into equal parts.
         const auto parts = static_cast<ServerTime>(made.imported.comments.size()) + 1;
         ServerTime date = article.modified;
         for (StoredComment& comment : made.imported.comments) comment.date = date += age / parts;
@@ -211,7 +212,8 @@ private:
     const std::filesystem::path file_;
     const ServerTime now_;
     std::vector<std::string> names_;
-    std::string where_;  ///< what is being read, for the sentence of a failure
+    /// The place that is being read, for the sentence of a fault.
+    std::string where_;
     std::string fault_;
 };
 

@@ -12,19 +12,19 @@ namespace articleserver {
 
 struct SamplePerson {
     std::string name;
-    std::string password;  ///< empty: nobody signs in as this person
-    std::string portrait;  ///< a file of the folder; empty: none
+    std::string password;  ///< empty: nobody can sign in as this person
+    std::string portrait;  ///< a file of the folder; empty: the person has none
 };
 
-/// A medium to be brought in: files of the folder.
+/// A picture or a video; the files are files of the folder.
 struct SampleMedium {
     std::string file;
-    std::string still;  ///< of a video
+    std::string still;  ///< the still of a video; empty for a picture
     std::string caption;
 };
 
 struct SampleArticle {
-    ImportedArticle imported;  ///< without its media
+    ImportedArticle imported;  ///< has no media yet
     std::vector<SampleMedium> images;
     std::vector<SampleMedium> videos;
 };
@@ -35,11 +35,11 @@ struct SampleContent {
     std::vector<StoredNotification> notifications;  ///< oldest first
 };
 
-/// Reads the samples.json of a sample folder, which samples/README.md describes; dates are counted back from `now`. BadInput
-/// with one sentence that names the file and the place in it that is wrong.
+/// Reads the samples.json of a sample folder, which samples/README.md describes. Dates are counted back from
+/// `now`. The failure is `badInput`, with one sentence that names the file and the faulty place in it.
 ServerResult<SampleContent> readSamples(const std::filesystem::path& folder, ServerTime now);
 
-/// The failure of reading a file of the samples, from errno.
+/// The failure when a file of the samples cannot be read; errno says why.
 ServerFailure unreadableSample(const std::filesystem::path& file);
 
 }  // namespace articleserver

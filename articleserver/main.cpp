@@ -18,8 +18,8 @@ void waitForEnd(const sigset_t& signals, bool exitWithParent, pid_t parent) {
     for (;;) {
         timespec slice{0, parentWatchNanoseconds};
         if (sigtimedwait(&signals, nullptr, &slice) > 0) return;
-        // Not PR_SET_PDEATHSIG, which looks at the starting thread instead of its process. An orphan gets
-        // another parent.
+        // An orphan gets another parent. PR_SET_PDEATHSIG is no alternative, because it reports the end of
+        // the thread that started this process, not of the whole parent.
         if (exitWithParent && ::getppid() != parent) return;
     }
 }
@@ -56,14 +56,15 @@ int main(int argc, char** argv) {
     options.dataFolder = dataFolder;
     if (app.count("--sample") > 0) options.sampleFolder = sampleFolder;
 
-    // Blocked before any thread starts, so that every thread leaves these signals to the wait below.
+    // The signals are blocked before any thread starts, so that only waitForEnd() receives them.
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
-    // A file at its largest allowed size is a full disk like any other.
+    // A write beyond the limit for file sizes then fails like a write to a full disk and does not end the
+    // process.
     std::signal(SIGXFSZ, SIG_IGN);
 
     auto server = articleserver::ArticleServer::start(options);

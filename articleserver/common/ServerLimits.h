@@ -6,11 +6,12 @@
 
 namespace articleserver {
 
-/// Every limit of the article server, in one place; docs/protocol.md lists them for clients.
-/// Sizes are bytes unless a name says otherwise.
+/// All limits of the article server; docs/protocol.md lists them for clients. A size is in bytes unless its
+/// name says otherwise.
 struct ServerLimits final {
-    // The head of a request. httplib's own bound of a header line is 8192; ours stays below it. A caption travels in the
-    // query, three bytes for each of its own.
+    // The head of a request. httplib refuses a header line of more than 8192 bytes, so our limit is below
+    // that. The request line is long because a caption travels in the query, where a byte can take three
+    // ("%41").
     static constexpr std::size_t requestLine = 200 * 1024;
     static constexpr std::size_t requestPath = 4096;
     static constexpr std::size_t headerLine = 8000;
@@ -18,44 +19,45 @@ struct ServerLimits final {
     static constexpr std::size_t headers = 64;
     static constexpr std::size_t fields = 32;
 
-    // Bodies.
+    // The bodies of requests.
     static constexpr std::size_t accountForm = 16 * 1024;
     static constexpr std::size_t commentForm = 128 * 1024;
     static constexpr std::size_t notificationForm = 32 * 1024;
     static constexpr std::size_t avatarFile = 5 * 1024 * 1024;
     static constexpr std::size_t avatarBody = avatarFile + 64 * 1024;
-    /// A title and a text at their longest, each byte as three.
+    /// Room for the longest title and the longest text when each of their bytes takes three.
     static constexpr std::size_t articleForm = 7 * 1024 * 1024;
     static constexpr std::uint64_t imageFile = 64 * 1024 * 1024;
     static constexpr std::uint64_t stillFile = 16 * 1024 * 1024;
     static constexpr std::uint64_t videoFile = std::uint64_t{8} * 1024 * 1024 * 1024;
-    /// The fields of an upload together, and everything around its files.
+    /// The text fields of one upload together; also the allowance for everything around its files.
     static constexpr std::size_t uploadFields = 256 * 1024;
     static constexpr std::size_t multipartParts = 16;
     static constexpr std::size_t multipartHeader = 2048;
 
-    // Time. A silent connection is let go sooner while most threads are taken.
+    // Time. The server closes an idle connection earlier while connections occupy most of its threads.
     static constexpr auto headTime = std::chrono::seconds(10);
     static constexpr auto bodyTime = std::chrono::seconds(60);
     static constexpr auto stallTime = std::chrono::seconds(10);
-    /// Bytes a second that a body has to reach on the whole, beyond bodyTime.
+    /// The lowest transfer speed of a body in bytes per second: a body of n bytes may take bodyTime and
+    /// n / bodySpeed seconds.
     static constexpr std::uint64_t bodySpeed = 8 * 1024;
     static constexpr auto idleTime = std::chrono::seconds(15);
     static constexpr auto crowdedIdleTime = std::chrono::seconds(1);
 
-    // Connections. One thread serves one connection at a time.
+    // Connections. A thread serves one connection at a time.
     static constexpr int connectionThreads = 64;
     static constexpr int crowdedConnections = 48;
     static constexpr std::size_t requestsPerConnection = 1000;
     static constexpr int listenBacklog = 128;
-    /// The other threads are left to those who read.
+    /// Below connectionThreads, so that some threads always serve readers.
     static constexpr int uploadsAtOnce = 56;
 
-    /// What an upload leaves free on the disk, for the database above all.
+    /// The space on the disk that uploads must leave free. The database needs it.
     static constexpr std::uint64_t freeSpace = 16 * 1024 * 1024;
 
-    // Articles. The page of a list and the record of an article stay below the 32 MiB that clients take of an answer, JSON
-    // making six bytes of one at most.
+    // Articles. Clients read at most 32 MiB of an answer, and JSON makes at most six bytes of one. These
+    // limits keep the page of a list and the record of an article below that size.
     static constexpr std::size_t titleBytes = 1024 * 1024;
     static constexpr std::size_t textBytes = 1024 * 1024;
     static constexpr std::size_t captionBytes = 64 * 1024;
@@ -74,7 +76,7 @@ struct ServerLimits final {
     static constexpr std::size_t notificationTitleCharacters = 100;
     static constexpr std::size_t notificationCharacters = 2000;
     static constexpr int pageSize = 20;
-    /// What one answer holds of an article's comments, beside the article itself.
+    /// The comments that the answer with an article holds at most.
     static constexpr int commentsPerAnswer = 5000;
     static constexpr std::size_t commentBytesPerAnswer = 2 * 1024 * 1024;
     static constexpr int commentsPerPage = 200;
@@ -85,15 +87,16 @@ struct ServerLimits final {
     static constexpr int avatarSide = 4096;
     static constexpr int storedAvatarSide = 256;
     static constexpr int thumbnailSide = 400;
-    /// A video's still is all that is seen of it before it plays, so it has the width of a screen.
+    /// The longer side of a video's still. The still fills the screen until the video plays.
     static constexpr int stillSide = 1280;
     static constexpr int pictureSide = 32'767;
     static constexpr std::int64_t picturePixels = 100'000'000;
-    /// What the coefficients of one picture may take in memory, in bytes, while it is decoded; and how many are at once.
+    /// The memory that the coefficients of one picture may take while the server decodes it, and the number
+    /// of pictures that the server decodes at the same time.
     static constexpr std::int64_t pictureMemory = 256 * 1024 * 1024;
     static constexpr int picturesAtOnce = 4;
 
-    // Attempts within attemptWindow.
+    // The attempts that are allowed within attemptWindow.
     static constexpr auto attemptWindow = std::chrono::minutes(5);
     static constexpr int failedSignInsPerNameAndAddress = 10;
     static constexpr int failedSignInsPerAddress = 100;
@@ -104,7 +107,7 @@ struct ServerLimits final {
     static constexpr int articlesPerAuthor = 300;
     static constexpr std::size_t rememberedAttempters = 4096;
 
-    // Password hashing takes 64 MiB and a processor for about 0.1 seconds each.
+    // One hashing of a password takes 64 MiB of memory and about 0.1 seconds of one processor.
     static constexpr int hashingsAtOnce = 2;
     static constexpr int hashingsWaiting = 32;
 
@@ -114,7 +117,8 @@ struct ServerLimits final {
     static constexpr auto visitorLife = std::chrono::hours(24 * 365);
     static constexpr int sessionsPerUser = 32;
 
-    /// For how long a repeated request is known as one (Idempotency-Key); its key.
+    /// The time for which the server recognises a repeated request by its Idempotency-Key, and the longest
+    /// key.
     static constexpr auto repeatLife = std::chrono::hours(24);
     static constexpr std::size_t repeatKey = 128;
 };

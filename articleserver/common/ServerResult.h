@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -21,16 +22,14 @@ enum class ServerFault {
     storageFull,  ///< 507
 };
 
-/// A refusal: its kind and one English sentence fit to be shown to a user. It never holds a secret.
+/// A refusal: its kind and one English sentence that users may see. The sentence never holds a secret.
 struct ServerFailure {
     ServerFault fault = ServerFault::internal;
     std::string text;
 };
 
-/// The value of a success without a value.
-struct ServerDone {};
-
-/// A value or the reason why there is none. Reading the wrong side is a programming error.
+/// A value, or the failure that explains why there is no value. Reading the absent side is a programming
+/// error.
 template <typename T>
 class [[nodiscard]] ServerResult final {
 public:
@@ -51,6 +50,22 @@ public:
 
 private:
     std::variant<T, ServerFailure> state_;
+};
+
+/// The result of an operation that has no value to give: `return {};` is success.
+template <>
+class [[nodiscard]] ServerResult<void> final {
+public:
+    ServerResult() = default;
+    ServerResult(ServerFailure failure) : failure_(std::move(failure)) {}
+
+    bool isOk() const { return !failure_; }
+    explicit operator bool() const { return isOk(); }
+
+    const ServerFailure& failure() const { return *failure_; }
+
+private:
+    std::optional<ServerFailure> failure_;
 };
 
 }  // namespace articleserver

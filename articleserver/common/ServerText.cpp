@@ -34,7 +34,7 @@ void eachCharacter(std::string_view text, Visit visit) {
 }
 
 std::tm utcFields(ServerTime time) {
-    // Floor division, so that times before 1970 keep their second.
+    // The division rounds down, so that a time before 1970 stays within its second.
     std::time_t seconds = static_cast<std::time_t>(time / 1000 - (time % 1000 < 0 ? 1 : 0));
     std::tm fields{};
     gmtime_r(&seconds, &fields);
@@ -171,7 +171,7 @@ void logServerError(std::string_view text) {
         line += isControl ? ' ' : character;
     }
     line += '\n';
-    // One write, so that lines of several threads do not mix.
+    // The whole line is one write, so that the lines of several threads do not mix.
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

@@ -122,7 +122,7 @@ HttpConnection::Head HttpConnection::receiveHead(const std::function<std::chrono
 }
 
 std::size_t HttpConnection::headEnd() {
-    // RFC 9112, 2.2: empty lines before a request line are skipped.
+    // A server ignores empty lines before a request line (RFC 9112, 2.2).
     std::size_t blank = 0;
     while (scanned_ == 0 && buffer_.compare(blank, 2, "\r\n") == 0) blank += 2;
     buffer_.erase(0, blank);
@@ -153,7 +153,7 @@ bool HttpConnection::acceptHead(std::size_t end) {
     if (!std::all_of(requestLine.begin(), requestLine.end(), isFieldCharacter)) {
         return refuse(400, "The request is not HTTP.");
     }
-    // Captions make a query longer than httplib takes; it needs none.
+    // A caption can make the query longer than httplib allows, so the query does not go through httplib.
     const std::size_t question = std::min(requestLine.find('?'), requestLine.size());
     const std::size_t version = std::max(requestLine.rfind(' '), question);
     if (version == std::string_view::npos) return refuse(400, "The request is not HTTP.");
@@ -179,7 +179,7 @@ bool HttpConnection::acceptHead(std::size_t end) {
     head += "\r\n";
     buffer_.replace(0, end + 4, head);
     unread_ = head.size() + contentLength_;
-    // A bound on the bytes keeps the sum of times within the clock's range; the service refuses such bodies.
+    // The bound on the length keeps the deadline within the clock's range. The service refuses longer bodies.
     constexpr std::uint64_t longest = std::uint64_t{1} << 40;
     deadline_ = Clock::now() + ServerLimits::bodyTime +
                 std::chrono::seconds(std::min(contentLength_, longest) / ServerLimits::bodySpeed);
@@ -188,7 +188,8 @@ bool HttpConnection::acceptHead(std::size_t end) {
 
 bool HttpConnection::acceptHeader(std::string_view line, std::string& head) {
     std::size_t colon = line.find(':');
-    // A folded line starts with a blank, which is no token character (RFC 9112, 5.2).
+    // This also refuses a folded line (RFC 9112, 5.2), because its first character is a blank, no token
+    // character.
     if (colon == std::string_view::npos || colon == 0 ||
         !std::all_of(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(colon), isTokenCharacter) ||
         !std::all_of(line.begin(), line.end(), isFieldCharacter)) {
@@ -209,7 +210,8 @@ bool HttpConnection::acceptHeader(std::string_view line, std::string& head) {
         hasContentLength_ = true;
         contentLength_ = static_cast<std::uint64_t>(*length);
     }
-    // httplib reads forms and ranges without enough bounds, and compresses slowly where it may.
+    // httplib does not limit forms and ranges enough, and it compresses answers slowly when a client allows
+    // that.
     if (name == "content-type" || name == "range") {
         held_.emplace(std::string(heldPrefix) + name, std::string(value));
         return true;
@@ -246,7 +248,7 @@ ssize_t HttpConnection::read(char* bytes, size_t size) {
         auto stall = Clock::now() + ServerLimits::stallTime;
         const std::size_t most = unread_ > receiveSize ? receiveBodySize : receiveSize;
         if (wait(POLLIN, std::min(stall, deadline_)) != Wait::ready || !receive(most)) return -1;
-        // A spurious wake-up counts as a stall: the request is given up, never spun on.
+        // A wake-up without a byte counts as a stall, so that this loop cannot spin.
         if (buffer_.empty()) return -1;
     }
     std::size_t count = std::min({size, buffer_.size() - consumed_, static_cast<std::size_t>(unread_)});
@@ -263,7 +265,7 @@ ssize_t HttpConnection::write(const char* bytes, size_t size) {
         if (count > 0) {
             sent += static_cast<std::size_t>(count);
         } else if (errno == EAGAIN) {
-            // An answer under way when the server stops is cut: a client must not hold the server up.
+            // wait() also ends when the server stops: a slow client must not delay the stop.
             if (wait(POLLOUT, Clock::now() + ServerLimits::stallTime) != Wait::ready) return -1;
         } else if (errno != EINTR) {
             return -1;

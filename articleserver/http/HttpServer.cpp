@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t fileChunk = 256 * 1024;
 
-/// Sends `file` with its own length; the descriptor closes with the last copy of the provider.
+/// Lets httplib send `file`. The descriptor closes when httplib drops the last copy of the provider.
 bool provideFile(const WebFile& file, const std::string& contentType, httplib::Response& response) {
     int opened = ::open(file.path.c_str(), O_RDONLY | O_CLOEXEC);
     if (opened < 0) return false;
@@ -58,7 +58,7 @@ void fill(httplib::Response& response, const WebReply& reply, bool isClosing) {
 HttpServer::HttpServer(WebService& service) : service_(service) {
     stopEvent_ = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     new_task_queue = [] { return new httplib::ThreadPool(ServerLimits::connectionThreads); };
-    // Without SO_REUSEPORT, which httplib sets by itself: a port in use must be refused.
+    // By default httplib also sets SO_REUSEPORT, and then two servers could share a port without an error.
     set_socket_options([](socket_t socket) {
         int on = 1;
         ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
@@ -67,7 +67,7 @@ HttpServer::HttpServer(WebService& service) : service_(service) {
     set_keep_alive_max_count(ServerLimits::requestsPerConnection);
     set_keep_alive_timeout(std::chrono::seconds(ServerLimits::idleTime).count());
 
-    // One handler for all: the service routes.
+    // One handler takes every path; the service finds the route.
     const std::string everything = R"([\s\S]*)";
     auto plain = [this](const httplib::Request& request, httplib::Response& response) {
         serve(request, response, nullptr);
@@ -113,18 +113,18 @@ ServerResult<int> HttpServer::bind(const std::string& host, int port) {
         return ServerFailure{ServerFault::internal,
                              "Cannot listen on " + where + "; another program may be using it."};
     }
-    // httplib asks for a backlog of 5, which a burst of connections overruns.
+    // httplib sets a backlog of 5, which is too short for a burst of connections.
     ::listen(svr_sock_, ServerLimits::listenBacklog);
     return taken;
 }
 
-ServerResult<ServerDone> HttpServer::start() {
+ServerResult<void> HttpServer::start() {
     thread_ = std::thread([this] { listen_after_bind(); });
     for (int wait = 0; wait < 5000 && !is_running(); ++wait) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     if (!is_running()) return ServerFailure{ServerFault::internal, "The server did not start listening."};
-    return ServerDone{};
+    return {};
 }
 
 void HttpServer::stop() {
@@ -185,7 +185,7 @@ void HttpServer::serve(const httplib::Request& request, httplib::Response& respo
 WebReply HttpServer::replyTo(const httplib::Request& request, const httplib::ContentReader* reader,
                              httplib::Response& response) {
     const std::uint64_t length = lengthOf(request);
-    // Until its body has been read, every answer ends the connection.
+    // An answer that comes before the server has read the whole body closes the connection.
     if (length > 0) response.set_header("Connection", "close");
     WebRequest asked;
     if (auto refusal = understand(request, asked)) return *refusal;
@@ -234,7 +234,7 @@ std::optional<WebReply> HttpServer::understand(const httplib::Request& request, 
     }
     auto path = decodedPercent(request.target, PlusSign::isPlus);
     if (!path) return service_.refusal(400, path.failure().text);
-    // Clients join base addresses and paths with one slash, two or none.
+    // Clients join the base address and the path with one slash, two slashes or none.
     asked.path = "/" + path->substr(std::min(path->find_first_not_of('/'), path->size()));
     const auto held = asked.headers.find(HttpConnection::queryHeader);
     if (held == asked.headers.end()) return std::nullopt;

@@ -24,37 +24,37 @@ bool isDisposition(std::string_view line) {
 
 MultipartReader::MultipartReader(std::string_view contentType, MultipartSink& sink) : sink_(sink) {
     auto boundary = headerParameter(contentType, "boundary");
-    // RFC 2046, 5.1.1: 1 to 70 characters.
+    // A boundary has 1 to 70 characters (RFC 2046, 5.1.1).
     if (!boundary || boundary->empty() || boundary->size() > 70) return;
     delimiter_ = "\r\n--" + *boundary;
-    // The first delimiter may stand at the very start, without its line break.
+    // The body may begin with the first delimiter, which then lacks the line break in front of it.
     buffer_ = "\r\n";
 }
 
-ServerResult<ServerDone> MultipartReader::take(std::string_view bytes) {
+ServerResult<void> MultipartReader::take(std::string_view bytes) {
     if (delimiter_.empty()) {
         return ServerFailure{ServerFault::badInput, "The multipart body has no valid boundary."};
     }
-    if (state_ == State::done) return ServerDone{};
+    if (state_ == State::done) return {};
     buffer_.append(bytes);
     for (;;) {
         auto goesOn = state_ == State::content     ? readContent()
                       : state_ == State::delimited ? readDelimiterEnd()
                                                    : readHead();
         if (!goesOn) return goesOn.failure();
-        if (!*goesOn || state_ == State::done) return ServerDone{};
+        if (!*goesOn || state_ == State::done) return {};
     }
 }
 
-ServerResult<ServerDone> MultipartReader::finish() const {
+ServerResult<void> MultipartReader::finish() const {
     if (state_ != State::done) return broken();
-    return ServerDone{};
+    return {};
 }
 
 ServerResult<bool> MultipartReader::readContent() {
     const std::size_t at = buffer_.find(delimiter_);
     const bool isEnd = at != std::string::npos;
-    // Without the delimiter, its beginning may still be the end of what is there.
+    // The last bytes of the buffer may be the beginning of a delimiter, so they stay in the buffer.
     const std::size_t length = isEnd ? at : buffer_.size() - std::min(buffer_.size(), delimiter_.size() - 1);
     if (isInPart_ && length > 0) {
         auto taken = sink_.content(std::string_view(buffer_).substr(0, length));

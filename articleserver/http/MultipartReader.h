@@ -8,30 +8,31 @@
 
 namespace articleserver {
 
-/// What becomes of the parts of a multipart body. A failure ends the reading.
+/// Receives the parts of a multipart body from a MultipartReader. A failure ends the reading.
 class MultipartSink {
 public:
     virtual ~MultipartSink() = default;
-    /// `isFile`: the part has a file name, which nothing is done with.
-    virtual ServerResult<ServerDone> beginPart(const std::string& name, bool isFile) = 0;
-    /// The next bytes of the part that began last.
-    virtual ServerResult<ServerDone> content(std::string_view bytes) = 0;
+    /// `isFile`: the part has a file name. The reader ignores the file name itself.
+    virtual ServerResult<void> beginPart(const std::string& name, bool isFile) = 0;
+    /// The next bytes of the part that began with the latest beginPart().
+    virtual ServerResult<void> content(std::string_view bytes) = 0;
 };
 
-/// Reads multipart/form-data (RFC 7578) in pieces of any size, keeping no more than a delimiter or the headers of a part.
+/// Parses multipart/form-data (RFC 7578) from pieces of any size. The reader buffers at most one delimiter or
+/// the headers of one part.
 class MultipartReader final {
 public:
-    /// `contentType` is the header with the boundary; without a valid one everything is refused.
+    /// `contentType` is the header with the boundary. Without a valid boundary, take() refuses every body.
     MultipartReader(std::string_view contentType, MultipartSink& sink);
 
-    ServerResult<ServerDone> take(std::string_view bytes);
+    ServerResult<void> take(std::string_view bytes);
     /// Refuses a body that ended before its last delimiter.
-    ServerResult<ServerDone> finish() const;
+    ServerResult<void> finish() const;
 
 private:
     enum class State { content, delimited, head, done };
 
-    /// Each handles what it can of buffer_; true when the next state may go on.
+    /// Each function handles as much of buffer_ as it can; true when the next state can continue.
     ServerResult<bool> readContent();
     ServerResult<bool> readDelimiterEnd();
     ServerResult<bool> readHead();

@@ -13,11 +13,11 @@ constexpr std::array<std::string_view, 12> monthNames = {"Jan", "Feb", "Mar", "A
                                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 std::int64_t secondsOf(ServerTime time) {
-    // Toward the past, as the header that clients send back was written.
+    // The division rounds down, as httpDate() does for the header whose value clients send back.
     return time >= 0 ? time / 1000 : (time - 999) / 1000;
 }
 
-/// A strong comparison: a weak tag is never equal (RFC 9110, 8.8.3.2).
+/// Compares strongly: a weak tag equals no tag (RFC 9110, 8.8.3.2).
 bool namesStrongTag(std::string_view list, std::string_view tag) {
     while (!list.empty()) {
         std::size_t end = std::min(list.find(','), list.size());
@@ -28,7 +28,7 @@ bool namesStrongTag(std::string_view list, std::string_view tag) {
     return false;
 }
 
-/// A date whose year has two digits is at most 50 years ahead (RFC 9110, 5.6.7).
+/// Completes a year of two digits. The date lies at most 50 years in the future (RFC 9110, 5.6.7).
 std::int64_t fullYear(std::int64_t year) {
     auto today = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
     int thisYear = static_cast<int>(std::chrono::year_month_day(today).year());
@@ -36,7 +36,7 @@ std::int64_t fullYear(std::int64_t year) {
     return full > thisYear + 50 ? full - 100 : full;
 }
 
-/// "02:32:38" in seconds; 60 for a leap second.
+/// Parses "02:32:38" into seconds. The last number may be 60, a leap second.
 std::optional<std::int64_t> timeOfDay(std::string_view text) {
     if (text.size() != 8 || text[2] != ':' || text[5] != ':') return std::nullopt;
     auto hour = decimalId(text.substr(0, 2));

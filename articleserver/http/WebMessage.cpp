@@ -21,7 +21,7 @@ std::string_view trimmedBlanks(std::string_view text) {
     return text;
 }
 
-/// Calls `visit` with each piece between separators.
+/// Calls `visit` with each piece of the text between separators.
 template <typename Visit>
 void eachPiece(std::string_view text, char separator, Visit visit) {
     for (;;) {
@@ -160,13 +160,13 @@ namespace {
 
 class PartCollector final : public MultipartSink {
 public:
-    ServerResult<ServerDone> beginPart(const std::string& name, bool) override {
+    ServerResult<void> beginPart(const std::string& name, bool) override {
         parts.push_back({name, {}});
-        return ServerDone{};
+        return {};
     }
-    ServerResult<ServerDone> content(std::string_view bytes) override {
+    ServerResult<void> content(std::string_view bytes) override {
         parts.back().content.append(bytes);
-        return ServerDone{};
+        return {};
     }
 
     std::vector<MultipartPart> parts;
@@ -185,7 +185,7 @@ ServerResult<std::vector<MultipartPart>> parseMultipart(std::string_view content
 
 namespace {
 
-/// Digits; more than a file can have bytes counts as that many.
+/// Parses a position of a range. A number above 2^63 - 1 becomes a position that no file reaches.
 std::optional<std::uint64_t> rangePosition(std::string_view text) {
     if (text.empty() || text.find_first_not_of("0123456789") != std::string_view::npos) return std::nullopt;
     auto position = decimalId(text);

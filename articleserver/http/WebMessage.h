@@ -14,34 +14,38 @@
 
 namespace articleserver {
 
-/// Fields of a query or of a form, decoded, each name at most once, all valid UTF-8.
+/// The decoded fields of a query or a form. Each name occurs once, and names and values are valid UTF-8.
 using WebFields = std::map<std::string, std::string, std::less<>>;
 
-/// Takes the body of a request piece by piece. What it has taken goes with it unless somebody keeps it.
+/// Receives the body of a request in pieces. Its destructor drops the received data that the service did not
+/// keep.
 class WebBodyReceiver {
 public:
     virtual ~WebBodyReceiver() = default;
-    /// False when no more of the body is wanted; the service then says why.
+    /// False when the receiver refuses the rest of the body; the reply of the service then tells the reason.
     virtual bool take(std::string_view bytes) = 0;
 };
 
-/// One request as the service sees it, apart from any HTTP library.
+/// One request as the service sees it. It does not depend on the HTTP library.
 struct WebRequest {
     std::string method;
-    std::string path;  ///< decoded; exactly one leading slash
+    /// Decoded, with exactly one leading slash.
+    std::string path;
     WebFields query;
-    std::map<std::string, std::string, std::less<>> headers;  ///< names in lower case; the first of equals
+    /// By name in lower case. Of several headers with one name, the first.
+    std::map<std::string, std::string, std::less<>> headers;
     std::string body;
-    std::shared_ptr<WebBodyReceiver> receiver;  ///< has taken the body in the place of `body`; else null
+    /// The receiver that has taken the body, which `body` then does not hold; null when `body` holds it.
+    std::shared_ptr<WebBodyReceiver> receiver;
     std::string remoteAddress;
 
-    /// Empty when there is no such header.
+    /// The value of a header; empty when the request has no such header.
     std::string_view header(std::string_view lowerCaseName) const;
-    /// Empty when there is no such cookie (RFC 6265).
+    /// The value of a cookie (RFC 6265); empty when the request has no such cookie.
     std::string_view cookie(std::string_view name) const;
 };
 
-/// A part of a file that a reply sends instead of a body.
+/// The part of a file that a reply sends instead of a body.
 struct WebFile {
     std::string path;
     std::uint64_t offset = 0;
@@ -64,31 +68,33 @@ struct MultipartPart {
 /// The HTTP status of a refusal.
 int httpStatus(ServerFault fault);
 
-/// Decodes "%41" and, in fields, "+". Refuses broken escapes, NUL and what is not UTF-8.
+/// What "+" stands for: a space in fields, itself in paths.
 enum class PlusSign { isSpace, isPlus };
+/// Decodes percent escapes such as "%41". Refuses broken escapes, NUL and bytes that are not UTF-8.
 ServerResult<std::string> decodedPercent(std::string_view text, PlusSign plus);
 
-/// application/x-www-form-urlencoded (URL Standard, 5.1). Refuses more than ServerLimits::fields fields, a name
-/// given twice and whatever decodedPercent refuses.
+/// Parses application/x-www-form-urlencoded (URL Standard, 5.1). Refuses more than ServerLimits::fields
+/// fields, a second field with the same name, and all that decodedPercent refuses.
 ServerResult<WebFields> parseFields(std::string_view text);
 
-/// The value of `name=` among the parameters of a header, without its quotes.
+/// The value of the parameter `name` of a header, without quotes; absent when the header has no such
+/// parameter.
 std::optional<std::string> headerParameter(std::string_view header, std::string_view name);
 
-/// multipart/form-data (RFC 7578) held in memory. `contentType` is the header with its boundary.
+/// Parses multipart/form-data (RFC 7578) in memory. `contentType` is the header with the boundary.
 ServerResult<std::vector<MultipartPart>> parseMultipart(std::string_view contentType, std::string_view body);
 
-/// The range of a "bytes=" header for a file of `size` bytes (RFC 9110, 14.1.2).
 enum class RangeKind { whole, part, unsatisfiable };
 struct WebRange {
     RangeKind kind = RangeKind::whole;
     std::uint64_t offset = 0;
     std::uint64_t length = 0;
 };
-/// Several ranges, other units and malformed headers mean the whole file, as the standard allows.
+/// The range that a Range header asks for, of a file of `size` bytes (RFC 9110, 14.1.2). For several ranges,
+/// other units and malformed headers it is the whole file, which RFC 9110, 14.2, allows.
 WebRange parseRange(std::string_view header, std::uint64_t size);
 
-/// A host name or address with an optional port, as it may stand in an address (RFC 3986, 3.2.2).
+/// True for a host name or an IP address with an optional port, as a URL contains it (RFC 3986, 3.2.2).
 bool isHostAndPort(std::string_view text);
 
 /// True when an If-None-Match header names the entity tag or is "*".

@@ -14,14 +14,15 @@ namespace articleserver {
 namespace {
 
 constexpr std::size_t keptAvatars = 256;
-constexpr double letterHeight = 0.40;  // of the side
+/// The heights of a letter and of its picture have this ratio.
+constexpr double letterHeight = 0.40;
 
 struct Colours {
     double top[3];
     double bottom[3];
 };
 
-// Muted enough for white letters (contrast above 3:1 at the top, more below).
+// The colours are dark enough for white letters: their contrast is at least 3:1 at the top and higher below.
 constexpr std::array<Colours, 12> palette = {{
     {{0.86, 0.42, 0.36}, {0.72, 0.25, 0.30}},
     {{0.85, 0.50, 0.25}, {0.73, 0.34, 0.18}},
@@ -73,7 +74,8 @@ std::shared_ptr<const std::string> AvatarPainter::avatar(std::int64_t user, std:
 
 std::string AvatarPainter::draw(std::int64_t user, const std::string& initial) {
     const int side = ServerLimits::storedAvatarSide;
-    // Neighbouring ids get colours far apart: 5 and 12 share no factor.
+    // The step of 5 gives neighbouring ids different colours and reaches all 12, since 5 and 12 have no
+    // common factor.
     const Colours& colours = palette[static_cast<std::uint64_t>(user) * 5 % palette.size()];
     ServerPicture picture(side, side);
     std::unique_ptr<cairo_t, DestroyContext> context(cairo_create(picture.surface()));
@@ -85,7 +87,8 @@ std::string AvatarPainter::draw(std::int64_t user, const std::string& initial) {
     cairo_paint(context.get());
     cairo_pattern_destroy(ground);
 
-    // Made at the first need: the system's fonts take a moment to find.
+    // The search for the system's fonts is slow, so the font map is made for the first avatar, not at the
+    // start.
     if (!fonts_) fonts_ = std::make_unique<FontMap>();
     std::unique_ptr<PangoContext, Unreference> texts(pango_font_map_create_context(fonts_->map.get()));
     std::unique_ptr<PangoLayout, Unreference> layout(pango_layout_new(texts.get()));
@@ -95,7 +98,7 @@ std::string AvatarPainter::draw(std::int64_t user, const std::string& initial) {
     pango_font_description_free(font);
     pango_layout_set_text(layout.get(), initial.c_str(), static_cast<int>(initial.size()));
 
-    // Scripts differ in height and bearing: the ink is brought to one size, then centred.
+    // Scripts differ in height and bearing, so the ink of the letter is scaled to one size and centred.
     PangoRectangle ink{};
     pango_layout_get_extents(layout.get(), &ink, nullptr);
     if (ink.width > 0 && ink.height > 0) {
@@ -107,7 +110,7 @@ std::string AvatarPainter::draw(std::int64_t user, const std::string& initial) {
         cairo_translate(context.get(), -static_cast<double>(ink.x) / PANGO_SCALE - width / 2,
                         -static_cast<double>(ink.y) / PANGO_SCALE - height / 2);
         cairo_set_source_rgb(context.get(), 1, 1, 1);
-        // The path, not glyph images: hinting for the unscaled size would show.
+        // A path scales well, while glyph images would show the hinting of the unscaled size.
         pango_cairo_layout_path(context.get(), layout.get());
         cairo_fill(context.get());
     }

@@ -10,8 +10,9 @@
 
 namespace articleserver {
 
-/// Draws the avatar of a user who uploaded none: the initial of the name, in any script, on a colour that
-/// the id decides. Keeps the last few hundred. Any thread may call it; drawing is one at a time.
+/// Draws the avatar of a user who has not uploaded one: the initial of the name, in any script, on a colour
+/// that follows from the user's id. Caches the last few hundred avatars. Any thread may call it; a mutex lets
+/// one thread draw at a time.
 class AvatarPainter final {
 public:
     AvatarPainter();
@@ -19,7 +20,7 @@ public:
     AvatarPainter& operator=(const AvatarPainter&) = delete;
     ~AvatarPainter();
 
-    /// PNG, 256 by 256 pixels.
+    /// A PNG file of 256 by 256 pixels.
     std::shared_ptr<const std::string> avatar(std::int64_t user, std::string_view name);
 
 private:
@@ -30,7 +31,8 @@ private:
     // Guarded by mutex_.
     std::unique_ptr<FontMap> fonts_;
     std::unordered_map<std::string, std::shared_ptr<const std::string>> kept_;
-    std::deque<std::string> order_;  ///< keys of kept_, oldest first
+    /// The keys of kept_, oldest first.
+    std::deque<std::string> order_;
 };
 
 }  // namespace articleserver

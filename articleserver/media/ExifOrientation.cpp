@@ -13,7 +13,8 @@ constexpr std::uint32_t orientationTag = 0x0112;
 constexpr std::uint32_t shortType = 3;
 constexpr std::size_t entrySize = 12;
 
-/// A TIFF block (TIFF 6.0, section 2), read in its own byte order. Reads beyond it are absent.
+/// Reads a TIFF block (TIFF 6.0, section 2) in the byte order that the block states. A number beyond its end
+/// is absent.
 class TiffBlock final {
 public:
     explicit TiffBlock(std::string_view bytes) : bytes_(bytes), isBig_(bytes.substr(0, 2) == "MM") {}

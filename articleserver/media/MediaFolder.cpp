@@ -65,7 +65,7 @@ bool MediaFolder::isName(std::string_view name) {
     return isHex && !contentTypeOf(name.substr(nameDigits + 1)).empty();
 }
 
-ServerResult<ServerDone> MediaFolder::prepare(const std::vector<std::string>& named) {
+ServerResult<void> MediaFolder::prepare(const std::vector<std::string>& named) {
     std::error_code error;
     std::filesystem::create_directories(folder_, error);
     if (error) return ServerFailure{ServerFault::internal, "Cannot create the folder of media files."};
@@ -74,12 +74,12 @@ ServerResult<ServerDone> MediaFolder::prepare(const std::vector<std::string>& na
     for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end;
          entry.increment(error)) {
         std::string name = entry->path().filename();
-        // Files that are not of our making stay.
+        // A file whose name this class cannot have made stays.
         bool isOurs = isName(name) || (name.ends_with(".part") && isName(name.substr(0, name.size() - 5)));
         if (isOurs && !kept.contains(name)) orphans.push_back(entry->path());
     }
     for (const auto& path : orphans) std::filesystem::remove(path, error);
-    return ServerDone{};
+    return {};
 }
 
 ServerResult<std::string> MediaFolder::add(std::string_view bytes, std::string_view extension) {
@@ -110,7 +110,7 @@ ServerResult<std::unique_ptr<IncomingFile>> MediaFolder::receive(std::string_vie
     return std::unique_ptr<IncomingFile>(new IncomingFile(descriptor, std::move(path), std::move(name)));
 }
 
-std::uint64_t MediaFolder::room() const {
+std::uint64_t MediaFolder::freeBytes() const {
     struct statvfs facts {};
     if (::statvfs(folder_.c_str(), &facts) != 0) return std::numeric_limits<std::uint64_t>::max();
     const std::uint64_t free = static_cast<std::uint64_t>(facts.f_bavail) * facts.f_frsize;
@@ -123,23 +123,23 @@ IncomingFile::~IncomingFile() {
     if (!path_.empty()) ::unlink(path_.c_str());
 }
 
-ServerResult<ServerDone> IncomingFile::append(std::string_view bytes) {
+ServerResult<void> IncomingFile::append(std::string_view bytes) {
     size_ += bytes.size();
     pending_.append(bytes);
-    if (pending_.size() < writeBlock) return ServerDone{};
+    if (pending_.size() < writeBlock) return {};
     return flush();
 }
 
-ServerResult<ServerDone> IncomingFile::flush() {
+ServerResult<void> IncomingFile::flush() {
     if (!writeAll(descriptor_, pending_)) return storageFailure(errno);
-    // The disk works while the rest arrives: what is left to wait for at the end stays short.
+    // The kernel begins to write now, while the rest arrives, so that the fsync at the end is short.
     if (!pending_.empty()) {
         ::sync_file_range(descriptor_, static_cast<off_t>(written_), static_cast<off_t>(pending_.size()),
                           SYNC_FILE_RANGE_WRITE);
     }
     written_ += pending_.size();
     pending_.clear();
-    return ServerDone{};
+    return {};
 }
 
 ServerResult<std::string> IncomingFile::keep() {
@@ -168,7 +168,7 @@ std::optional<MediaFolder::File> MediaFolder::find(std::string_view name) const 
     struct stat facts {};
     if (::stat(file.path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return std::nullopt;
     file.contentType = contentTypeOf(name.substr(nameDigits + 1));
-    // The name is unique and its content never changes, so it identifies the entity.
+    // The name is unique and the content of the file never changes, so the name identifies the content.
     file.entityTag = "\"" + std::string(name.substr(0, nameDigits)) + "\"";
     file.size = static_cast<std::uint64_t>(facts.st_size);
     file.modified = static_cast<ServerTime>(facts.st_mtim.tv_sec) * 1000;

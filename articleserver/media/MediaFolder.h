@@ -14,23 +14,24 @@
 
 namespace articleserver {
 
-/// A media file that is still being received. It goes with this object unless it is kept. Owned by one thread at a time.
+/// A media file during its reception. The destructor deletes the file unless keep() succeeded. One thread at
+/// a time uses the object.
 class IncomingFile final {
 public:
     IncomingFile(const IncomingFile&) = delete;
     IncomingFile& operator=(const IncomingFile&) = delete;
     ~IncomingFile();
 
-    /// StorageFull, Internal.
-    ServerResult<ServerDone> append(std::string_view bytes);
-    /// Puts everything in the file, for `descriptor` and `bytes` to be read.
-    ServerResult<ServerDone> flush();
-    /// Flushes it and brings it to the disk under its name.
+    /// Faults: `storageFull`, `internal`.
+    ServerResult<void> append(std::string_view bytes);
+    /// Writes the buffered bytes into the file, so that `descriptor` and `bytes` give the whole content.
+    ServerResult<void> flush();
+    /// Flushes the file, waits until it is on the disk and gives it its name, which is the result.
     ServerResult<std::string> keep();
 
     std::uint64_t size() const { return size_; }
     int descriptor() const { return descriptor_; }
-    /// The whole file as memory, mapped; empty when that fails.
+    /// The whole file mapped into memory; empty when the mapping fails.
     std::string_view bytes();
 
 private:
@@ -39,7 +40,8 @@ private:
         : descriptor_(descriptor), path_(std::move(path)), name_(std::move(name)) {}
 
     int descriptor_;
-    std::string path_;  ///< empty when it was kept
+    /// Empty after keep().
+    std::string path_;
     std::string name_;
     std::string pending_;
     std::uint64_t size_ = 0;
@@ -47,35 +49,36 @@ private:
     void* mapping_ = nullptr;
 };
 
-/// The folder of media files. Names are random and made here, and a name that this class did not make
-/// never becomes a path. A file never changes under its name. Any thread may call it.
+/// The folder of media files. This class makes their names, which are random, and never makes a path from a
+/// name of another form. The content of a name never changes. Any thread may call it.
 class MediaFolder final {
 public:
     struct File {
         std::string path;
         std::string contentType;
-        std::string entityTag;  ///< quoted
+        std::string entityTag;  ///< with its quotes
         std::uint64_t size = 0;
         ServerTime modified = 0;
     };
 
     explicit MediaFolder(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
-    /// "jpg", "png" or "mp4" behind 32 hexadecimal digits.
+    /// True for 32 hexadecimal digits followed by ".jpg", ".png" or ".mp4".
     static bool isName(std::string_view name);
 
-    /// Creates the folder and removes what no stored record names, left over from a crash.
-    ServerResult<ServerDone> prepare(const std::vector<std::string>& named);
+    /// Creates the folder, and removes the files that no stored record names; a crash leaves such files.
+    ServerResult<void> prepare(const std::vector<std::string>& named);
 
-    /// Keeps the bytes under a new name once they are wholly on the disk. StorageFull, Internal.
+    /// Stores the bytes under a new name after they are on the disk. Faults: `storageFull`, `internal`.
     ServerResult<std::string> add(std::string_view bytes, std::string_view extension);
-    /// A new file to be received piece by piece. StorageFull, Internal.
+    /// Begins a file that arrives in pieces. Faults: `storageFull`, `internal`.
     ServerResult<std::unique_ptr<IncomingFile>> receive(std::string_view extension);
-    /// Bytes that may still be stored, leaving ServerLimits::freeSpace.
-    std::uint64_t room() const;
+    /// The number of bytes that uploads may store until only ServerLimits::freeSpace is left.
+    std::uint64_t freeBytes() const;
 
+    /// Absent when the folder has no such file.
     std::optional<File> find(std::string_view name) const;
-    /// A name that is not there is no error.
+    /// Ignores names that the folder does not have.
     void remove(const std::vector<std::string>& names);
 
 private:

@@ -14,7 +14,8 @@ namespace articleserver {
 
 namespace {
 
-// Files in fragments have two boxes for each; a day of seconds is within it.
+// A fragmented file has two boxes for each fragment. The limit allows fragments of one second for a whole
+// day.
 constexpr int boxesAtMost = 200'000;
 constexpr std::uint64_t brandsAtMost = 64;
 
@@ -50,7 +51,7 @@ bool isBrand(std::uint32_t brand) {
     }
 }
 
-/// Reads big-endian numbers at places of a file.
+/// Reads big-endian numbers at given places of a file.
 class BoxReader final {
 public:
     BoxReader(int descriptor, std::uint64_t size) : descriptor_(descriptor), size_(size) {}
@@ -70,7 +71,7 @@ public:
     }
     std::uint64_t numberOrZero(std::uint64_t at, int bytes) const { return number(at, bytes).value_or(0); }
 
-    /// Calls `visit` with the boxes of `span` one after the other; false when they do not fill it exactly.
+    /// Calls `visit` with each box of `span` in turn; false when the boxes do not fill the span exactly.
     bool eachBox(Span span, const std::function<void(const Box&)>& visit) {
         for (std::uint64_t at = span.begin; at < span.end;) {
             auto size = number(at, 4);
@@ -99,29 +100,30 @@ private:
 bool namesMp4(const BoxReader& file, Span content) {
     std::uint64_t count = 0;
     for (std::uint64_t at = content.begin; at + 4 <= content.end && count < brandsAtMost; at += 4, ++count) {
-        // The second number is a version, no brand.
+        // The second number is the version of the brand, not a brand.
         if (count != 1 && isBrand(static_cast<std::uint32_t>(file.numberOrZero(at, 4)))) return true;
     }
     return false;
 }
 
-/// Seconds of a movie header (8.2.2).
+/// The duration in a movie header box, in seconds (ISO/IEC 14496-12, 8.2.2).
 double durationOf(const BoxReader& file, Span header) {
     const bool isLong = file.numberOrZero(header.begin, 1) == 1;
     const std::uint64_t scale = file.numberOrZero(header.begin + (isLong ? 20 : 12), 4);
     const std::uint64_t units = file.numberOrZero(header.begin + (isLong ? 24 : 16), isLong ? 8 : 4);
-    // All ones: it is not known.
+    // A duration of all ones is unknown.
     if (scale == 0 || units == (isLong ? ~std::uint64_t{0} : 0xFFFFFFFFU)) return 0;
     return static_cast<double>(units) / static_cast<double>(scale);
 }
 
 struct Track {
-    bool isFilm = false;
+    bool isVideo = false;
     int width = 0;
     int height = 0;
 };
 
-/// Size and turn of a track header (8.3.2): numbers of 16.16 bits, the matrix row by row.
+/// Reads size and matrix of a track header box (8.3.2). Its numbers have 16.16 bits; the matrix is stored by
+/// rows.
 void readTrackHeader(const BoxReader& file, Span header, Track& track) {
     const std::uint64_t matrix = header.begin + (file.numberOrZero(header.begin, 1) == 1 ? 52 : 40);
     const auto entry = [&](std::uint64_t index) {
@@ -142,7 +144,7 @@ std::optional<Track> trackOf(BoxReader& file, Span content) {
         if (box.type != code("mdia")) return;
         isWhole &= file.eachBox(box.content, [&](const Box& inner) {
             if (inner.type != code("hdlr")) return;
-            track.isFilm = file.numberOrZero(inner.content.begin + 8, 4) == code("vide");
+            track.isVideo = file.numberOrZero(inner.content.begin + 8, 4) == code("vide");
         });
     });
     return isWhole ? std::optional(track) : std::nullopt;
@@ -151,9 +153,9 @@ std::optional<Track> trackOf(BoxReader& file, Span content) {
 }  // namespace
 
 ServerResult<Mp4Facts> inspectMp4(int descriptor) {
-    struct stat facts {};
-    if (::fstat(descriptor, &facts) != 0 || facts.st_size < 8) return noMp4();
-    BoxReader file(descriptor, static_cast<std::uint64_t>(facts.st_size));
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0 || status.st_size < 8) return noMp4();
+    BoxReader file(descriptor, static_cast<std::uint64_t>(status.st_size));
     if (file.number(4, 4) != code("ftyp")) return noMp4();
 
     bool isMp4 = false;
@@ -167,23 +169,23 @@ ServerResult<Mp4Facts> inspectMp4(int descriptor) {
     if (!isMp4) return isWhole ? noMp4() : broken();
     if (!isWhole || !movie || !hasMedia) return cutShort();
 
-    Mp4Facts film;
-    bool hasFilm = false;
+    Mp4Facts facts;
+    bool hasVideo = false;
     bool isReadable = true;
     isReadable &= file.eachBox(*movie, [&](const Box& box) {
-        if (box.type == code("mvhd")) film.duration = durationOf(file, box.content);
-        if (box.type != code("trak") || hasFilm) return;
+        if (box.type == code("mvhd")) facts.duration = durationOf(file, box.content);
+        if (box.type != code("trak") || hasVideo) return;
         const auto track = trackOf(file, box.content);
         isReadable = isReadable && track;
-        if (!track || !track->isFilm) return;
-        hasFilm = true;
-        film.width = track->width;
-        film.height = track->height;
+        if (!track || !track->isVideo) return;
+        hasVideo = true;
+        facts.width = track->width;
+        facts.height = track->height;
     });
     if (!isReadable) return broken();
-    if (!hasFilm) return ServerFailure{ServerFault::unsupported, "The file holds no film."};
-    if (film.width <= 0 || film.height <= 0) return broken();
-    return film;
+    if (!hasVideo) return ServerFailure{ServerFault::unsupported, "The file holds no film."};
+    if (facts.width <= 0 || facts.height <= 0) return broken();
+    return facts;
 }
 
 }  // namespace articleserver

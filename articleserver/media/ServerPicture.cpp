@@ -11,9 +11,9 @@
 #include <cstring>
 #include <utility>
 
-// jpeglib.h needs the declarations of cstdio.
+// jpeglib.h needs the declarations of <cstdio>.
 #include <jpeglib.h>
-// The codes of libjpeg's messages.
+// jerror.h has the codes of libjpeg's messages.
 #include <jerror.h>
 
 namespace articleserver {
@@ -25,7 +25,8 @@ struct DestroyContext {
 };
 using Context = std::unique_ptr<cairo_t, DestroyContext>;
 
-/// libjpeg reports errors by a call that must not return.
+/// The error handler of one picture. libjpeg reports an error by a call that must not return, so it jumps to
+/// `escape`.
 struct JpegErrors {
     jpeg_error_mgr manager{};
     std::jmp_buf escape{};
@@ -36,7 +37,7 @@ struct JpegErrors {
     std::longjmp(reinterpret_cast<JpegErrors*>(info->err)->escape, 1);
 }
 
-/// libjpeg fills up a picture whose data end early, and only mentions it.
+/// Notes missing data: libjpeg fills the rest of such a picture with grey and only gives a warning.
 void noteJpegMessage(j_common_ptr info, int level) {
     const int code = info->err->msg_code;
     if (level < 0 && (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER)) {
@@ -44,7 +45,7 @@ void noteJpegMessage(j_common_ptr info, int level) {
     }
 }
 
-// A small file can hold thousands of scans, each as costly as a whole picture.
+// A small file can hold thousands of scans, and each of them costs as much time as a whole picture.
 constexpr int maximumScans = 100;
 
 constexpr int exifMarker = JPEG_APP0 + 1;
@@ -115,7 +116,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::thumbnail(std::string_view
     if (!jpeg.starts_with(jpegSignature)) {
         return ServerFailure{ServerFault::unsupported, "The picture is not a JPEG file."};
     }
-    // Twice the size is decoded, so that the scaling has something to average.
+    // The decoder makes at least twice the size, so that a pixel of the thumbnail averages several pixels.
     auto decoded = decodeJpeg(jpeg, {ServerLimits::pictureSide, ServerLimits::picturePixels,
                                      ServerLimits::pictureMemory, 2 * side});
     if (!decoded) return decoded.failure();
@@ -123,7 +124,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::thumbnail(std::string_view
 }
 
 ServerResult<ServerPicture> ServerPicture::decodePng(std::string_view bytes, int maximumSide) {
-    // Width and height stand at fixed places of the first chunk (PNG, 11.2.2).
+    // The first chunk has width and height at fixed places (PNG, 11.2.2).
     if (bytes.size() < 24 || bytes.substr(12, 4) != "IHDR") return brokenPicture();
     auto side = static_cast<std::uint32_t>(maximumSide);
     if (bigEndian(bytes.substr(16)) > side || bigEndian(bytes.substr(20)) > side)
@@ -140,7 +141,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_vie
     jpeg_decompress_struct info{};
     jpeg_progress_mgr progress{};
     info.err = prepare(errors);
-    // Written between setjmp and longjmp, hence volatile (C17, 7.13.2.1).
+    // Volatile variables keep the values that are assigned between setjmp and longjmp (C17, 7.13.2.1).
     cairo_surface_t* volatile surface = nullptr;
     volatile int orientation = 1;
     if (setjmp(errors.escape) != 0) {
@@ -156,7 +157,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_vie
     jpeg_read_header(&info, TRUE);
     auto side = static_cast<JDIMENSION>(wish.maximumSide);
     const std::int64_t pixelCount = std::int64_t{info.image_width} * info.image_height;
-    // Of a picture in several scans the decoder keeps every coefficient: two bytes a sample.
+    // For a picture with several scans, the decoder keeps all coefficients in memory, two bytes for a sample.
     const std::int64_t coefficients =
         jpeg_has_multiple_scans(&info) ? pixelCount * info.num_components * 2 : 0;
     if (info.image_width > side || info.image_height > side || pixelCount > wish.maximumPixels ||
@@ -169,7 +170,8 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_vie
         if (marker->marker != exifMarker) continue;
         orientation = exifOrientationOf({reinterpret_cast<const char*>(marker->data), marker->data_length});
     }
-    // cairo's pixels are native-endian words: these bytes on the little-endian machines we build for.
+    // cairo's pixels are words in the byte order of the machine. On little-endian machines they have these
+    // bytes.
     info.out_color_space = JCS_EXT_BGRA;
     if (info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK) {
         jpeg_destroy_decompress(&info);
@@ -215,7 +217,7 @@ ServerPicture ServerPicture::fitted(int side) const {
                 static_cast<double>(made.height()) / height());
     cairo_set_source_surface(context.get(), surface(), 0, 0);
     cairo_pattern_set_filter(cairo_get_source(context.get()), CAIRO_FILTER_GOOD);
-    // Without it the borders blend with the transparency outside.
+    // Without this extension, the pixels at the border would blend with the transparency outside.
     cairo_pattern_set_extend(cairo_get_source(context.get()), CAIRO_EXTEND_PAD);
     cairo_paint(context.get());
     return made;
@@ -237,7 +239,7 @@ ServerPicture ServerPicture::squared(int side) const {
 ServerPicture ServerPicture::oriented(int orientation) const {
     double w = width();
     double h = height();
-    // Where the stored pixel (x, y) is shown: (xx x + xy y + x0, yx x + yy y + y0).
+    // The stored pixel (x, y) is shown at (xx x + xy y + x0, yx x + yy y + y0).
     cairo_matrix_t matrix;
     switch (orientation) {
     case 2: cairo_matrix_init(&matrix, -1, 0, 0, 1, w, 0); break;

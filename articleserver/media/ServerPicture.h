@@ -11,19 +11,21 @@
 
 namespace articleserver {
 
-/// A picture in memory: a cairo image surface, 32 bits a pixel. Used by one thread at a time.
+/// A picture in memory: a cairo image surface of 32 bits a pixel. One thread at a time uses it.
 class ServerPicture final {
 public:
-    /// A blank picture, sides in pixels.
+    /// A transparent picture; the sides are in pixels.
     ServerPicture(int width, int height);
 
-    /// Decodes JPEG or PNG, upright: the Exif orientation of a JPEG is carried out. Unsupported for other bytes, TooLarge when a side exceeds `maximumSide` pixels,
-    /// BadInput for a broken file. The size is judged before anything is decoded.
+    /// Decodes JPEG or PNG and applies the Exif orientation of a JPEG, so that the picture is upright.
+    /// `unsupported` for other formats, `tooLarge` when a side exceeds `maximumSide` pixels, `badInput` for a
+    /// broken file. The size is checked before any pixel is decoded.
     static ServerResult<ServerPicture> decode(std::string_view bytes, int maximumSide);
 
-    /// A JPEG file scaled while it is decoded, and its size in pixels; both upright. The whole file is read, so that one
-    /// that was cut short is found: BadInput. Unsupported for other bytes and other colours, TooLarge beyond
-    /// ServerLimits::pictureSide, picturePixels and pictureMemory.
+    /// Scales a JPEG file during its decoding. The result has the scaled picture and the size of the file's
+    /// own picture, both upright. The whole file is read: `badInput` also when its end is missing.
+    /// `unsupported` for other formats and for CMYK colours, `tooLarge` beyond ServerLimits::pictureSide,
+    /// picturePixels and pictureMemory.
     struct Thumbnail;
     static ServerResult<Thumbnail> thumbnail(std::string_view jpeg, int side);
 
@@ -31,15 +33,15 @@ public:
     int height() const;
     cairo_surface_t* surface() const { return surface_.get(); }
 
-    /// Scaled so that the longer side is at most `side` pixels, or the same picture when it is small enough.
+    /// The picture scaled down so that its longer side has `side` pixels; a smaller picture stays as it is.
     ServerPicture fitted(int side) const;
-    /// The middle square, scaled to `side` by `side` pixels.
+    /// The square in the middle of the picture, scaled to `side` by `side` pixels.
     ServerPicture squared(int side) const;
 
-    /// The pixels turned and mirrored as the Exif orientation says, 1 to 8.
+    /// The picture rotated and mirrored as an Exif orientation, 1 to 8, says.
     ServerPicture oriented(int orientation) const;
 
-    /// Transparency is shown on white. `quality` is 0 to 100.
+    /// A JPEG file of the picture on a white ground. `quality` is 0 to 100.
     std::string jpeg(int quality) const;
     std::string png() const;
 
@@ -48,14 +50,17 @@ private:
         void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
     };
     explicit ServerPicture(cairo_surface_t* surface) : surface_(surface) {}
-    /// What a picture may have, and at which size it is wanted.
+    /// The limits for a picture, and the size that the caller needs.
     struct JpegWish {
         int maximumSide;
         std::int64_t maximumPixels;
-        std::int64_t maximumMemory;  ///< of coefficients, in bytes
-        int side;                    ///< the longer side that is enough; 0: all there is
+        /// For the coefficients, in bytes.
+        std::int64_t maximumMemory;
+        /// The longer side of the result may shrink to this number of pixels; 0: the result has the full
+        /// size.
+        int side;
     };
-    /// With the file's own size, upright.
+    /// The result has the file's own size, too; both are upright.
     static ServerResult<Thumbnail> decodeJpeg(std::string_view bytes, const JpegWish& wish);
     static ServerResult<ServerPicture> decodePng(std::string_view bytes, int maximumSide);
 

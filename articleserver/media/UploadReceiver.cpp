@@ -14,8 +14,8 @@ std::string quoted(std::string_view name) { return "\"" + std::string(name) + "\
 }  // namespace
 
 UploadReceiver::UploadReceiver(std::string_view contentType, MediaFolder& media, std::vector<FileRule> rules,
-                               std::shared_ptr<void> lane)
-    : media_(media), rules_(std::move(rules)), lane_(std::move(lane)), reader_(contentType, *this) {}
+                               std::shared_ptr<void> slot)
+    : media_(media), rules_(std::move(rules)), slot_(std::move(slot)), reader_(contentType, *this) {}
 
 bool UploadReceiver::take(std::string_view bytes) {
     if (failure_) return false;
@@ -24,7 +24,7 @@ bool UploadReceiver::take(std::string_view bytes) {
     return !failure_;
 }
 
-ServerResult<ServerDone> UploadReceiver::finish() {
+ServerResult<void> UploadReceiver::finish() {
     if (failure_) return *failure_;
     auto finished = reader_.finish();
     if (!finished) return finished.failure();
@@ -41,7 +41,7 @@ ServerResult<ServerDone> UploadReceiver::finish() {
             return ServerFailure{ServerFault::badInput, "The request holds text that is not UTF-8."};
         }
     }
-    return ServerDone{};
+    return {};
 }
 
 std::optional<std::string> UploadReceiver::field(std::string_view name) const {
@@ -49,7 +49,7 @@ std::optional<std::string> UploadReceiver::field(std::string_view name) const {
     return found == fields_.end() ? std::nullopt : std::optional(found->second);
 }
 
-ServerResult<ServerDone> UploadReceiver::beginPart(const std::string& name, bool isFile) {
+ServerResult<void> UploadReceiver::beginPart(const std::string& name, bool isFile) {
     auto rule = std::find_if(rules_.begin(), rules_.end(),
                              [&](const FileRule& candidate) { return candidate.part == name; });
     currentRule_ = rule == rules_.end() ? nullptr : &*rule;
@@ -62,16 +62,16 @@ ServerResult<ServerDone> UploadReceiver::beginPart(const std::string& name, bool
     }
     if (!currentRule_) {
         currentField_ = &fields_[name];
-        return ServerDone{};
+        return {};
     }
     auto file = media_.receive(currentRule_->extension);
     if (!file) return file.failure();
     currentFile_ = file->get();
     files_.emplace(name, std::move(*file));
-    return ServerDone{};
+    return {};
 }
 
-ServerResult<ServerDone> UploadReceiver::content(std::string_view bytes) {
+ServerResult<void> UploadReceiver::content(std::string_view bytes) {
     if (currentRule_) {
         if (currentFile_->size() + bytes.size() > currentRule_->maximumBytes) {
             return ServerFailure{ServerFault::tooLarge,
@@ -84,7 +84,7 @@ ServerResult<ServerDone> UploadReceiver::content(std::string_view bytes) {
         return ServerFailure{ServerFault::tooLarge, "The fields of the request are too large."};
     }
     currentField_->append(bytes);
-    return ServerDone{};
+    return {};
 }
 
 }  // namespace articleserver

@@ -15,7 +15,7 @@ struct Credentials {
     std::string password;
 };
 
-/// The form's name, trimmed, and password, as far as both are there.
+/// The name, without white space around it, and the password of the form; `badInput` when either is missing.
 ServerResult<Credentials> credentialsOf(const WebRequest& request) {
     auto form = parseFields(request.body);
     if (!form) return form.failure();
@@ -38,7 +38,7 @@ ServerFailure tooManyAttempts() {
     return {ServerFault::throttled, "Too many attempts. Try again in a few minutes."};
 }
 
-/// Refusals of accounts say too that nobody came to be signed in by them.
+/// The reply to a refused account request. All answers of account requests have a user, here null.
 WebReply accountFailure(const ServerFailure& failure) {
     WebReply reply = failureReply(failure);
     auto body = nlohmann::ordered_json::parse(reply.body);
@@ -71,9 +71,10 @@ std::optional<ServerFailure> passwordFault(std::string_view password) {
 
 nlohmann::ordered_json userJson(const StoredUser& user) { return {{"id", user.id}, {"name", user.name}}; }
 
-WebReply ArticleService::startSession(Visit& visit, const StoredUser& user) {
-    // A session that came along ends here: nobody is two users at once, and none is left behind.
-    std::string_view old = visit.request.cookie(sessionCookie);
+WebReply ArticleService::startSession(RequestContext& context, const StoredUser& user) {
+    // The old session of the browser ends here, since a browser cannot use two sessions and would leave one
+    // open.
+    std::string_view old = context.request.cookie(sessionCookie);
     if (isToken(old)) {
         auto removed = store_.removeSession(tokenHash(old));
         if (!removed) return accountFailure(removed.failure());
@@ -83,19 +84,19 @@ WebReply ArticleService::startSession(Visit& visit, const StoredUser& user) {
     std::string token = newToken();
     auto added = store_.addSession(user.id, tokenHash(token), now + seconds * 1000, now);
     if (!added) return accountFailure(added.failure());
-    visit.cookies.push_back(cookie(sessionCookie, token, seconds));
+    context.cookies.push_back(cookie(sessionCookie, token, seconds));
     ResultAnswer answer;
     answer.user = userJson(user);
     return resultReply(answer);
 }
 
-WebReply ArticleService::signUp(Visit& visit) {
-    auto credentials = credentialsOf(visit.request);
+WebReply ArticleService::signUp(RequestContext& context) {
+    auto credentials = credentialsOf(context.request);
     if (!credentials) return accountFailure(credentials.failure());
     if (auto fault = faultOf(*credentials)) return accountFailure(*fault);
-    if (!signUps_.take(visit.request.remoteAddress, now_())) return accountFailure(tooManyAttempts());
+    if (!signUps_.take(context.request.remoteAddress, now_())) return accountFailure(tooManyAttempts());
 
-    // Asked before the costly hashing; the store asks again when it adds the user.
+    // This check saves the slow hashing of a password for a taken name. The store checks the name again.
     auto taken = store_.userNamed(credentials->name);
     if (!taken) return accountFailure(taken.failure());
     if (*taken) return accountFailure({ServerFault::conflict, "The name is taken."});
@@ -105,18 +106,18 @@ WebReply ArticleService::signUp(Visit& visit) {
     auto id = store_.addUser(user, now_());
     if (!id) return accountFailure(id.failure());
     user.id = *id;
-    return startSession(visit, user);
+    return startSession(context, user);
 }
 
-WebReply ArticleService::signIn(Visit& visit) {
-    auto credentials = credentialsOf(visit.request);
+WebReply ArticleService::signIn(RequestContext& context) {
+    auto credentials = credentialsOf(context.request);
     if (!credentials) return accountFailure(credentials.failure());
     const ServerFailure wrong{ServerFault::signedOut, "The name or the password is wrong."};
-    // What cannot be an account's is not worth a hashing.
+    // No account can have such a name or password, so the slow hashing is not needed.
     if (faultOf(*credentials)) return accountFailure(wrong);
 
-    // Counted before the password is looked at, so that attempts at the same time count too.
-    const std::string& address = visit.request.remoteAddress;
+    // The attempt counts before the password is checked, so that parallel attempts cannot exceed the limit.
+    const std::string& address = context.request.remoteAddress;
     const std::string nameAndAddress = address + " " + nameKey(credentials->name);
     ServerTime now = now_();
     if (!signInsByName_.take(nameAndAddress, now)) return accountFailure(tooManyAttempts());
@@ -137,34 +138,34 @@ WebReply ArticleService::signIn(Visit& visit) {
     }
     if (!*matches) return accountFailure(wrong);
     forgive();
-    return startSession(visit, **user);
+    return startSession(context, **user);
 }
 
-WebReply ArticleService::signOut(Visit& visit) {
-    std::string_view token = visit.request.cookie(sessionCookie);
+WebReply ArticleService::signOut(RequestContext& context) {
+    std::string_view token = context.request.cookie(sessionCookie);
     if (isToken(token)) {
         auto removed = store_.removeSession(tokenHash(token));
         if (!removed) return accountFailure(removed.failure());
     }
-    visit.cookies.push_back(cookie(sessionCookie, "", 0));
+    context.cookies.push_back(cookie(sessionCookie, "", 0));
     ResultAnswer answer;
     answer.user = nullptr;
     return resultReply(answer);
 }
 
-WebReply ArticleService::currentUser(Visit& visit) {
-    auto user = signedIn(visit);
+WebReply ArticleService::currentUser(RequestContext& context) {
+    auto user = signedIn(context);
     if (!user) return accountFailure(user.failure());
     ResultAnswer answer;
     answer.user = *user ? userJson(**user) : nlohmann::ordered_json(nullptr);
     return resultReply(answer);
 }
 
-WebReply ArticleService::uploadAvatar(Visit& visit) {
-    auto user = signedIn(visit);
+WebReply ArticleService::uploadAvatar(RequestContext& context) {
+    auto user = signedIn(context);
     if (!user) return accountFailure(user.failure());
     if (!*user) return accountFailure({ServerFault::signedOut, "Sign in first."});
-    auto parts = parseMultipart(visit.request.header("content-type"), visit.request.body);
+    auto parts = parseMultipart(context.request.header("content-type"), context.request.body);
     if (!parts) return accountFailure(parts.failure());
     auto part = std::find_if(parts->begin(), parts->end(),
                              [](const MultipartPart& candidate) { return candidate.name == "image.jpg"; });
@@ -174,7 +175,7 @@ WebReply ArticleService::uploadAvatar(Visit& visit) {
     if (part->content.size() > ServerLimits::avatarFile) {
         return accountFailure({ServerFault::tooLarge, "The picture is larger than 5 MiB."});
     }
-    auto name = door_.takeAvatar(part->content);
+    auto name = ingest_.addAvatar(part->content);
     if (!name) return accountFailure(name.failure());
     auto replaced = store_.setAvatar((*user)->id, *name);
     if (!replaced) {

@@ -4,26 +4,26 @@
 
 namespace articleserver {
 
-ServerResult<PublishRequest> ArticleService::publishRequest(const Visit& visit,
+ServerResult<PublishRequest> ArticleService::publishRequest(const RequestContext& context,
                                                             const StoredUser& user) const {
-    const std::string_view key = visit.request.header("idempotency-key");
+    const std::string_view key = context.request.header("idempotency-key");
     if (key.size() > ServerLimits::repeatKey) {
         return ServerFailure{ServerFault::badInput, "The Idempotency-Key is too long."};
     }
     return PublishRequest{user.id, std::string(key), now_()};
 }
 
-WebReply ArticleService::articleReply(Visit& visit, std::int64_t id) {
+WebReply ArticleService::articleReply(RequestContext& context, std::int64_t id) {
     auto article = store_.article(id);
     if (!article) return failureReply(article.failure());
     if (!*article) return failureReply({ServerFault::notFound, "There is no such article."});
-    return jsonReply(200, articleJson(**article, baseUrl(visit.request)));
+    return jsonReply(200, articleJson(**article, baseUrl(context.request)));
 }
 
-WebReply ArticleService::writeArticle(Visit& visit) {
-    auto user = signedInOnly(visit);
+WebReply ArticleService::writeArticle(RequestContext& context) {
+    auto user = signedInOnly(context);
     if (!user) return failureReply(user.failure());
-    auto form = parseFields(visit.request.body);
+    auto form = parseFields(context.request.body);
     if (!form) return failureReply(form.failure());
     auto title = form->find("title");
     auto text = form->find("text");
@@ -36,15 +36,15 @@ WebReply ArticleService::writeArticle(Visit& visit) {
     if (text->second.size() > ServerLimits::textBytes) {
         return failureReply({ServerFault::tooLarge, "The text is too long."});
     }
-    auto request = publishRequest(visit, *user);
+    auto request = publishRequest(context, *user);
     if (!request) return failureReply(request.failure());
 
-    if (visit.request.query.contains("id")) {
-        auto id = articleId(visit);
+    if (context.request.query.contains("id")) {
+        auto id = articleId(context);
         if (!id) return failureReply(id.failure());
         auto updated = store_.updateArticle(*id, *request, title->second, text->second);
         if (!updated) return failureReply(updated.failure());
-        return articleReply(visit, *id);
+        return articleReply(context, *id);
     }
     if (!articles_.take(std::to_string(user->id), now_())) {
         return failureReply({ServerFault::throttled, "Too many articles. Try again in a few minutes."});
@@ -54,7 +54,7 @@ WebReply ArticleService::writeArticle(Visit& visit) {
     article.text = text->second;
     auto made = store_.createArticle(*request, article);
     if (!made) return failureReply(made.failure());
-    return articleReply(visit, made->id);
+    return articleReply(context, made->id);
 }
 
 }  // namespace articleserver

@@ -22,7 +22,7 @@ nlohmann::ordered_json commentsJson(const CommentPage& page) {
     return comments;
 }
 
-/// Where the comments before those of the page are; null when there are none.
+/// The path of the comments before this page's; null when the article has no older comments.
 nlohmann::ordered_json olderCommentsPath(std::int64_t article, const CommentPage& page) {
     if (!page.hasMore) return nullptr;
     return "/article/comments_json.html?id=" + std::to_string(article) +
@@ -78,31 +78,31 @@ nlohmann::ordered_json commentJson(const StoredComment& comment) {
             {"text", comment.text}};
 }
 
-WebReply ArticleService::articlePage(Visit& visit, const std::optional<std::int64_t>& author,
+WebReply ArticleService::articlePage(RequestContext& context, const std::optional<std::int64_t>& author,
                                      const std::string& path) {
-    auto before = pageStart(visit);
+    auto before = pageStart(context);
     if (!before) return failureReply(before.failure());
     auto page = store_.articles({author, *before, ServerLimits::pageSize, ServerLimits::articleBytesPerPage});
     if (!page) return failureReply(page.failure());
-    std::string base = baseUrl(visit.request);
+    std::string base = baseUrl(context.request);
     ResultAnswer answer;
     for (const StoredArticle& article : page->articles) answer.results.push_back(articleJson(article, base));
     if (page->hasMore) answer.more = path + "?before=" + std::to_string(page->articles.back().id);
     return resultReply(answer);
 }
 
-WebReply ArticleService::listArticles(Visit& visit) {
-    return articlePage(visit, std::nullopt, allArticlesPath);
+WebReply ArticleService::listArticles(RequestContext& context) {
+    return articlePage(context, std::nullopt, allArticlesPath);
 }
 
-WebReply ArticleService::listMyArticles(Visit& visit) {
-    auto user = signedInOnly(visit);
+WebReply ArticleService::listMyArticles(RequestContext& context) {
+    auto user = signedInOnly(context);
     if (!user) return failureReply(user.failure());
-    return articlePage(visit, user->id, myArticlesPath);
+    return articlePage(context, user->id, myArticlesPath);
 }
 
-WebReply ArticleService::loadArticle(Visit& visit) {
-    auto id = decimalId(visit.variable);
+WebReply ArticleService::loadArticle(RequestContext& context) {
+    auto id = decimalId(context.variable);
     if (!id) return failureReply(noArticle());
     auto article = store_.article(*id);
     if (!article) return failureReply(article.failure());
@@ -110,16 +110,16 @@ WebReply ArticleService::loadArticle(Visit& visit) {
     auto page = store_.comments(
         {*id, std::nullopt, ServerLimits::commentsPerAnswer, ServerLimits::commentBytesPerAnswer});
     if (!page) return failureReply(page.failure());
-    auto record = articleJson(**article, baseUrl(visit.request));
+    auto record = articleJson(**article, baseUrl(context.request));
     record["comments"] = commentsJson(*page);
     record["more_comments"] = olderCommentsPath(*id, *page);
     return jsonReply(200, record);
 }
 
-WebReply ArticleService::olderComments(Visit& visit) {
-    auto id = articleId(visit);
+WebReply ArticleService::olderComments(RequestContext& context) {
+    auto id = articleId(context);
     if (!id) return failureReply(id.failure());
-    auto before = pageStart(visit);
+    auto before = pageStart(context);
     if (!before) return failureReply(before.failure());
     auto article = store_.article(*id);
     if (!article) return failureReply(article.failure());
@@ -133,22 +133,23 @@ WebReply ArticleService::olderComments(Visit& visit) {
     return resultReply(answer);
 }
 
-WebReply ArticleService::removeArticle(Visit& visit) {
-    auto user = signedInOnly(visit);
+WebReply ArticleService::removeArticle(RequestContext& context) {
+    auto user = signedInOnly(context);
     if (!user) return failureReply(user.failure());
-    auto id = articleId(visit);
+    auto id = articleId(context);
     if (!id) return failureReply(id.failure());
     auto files = store_.removeArticle(*id, user->id);
     if (!files) return failureReply(files.failure());
-    // Rows first: a crash in between leaves files that the next start sweeps, never rows without files.
+    // The record is removed first: a crash before the next line leaves files, which the next start removes,
+    // and never a record without files.
     media_.remove(*files);
     return resultReply({});
 }
 
-WebReply ArticleService::likeArticle(Visit& visit) {
-    auto user = signedIn(visit);
+WebReply ArticleService::likeArticle(RequestContext& context) {
+    auto user = signedIn(context);
     if (!user) return failureReply(user.failure());
-    auto id = articleId(visit);
+    auto id = articleId(context);
     if (!id) return failureReply(id.failure());
 
     std::string liker;
@@ -156,9 +157,9 @@ WebReply ArticleService::likeArticle(Visit& visit) {
     if (*user) {
         liker = "user " + std::to_string((*user)->id);
     } else {
-        std::string token(visit.request.cookie(visitorCookie));
+        std::string token(context.request.cookie(visitorCookie));
         if (!isToken(token)) {
-            if (!visitors_.take(visit.request.remoteAddress, now_())) {
+            if (!visitors_.take(context.request.remoteAddress, now_())) {
                 return failureReply({ServerFault::throttled, "Too many likes. Try again later."});
             }
             token = newVisitor = newToken();
@@ -169,19 +170,19 @@ WebReply ArticleService::likeArticle(Visit& visit) {
     if (!count) return failureReply(count.failure());
     if (!newVisitor.empty()) {
         auto life = std::chrono::duration_cast<std::chrono::seconds>(ServerLimits::visitorLife).count();
-        visit.cookies.push_back(cookie(visitorCookie, newVisitor, life));
+        context.cookies.push_back(cookie(visitorCookie, newVisitor, life));
     }
     ResultAnswer answer;
     answer.result = std::to_string(*count);
     return resultReply(answer);
 }
 
-WebReply ArticleService::addComment(Visit& visit) {
-    auto user = signedInOnly(visit);
+WebReply ArticleService::addComment(RequestContext& context) {
+    auto user = signedInOnly(context);
     if (!user) return failureReply(user.failure());
-    auto id = articleId(visit);
+    auto id = articleId(context);
     if (!id) return failureReply(id.failure());
-    auto form = parseFields(visit.request.body);
+    auto form = parseFields(context.request.body);
     if (!form) return failureReply(form.failure());
     auto text = form->find("text");
     if (text == form->end() || trimmedText(text->second).empty()) {

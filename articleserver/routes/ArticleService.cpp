@@ -21,7 +21,8 @@ ServerTime milliseconds(Duration duration) {
 
 }  // namespace
 
-/// A path is prefix + variable + suffix, the variable without slash and not empty where there is one.
+/// A method and a path with its handler. The path is prefix + variable + suffix; a variable is not empty and
+/// has no slash.
 struct ArticleService::Route {
     enum class Variable { none, number, text };
     enum class Effect { reads, changes };
@@ -32,9 +33,9 @@ struct ArticleService::Route {
     std::string_view suffix;
     Effect effect;
     std::size_t maximumBody;
-    WebReply (ArticleService::*handler)(Visit&);
-    /// For bodies that are taken piece by piece.
-    WebIntake (ArticleService::*admit)(Visit&, std::uint64_t length) = nullptr;
+    WebReply (ArticleService::*handler)(RequestContext&);
+    /// Set for a route whose body arrives in pieces: admits or refuses the body.
+    WebIntake (ArticleService::*admit)(RequestContext&, std::uint64_t length) = nullptr;
 
     std::optional<std::string_view> match(std::string_view path) const {
         if (variable == Variable::none) {
@@ -108,7 +109,7 @@ struct ArticleServiceRoutes {
     }};
 };
 
-/// What became of finding a route: the route, or the methods that its path has.
+/// The result of the search for a route: the route, or the methods that the path allows.
 struct ArticleService::Routing {
     const Route* route = nullptr;
     std::string variable;
@@ -135,14 +136,14 @@ ArticleService::ArticleService(ArticleStore& store, MediaFolder& media, std::str
                      ServerLimits::rememberedAttempters),
       articles_(ServerLimits::articlesPerAuthor, milliseconds(ServerLimits::attemptWindow),
                 ServerLimits::rememberedAttempters),
-      door_(media) {}
+      ingest_(media) {}
 
 ArticleService::Routing ArticleService::routeOf(const WebRequest& request) const {
     Routing routing;
     for (const Route& route : ArticleServiceRoutes::all) {
         auto variable = route.match(request.path);
         if (!variable) continue;
-        // HEAD must not change anything (RFC 9110, 9.2.1), so a GET that does has no HEAD beside it.
+        // HEAD is a safe method (RFC 9110, 9.2.1), so routes whose GET changes something refuse it.
         bool isHead =
             request.method == "HEAD" && route.method == "GET" && route.effect == Route::Effect::reads;
         if (request.method == route.method || isHead) {
@@ -158,22 +159,23 @@ ArticleService::Routing ArticleService::routeOf(const WebRequest& request) const
 
 namespace {
 
-/// Beside SameSite cookies: browsers say where a request comes from (Fetch Metadata).
+/// A second protection beside SameSite cookies: the browser states that another site made the request (Fetch
+/// Metadata).
 bool isCrossSite(const WebRequest& request) { return request.header("sec-fetch-site") == "cross-site"; }
 
 }  // namespace
 
 WebIntake ArticleService::intake(const WebRequest& request, std::uint64_t length) {
     Routing routing = routeOf(request);
-    // The refusal of an unknown address is the reply's; it needs no body.
+    // reply() makes the refusal of an unknown address; it does not need the body.
     if (!routing.route || !routing.route->admit) {
         if (routing.route && length <= routing.route->maximumBody) return {};
         if (routing.route) return {refusal(413, "The request is too large."), nullptr};
         return {reply(request), nullptr};
     }
     if (isCrossSite(request)) return {reply(request), nullptr};
-    Visit visit{request, routing.variable};
-    return (this->*routing.route->admit)(visit, length);
+    RequestContext context{request, routing.variable};
+    return (this->*routing.route->admit)(context, length);
 }
 
 WebReply ArticleService::reply(const WebRequest& request) {
@@ -187,9 +189,9 @@ WebReply ArticleService::reply(const WebRequest& request) {
     if (routing.route->effect == Route::Effect::changes && isCrossSite(request)) {
         return refusal(403, "Other sites cannot do this.");
     }
-    Visit visit{request, routing.variable};
-    WebReply reply = (this->*routing.route->handler)(visit);
-    for (std::string& cookie : visit.cookies) reply.headers.emplace_back("Set-Cookie", std::move(cookie));
+    RequestContext context{request, routing.variable};
+    WebReply reply = (this->*routing.route->handler)(context);
+    for (std::string& cookie : context.cookies) reply.headers.emplace_back("Set-Cookie", std::move(cookie));
     return reply;
 }
 
@@ -198,9 +200,9 @@ WebReply ArticleService::refusal(int status, const std::string& text) const {
     return jsonReply(status, body);
 }
 
-ServerResult<std::optional<StoredUser>> ArticleService::signedIn(Visit& visit) {
+ServerResult<std::optional<StoredUser>> ArticleService::signedIn(RequestContext& context) {
     using Found = std::optional<StoredUser>;
-    std::string_view token = visit.request.cookie(sessionCookie);
+    std::string_view token = context.request.cookie(sessionCookie);
     if (!isToken(token)) return Found();
     ServerTime now = now_();
     std::string hash = tokenHash(token);
@@ -211,30 +213,30 @@ ServerResult<std::optional<StoredUser>> ArticleService::signedIn(Visit& visit) {
     if ((*session)->expires < now + life - milliseconds(ServerLimits::sessionRenewal)) {
         auto extended = store_.extendSession(hash, now + life);
         if (!extended) return extended.failure();
-        visit.cookies.push_back(cookie(sessionCookie, token, life / 1000));
+        context.cookies.push_back(cookie(sessionCookie, token, life / 1000));
     }
     return Found((*session)->user);
 }
 
-ServerResult<StoredUser> ArticleService::signedInOnly(Visit& visit) {
-    auto user = signedIn(visit);
+ServerResult<StoredUser> ArticleService::signedInOnly(RequestContext& context) {
+    auto user = signedIn(context);
     if (!user) return user.failure();
     if (!*user) return ServerFailure{ServerFault::signedOut, "Sign in first."};
     return std::move(**user);
 }
 
-ServerResult<std::optional<std::int64_t>> ArticleService::pageStart(const Visit& visit) {
+ServerResult<std::optional<std::int64_t>> ArticleService::pageStart(const RequestContext& context) {
     using Start = std::optional<std::int64_t>;
-    auto given = visit.request.query.find("before");
-    if (given == visit.request.query.end()) return Start();
+    auto given = context.request.query.find("before");
+    if (given == context.request.query.end()) return Start();
     Start before = decimalId(given->second);
     if (!before) return ServerFailure{ServerFault::badInput, "The start of the page is not a number."};
     return before;
 }
 
-ServerResult<std::int64_t> ArticleService::articleId(const Visit& visit) const {
-    auto given = visit.request.query.find("id");
-    if (given == visit.request.query.end()) {
+ServerResult<std::int64_t> ArticleService::articleId(const RequestContext& context) const {
+    auto given = context.request.query.find("id");
+    if (given == context.request.query.end()) {
         return ServerFailure{ServerFault::badInput, "The id of the article is missing."};
     }
     auto id = decimalId(given->second);

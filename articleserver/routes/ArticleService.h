@@ -3,8 +3,8 @@
 #include "articleserver/http/HttpServer.h"
 #include "articleserver/media/AvatarPainter.h"
 #include "articleserver/media/MediaFolder.h"
+#include "articleserver/media/MediaIngest.h"
 #include "articleserver/routes/AttemptLimiter.h"
-#include "articleserver/routes/MediaDoor.h"
 #include "articleserver/routes/PasswordHasher.h"
 #include "articleserver/store/ArticleStore.h"
 
@@ -18,16 +18,17 @@
 
 namespace articleserver {
 
-/// The routes of the article server: who may do what, and how it is answered. docs/protocol.md describes
-/// them. Called from any thread of the HTTP server at once; it keeps no state but limiters and caches.
+/// The routes of the article server: checks who may do what and makes the answers. docs/protocol.md describes
+/// the requests. The sources *Routes.cpp implement the handlers. Several threads of the HTTP server call it
+/// at the same time; its only state is limiters and caches.
 class ArticleService final : public WebService {
 public:
-    /// `publicUrl` is the scheme and host to put in front of "/article/ID" and "/media/NAME", without a
-    /// slash at its end; when empty, the Host header of each request is used.
+    /// `publicUrl` is the scheme and host in front of "/article/ID" and "/media/NAME", without a slash at its
+    /// end. When it is empty, addresses have the Host header of the request.
     ArticleService(ArticleStore& store, MediaFolder& media, std::string publicUrl,
                    std::function<ServerTime()> now);
 
-    /// The address to fall back on when a request names no valid host.
+    /// Sets the scheme and host for requests without a valid Host header. Called before the server serves.
     void setLocalUrl(std::string url) { localUrl_ = std::move(url); }
 
     WebIntake intake(const WebRequest& request, std::uint64_t length) override;
@@ -37,63 +38,64 @@ public:
     struct Route;
 
 private:
-    struct Visit;
+    struct RequestContext;
     struct Routing;
 
     Routing routeOf(const WebRequest& request) const;
 
-    WebReply listArticles(Visit& visit);
-    WebReply listMyArticles(Visit& visit);
-    WebReply removeArticle(Visit& visit);
-    WebReply likeArticle(Visit& visit);
-    WebReply loadArticle(Visit& visit);
-    WebReply addComment(Visit& visit);
-    WebReply olderComments(Visit& visit);
-    WebReply articlePage(Visit& visit, const std::optional<std::int64_t>& author, const std::string& path);
+    WebReply listArticles(RequestContext& context);
+    WebReply listMyArticles(RequestContext& context);
+    WebReply removeArticle(RequestContext& context);
+    WebReply likeArticle(RequestContext& context);
+    WebReply loadArticle(RequestContext& context);
+    WebReply addComment(RequestContext& context);
+    WebReply olderComments(RequestContext& context);
+    WebReply articlePage(RequestContext& context, const std::optional<std::int64_t>& author,
+                         const std::string& path);
 
-    WebReply writeArticle(Visit& visit);
-    WebReply changeImage(Visit& visit);
-    WebReply changeVideo(Visit& visit);
-    WebReply removeImage(Visit& visit);
-    WebReply removeVideo(Visit& visit);
-    WebReply changeMedium(Visit& visit, MediumKind kind);
-    WebReply removeMedium(Visit& visit, MediumKind kind);
-    WebReply uploadImage(Visit& visit);
-    WebReply uploadVideo(Visit& visit);
-    WebIntake admitImage(Visit& visit, std::uint64_t length);
-    WebIntake admitVideo(Visit& visit, std::uint64_t length);
+    WebReply writeArticle(RequestContext& context);
+    WebReply changeImage(RequestContext& context);
+    WebReply changeVideo(RequestContext& context);
+    WebReply removeImage(RequestContext& context);
+    WebReply removeVideo(RequestContext& context);
+    WebReply changeMedium(RequestContext& context, MediumKind kind);
+    WebReply removeMedium(RequestContext& context, MediumKind kind);
+    WebReply uploadImage(RequestContext& context);
+    WebReply uploadVideo(RequestContext& context);
+    WebIntake admitImage(RequestContext& context, std::uint64_t length);
+    WebIntake admitVideo(RequestContext& context, std::uint64_t length);
     struct Admission;
-    WebIntake admit(Visit& visit, std::uint64_t length, const Admission& admission);
-    /// Who sends an upload, and where it goes.
+    WebIntake admit(RequestContext& context, std::uint64_t length, const Admission& admission);
+    /// The sender of an upload and the place of the new medium.
     struct Upload;
-    ServerResult<Upload> uploadOf(Visit& visit);
-    ServerResult<PublishRequest> publishRequest(const Visit& visit, const StoredUser& user) const;
-    /// The article as the store has it now.
-    WebReply articleReply(Visit& visit, std::int64_t id);
+    ServerResult<Upload> uploadOf(RequestContext& context);
+    ServerResult<PublishRequest> publishRequest(const RequestContext& context, const StoredUser& user) const;
+    /// The reply with the current record of an article.
+    WebReply articleReply(RequestContext& context, std::int64_t id);
 
-    WebReply signUp(Visit& visit);
-    WebReply signIn(Visit& visit);
-    WebReply signOut(Visit& visit);
-    WebReply currentUser(Visit& visit);
-    WebReply uploadAvatar(Visit& visit);
-    WebReply startSession(Visit& visit, const StoredUser& user);
+    WebReply signUp(RequestContext& context);
+    WebReply signIn(RequestContext& context);
+    WebReply signOut(RequestContext& context);
+    WebReply currentUser(RequestContext& context);
+    WebReply uploadAvatar(RequestContext& context);
+    WebReply startSession(RequestContext& context, const StoredUser& user);
 
-    WebReply notify(Visit& visit);
-    WebReply listNotifications(Visit& visit);
-    WebReply markNotificationsRead(Visit& visit);
+    WebReply notify(RequestContext& context);
+    WebReply listNotifications(RequestContext& context);
+    WebReply markNotificationsRead(RequestContext& context);
 
-    WebReply avatar(Visit& visit);
-    WebReply mediaFile(Visit& visit);
-    WebReply publicPage(Visit& visit);
-    WebReply styleSheet(Visit& visit);
+    WebReply avatar(RequestContext& context);
+    WebReply mediaFile(RequestContext& context);
+    WebReply publicPage(RequestContext& context);
+    WebReply styleSheet(RequestContext& context);
 
-    /// The signed-in user, or absent. Lengthens a session that has been used for a day.
-    ServerResult<std::optional<StoredUser>> signedIn(Visit& visit);
-    /// The signed-in user; SignedOut when nobody is.
-    ServerResult<StoredUser> signedInOnly(Visit& visit);
-    ServerResult<std::int64_t> articleId(const Visit& visit) const;
-    /// The query's "before", absent when it is not given; BadInput when it is no number.
-    static ServerResult<std::optional<std::int64_t>> pageStart(const Visit& visit);
+    /// The signed-in user, or absent. Extends a session whose last extension is at least a day old.
+    ServerResult<std::optional<StoredUser>> signedIn(RequestContext& context);
+    /// The signed-in user; `signedOut` when the request has no valid session.
+    ServerResult<StoredUser> signedInOnly(RequestContext& context);
+    ServerResult<std::int64_t> articleId(const RequestContext& context) const;
+    /// The number "before" of the query; absent when the query has none, `badInput` when it is not a number.
+    static ServerResult<std::optional<std::int64_t>> pageStart(const RequestContext& context);
     std::string baseUrl(const WebRequest& request) const;
     std::string cookie(std::string_view name, std::string_view value, std::int64_t seconds) const;
 
@@ -111,8 +113,9 @@ private:
     AttemptLimiter comments_;
     AttemptLimiter notifications_;
     AttemptLimiter articles_;
-    std::shared_ptr<std::atomic<int>> uploads_ = std::make_shared<std::atomic<int>>(0);  ///< under way
-    MediaDoor door_;
+    /// The number of running uploads. Their receivers share it, because they can live longer than a call.
+    std::shared_ptr<std::atomic<int>> uploads_ = std::make_shared<std::atomic<int>>(0);
+    MediaIngest ingest_;
 
     friend struct ArticleServiceRoutes;
 };

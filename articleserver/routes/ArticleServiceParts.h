@@ -9,11 +9,12 @@
 
 namespace articleserver {
 
-/// One request on its way through a route.
-struct ArticleService::Visit {
+/// One request while its route handles it.
+struct ArticleService::RequestContext {
     const WebRequest& request;
-    std::string variable;  ///< what the path holds in the place of the route's variable part
-    /// Cookies to set whatever the answer is.
+    /// The part of the path that the route's variable matches.
+    std::string variable;
+    /// The cookies that the reply sets, also when it is a refusal.
     std::vector<std::string> cookies = {};
 };
 
@@ -24,7 +25,7 @@ struct ResultAnswer {
     Json result = nullptr;
     Json results = Json::array();
     Json more = nullptr;
-    /// Present in the answers of accounts only: an object or null.
+    /// An object or null in the answers of account requests; absent in all other answers.
     std::optional<Json> user = std::nullopt;
 };
 
@@ -33,28 +34,30 @@ WebReply failureReply(const ServerFailure& failure);
 WebReply jsonReply(int status, const nlohmann::ordered_json& body);
 
 nlohmann::ordered_json userJson(const StoredUser& user);
-/// The article record; `baseUrl` goes in front of its addresses.
+/// The record of an article. `baseUrl` is the scheme and host of its addresses.
 nlohmann::ordered_json articleJson(const StoredArticle& article, const std::string& baseUrl);
 nlohmann::ordered_json imageJson(const StoredImage& image, const std::string& baseUrl);
 nlohmann::ordered_json videoJson(const StoredVideo& video, const std::string& baseUrl);
 nlohmann::ordered_json commentJson(const StoredComment& comment);
 
-/// The whole HTML document of an article, everything escaped.
+/// The HTML document of an article, with all texts escaped.
 std::string articleHtml(const StoredArticle& article, const CommentPage& comments,
                         const std::string& baseUrl);
 std::string notFoundHtml();
 std::string_view articleStyle();
 
-/// Why nobody can sign up with this name or password; absent when somebody can.
+/// The reason why a name or a password is not allowed at signing up; absent when it is allowed.
 std::optional<ServerFailure> nameFault(std::string_view name);
 std::optional<ServerFailure> passwordFault(std::string_view password);
 
-/// 256 random bits as 43 characters fit for a cookie, and what the store keeps of them.
+/// 256 random bits as 43 characters that a cookie can hold.
 std::string newToken();
+/// The hash of a token. The store has only hashes.
 std::string tokenHash(std::string_view token);
+/// True when the text has the form of a token.
 bool isToken(std::string_view text);
 
-/// A quoted entity tag of the bytes.
+/// An entity tag with its quotes that follows from the bytes.
 std::string entityTag(std::string_view bytes);
 
 }  // namespace articleserver

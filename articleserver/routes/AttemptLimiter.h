@@ -10,16 +10,16 @@
 
 namespace articleserver {
 
-/// Counts attempts per key within a sliding window, in bounded memory. Any thread may call it.
+/// Counts the attempts of each key within a sliding window, in bounded memory. Any thread may call it.
 class AttemptLimiter final {
 public:
-    /// At most `limit` attempts within `window` milliseconds; remembers at most `capacity` keys and forgets
-    /// those whose last attempt is oldest.
+    /// Allows `limit` attempts of a key within `window` milliseconds. Remembers `capacity` keys; a further
+    /// key replaces the key whose last attempt is the oldest.
     AttemptLimiter(int limit, ServerTime window, std::size_t capacity);
 
-    /// Counts an attempt and answers true, or answers false, counting nothing, when it would be too many.
+    /// Counts an attempt and returns true. When the limit is reached, counts nothing and returns false.
     bool take(const std::string& key, ServerTime now);
-    /// Takes back one attempt that turned out not to count.
+    /// Removes the latest attempt of the key from the count, for an attempt that was not a failure.
     void giveBack(const std::string& key);
 
 private:

@@ -12,7 +12,7 @@ constexpr const char* avatarCaching = "public, max-age=60";
 constexpr const char* pagePolicy = "default-src 'none'; img-src 'self'; media-src 'self'; style-src 'self'; "
                                    "base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 
-/// An answer with an entity tag: the body, or 304 when the client has it already.
+/// A reply with an entity tag: the body, or 304 when the client has this body already.
 WebReply taggedReply(const WebRequest& request, std::string contentType, std::string body,
                      const char* caching) {
     WebReply reply;
@@ -66,26 +66,26 @@ WebReply fileReply(const WebRequest& request, const MediaFolder::File& file, con
 
 }  // namespace
 
-WebReply ArticleService::mediaFile(Visit& visit) {
-    auto file = media_.find(visit.variable);
+WebReply ArticleService::mediaFile(RequestContext& context) {
+    auto file = media_.find(context.variable);
     if (!file) return failureReply({ServerFault::notFound, "There is no such file."});
-    return fileReply(visit.request, *file, mediaCaching, now_());
+    return fileReply(context.request, *file, mediaCaching, now_());
 }
 
-WebReply ArticleService::avatar(Visit& visit) {
+WebReply ArticleService::avatar(RequestContext& context) {
     const ServerFailure unknown{ServerFault::notFound, "There is no such user."};
-    auto id = decimalId(visit.variable);
+    auto id = decimalId(context.variable);
     if (!id) return failureReply(unknown);
     auto user = store_.user(*id);
     if (!user) return failureReply(user.failure());
     if (!*user) return failureReply(unknown);
     if (auto file = media_.find((*user)->avatar))
-        return fileReply(visit.request, *file, avatarCaching, now_());
-    return taggedReply(visit.request, "image/png", *avatars_.avatar(*id, (*user)->name), avatarCaching);
+        return fileReply(context.request, *file, avatarCaching, now_());
+    return taggedReply(context.request, "image/png", *avatars_.avatar(*id, (*user)->name), avatarCaching);
 }
 
-WebReply ArticleService::publicPage(Visit& visit) {
-    auto id = decimalId(visit.variable);
+WebReply ArticleService::publicPage(RequestContext& context) {
+    auto id = decimalId(context.variable);
     auto article = id ? store_.article(*id) : ServerResult(std::optional<StoredArticle>());
     if (!article) return failureReply(article.failure());
     std::string html = notFoundHtml();
@@ -93,17 +93,18 @@ WebReply ArticleService::publicPage(Visit& visit) {
         auto comments = store_.comments(
             {*id, std::nullopt, ServerLimits::commentsPerPublicPage, ServerLimits::commentBytesPerAnswer});
         if (!comments) return failureReply(comments.failure());
-        html = articleHtml(**article, *comments, baseUrl(visit.request));
+        html = articleHtml(**article, *comments, baseUrl(context.request));
     }
-    WebReply reply = taggedReply(visit.request, "text/html; charset=utf-8", std::move(html), "no-cache");
+    WebReply reply = taggedReply(context.request, "text/html; charset=utf-8", std::move(html), "no-cache");
     if (!*article) reply.status = 404;
     reply.headers.emplace_back("Content-Security-Policy", pagePolicy);
     reply.headers.emplace_back("Referrer-Policy", "no-referrer");
     return reply;
 }
 
-WebReply ArticleService::styleSheet(Visit& visit) {
-    return taggedReply(visit.request, "text/css; charset=utf-8", std::string(articleStyle()), "max-age=3600");
+WebReply ArticleService::styleSheet(RequestContext& context) {
+    return taggedReply(context.request, "text/css; charset=utf-8", std::string(articleStyle()),
+                       "max-age=3600");
 }
 
 }  // namespace articleserver

@@ -24,12 +24,12 @@ ServerResult<std::int64_t> positionOf(const std::string& text) {
     return *position;
 }
 
-ServerResult<ServerDone> checkCaption(const std::string& text) {
-    if (text.size() <= ServerLimits::captionBytes) return ServerDone{};
+ServerResult<void> checkCaption(const std::string& text) {
+    if (text.size() <= ServerLimits::captionBytes) return {};
     return ServerFailure{ServerFault::tooLarge, "The caption is too long."};
 }
 
-/// Seconds.
+/// Parses a duration in seconds.
 ServerResult<double> durationOf(const std::string& text) {
     double seconds = -1;
     const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), seconds);
@@ -42,7 +42,7 @@ ServerResult<double> durationOf(const std::string& text) {
 
 }  // namespace
 
-/// What an upload brings.
+/// The files of an upload.
 struct ArticleService::Admission {
     std::vector<UploadReceiver::FileRule> files;
     std::uint64_t bytes() const {
@@ -57,12 +57,12 @@ struct ArticleService::Upload {
     MediumPlace place;
 };
 
-ServerResult<ArticleService::Upload> ArticleService::uploadOf(Visit& visit) {
-    auto user = signedInOnly(visit);
+ServerResult<ArticleService::Upload> ArticleService::uploadOf(RequestContext& context) {
+    auto user = signedInOnly(context);
     if (!user) return user.failure();
-    auto request = publishRequest(visit, *user);
+    auto request = publishRequest(context, *user);
     if (!request) return request.failure();
-    const WebFields& query = visit.request.query;
+    const WebFields& query = context.request.query;
     auto article = query.find("article_id");
     auto value = query.find("value");
     if (article == query.end() || value == query.end()) {
@@ -75,46 +75,47 @@ ServerResult<ArticleService::Upload> ArticleService::uploadOf(Visit& visit) {
     return Upload{std::move(*request), {*id, *position}};
 }
 
-WebIntake ArticleService::admit(Visit& visit, std::uint64_t length, const Admission& admission) {
+WebIntake ArticleService::admit(RequestContext& context, std::uint64_t length, const Admission& admission) {
     const auto refused = [&](const ServerFailure& failure) {
         return WebIntake{failureReply(failure), nullptr};
     };
-    auto upload = uploadOf(visit);
+    auto upload = uploadOf(context);
     if (!upload) return refused(upload.failure());
     auto isAuthor = store_.checkAuthor(upload->place.article, upload->request.user);
     if (!isAuthor) return refused(isAuthor.failure());
     if (length == 0) return refused(badInput("The upload is empty."));
     if (length > admission.bytes()) return refused({ServerFault::tooLarge, "The upload is too large."});
-    if (length > media_.room()) return refused({ServerFault::storageFull, "The server's storage is full."});
-    std::shared_ptr<void> lane(nullptr, [uploads = uploads_](void*) { --*uploads; });
+    if (length > media_.freeBytes())
+        return refused({ServerFault::storageFull, "The server's storage is full."});
+    std::shared_ptr<void> slot(nullptr, [uploads = uploads_](void*) { --*uploads; });
     if (++*uploads_ > ServerLimits::uploadsAtOnce) {
         return refused({ServerFault::busy, "The server is busy. Try again in a moment."});
     }
-    return {std::nullopt, std::make_shared<UploadReceiver>(visit.request.header("content-type"), media_,
-                                                           admission.files, std::move(lane))};
+    return {std::nullopt, std::make_shared<UploadReceiver>(context.request.header("content-type"), media_,
+                                                           admission.files, std::move(slot))};
 }
 
-WebIntake ArticleService::admitImage(Visit& visit, std::uint64_t length) {
-    return admit(visit, length, {{{imagePart, "jpg", ServerLimits::imageFile}}});
+WebIntake ArticleService::admitImage(RequestContext& context, std::uint64_t length) {
+    return admit(context, length, {{{imagePart, "jpg", ServerLimits::imageFile}}});
 }
 
-WebIntake ArticleService::admitVideo(Visit& visit, std::uint64_t length) {
+WebIntake ArticleService::admitVideo(RequestContext& context, std::uint64_t length) {
     return admit(
-        visit, length,
+        context, length,
         {{{stillPart, "jpg", ServerLimits::stillFile}, {videoPart, "mp4", ServerLimits::videoFile}}});
 }
 
-WebReply ArticleService::uploadImage(Visit& visit) {
-    auto upload = uploadOf(visit);
+WebReply ArticleService::uploadImage(RequestContext& context) {
+    auto upload = uploadOf(context);
     if (!upload) return failureReply(upload.failure());
-    auto& body = static_cast<UploadReceiver&>(*visit.request.receiver);
+    auto& body = static_cast<UploadReceiver&>(*context.request.receiver);
     auto finished = body.finish();
     if (!finished) return failureReply(finished.failure());
     const std::string text = body.field("text").value_or("");
     auto caption = checkCaption(text);
     if (!caption) return failureReply(caption.failure());
 
-    auto taken = door_.takeImage(body.file(imagePart));
+    auto taken = ingest_.addImage(body.file(imagePart));
     if (!taken) return failureReply(taken.failure());
     StoredImage& image = *taken;
     image.text = text;
@@ -123,13 +124,13 @@ WebReply ArticleService::uploadImage(Visit& visit) {
     if (!added) return failureReply(added.failure());
     if (added->isRepeat) return jsonReply(200, {{"id", added->id}});
     image.id = added->id;
-    return jsonReply(200, imageJson(image, baseUrl(visit.request)));
+    return jsonReply(200, imageJson(image, baseUrl(context.request)));
 }
 
-WebReply ArticleService::uploadVideo(Visit& visit) {
-    auto upload = uploadOf(visit);
+WebReply ArticleService::uploadVideo(RequestContext& context) {
+    auto upload = uploadOf(context);
     if (!upload) return failureReply(upload.failure());
-    auto& body = static_cast<UploadReceiver&>(*visit.request.receiver);
+    auto& body = static_cast<UploadReceiver&>(*context.request.receiver);
     auto finished = body.finish();
     if (!finished) return failureReply(finished.failure());
     StoredVideo video;
@@ -148,28 +149,28 @@ WebReply ArticleService::uploadVideo(Visit& visit) {
     auto duration = field ? durationOf(*field) : ServerResult<double>(0);
     if (!duration) return failureReply(duration.failure());
 
-    auto taken = door_.takeVideo(body.file(videoPart), body.file(stillPart));
+    auto taken = ingest_.addVideo(body.file(videoPart), body.file(stillPart));
     if (!taken) return failureReply(taken.failure());
     video.file = taken->file;
     video.thumbnail = taken->thumbnail;
     video.width = taken->width;
     video.height = taken->height;
-    // The index of the clip has the say when the upload gives no duration.
+    // Without a duration in the upload, the duration of the index of the clip counts.
     video.duration = field ? *duration : taken->duration;
     auto added = store_.addVideo(upload->request, upload->place, video);
     if (!added || added->isRepeat) media_.remove({video.file, video.thumbnail});
     if (!added) return failureReply(added.failure());
     if (added->isRepeat) return jsonReply(200, {{"id", added->id}});
     video.id = added->id;
-    return jsonReply(200, videoJson(video, baseUrl(visit.request)));
+    return jsonReply(200, videoJson(video, baseUrl(context.request)));
 }
 
-WebReply ArticleService::changeMedium(Visit& visit, MediumKind kind) {
-    auto user = signedInOnly(visit);
+WebReply ArticleService::changeMedium(RequestContext& context, MediumKind kind) {
+    auto user = signedInOnly(context);
     if (!user) return failureReply(user.failure());
-    auto request = publishRequest(visit, *user);
+    auto request = publishRequest(context, *user);
     if (!request) return failureReply(request.failure());
-    const WebFields& query = visit.request.query;
+    const WebFields& query = context.request.query;
     auto given = query.find("id");
     auto id = given == query.end() ? std::nullopt : decimalId(given->second);
     if (!id) return failureReply(badInput("The id is missing or not a number."));
@@ -192,13 +193,13 @@ WebReply ArticleService::changeMedium(Visit& visit, MediumKind kind) {
     return resultReply({});
 }
 
-WebReply ArticleService::removeMedium(Visit& visit, MediumKind kind) {
-    auto user = signedInOnly(visit);
+WebReply ArticleService::removeMedium(RequestContext& context, MediumKind kind) {
+    auto user = signedInOnly(context);
     if (!user) return failureReply(user.failure());
-    auto request = publishRequest(visit, *user);
+    auto request = publishRequest(context, *user);
     if (!request) return failureReply(request.failure());
-    auto given = visit.request.query.find("id");
-    auto id = given == visit.request.query.end() ? std::nullopt : decimalId(given->second);
+    auto given = context.request.query.find("id");
+    auto id = given == context.request.query.end() ? std::nullopt : decimalId(given->second);
     if (!id) return failureReply(badInput("The id is missing or not a number."));
     auto files = store_.removeMedium(kind, *id, *request);
     if (!files) return failureReply(files.failure());
@@ -206,9 +207,17 @@ WebReply ArticleService::removeMedium(Visit& visit, MediumKind kind) {
     return resultReply({});
 }
 
-WebReply ArticleService::changeImage(Visit& visit) { return changeMedium(visit, MediumKind::image); }
-WebReply ArticleService::changeVideo(Visit& visit) { return changeMedium(visit, MediumKind::video); }
-WebReply ArticleService::removeImage(Visit& visit) { return removeMedium(visit, MediumKind::image); }
-WebReply ArticleService::removeVideo(Visit& visit) { return removeMedium(visit, MediumKind::video); }
+WebReply ArticleService::changeImage(RequestContext& context) {
+    return changeMedium(context, MediumKind::image);
+}
+WebReply ArticleService::changeVideo(RequestContext& context) {
+    return changeMedium(context, MediumKind::video);
+}
+WebReply ArticleService::removeImage(RequestContext& context) {
+    return removeMedium(context, MediumKind::image);
+}
+WebReply ArticleService::removeVideo(RequestContext& context) {
+    return removeMedium(context, MediumKind::video);
+}
 
 }  // namespace articleserver

@@ -25,10 +25,10 @@ std::string fieldOf(const WebFields& form, std::string_view name) {
 
 }  // namespace
 
-WebReply ArticleService::notify(Visit& visit) {
-    auto user = signedInOnly(visit);
+WebReply ArticleService::notify(RequestContext& context) {
+    auto user = signedInOnly(context);
     if (!user) return failureReply(user.failure());
-    auto form = parseFields(visit.request.body);
+    auto form = parseFields(context.request.body);
     if (!form) return failureReply(form.failure());
     auto recipient = decimalId(fieldOf(*form, "user_id"));
     if (!recipient) return failureReply({ServerFault::badInput, "The message names no user."});
@@ -39,7 +39,7 @@ WebReply ArticleService::notify(Visit& visit) {
     notification.date = now_();
     notification.title = trimmedText(fieldOf(*form, "title"));
     notification.text = fieldOf(*form, "text");
-    // A title alone is a message, too: a nudge.
+    // A title without a text is a message, too: clients send one to draw attention.
     if (notification.title.empty() && trimmedText(notification.text).empty()) {
         return failureReply({ServerFault::badInput, "The message is empty."});
     }
@@ -57,10 +57,10 @@ WebReply ArticleService::notify(Visit& visit) {
     return resultReply({});
 }
 
-WebReply ArticleService::listNotifications(Visit& visit) {
-    auto user = signedInOnly(visit);
+WebReply ArticleService::listNotifications(RequestContext& context) {
+    auto user = signedInOnly(context);
     if (!user) return failureReply(user.failure());
-    auto before = pageStart(visit);
+    auto before = pageStart(context);
     if (!before) return failureReply(before.failure());
     auto page = store_.notifications(user->id, *before, ServerLimits::pageSize);
     if (!page) return failureReply(page.failure());
@@ -75,12 +75,12 @@ WebReply ArticleService::listNotifications(Visit& visit) {
     return resultReply(answer);
 }
 
-WebReply ArticleService::markNotificationsRead(Visit& visit) {
-    auto user = signedInOnly(visit);
+WebReply ArticleService::markNotificationsRead(RequestContext& context) {
+    auto user = signedInOnly(context);
     if (!user) return failureReply(user.failure());
-    auto form = parseFields(visit.request.body);
+    auto form = parseFields(context.request.body);
     if (!form) return failureReply(form.failure());
-    // The last one seen, so that what came in since then stays unread.
+    // The client names the latest message that it showed, so that newer messages stay unread.
     auto upTo = decimalId(fieldOf(*form, "up_to"));
     if (!upTo) return failureReply({ServerFault::badInput, "The last message read is not a number."});
     auto unread = store_.markNotificationsRead(user->id, *upTo);

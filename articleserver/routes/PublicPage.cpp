@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t descriptionCharacters = 160;
 
-/// Paragraphs from blank lines, line breaks from single ones; any of CRLF, CR and LF ends a line.
+/// The text as HTML. An empty line ends a paragraph, other lines get a break; CRLF, CR or LF ends a line.
 std::string paragraphs(std::string_view text) {
     std::string html;
     std::string paragraph;
@@ -34,7 +34,7 @@ std::string paragraphs(std::string_view text) {
     return html;
 }
 
-/// The beginning of the text on one line.
+/// The first characters of the text, on one line.
 std::string summary(std::string_view text, std::size_t characters) {
     std::string line;
     std::size_t count = 0;

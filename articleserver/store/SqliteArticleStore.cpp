@@ -179,9 +179,9 @@ ServerResult<std::string> SqliteArticleStore::setAvatar(std::int64_t user, std::
     });
 }
 
-ServerResult<ServerDone> SqliteArticleStore::addSession(std::int64_t user, std::string_view tokenHash,
-                                                        ServerTime expires, ServerTime now) {
-    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+ServerResult<void> SqliteArticleStore::addSession(std::int64_t user, std::string_view tokenHash,
+                                                  ServerTime expires, ServerTime now) {
+    return transact<void>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<void> {
         bool isDone =
             connection.prepare("DELETE FROM sessions WHERE expires <= ?", now).run() &&
             connection
@@ -194,7 +194,7 @@ ServerResult<ServerDone> SqliteArticleStore::addSession(std::int64_t user, std::
                          user, user, ServerLimits::sessionsPerUser)
                 .run();
         if (!isDone) return connection.failure();
-        return ServerDone{};
+        return {};
     });
 }
 
@@ -212,21 +212,21 @@ ServerResult<std::optional<StoredSession>> SqliteArticleStore::session(std::stri
     });
 }
 
-ServerResult<ServerDone> SqliteArticleStore::extendSession(std::string_view tokenHash, ServerTime expires) {
-    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+ServerResult<void> SqliteArticleStore::extendSession(std::string_view tokenHash, ServerTime expires) {
+    return transact<void>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<void> {
         SqliteStatement update =
             connection.prepare("UPDATE sessions SET expires = ? WHERE token_hash = ?", expires, tokenHash);
         if (!update.run()) return connection.failure();
-        return ServerDone{};
+        return {};
     });
 }
 
-ServerResult<ServerDone> SqliteArticleStore::removeSession(std::string_view tokenHash) {
-    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+ServerResult<void> SqliteArticleStore::removeSession(std::string_view tokenHash) {
+    return transact<void>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<void> {
         if (!connection.prepare("DELETE FROM sessions WHERE token_hash = ?", tokenHash).run()) {
             return connection.failure();
         }
-        return ServerDone{};
+        return {};
     });
 }
 
@@ -252,7 +252,7 @@ ServerResult<ArticlePage> SqliteArticleStore::articles(const ArticlePageQuery& q
         std::int64_t newest = query.before ? *query.before - 1 : std::numeric_limits<std::int64_t>::max();
         ArticlePage page;
         {
-            // One more than asked tells whether a next page exists.
+            // The query asks for one row more than the page holds, to learn whether a next page exists.
             SqliteStatement row = query.author
                                       ? connection.prepare(ofAuthor, *query.author, newest, query.limit + 1)
                                       : connection.prepare(ofAll, newest, query.limit + 1);
@@ -309,7 +309,7 @@ ServerResult<std::vector<std::string>> SqliteArticleStore::removeArticle(std::in
             names.push_back(media.text(0));
             names.push_back(media.text(1));
         }
-        // Images, videos, comments and likes go with it (ON DELETE CASCADE).
+        // SQLite removes the images, videos, comments and likes of the article, too (ON DELETE CASCADE).
         if (media.failed() || !connection.prepare("DELETE FROM articles WHERE id = ?", id).run()) {
             return connection.failure();
         }
@@ -339,8 +339,8 @@ ServerResult<bool> SqliteArticleStore::isEmpty() const {
     });
 }
 
-ServerResult<ServerDone> SqliteArticleStore::importInto(const ImportedContent& content) {
-    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+ServerResult<void> SqliteArticleStore::importInto(const ImportedContent& content) {
+    return transact<void>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<void> {
         auto users = numberOf(connection, connection.prepare("SELECT COUNT(*) FROM users"));
         if (!users) return users.failure();
         if (*users != 0) return ServerFailure{ServerFault::conflict, "The database is not empty."};
@@ -372,7 +372,7 @@ ServerResult<ServerDone> SqliteArticleStore::importInto(const ImportedContent& c
             notification.recipientId = ids.at(static_cast<std::size_t>(imported.recipientId));
             if (!insertNotification(connection, notification)) return connection.failure();
         }
-        return ServerDone{};
+        return {};
     });
 }
 

@@ -11,12 +11,12 @@
 
 namespace articleserver {
 
-/// The article store in one SQLite 3 file. Any thread may call it: each operation borrows a connection
-/// from a pool, so readers run side by side (write-ahead log), and writers take writing_ one at a time.
+/// The article store in one SQLite 3 file. Any thread may call it. Each operation borrows a connection from a
+/// pool: readers run in parallel (write-ahead log), and the mutex writing_ admits one writer at a time.
 class SqliteArticleStore final : public ArticleStore {
 public:
-    /// Opens or creates the file and brings its schema up to date (user_version). Refuses a file that a
-    /// newer server has written.
+    /// Opens or creates the file and migrates its schema to the newest version (user_version). Refuses a file
+    /// whose schema is newer than this server.
     static ServerResult<std::unique_ptr<SqliteArticleStore>> open(const std::string& file);
 
     ServerResult<std::int64_t> addUser(const StoredUser& user, ServerTime now) override;
@@ -24,12 +24,12 @@ public:
     ServerResult<std::optional<StoredUser>> user(std::int64_t id) const override;
     ServerResult<std::string> setAvatar(std::int64_t user, std::string_view mediaName) override;
 
-    ServerResult<ServerDone> addSession(std::int64_t user, std::string_view tokenHash, ServerTime expires,
-                                        ServerTime now) override;
+    ServerResult<void> addSession(std::int64_t user, std::string_view tokenHash, ServerTime expires,
+                                  ServerTime now) override;
     ServerResult<std::optional<StoredSession>> session(std::string_view tokenHash,
                                                        ServerTime now) const override;
-    ServerResult<ServerDone> extendSession(std::string_view tokenHash, ServerTime expires) override;
-    ServerResult<ServerDone> removeSession(std::string_view tokenHash) override;
+    ServerResult<void> extendSession(std::string_view tokenHash, ServerTime expires) override;
+    ServerResult<void> removeSession(std::string_view tokenHash) override;
 
     ServerResult<std::int64_t> addArticle(const StoredArticle& article) override;
     ServerResult<ArticlePage> articles(const ArticlePageQuery& query) const override;
@@ -37,15 +37,15 @@ public:
     ServerResult<std::vector<std::string>> removeArticle(std::int64_t id, std::int64_t user) override;
     ServerResult<PublishedId> createArticle(const PublishRequest& request,
                                             const StoredArticle& article) override;
-    ServerResult<ServerDone> updateArticle(std::int64_t id, const PublishRequest& request,
-                                           std::string_view title, std::string_view text) override;
-    ServerResult<ServerDone> checkAuthor(std::int64_t article, std::int64_t user) const override;
+    ServerResult<void> updateArticle(std::int64_t id, const PublishRequest& request, std::string_view title,
+                                     std::string_view text) override;
+    ServerResult<void> checkAuthor(std::int64_t article, std::int64_t user) const override;
     ServerResult<PublishedId> addImage(const PublishRequest& request, const MediumPlace& place,
                                        const StoredImage& image) override;
     ServerResult<PublishedId> addVideo(const PublishRequest& request, const MediumPlace& place,
                                        const StoredVideo& video) override;
-    ServerResult<ServerDone> changeMedium(MediumKind kind, std::int64_t id, const PublishRequest& request,
-                                          const MediumChange& change) override;
+    ServerResult<void> changeMedium(MediumKind kind, std::int64_t id, const PublishRequest& request,
+                                    const MediumChange& change) override;
     ServerResult<std::vector<std::string>> removeMedium(MediumKind kind, std::int64_t id,
                                                         const PublishRequest& request) override;
 
@@ -60,13 +60,13 @@ public:
     ServerResult<std::int64_t> markNotificationsRead(std::int64_t recipient, std::int64_t upTo) override;
 
     ServerResult<bool> isEmpty() const override;
-    ServerResult<ServerDone> importInto(const ImportedContent& content) override;
+    ServerResult<void> importInto(const ImportedContent& content) override;
     ServerResult<std::vector<std::string>> mediaNames() const override;
 
 private:
     explicit SqliteArticleStore(std::string file) : file_(std::move(file)) {}
 
-    /// Runs `work` with a connection, inside a transaction. A failure undoes what it wrote.
+    /// Runs `work` with a connection inside a transaction. A failure of `work` rolls the transaction back.
     template <typename T>
     ServerResult<T> transact(SqliteTransaction::Kind kind,
                              const std::function<ServerResult<T>(SqliteConnection&)>& work) const;

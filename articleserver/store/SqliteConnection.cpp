@@ -6,7 +6,7 @@ namespace articleserver {
 
 namespace {
 
-// Writers wait for each other in our own mutex; this covers another program looking into the file.
+// Writers of this server wait at a mutex. This timeout is for other programs that open the file.
 constexpr int busyMilliseconds = 5000;
 
 }  // namespace

@@ -14,8 +14,9 @@ namespace articleserver {
 
 class SqliteConnection;
 
-/// One run of a prepared statement, borrowed from its connection's cache and given back when it goes.
-/// Parameters are bound in order at construction. Errors are kept: look at failed() after the last step.
+/// One run of a prepared statement of the connection's cache; the destructor makes the statement free again.
+/// The constructor binds the parameters in order. Errors show in failed(), which callers read after the last
+/// step.
 class SqliteStatement final {
 public:
     template <typename... Values>
@@ -36,9 +37,9 @@ public:
     /// The text must outlive the statement.
     void bind(int index, std::string_view value);
 
-    /// True when a row is there to be read.
+    /// Goes to the next row; false after the last row and on failure.
     bool step();
-    /// Steps to the end; false on failure.
+    /// Steps through all rows; false on failure.
     bool run();
     bool failed() const { return failed_; }
 
@@ -55,22 +56,24 @@ private:
 /// One SQLite connection with its prepared statements. Used by one thread at a time.
 class SqliteConnection final {
 public:
-    /// Opens or creates the file: write-ahead log, foreign keys on, every commit on disk.
+    /// Opens or creates the file, with a write-ahead log, with foreign keys enforced, and with an fsync at
+    /// each commit.
     static ServerResult<std::unique_ptr<SqliteConnection>> open(const std::string& file);
     SqliteConnection(const SqliteConnection&) = delete;
     SqliteConnection& operator=(const SqliteConnection&) = delete;
     ~SqliteConnection();
 
-    /// `sql` must be a literal: its address is the key of the cache.
+    /// `sql` must be a string literal, because its address is the key in the cache.
     template <typename... Values>
     SqliteStatement prepare(const char* sql, const Values&... values) {
         return SqliteStatement(*this, cached(sql), values...);
     }
 
-    /// Runs statements without results, one after the other.
+    /// Runs statements that have no results, one after the other.
     bool run(const std::string& sql);
 
-    /// The last error as a refusal: StorageFull when the disk is full, else Internal; logged.
+    /// Logs the last error and returns it: `storageFull` when the disk is full, `busy` when another program
+    /// locks the file, else `internal`.
     ServerFailure failure() const;
 
 private:
@@ -81,7 +84,7 @@ private:
     std::unordered_map<const char*, sqlite3_stmt*> statements_;
 };
 
-/// A transaction that is undone unless commit() succeeded.
+/// A transaction. The destructor rolls it back unless commit() succeeded.
 class SqliteTransaction final {
 public:
     enum class Kind { read, write };

@@ -11,7 +11,7 @@ namespace {
 
 using Kind = SqliteTransaction::Kind;
 
-/// The greatest id of a page whose rows are older than `before`.
+/// The greatest id that a page may have whose ids are below `before`.
 std::int64_t newestOf(const std::optional<std::int64_t>& before) {
     return before ? *before - 1 : std::numeric_limits<std::int64_t>::max();
 }

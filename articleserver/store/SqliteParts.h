@@ -8,17 +8,17 @@
 
 namespace articleserver {
 
-// What the sources of the SQLite store share. The inserting ones run inside a transaction of their caller.
+// Functions that the sources of SqliteArticleStore share. Their callers have opened a transaction.
 
 ServerFailure noArticle();
 
-/// The single number of a statement that gives one.
+/// The number in the first row of a statement.
 ServerResult<std::int64_t> numberOf(SqliteConnection& connection, SqliteStatement statement);
 
 bool insertComment(SqliteConnection& connection, std::int64_t article, std::int64_t author,
                    std::string_view text, ServerTime date);
 
-/// With its read mark; the id is given by the store.
+/// Stores `isRead`, too. The store chooses the id.
 bool insertNotification(SqliteConnection& connection, const StoredNotification& notification);
 
 }  // namespace articleserver

@@ -19,19 +19,18 @@ ServerFailure noMedium(MediumKind kind) {
             kind == MediumKind::image ? "There is no such picture." : "There is no such video."};
 }
 
-ServerResult<ServerDone> requireAuthor(SqliteConnection& connection, std::int64_t article,
-                                       std::int64_t user) {
+ServerResult<void> requireAuthor(SqliteConnection& connection, std::int64_t article, std::int64_t user) {
     SqliteStatement row = connection.prepare("SELECT author_id FROM articles WHERE id = ?", article);
     if (!row.step()) return row.failed() ? connection.failure() : noArticle();
     if (row.integer(0) != user) return notTheAuthor();
-    return ServerDone{};
+    return {};
 }
 
 bool touch(SqliteConnection& connection, std::int64_t article, ServerTime now) {
     return connection.prepare("UPDATE articles SET modified = ? WHERE id = ?", now, article).run();
 }
 
-/// What the request made when it came for the first time.
+/// The id that the first arrival of this request made; absent when the request is new or has no key.
 ServerResult<std::optional<std::int64_t>> madeBefore(SqliteConnection& connection,
                                                      const PublishRequest& request) {
     using Made = std::optional<std::int64_t>;
@@ -57,7 +56,7 @@ bool remember(SqliteConnection& connection, const PublishRequest& request, std::
                .run();
 }
 
-/// Runs `insert`, which answers an id, unless the request has been carried out before.
+/// Runs `insert`, which returns the new id, unless the request is a repeated one.
 template <typename Insert>
 ServerResult<PublishedId> once(SqliteConnection& connection, const PublishRequest& request, Insert insert) {
     auto made = madeBefore(connection, request);
@@ -69,7 +68,7 @@ ServerResult<PublishedId> once(SqliteConnection& connection, const PublishReques
     return PublishedId{*id, false};
 }
 
-/// The article that an image or video belongs to, once `user` is found to be its author.
+/// The article of an image or video, after the check that `user` is its author.
 ServerResult<std::int64_t> articleOfMedium(SqliteConnection& connection, MediumKind kind, std::int64_t id,
                                            std::int64_t user) {
     SqliteStatement row = kind == MediumKind::image
@@ -84,9 +83,9 @@ ServerResult<std::int64_t> articleOfMedium(SqliteConnection& connection, MediumK
     return row.integer(0);
 }
 
-/// Whether the article's captions, with the one that just came in, are within their bound.
-ServerResult<ServerDone> requireCaptionRoom(SqliteConnection& connection, std::int64_t article) {
-    // Of a text cast to a blob LENGTH gives bytes.
+/// Checks the sum of the article's captions after a change of one of them.
+ServerResult<void> requireCaptionRoom(SqliteConnection& connection, std::int64_t article) {
+    // LENGTH counts the characters of a text, but the bytes of a blob.
     auto bytes = numberOf(
         connection,
         connection.prepare(
@@ -97,10 +96,10 @@ ServerResult<ServerDone> requireCaptionRoom(SqliteConnection& connection, std::i
     if (*bytes > ServerLimits::captionBytesPerArticle) {
         return ServerFailure{ServerFault::tooLarge, "The captions of the article are too long."};
     }
-    return ServerDone{};
+    return {};
 }
 
-/// Runs `insert` for an article of `user` that has room for one more, answers the new medium's id.
+/// Checks the author and the limits of the article, runs `insert` and returns the new medium's id.
 template <typename Insert>
 ServerResult<std::int64_t> insertMedium(SqliteConnection& connection, MediumKind kind,
                                         const PublishRequest& request, const MediumPlace& place,
@@ -144,21 +143,21 @@ ServerResult<PublishedId> SqliteArticleStore::createArticle(const PublishRequest
     });
 }
 
-ServerResult<ServerDone> SqliteArticleStore::updateArticle(std::int64_t id, const PublishRequest& request,
-                                                           std::string_view title, std::string_view text) {
-    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+ServerResult<void> SqliteArticleStore::updateArticle(std::int64_t id, const PublishRequest& request,
+                                                     std::string_view title, std::string_view text) {
+    return transact<void>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<void> {
         auto isAuthor = requireAuthor(connection, id, request.user);
         if (!isAuthor) return isAuthor;
         SqliteStatement update =
             connection.prepare("UPDATE articles SET title = ?, text = ?, modified = ? WHERE id = ?", title,
                                text, request.now, id);
         if (!update.run()) return connection.failure();
-        return ServerDone{};
+        return {};
     });
 }
 
-ServerResult<ServerDone> SqliteArticleStore::checkAuthor(std::int64_t article, std::int64_t user) const {
-    return transact<ServerDone>(
+ServerResult<void> SqliteArticleStore::checkAuthor(std::int64_t article, std::int64_t user) const {
+    return transact<void>(
         Kind::read, [&](SqliteConnection& connection) { return requireAuthor(connection, article, user); });
 }
 
@@ -193,10 +192,10 @@ ServerResult<PublishedId> SqliteArticleStore::addVideo(const PublishRequest& req
     });
 }
 
-ServerResult<ServerDone> SqliteArticleStore::changeMedium(MediumKind kind, std::int64_t id,
-                                                          const PublishRequest& request,
-                                                          const MediumChange& change) {
-    return transact<ServerDone>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<ServerDone> {
+ServerResult<void> SqliteArticleStore::changeMedium(MediumKind kind, std::int64_t id,
+                                                    const PublishRequest& request,
+                                                    const MediumChange& change) {
+    return transact<void>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<void> {
         auto article = articleOfMedium(connection, kind, id, request.user);
         if (!article) return article.failure();
         const bool isImage = kind == MediumKind::image;
@@ -216,7 +215,7 @@ ServerResult<ServerDone> SqliteArticleStore::changeMedium(MediumKind kind, std::
             if (!update.run()) return connection.failure();
         }
         if (!touch(connection, *article, request.now)) return connection.failure();
-        return ServerDone{};
+        return {};
     });
 }
 

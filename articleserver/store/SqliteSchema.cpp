@@ -6,8 +6,8 @@ namespace articleserver {
 
 namespace {
 
-// Step n takes a file from version n to n + 1. A step that has been released is never edited.
-// AUTOINCREMENT, because the id of a removed article must not come back as another one's.
+// Step n migrates a file from version n to n + 1. Nobody edits a step after its release.
+// AUTOINCREMENT keeps the id of a removed article from becoming the id of a new one.
 constexpr std::array<const char*, 3> migrations = {R"sql(
 CREATE TABLE users (
     id            INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -101,7 +101,7 @@ CREATE INDEX published_requests_by_time ON published_requests (published);
 
 }  // namespace
 
-ServerResult<ServerDone> migrateSchema(SqliteConnection& connection) {
+ServerResult<void> migrateSchema(SqliteConnection& connection) {
     SqliteTransaction transaction(connection, SqliteTransaction::Kind::write);
     if (!transaction.isOpen()) return connection.failure();
     std::size_t version = 0;
@@ -119,7 +119,7 @@ ServerResult<ServerDone> migrateSchema(SqliteConnection& connection) {
         if (!connection.run(step)) return connection.failure();
     }
     if (!transaction.commit()) return connection.failure();
-    return ServerDone{};
+    return {};
 }
 
 }  // namespace articleserver

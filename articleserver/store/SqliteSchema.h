@@ -4,8 +4,8 @@
 
 namespace articleserver {
 
-/// Creates the tables or brings an older file up to the newest version in one transaction.
+/// Creates the tables of a new file, or migrates an older file to the newest version, in one transaction.
 /// Refuses a file whose version is newer than this program's.
-ServerResult<ServerDone> migrateSchema(SqliteConnection& connection);
+ServerResult<void> migrateSchema(SqliteConnection& connection);
 
 }  // namespace articleserver

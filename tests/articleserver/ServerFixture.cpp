@@ -1,6 +1,5 @@
 #include "tests/articleserver/ServerFixture.h"
 
-#include <cstdlib>
 #include <fstream>
 
 namespace articleserver {
@@ -24,16 +23,6 @@ httplib::Headers withCookies(httplib::Headers headers, const std::string& cookie
 
 }  // namespace
 
-TemporaryFolder::TemporaryFolder() {
-    std::string pattern = std::filesystem::temp_directory_path() / "ostrel-XXXXXX";
-    if (const char* made = ::mkdtemp(pattern.data())) path_ = made;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-}
-
 std::string Answer::header(const std::string& name) const {
     auto found = headers.find(name);
     return found == headers.end() ? std::string() : found->second;
@@ -55,7 +44,7 @@ std::string exifSegmentWith(int orientation) {
 
 std::string withOrientation(const std::string& jpeg, int orientation) {
     const std::string segment = exifSegmentWith(orientation);
-    // Behind the start of the image; the length counts its own two bytes.
+    // The segment follows the marker of the start; its length counts the two bytes of the length, too.
     const std::string head{'\xFF', '\xE1', '\0', static_cast<char>(segment.size() + 2)};
     return jpeg.substr(0, 2) + head + segment + jpeg.substr(2);
 }
@@ -65,13 +54,18 @@ std::string bytesOf(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-void ServerTest::start() {
-    server_.reset();
+ServerResult<std::unique_ptr<ArticleServer>> ServerTest::tryStart() {
     ArticleServerOptions options;
     options.dataFolder = folder_.path();
     options.publicUrl = publicUrl_;
+    options.sampleFolder = sampleFolder_;
     options.now = [this] { return now_.load(); };
-    auto started = ArticleServer::start(options);
+    return ArticleServer::start(options);
+}
+
+void ServerTest::start() {
+    server_.reset();
+    auto started = tryStart();
     ASSERT_TRUE(started) << started.failure().text;
     server_ = std::move(*started);
 }
@@ -81,21 +75,15 @@ Answer ServerTest::get(const std::string& path, const std::string& cookies, http
     return answerOf(client.Get(path, withCookies(std::move(headers), cookies)));
 }
 
-Answer ServerTest::head(const std::string& path) {
-    httplib::Client client("127.0.0.1", server_->port());
-    return answerOf(client.Head(path));
-}
-
 Answer ServerTest::post(const std::string& path, const httplib::Params& form, const std::string& cookies) {
     httplib::Client client("127.0.0.1", server_->port());
     return answerOf(client.Post(path, withCookies({}, cookies), form));
 }
 
-Answer ServerTest::uploadAvatar(const std::string& bytes, const std::string& cookies,
-                                const std::string& partName) {
+Answer ServerTest::upload(const std::string& path, const httplib::MultipartFormDataItems& parts,
+                          const std::string& cookies, httplib::Headers headers) {
     httplib::Client client("127.0.0.1", server_->port());
-    httplib::MultipartFormDataItems parts = {{partName, bytes, "image.jpg", "image/jpeg"}};
-    return answerOf(client.Post("/account/avatar", withCookies({}, cookies), parts));
+    return answerOf(client.Post(path, withCookies(std::move(headers), cookies), parts));
 }
 
 std::string ServerTest::signUp(const std::string& name, const std::string& password) {
@@ -126,7 +114,7 @@ std::int64_t ServerTest::addArticle(const std::string& author, const std::string
 }
 
 std::string ServerTest::addMedia(const std::string& bytes, const std::string& extension) {
-    std::string number = std::to_string(++mediaCount_);
+    std::string number = std::to_string(++addedMedia_);
     std::string name = std::string(32 - number.size(), 'a') + number + "." + extension;
     std::ofstream(mediaFolder() / name, std::ios::binary) << bytes;
     return name;

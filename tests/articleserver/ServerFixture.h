@@ -1,6 +1,7 @@
 #pragma once
 
 #include "articleserver/ArticleServer.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <httplib.h>
@@ -10,23 +11,12 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace articleserver {
 
-/// A folder of its own below the system's temporary folder, gone with the object.
-class TemporaryFolder final {
-public:
-    TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder();
-
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
+using ostrel::TemporaryFolder;
 
 struct Answer {
     int status = 0;  ///< 0: the connection failed
@@ -46,37 +36,44 @@ std::string withOrientation(const std::string& jpeg, int orientation);
 
 std::string bytesOf(const std::filesystem::path& file);
 
-/// A server on a port of its own over an empty folder, with a clock that tests turn.
+/// A server on a port that the system chooses, over an empty folder, with a clock that tests set.
 class ServerTest : public testing::Test {
 protected:
     static constexpr ServerTime startTime = 1'795'228'358'123;  // 2026-11-21T02:32:38.123Z
 
     void SetUp() override { start(); }
+    ServerResult<std::unique_ptr<ArticleServer>> tryStart();
+    /// Ends a running server first.
     void start();
     void stop() { server_.reset(); }
 
     Answer get(const std::string& path, const std::string& cookies = {}, httplib::Headers headers = {});
-    Answer head(const std::string& path);
     Answer post(const std::string& path, const httplib::Params& form, const std::string& cookies = {});
-    Answer uploadAvatar(const std::string& bytes, const std::string& cookies,
-                        const std::string& partName = "image.jpg");
+    Answer upload(const std::string& path, const httplib::MultipartFormDataItems& parts,
+                  const std::string& cookies, httplib::Headers headers = {});
 
-    /// Signs up and answers the session cookie.
+    /// Signs a user up and returns the session cookie.
     std::string signUp(const std::string& name, const std::string& password = "long enough");
     std::int64_t userId(const std::string& name);
     std::int64_t addArticle(const std::string& author, const std::string& title = "Title",
                             const std::string& text = "Text", bool openComment = true);
 
     ArticleStore& store() { return server_->store(); }
-    std::filesystem::path mediaFolder() const { return folder_.path() / "media"; }
-    /// Puts a file among the media under a valid name.
+    std::filesystem::path mediaFolder() const { return folder_.path("media"); }
+    /// The number of files in the media folder, also of partial ones.
+    std::size_t mediaCount() const {
+        return static_cast<std::size_t>(
+            std::distance(std::filesystem::directory_iterator(mediaFolder()), {}));
+    }
+    /// Writes a file with a valid name into the media folder.
     std::string addMedia(const std::string& bytes, const std::string& extension);
 
     TemporaryFolder folder_;
     std::atomic<ServerTime> now_{startTime};
     std::string publicUrl_;
+    std::optional<std::filesystem::path> sampleFolder_;
     std::unique_ptr<ArticleServer> server_;
-    int mediaCount_ = 0;
+    int addedMedia_ = 0;
 };
 
 }  // namespace articleserver

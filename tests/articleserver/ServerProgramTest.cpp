@@ -21,31 +21,23 @@ int portIn(const std::string& line) {
 
 }  // namespace
 
-TEST(ServerProgramTest, ServesUntilItIsTold) {
+TEST(ServerProgramTest, ServesTheSamplesUntilItIsTold) {
     TemporaryFolder folder;
     for (int number : {SIGTERM, SIGINT}) {
-        ChildProcess server({binary, "--data", folder.path() / "new" / "data", "--port", "0"});
+        ChildProcess server({binary, "--data", folder.path("new/data"), "--port", "0", "--sample",
+                             OSTREL_RESOURCE_DIR "/samples"});
         httplib::Client client("127.0.0.1", portIn(server.line()));
         client.set_keep_alive(true);
-        auto answer = client.Get("/article/articles_json.html");
+        EXPECT_EQ(server.line(), "sample account: Ada Fern / snowdrop-teapot");
+        EXPECT_EQ(server.line(), "sample account: Oskar Lind / ferry-lantern");
+        const auto answer = client.Get("/article/articles_json.html");
         ASSERT_TRUE(answer);
-        EXPECT_EQ(answer->status, 200);
+        EXPECT_EQ(nlohmann::json::parse(answer->body)["results"].size(), 20U);
         server.signal(number);
         EXPECT_EQ(server.exitStatus(), 0);
         EXPECT_EQ(server.rest(), "");
         EXPECT_EQ(server.errors(), "");
     }
-}
-
-TEST(ServerProgramTest, SampleTellsItsAccountsAfterTheAddress) {
-    TemporaryFolder folder;
-    ChildProcess server(
-        {binary, "--data", folder.path(), "--port", "0", "--sample", OSTREL_RESOURCE_DIR "/samples"});
-    portIn(server.line());
-    EXPECT_EQ(server.line(), "sample account: Ada Fern / snowdrop-teapot");
-    EXPECT_EQ(server.line(), "sample account: Oskar Lind / ferry-lantern");
-    server.signal(SIGTERM);
-    EXPECT_EQ(server.exitStatus(), 0);
 }
 
 TEST(ServerProgramTest, AFullDiskIsAnErrorAndLeavesNoHalfFile) {
@@ -67,7 +59,7 @@ TEST(ServerProgramTest, AFullDiskIsAnErrorAndLeavesNoHalfFile) {
         const auto answer = client.Post("/article/image_update?article_id=1&value=0", headers, parts);
         ASSERT_TRUE(answer) << size;
         EXPECT_EQ(answer->status, status) << answer->body;
-        EXPECT_TRUE(std::filesystem::is_empty(folder.path() / "media"));
+        EXPECT_TRUE(std::filesystem::is_empty(folder.path("media")));
     }
     const auto list = client.Get("/article/articles_json.html");
     ASSERT_TRUE(list);
@@ -79,30 +71,28 @@ TEST(ServerProgramTest, MistakesGetOneSentenceAndAStatus) {
     TemporaryFolder used;
     ChildProcess first({binary, "--data", used.path(), "--port", "0"});
     std::string port = std::to_string(portIn(first.line()));
-    std::string file = folder.path() / "file";
+    std::string file = folder.path("file");
     std::ofstream(file) << "x";
-    const std::string data = folder.path() / "data";
+    const std::string data = folder.path("data");
 
     struct Case {
         std::vector<std::string> arguments;
         int status;
         std::string part;
     };
-    for (const Case& tried : {
-             Case{{"--data", data, "--port", port}, 1, "Cannot listen on 127.0.0.1 port " + port},
-             Case{{"--data", used.path()}, 1, "Another server is using the data folder"},
-             Case{{"--data", file + "/below"}, 1, "data folder"},
-             Case{{"--data", "/proc/nowhere"}, 1, "data folder"},
-             Case{{"--data", data, "--public-url", "ftp://x"}, 1, "public address"},
-             Case{{"--data", data, "--host", "not.an.address.invalid"}, 1, "Cannot listen"},
-             Case{{"--data", data, "--sample", file + "/below"}, 1, "Cannot read the sample file"},
-             Case{{"--data", data, "--sample"}, 2, "--sample"},
-             Case{{"--data", data, "--port", "65536"}, 2, "--port"},
-             Case{{"--data", data, "--port", "-1"}, 2, "--port"},
-             Case{{"--data", data, "--port", "http"}, 2, "--port"},
-             Case{{"--data", data, "--unknown"}, 2, "--unknown"},
-             Case{{"--port", "0"}, 2, "--data"},
-         }) {
+    for (const Case& tried :
+         {Case{{"--data", data, "--port", port}, 1, "Cannot listen on 127.0.0.1 port " + port},
+          Case{{"--data", used.path()}, 1, "Another server is using the data folder"},
+          Case{{"--data", file + "/below"}, 1, "data folder"},
+          Case{{"--data", "/proc/nowhere"}, 1, "data folder"},
+          Case{{"--data", data, "--public-url", "ftp://x"}, 1, "public address"},
+          Case{{"--data", data, "--host", "not.an.address.invalid"}, 1, "Cannot listen"},
+          Case{{"--data", data, "--sample", file + "/below"}, 1, "Cannot read the sample file"},
+          Case{{"--data", data, "--sample"}, 2, "--sample"},
+          Case{{"--data", data, "--port", "65536"}, 2, "--port"},
+          Case{{"--data", data, "--port", "-1"}, 2, "--port"},
+          Case{{"--data", data, "--port", "http"}, 2, "--port"},
+          Case{{"--data", data, "--unknown"}, 2, "--unknown"}, Case{{"--port", "0"}, 2, "--data"}}) {
         std::vector<std::string> arguments = {binary};
         arguments.insert(arguments.end(), tried.arguments.begin(), tried.arguments.end());
         ChildProcess server(arguments);

@@ -1,10 +1,29 @@
 #include "articleserver/http/WebMessage.h"
 #include "articleserver/common/ServerText.h"
+#include "articleserver/http/MultipartReader.h"
 #include "articleserver/routes/AttemptLimiter.h"
 
 #include <gtest/gtest.h>
 
 namespace articleserver {
+
+namespace {
+
+/// Records its parts as a text.
+class NotingSink final : public MultipartSink {
+public:
+    ServerResult<void> beginPart(const std::string& name, bool isFile) override {
+        notes += "[" + name + (isFile ? "|file]" : "]");
+        return {};
+    }
+    ServerResult<void> content(std::string_view bytes) override {
+        notes += bytes;
+        return {};
+    }
+    std::string notes;
+};
+
+}  // namespace
 
 TEST(WebMessageTest, FieldsAreDecodedOrRefused) {
     auto fields = parseFields("a=1&b=x+y%26%3D&&empty=&bare&%E5%90%8D=%E6%9E%97");
@@ -14,22 +33,6 @@ TEST(WebMessageTest, FieldsAreDecodedOrRefused) {
          {"a=%", "a=%4", "a=%G0", "%zz=1", "a=%00", "a=%ED%A0%80", "a=%C0%AF", "a=1&a=2"}) {
         EXPECT_FALSE(parseFields(broken)) << broken;
     }
-}
-
-TEST(WebMessageTest, MultipartPartsKeepTheirBytes) {
-    const std::string type = "multipart/form-data; charset=x; boundary=\"b-1\"";
-    const std::string binary("\x00\r\n--b-2\r\n\xFF", 11);
-    const std::string body =
-        "preamble\r\n--b-1\r\nContent-Disposition: form-data; name=\"image.jpg\"; "
-        "filename=\"a;\\\"b.jpg\"\r\nContent-Type: image/jpeg\r\n\r\n" +
-        binary + "\r\n--b-1\r\ncontent-disposition: form-data; name=text\r\n\r\n\r\n--b-1--\r\nend";
-    auto parts = parseMultipart(type, body);
-    ASSERT_TRUE(parts) << parts.failure().text;
-    ASSERT_EQ(parts->size(), 2U);
-    EXPECT_EQ((*parts)[0].name, "image.jpg");
-    EXPECT_EQ((*parts)[0].content, binary);
-    EXPECT_EQ((*parts)[1].name, "text");
-    EXPECT_EQ((*parts)[1].content, "");
 }
 
 TEST(WebMessageTest, EveryCutOfAMultipartBodyIsRefused) {
@@ -43,10 +46,24 @@ TEST(WebMessageTest, EveryCutOfAMultipartBodyIsRefused) {
                               "multipart/form-data; boundary=\"b", "multipart/form-data; boundary=c"}) {
         EXPECT_FALSE(parseMultipart(other, body)) << other;
     }
-    std::string long1 =
-        "--b\r\nContent-Disposition: form-data; name=\"" + std::string(9000, 'n') + "\"\r\n\r\nv\r\n--b--";
-    EXPECT_FALSE(parseMultipart(type, long1));
+    const std::string longName(9000, 'n');
+    EXPECT_FALSE(parseMultipart(type, "--b\r\nContent-Disposition: form-data; name=\"" + longName +
+                                          "\"\r\n\r\nv\r\n--b--"));
     EXPECT_FALSE(parseMultipart(type, "--b\r\nContent-Type: text/plain\r\n\r\nv\r\n--b--"));
+}
+
+TEST(MultipartReaderTest, ReadsTheSameInPiecesOfEverySize) {
+    const std::string body = "preamble\r\n--b-\r\nContent-Disposition: form-data; name=\"t\"\r\n\r\n"
+                             "a\r\n--b\r\n-\xFF\r\n--\r\n--b-\r\ncontent-disposition: form-data; name=f; "
+                             "filename=\"a;\\\"b\"\r\nX: y\r\n\r\n\r\n--b---\r\nend";
+    for (std::size_t piece = 1; piece <= body.size(); ++piece) {
+        NotingSink sink;
+        MultipartReader reader("multipart/form-data; charset=x; boundary=\"b-\"", sink);
+        for (std::size_t at = 0; at < body.size(); at += piece)
+            ASSERT_TRUE(reader.take(std::string_view(body).substr(at, piece)));
+        EXPECT_TRUE(reader.finish());
+        EXPECT_EQ(sink.notes, "[t]a\r\n--b\r\n-\xFF\r\n--[f|file]") << piece;
+    }
 }
 
 TEST(WebMessageTest, HostsThatMayStandInAnAddress) {
@@ -69,47 +86,33 @@ TEST(WebMessageTest, CookiesAreFoundByTheirWholeName) {
     EXPECT_EQ(request.cookie("missing"), "");
 }
 
-TEST(ServerTextTest, DatesOfEveryForm) {
-    struct Case {
-        ServerTime time;
-        const char* iso;
-        const char* http;
-    };
-    for (const Case& tried :
-         {Case{0, "1970-01-01T00:00:00.000Z", "Thu, 01 Jan 1970 00:00:00 GMT"},
-          Case{-1, "1969-12-31T23:59:59.999Z", "Wed, 31 Dec 1969 23:59:59 GMT"},
-          Case{1709164800007, "2024-02-29T00:00:00.007Z", "Thu, 29 Feb 2024 00:00:00 GMT"}}) {
-        EXPECT_EQ(isoDate(tried.time), tried.iso);
-        EXPECT_EQ(httpDate(tried.time), tried.http);
-    }
+TEST(ServerTextTest, DatesBefore1970KeepTheirSecond) {
+    EXPECT_EQ(isoDate(-1), "1969-12-31T23:59:59.999Z");
+    EXPECT_EQ(httpDate(-1), "Wed, 31 Dec 1969 23:59:59 GMT");
+    EXPECT_EQ(isoDate(1709164800007), "2024-02-29T00:00:00.007Z");
 }
 
 TEST(ServerTextTest, InitialsOfManyScripts) {
-    struct Case {
-        const char* name;
-        const char* initial;
-    };
-    for (const Case& tried :
-         {Case{"ada", "A"}, Case{"林小满", "林"}, Case{"éva", "É"}, Case{"e\xCC\x81va", "E\xCC\x81"},
-          Case{"ßen", "SS"}, Case{"йван", "Й"}, Case{"", "?"}}) {
-        EXPECT_EQ(nameInitial(tried.name), tried.initial) << tried.name;
+    for (const auto& [name, initial] : {std::pair("ada", "A"), std::pair("林小满", "林"),
+                                        std::pair("éva", "É"), std::pair("e\xCC\x81va", "E\xCC\x81"),
+                                        std::pair("ßen", "SS"), std::pair("йван", "Й"), std::pair("", "?")}) {
+        EXPECT_EQ(nameInitial(name), initial) << name;
     }
 }
 
 TEST(AttemptLimiterTest, WindowSlidesAndMemoryIsBounded) {
     AttemptLimiter limiter(2, 100, 3);
-    EXPECT_TRUE(limiter.take("a", 0));
-    EXPECT_TRUE(limiter.take("a", 60));
-    EXPECT_FALSE(limiter.take("a", 99));
-    EXPECT_TRUE(limiter.take("a", 100));
-    EXPECT_FALSE(limiter.take("a", 110));
-    limiter.giveBack("a");
-    EXPECT_TRUE(limiter.take("a", 110));
-    // The key whose last attempt is oldest makes room for a fourth.
-    EXPECT_TRUE(limiter.take("b", 120));
-    EXPECT_TRUE(limiter.take("c", 121));
-    EXPECT_TRUE(limiter.take("d", 122));
-    EXPECT_TRUE(limiter.take("a", 123));
+    struct Case {
+        const char* key;
+        ServerTime time;
+        bool isTaken;
+    };
+    // After "d", a fourth key, the limiter has forgotten "a", whose last attempt is the oldest.
+    for (const Case& tried : {Case{"a", 0, true}, Case{"a", 60, true}, Case{"a", 99, false},
+                              Case{"a", 100, true}, Case{"a", 110, false}, Case{"b", 120, true},
+                              Case{"c", 121, true}, Case{"d", 122, true}, Case{"a", 123, true}}) {
+        EXPECT_EQ(limiter.take(tried.key, tried.time), tried.isTaken) << tried.key << tried.time;
+    }
 }
 
 }  // namespace articleserver

@@ -1,9 +1,7 @@
 #include "tests/articleserver/ServerFixture.h"
 
-#include <atomic>
 #include <chrono>
 #include <fstream>
-#include <thread>
 
 namespace articleserver {
 
@@ -11,11 +9,11 @@ namespace {
 
 class MediaTest : public ServerTest {
 protected:
-    /// Known to the database, so that a restart keeps it.
-    std::string addPicture(const std::string& bytes) {
+    /// The database names the file, so that a restart keeps it.
+    std::string addPicture(const std::string& bytes, const std::string& extension = "jpg") {
         StoredArticle article;
         article.authorId = userId("Ada");
-        article.images = {{0, addMedia(bytes, "jpg"), addMedia("thumbnail", "jpg"), 1, 1, ""}};
+        article.images = {{0, addMedia(bytes, extension), addMedia("thumbnail", "jpg"), 1, 1, ""}};
         EXPECT_TRUE(store().addArticle(article));
         return article.images[0].file;
     }
@@ -34,10 +32,7 @@ TEST_F(MediaTest, WholeFilesComeWithTheirFacts) {
     EXPECT_EQ(answer.header("Content-Type"), "image/jpeg");
     EXPECT_EQ(answer.header("Accept-Ranges"), "bytes");
     EXPECT_EQ(answer.header("X-Content-Type-Options"), "nosniff");
-    EXPECT_TRUE(answer.header("Last-Modified").ends_with(" GMT"));
-    Answer facts = head("/media/" + name);
-    EXPECT_EQ(facts.header("Content-Length"), "300000");
-    EXPECT_EQ(facts.header("ETag"), answer.header("ETag"));
+    EXPECT_EQ(get("/media/" + addPicture("clip", "mp4")).header("Content-Type"), "video/mp4");
 
     for (const std::string& tags :
          {answer.header("ETag"), std::string("*"), "\"x\", W/" + answer.header("ETag")}) {
@@ -77,6 +72,7 @@ TEST_F(MediaTest, RangesAreServedAsAsked) {
     httplib::Client client("127.0.0.1", server_->port());
     auto head = client.Head("/media/" + name, {{"Range", "bytes=0-1"}});
     EXPECT_EQ(head->status, 200) << "a range is for GET alone";
+    EXPECT_EQ(head->get_header_value("Content-Length"), "10");
     std::string empty = addPicture("");
     EXPECT_EQ(get("/media/" + empty, "", {{"Range", "bytes=0-"}}).status, 416);
     EXPECT_EQ(get("/media/" + empty).status, 200);
@@ -99,35 +95,33 @@ TEST_F(MediaTest, ConditionsAreHeldInTheirOrder) {
         httplib::Headers headers;
         int status;
     };
-    const Case cases[] = {
-        {{{"If-None-Match", tag}}, 304},
-        {{{"If-None-Match", "W/" + tag}}, 304},
-        {{{"If-None-Match", "\"old\""}, {"If-Modified-Since", same}}, 200},
-        {{{"If-Modified-Since", same}}, 304},
-        {{{"If-Modified-Since", after}}, 304},
-        {{{"If-Modified-Since", before}}, 200},
-        {{{"If-Modified-Since", "yesterday"}}, 200},
-        {{{"If-Modified-Since", "Sat, 31 Feb 2026 02:32:38 GMT"}}, 200},
-        {{{"If-Match", tag}}, 200},
-        {{{"If-Match", "*"}}, 200},
-        {{{"If-Match", "\"old\", " + tag}}, 200},
-        {{{"If-Match", "W/" + tag}}, 412},
-        {{{"If-Match", "\"old\""}, {"If-None-Match", tag}}, 412},
-        {{{"If-Match", tag}, {"If-Unmodified-Since", before}}, 200},
-        {{{"If-Unmodified-Since", before}}, 412},
-        {{{"If-Unmodified-Since", same}}, 200},
-        {{{"If-Unmodified-Since", same}, {"If-None-Match", tag}}, 304},
-        {{{"Range", range}, {"If-Range", tag}}, 206},
-        {{{"Range", range}, {"If-Range", "W/" + tag}}, 200},
-        {{{"Range", range}, {"If-Range", "\"old\""}}, 200},
-        {{{"Range", range}, {"If-Range", same}}, 206},
-        {{{"Range", range}, {"If-Range", before}}, 200},
-        {{{"Range", range}, {"If-Range", after}}, 200},
-        {{{"Range", range}, {"If-None-Match", tag}}, 304},
-        {{{"Range", range}, {"If-Match", tag}}, 206},
-        {{{"Range", "bytes=20-"}, {"If-Match", "\"old\""}}, 412},
-        {{{"Range", "bytes=20-"}, {"If-Range", "\"old\""}}, 200},
-    };
+    const Case cases[] = {{{{"If-None-Match", tag}}, 304},
+                          {{{"If-None-Match", "W/" + tag}}, 304},
+                          {{{"If-None-Match", "\"old\""}, {"If-Modified-Since", same}}, 200},
+                          {{{"If-Modified-Since", same}}, 304},
+                          {{{"If-Modified-Since", after}}, 304},
+                          {{{"If-Modified-Since", before}}, 200},
+                          {{{"If-Modified-Since", "yesterday"}}, 200},
+                          {{{"If-Modified-Since", "Sat, 31 Feb 2026 02:32:38 GMT"}}, 200},
+                          {{{"If-Match", tag}}, 200},
+                          {{{"If-Match", "*"}}, 200},
+                          {{{"If-Match", "\"old\", " + tag}}, 200},
+                          {{{"If-Match", "W/" + tag}}, 412},
+                          {{{"If-Match", "\"old\""}, {"If-None-Match", tag}}, 412},
+                          {{{"If-Match", tag}, {"If-Unmodified-Since", before}}, 200},
+                          {{{"If-Unmodified-Since", before}}, 412},
+                          {{{"If-Unmodified-Since", same}}, 200},
+                          {{{"If-Unmodified-Since", same}, {"If-None-Match", tag}}, 304},
+                          {{{"Range", range}, {"If-Range", tag}}, 206},
+                          {{{"Range", range}, {"If-Range", "W/" + tag}}, 200},
+                          {{{"Range", range}, {"If-Range", "\"old\""}}, 200},
+                          {{{"Range", range}, {"If-Range", same}}, 206},
+                          {{{"Range", range}, {"If-Range", before}}, 200},
+                          {{{"Range", range}, {"If-Range", after}}, 200},
+                          {{{"Range", range}, {"If-None-Match", tag}}, 304},
+                          {{{"Range", range}, {"If-Match", tag}}, 206},
+                          {{{"Range", "bytes=20-"}, {"If-Match", "\"old\""}}, 412},
+                          {{{"Range", "bytes=20-"}, {"If-Range", "\"old\""}}, 200}};
     for (const Case& tried : cases) {
         std::string what;
         for (const auto& [header, value] : tried.headers) what += header + ": " + value + "  ";
@@ -138,34 +132,8 @@ TEST_F(MediaTest, ConditionsAreHeldInTheirOrder) {
         << "within its second a date says too little";
 }
 
-TEST_F(MediaTest, AFilmIsReadInPiecesByManyAtOnce) {
-    std::string bytes(900'000, '\0');
-    for (std::size_t at = 0; at < bytes.size(); ++at) bytes[at] = static_cast<char>(at * 31 % 241);
-    StoredArticle article;
-    article.authorId = userId("Ada");
-    article.videos = {{0, addMedia(bytes, "mp4"), addMedia("still", "jpg"), 640, 360, 6, ""}};
-    ASSERT_TRUE(store().addArticle(article));
-    const std::string path = "/media/" + article.videos[0].file;
-    EXPECT_EQ(get(path).header("Content-Type"), "video/mp4");
-    std::atomic<int> wrong = 0;
-    std::vector<std::thread> players;
-    for (int player = 0; player < 4; ++player) {
-        players.emplace_back([&, player] {
-            for (std::size_t from = static_cast<std::size_t>(player) * 1000; from < bytes.size();
-                 from += 170'001) {
-                const std::string range =
-                    "bytes=" + std::to_string(from) + "-" + std::to_string(from + 99'999);
-                Answer part = get(path, "", {{"Range", range}});
-                wrong += part.status != 206 || part.body != bytes.substr(from, 100'000);
-            }
-        });
-    }
-    for (std::thread& player : players) player.join();
-    EXPECT_EQ(wrong, 0);
-}
-
 TEST_F(MediaTest, NoPathLeadsOutOfTheMedia) {
-    std::ofstream(folder_.path() / "secret.jpg") << "secret";
+    std::ofstream(folder_.path("secret.jpg")) << "secret";
     std::ofstream(mediaFolder() / "plain.jpg") << "secret";
     std::filesystem::create_symlink("/etc", mediaFolder() / "link");
     for (const char* path :

