@@ -35,8 +35,8 @@ public:
         const std::string path = folder / "lock";
         descriptor_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
         if (descriptor_ < 0) {
-            return startFailure("Cannot write to the data folder " + folder.string() + ": " +
-                                std::strerror(errno) + ".");
+            return startFailure("Cannot write to the data folder " + folder.string() + ": " + std::strerror(errno) +
+                                ".");
         }
         if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
             return startFailure("Another server is using the data folder " + folder.string() + ".");
@@ -95,16 +95,15 @@ ServerResult<std::unique_ptr<ArticleServer>> ArticleServer::start(const ArticleS
     std::error_code error;
     std::filesystem::create_directories(options.dataFolder, error);
     if (error) {
-        return startFailure("Cannot create the data folder " + options.dataFolder.string() + ": " +
-                            error.message() + ".");
+        return startFailure("Cannot create the data folder " + options.dataFolder.string() + ": " + error.message() +
+                            ".");
     }
     auto locked = parts->lock.take(options.dataFolder);
     if (!locked) return locked.failure();
 
     auto store = SqliteArticleStore::open(options.dataFolder / "articles.sqlite");
     if (!store)
-        return startFailure("Cannot open the database in " + options.dataFolder.string() + ": " +
-                            store.failure().text);
+        return startFailure("Cannot open the database in " + options.dataFolder.string() + ": " + store.failure().text);
     parts->store = std::move(*store);
     parts->media = std::make_unique<MediaFolder>(options.dataFolder / "media");
     auto names = parts->store->mediaNames();
@@ -124,8 +123,7 @@ ServerResult<std::unique_ptr<ArticleServer>> ArticleServer::start(const ArticleS
     if (!port) return port.failure();
     parts->port = *port;
     bool isVersion6 = options.host.find(':') != std::string::npos;
-    parts->url =
-        "http://" + (isVersion6 ? "[" + options.host + "]" : options.host) + ":" + std::to_string(*port);
+    parts->url = "http://" + (isVersion6 ? "[" + options.host + "]" : options.host) + ":" + std::to_string(*port);
     parts->service->setLocalUrl(parts->url);
     auto started = parts->http->start();
     if (!started) return started.failure();

@@ -42,8 +42,7 @@ ServerResult<void> runAll(const std::vector<Task>& tasks) {
             if (!hasFailed.exchange(true)) failure = done.failure();
         }
     };
-    const unsigned count =
-        std::min<unsigned>(std::thread::hardware_concurrency(), ServerLimits::picturesAtOnce);
+    const unsigned count = std::min<unsigned>(std::thread::hardware_concurrency(), ServerLimits::picturesAtOnce);
     {
         std::vector<std::jthread> others;
         for (unsigned other = 1; other < count; ++other) others.emplace_back(work);
@@ -106,8 +105,7 @@ private:
     }
 
     ServerFailure refused(const std::string& name, const ServerFailure& failure) const {
-        return importFailure("The sample file " + (folder_ / name).string() +
-                             " was refused: " + failure.text);
+        return importFailure("The sample file " + (folder_ / name).string() + " was refused: " + failure.text);
     }
 
     /// Copies a file of the sample folder into a new file of the media folder.
@@ -125,8 +123,7 @@ private:
             auto count = static_cast<std::size_t>(stream.gcount());
             auto appended = (*file)->append(std::string_view(bytes).substr(0, count));
             if (!appended) return appended.failure();
-            if ((*file)->size() > maximum)
-                return importFailure("The sample file " + path.string() + " is too large.");
+            if ((*file)->size() > maximum) return importFailure("The sample file " + path.string() + " is too large.");
         }
         if (!stream.eof()) return unreadableSample(path);
         auto flushed = (*file)->flush();
@@ -142,8 +139,8 @@ private:
     std::vector<std::string> taken_;
 };
 
-ServerResult<void> fill(const SampleContent& content, const std::filesystem::path& folder,
-                        ArticleStore& store, MediaFolder& media, PasswordHasher& hasher, ServerTime now) {
+ServerResult<void> fill(const SampleContent& content, const std::filesystem::path& folder, ArticleStore& store,
+                        MediaFolder& media, PasswordHasher& hasher, ServerTime now) {
     ImportedContent imported;
     imported.date = now;
     imported.notifications = content.notifications;
@@ -220,9 +217,8 @@ ServerResult<std::vector<SampleAccount>> accountsIn(const ArticleStore& store, c
 
 }  // namespace
 
-ServerResult<std::vector<SampleAccount>> importSamples(const std::filesystem::path& folder,
-                                                       ArticleStore& store, MediaFolder& media,
-                                                       ServerTime now) {
+ServerResult<std::vector<SampleAccount>> importSamples(const std::filesystem::path& folder, ArticleStore& store,
+                                                       MediaFolder& media, ServerTime now) {
     auto isEmpty = store.isEmpty();
     if (!isEmpty) return isEmpty.failure();
     auto content = readSamples(folder, now);

@@ -18,8 +18,7 @@ namespace articleserver {
 ///
 /// Returns the accounts of the folder that the store has and that have the password of the folder. The text
 /// of a failure is one sentence for the person who starts the server. Called before the server serves.
-ServerResult<std::vector<SampleAccount>> importSamples(const std::filesystem::path& folder,
-                                                       ArticleStore& store, MediaFolder& media,
-                                                       ServerTime now);
+ServerResult<std::vector<SampleAccount>> importSamples(const std::filesystem::path& folder, ArticleStore& store,
+                                                       MediaFolder& media, ServerTime now);
 
 }  // namespace articleserver

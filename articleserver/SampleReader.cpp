@@ -42,11 +42,9 @@ public:
         SampleContent content;
         where_ = "the file";
         check(root, {"people", "articles", "messages"});
-        each(root, "people", "person",
-             [&](const Json& person) { content.people.push_back(personOf(person)); });
+        each(root, "people", "person", [&](const Json& person) { content.people.push_back(personOf(person)); });
         for (const SamplePerson& person : content.people) names_.push_back(person.name);
-        each(root, "articles", "article",
-             [&](const Json& article) { content.articles.push_back(articleOf(article)); });
+        each(root, "articles", "article", [&](const Json& article) { content.articles.push_back(articleOf(article)); });
         each(root, "messages", "message",
              [&](const Json& message) { content.notifications.push_back(messageOf(message)); });
         if (content.people.empty()) fail("the file has nobody in \"people\"");
@@ -75,8 +73,7 @@ private:
     void each(const Json& object, const char* key, const std::string& name, Take take) {
         const Json* list = find(object, key);
         if (!list) return;
-        if (!list->is_array())
-            return fail(where_ + " has a value in " + inQuotes(key) + " that is not a list");
+        if (!list->is_array()) return fail(where_ + " has a value in " + inQuotes(key) + " that is not a list");
         const std::string outer = where_;
         int number = 0;
         for (const Json& element : *list) {
@@ -111,8 +108,7 @@ private:
 
     std::int64_t number(const Json& object, const char* key, std::int64_t greatest) {
         const Json* value = find(object, key);
-        if (value && value->is_number_integer() && *value >= 0 && *value <= greatest)
-            return value->get<std::int64_t>();
+        if (value && value->is_number_integer() && *value >= 0 && *value <= greatest) return value->get<std::int64_t>();
         fail(where_ + " has no number " + inQuotes(key) + " from 0 to " + std::to_string(greatest));
         return 0;
     }
@@ -161,14 +157,12 @@ private:
             if (index > 0) all += '\n';
             all += text(Json{{key, (*value)[index]}}, key);
         }
-        if (all.size() > ServerLimits::textBytes)
-            fail(where_ + " has a text " + inQuotes(key) + " that is too long");
+        if (all.size() > ServerLimits::textBytes) fail(where_ + " has a text " + inQuotes(key) + " that is too long");
         return all;
     }
 
     SampleArticle articleOf(const Json& json) {
-        check(json, {"author", "minutesAgo", "title", "text", "likes", "openComment", "images", "videos",
-                     "comments"});
+        check(json, {"author", "minutesAgo", "title", "text", "likes", "openComment", "images", "videos", "comments"});
         SampleArticle made;
         StoredArticle& article = made.imported.article;
         article.authorId = person(json, "author");
@@ -181,10 +175,8 @@ private:
         for (std::int64_t like = 0; like < likes; ++like) {
             made.imported.likers.push_back("sample " + std::to_string(like));
         }
-        each(json, "images", "image",
-             [&](const Json& image) { made.images.push_back(mediumOf(image, false)); });
-        each(json, "videos", "video",
-             [&](const Json& video) { made.videos.push_back(mediumOf(video, true)); });
+        each(json, "images", "image", [&](const Json& image) { made.images.push_back(mediumOf(image, false)); });
+        each(json, "videos", "video", [&](const Json& video) { made.videos.push_back(mediumOf(video, true)); });
         each(json, "comments", "comment", [&](const Json& comment) {
             check(comment, {"author", "text"});
             made.imported.comments.push_back(
@@ -220,8 +212,7 @@ private:
 }  // namespace
 
 ServerFailure unreadableSample(const std::filesystem::path& file) {
-    return {ServerFault::badInput,
-            "Cannot read the sample file " + file.string() + ": " + std::strerror(errno) + "."};
+    return {ServerFault::badInput, "Cannot read the sample file " + file.string() + ": " + std::strerror(errno) + "."};
 }
 
 ServerResult<SampleContent> readSamples(const std::filesystem::path& folder, ServerTime now) {

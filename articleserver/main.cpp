@@ -32,8 +32,7 @@ int main(int argc, char** argv) {
     std::string dataFolder, sampleFolder;
     bool exitWithParent = false;
 
-    CLI::App app("The web server of articles: accounts, articles and their media over HTTP.",
-                 "ostrel-article-server");
+    CLI::App app("The web server of articles: accounts, articles and their media over HTTP.", "ostrel-article-server");
     app.add_option("--data", dataFolder, "Folder of the database and the media files; created when missing")
         ->required();
     app.add_option("--host", options.host, "Address to listen on")->capture_default_str();

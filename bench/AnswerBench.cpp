@@ -56,11 +56,9 @@ const BadAnswer badAnswers[] = {
     {"the wrong types", [] { return text(R"({"success":[],"results":{"id":1},"more":7})"); }},
     {"records of the wrong types",
      [] {
-         return text(page(
-             repeated(R"({"id":"x","title":7,"text":[1],"auth_id":1e400,"images":3},)", 100'000) + "{}"));
+         return text(page(repeated(R"({"id":"x","title":7,"text":[1],"auth_id":1e400,"images":3},)", 100'000) + "{}"));
      }},
-    {"numbers beyond 64 bits",
-     [] { return text(page(R"({"id":123456789012345678901234567890,"auth_id":-1e999})")); }},
+    {"numbers beyond 64 bits", [] { return text(page(R"({"id":123456789012345678901234567890,"auth_id":-1e999})")); }},
     {"31 MiB of numbers", [] { return text(page(repeated("1,", 15 * mebibyte + mebibyte / 2) + "1")); }},
     {"31 MiB of records", [] { return text(page(repeated(R"({"id":1},)", 31 * mebibyte / 9) + "{}")); }},
     {"200 MB",
@@ -120,19 +118,17 @@ void addAnswerBench(std::vector<Bench>& benches) {
              for (std::size_t i = 0; i < std::size(badAnswers); ++i) {
                  double least = -1;
                  for (int round = 0; round < settings.rounds; ++round) {
-                     const auto measured =
-                         childMeasure(BenchRenderer::software, {"answers", std::to_string(i)});
+                     const auto measured = childMeasure(BenchRenderer::software, {"answers", std::to_string(i)});
                      if (!measured) continue;
                      least = least < 0 ? *measured : std::min(least, *measured);
                  }
-                 results.push_back(
-                     {.name = std::string("answers.bad: ") + badAnswers[i].name,
-                      .ours = least,
-                      .peer = 50,
-                      .goal = 1,
-                      .unit = "ms",
-                      .note = "the longest turn of the main loop (processor time), beside 50 ms",
-                      .fault = least < 0 ? "the list could not be shown" : ""});
+                 results.push_back({.name = std::string("answers.bad: ") + badAnswers[i].name,
+                                    .ours = least,
+                                    .peer = 50,
+                                    .goal = 1,
+                                    .unit = "ms",
+                                    .note = "the longest turn of the main loop (processor time), beside 50 ms",
+                                    .fault = least < 0 ? "the list could not be shown" : ""});
              }
              return results;
          }});

@@ -64,8 +64,7 @@ Spent run(const Arguments& arguments, const std::string& log = {}) {
         const pid_t child = ::fork();
         if (child == 0) {
             const int nowhere = ::open("/dev/null", O_RDWR);
-            const int errors =
-                log.empty() ? nowhere : ::open(log.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0600);
+            const int errors = log.empty() ? nowhere : ::open(log.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0600);
             ::dup2(nowhere, STDIN_FILENO);
             ::dup2(nowhere, STDOUT_FILENO);
             ::dup2(errors, STDERR_FILENO);
@@ -91,10 +90,9 @@ Arguments joined(Arguments first, const Arguments& second) {
 
 const Arguments ffmpeg{"ffmpeg", "-nostdin", "-v", "error", "-y"};
 /// The settings of both encoders in the medium preset.
-const Arguments encoders{"-c:v", "libx264", "-preset",   "veryfast",  "-profile:v", "high",
-                         "-crf", "23",      "-maxrate",  "1000000",   "-bufsize",   "2000000",
-                         "-g",   "150",     "-c:a",      "aac",       "-b:a",       "128000",
-                         "-ac",  "2",       "-movflags", "+faststart"};
+const Arguments encoders{"-c:v",     "libx264", "-preset",  "veryfast", "-profile:v", "high",      "-crf", "23",
+                         "-maxrate", "1000000", "-bufsize", "2000000",  "-g",         "150",       "-c:a", "aac",
+                         "-b:a",     "128000",  "-ac",      "2",        "-movflags",  "+faststart"};
 
 /// Makes a clip of ten seconds of 1920 by 1080 at 30 frames a second and 16 Mbit/s that is shown turned by 90 degrees.
 /// False when ffmpeg cannot make it.
@@ -108,8 +106,7 @@ bool makeClip(const WorkFolder& folder, const std::string& path, const std::stri
                                "-pix_fmt", "yuv420p", "-c:a",     "aac",
                                "-ac",      "2",       landscape}))
                    .seconds >= 0 &&
-           run(joined(ffmpeg, {"-i", landscape, "-c", "copy", "-metadata:s:v:0", "rotate=270", path}))
-                   .seconds >= 0;
+           run(joined(ffmpeg, {"-i", landscape, "-c", "copy", "-metadata:s:v:0", "rotate=270", path})).seconds >= 0;
 }
 
 struct Side {
@@ -134,17 +131,15 @@ std::vector<BenchResult> convertTurned(const std::string& name, const std::strin
     Side ours, same, usual;
     for (int round = 0; round < rounds; ++round) {
         ours.take(run({besideThis("ostrel-convert"), clip, folder.path("ours.mp4"), "--json"}));
-        same.take(run(
-            joined(joined(ffmpeg, {"-noautorotate", "-i", clip, "-vf",
-                                   "scale=640:360:flags=bicubic,transpose=clock,format=yuv420p,setsar=1"}),
-                   joined(encoders, {folder.path("same.mp4")}))));
+        same.take(run(joined(joined(ffmpeg, {"-noautorotate", "-i", clip, "-vf",
+                                             "scale=640:360:flags=bicubic,transpose=clock,format=yuv420p,setsar=1"}),
+                             joined(encoders, {folder.path("same.mp4")}))));
         usual.take(run(joined(joined(ffmpeg, {"-i", clip, "-vf", "scale=360:640"}),
                               joined(encoders, {folder.path("usual.mp4")}))));
     }
     const auto result = [&](const std::string& what, double goal, const char* unit, double mine, double other,
                             const char* note) {
-        BenchResult made{
-            .name = name + what, .ours = mine, .peer = other, .goal = goal, .unit = unit, .note = note};
+        BenchResult made{.name = name + what, .ours = mine, .peer = other, .goal = goal, .unit = unit, .note = note};
         if (ours.hasFailed || same.hasFailed || usual.hasFailed) made.fault = "a conversion failed";
         return made;
     };
@@ -153,15 +148,15 @@ std::vector<BenchResult> convertTurned(const std::string& name, const std::strin
             result(".memory", 1.2, "MiB", ours.mebibytes, same.mebibytes, "most memory, the same filters")};
 }
 
-/// The structural similarity of a clip to the source scaled to the size of the clip; negative when it cannot be measured.
+/// The structural similarity of a clip to the source scaled to the size of the clip; negative when it cannot be
+/// measured.
 double similarity(const WorkFolder& folder, const std::string& clip, const std::string& source) {
     const std::string log = folder.path("ssim");
     Arguments arguments = ffmpeg;
     arguments[3] = "info";
     const Spent spent =
-        run(joined(arguments,
-                   {"-i", clip, "-noautorotate", "-i", source, "-lavfi",
-                    "[1:v]scale=640:360:flags=bicubic,transpose=clock[r];[0:v][r]ssim", "-f", "null", "-"}),
+        run(joined(arguments, {"-i", clip, "-noautorotate", "-i", source, "-lavfi",
+                               "[1:v]scale=640:360:flags=bicubic,transpose=clock[r];[0:v][r]ssim", "-f", "null", "-"}),
             log);
     std::ostringstream text;
     text << std::ifstream(log).rdbuf();
@@ -199,8 +194,7 @@ std::vector<BenchResult> convertQuality(const BenchSettings& settings) {
             Quality quality;
             if (run(command).seconds < 0) return quality;
             const double likeness = similarity(folder, made, clip);
-            if (likeness >= 0)
-                quality = {1 - likeness, static_cast<double>(std::filesystem::file_size(made))};
+            if (likeness >= 0) quality = {1 - likeness, static_cast<double>(std::filesystem::file_size(made))};
             return quality;
         };
         const auto peer = [&](const std::string& rateFactor) {
@@ -214,8 +208,7 @@ std::vector<BenchResult> convertQuality(const BenchSettings& settings) {
         for (; measured < rounds && makeClip(folder, clip, picture); ++measured) {
             const Quality ours = measure(made, {besideThis("ostrel-convert"), clip, made, "--json"});
             const Quality same = peer("23"), smaller = peer("23.5");
-            if (ours.distance < 0 || same.distance < 0 || smaller.distance < 0 || same.bytes <= smaller.bytes)
-                break;
+            if (ours.distance < 0 || same.distance < 0 || smaller.distance < 0 || same.bytes <= smaller.bytes) break;
             result.ours += ours.distance / rounds;
             result.peer += distanceAt(ours.bytes, same, smaller) / rounds;
         }
@@ -328,8 +321,8 @@ double inspectionMilliseconds(const std::string& clip) {
     std::shared_ptr<const UIImage> image;
     float seconds = 0;
     bool hasPicture = false;
-    const double spent = secondsOf(
-        [&] { hasPicture = NSMov2Mp4().mp4Information(NSURL::fileURLWithPath(clip), image, seconds); });
+    const double spent =
+        secondsOf([&] { hasPicture = NSMov2Mp4().mp4Information(NSURL::fileURLWithPath(clip), image, seconds); });
     return hasPicture ? spent * 1000 : -1;
 }
 
@@ -338,8 +331,8 @@ std::vector<BenchResult> inspect(const BenchSettings& settings) {
     MediaBackend::install(std::make_shared<FfmpegMediaBackend>());
     const auto clipOf = [&](const char* name, int seconds) {
         const std::string path = folder.path(name), length = std::to_string(seconds);
-        return run(joined(ffmpeg, {"-stream_loop", "-1", "-i", folder.path("second.mp4"), "-t", length, "-c",
-                                   "copy", path}))
+        return run(joined(ffmpeg,
+                          {"-stream_loop", "-1", "-i", folder.path("second.mp4"), "-t", length, "-c", "copy", path}))
                            .seconds >= 0
                    ? path
                    : std::string();
@@ -347,8 +340,8 @@ std::vector<BenchResult> inspect(const BenchSettings& settings) {
     BenchResult failed{
         .name = "inspect", .goal = 0.25, .unit = "ms", .fault = "the clips could not be made with ffmpeg"};
     if (run(joined(ffmpeg, {"-f", "lavfi", "-i", "testsrc2=s=640x360:r=30:d=1", "-f", "lavfi", "-i",
-                            "sine=440:r=48000:d=1", "-c:v", "libx264", "-preset", "veryfast", "-pix_fmt",
-                            "yuv420p", "-c:a", "aac", folder.path("second.mp4")}))
+                            "sine=440:r=48000:d=1", "-c:v", "libx264", "-preset", "veryfast", "-pix_fmt", "yuv420p",
+                            "-c:a", "aac", folder.path("second.mp4")}))
             .seconds < 0)
         return {failed};
     const std::string brief = clipOf("brief.mp4", 10), hour = clipOf("hour.mp4", 3600);
@@ -357,8 +350,7 @@ std::vector<BenchResult> inspect(const BenchSettings& settings) {
     BenchResult first = interleaved(
         "inspect", 0.25, "ms", rounds, [&] { return inspectionMilliseconds(brief); },
         [&] {
-            return run(joined(ffmpeg, {"-i", brief, "-frames:v", "1", folder.path("frame.bmp")})).seconds *
-                   1000;
+            return run(joined(ffmpeg, {"-i", brief, "-frames:v", "1", folder.path("frame.bmp")})).seconds * 1000;
         });
     first.note = "first frame and facts of 10 seconds, beside the ffmpeg command line's first frame";
     BenchResult length = interleaved(
@@ -372,17 +364,16 @@ std::vector<BenchResult> inspect(const BenchSettings& settings) {
 
 void addConvertBenches(std::vector<Bench>& benches) {
     const std::string synthetic = "testsrc2=s=1920x1080:r=30:d=10";
-    benches.push_back({"convert.turned", "a turned clip of 1080p to MP4, beside ffmpeg",
-                       [=](const BenchSettings& settings) {
-                           return convertTurned("convert.turned", synthetic, std::max(3, settings.rounds));
-                       }});
+    benches.push_back(
+        {"convert.turned", "a turned clip of 1080p to MP4, beside ffmpeg", [=](const BenchSettings& settings) {
+             return convertTurned("convert.turned", synthetic, std::max(3, settings.rounds));
+         }});
     benches.push_back({"convert.noise", "the same with noise", [=](const BenchSettings& settings) {
                            return convertTurned("convert.noise", synthetic + ",noise=alls=20:allf=t",
                                                 std::max(3, settings.rounds));
                        }});
     benches.push_back({"convert.quality", "likeness to the source, beside ffmpeg", convertQuality});
-    benches.push_back(
-        {"convert.cancel", "how soon a cancel ends, and how the main loop turns", convertInProcess});
+    benches.push_back({"convert.cancel", "how soon a cancel ends, and how the main loop turns", convertInProcess});
     benches.push_back({"inspect", "first frame and facts of a clip, beside ffmpeg", inspect});
 }
 

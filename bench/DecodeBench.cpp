@@ -17,8 +17,7 @@ namespace {
 /// As many repetitions as make a measurement of some milliseconds.
 int repetitions(std::size_t articles) { return articles >= 1000 ? 10 : 200; }
 
-std::vector<BenchResult> decode(const std::string& name, std::size_t articles,
-                                const BenchSettings& settings) {
+std::vector<BenchResult> decode(const std::string& name, std::size_t articles, const BenchSettings& settings) {
     const std::string page = samplePage(articles, 1700);
     const simdjson::padded_string padded(page);
     const int times = repetitions(articles);

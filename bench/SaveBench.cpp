@@ -18,8 +18,8 @@ namespace {
 
 constexpr int pictures = 100;
 constexpr int pictureWidth = 1600, pictureHeight = 1200;
-/// The time between two looks of a save at its outstanding requests, the longest save of an article without media, and the
-/// longest turn of the main loop, in seconds.
+/// The time between two looks of a save at its outstanding requests, the longest save of an article without media, and
+/// the longest turn of the main loop, in seconds.
 constexpr double poll = 0.5, longestSave = 0.9, longestTurn = 0.016;
 
 /// A picture with gradients, edges and grain.
@@ -33,15 +33,15 @@ bool makePicture(int number, const QString& path) {
             const int noise = static_cast<int>(grain >> 28) - 8;
             const int wave = ((x * (number % 7 + 3)) ^ (y * 5)) >> 5 & 63;
             const auto part = [&](int value) { return std::clamp(value + noise, 0, 255); };
-            line[x] = qRgb(part(x * 160 / pictureWidth + wave), part(y * 160 / pictureHeight + 30),
-                           part(90 + wave - number));
+            line[x] =
+                qRgb(part(x * 160 / pictureWidth + wave), part(y * 160 / pictureHeight + 30), part(90 + wave - number));
         }
     }
     return image.save(path, "JPEG", 90);
 }
 
-/// Writes the pictures that the editor is given as "<number>.jpg", and the same JPEG bodies that the editor uploads of them
-/// as "<number>.body.jpg".
+/// Writes the pictures that the editor is given as "<number>.jpg", and the same JPEG bodies that the editor uploads of
+/// them as "<number>.body.jpg".
 bool makePictures(const QString& folder) {
     for (int i = 0; i < pictures; ++i) {
         const QString path = folder + "/" + QString::number(i);
@@ -64,8 +64,8 @@ QByteArray curl(const QStringList& arguments) {
     return process.readAllStandardOutput();
 }
 
-/// Posts the same article with the curl command line, which uploads the pictures with `--parallel`. The seconds that the
-/// pictures took; negative: curl failed.
+/// Posts the same article with the curl command line, which uploads the pictures with `--parallel`. The seconds that
+/// the pictures took; negative: curl failed.
 double curlPictures(const QString& address, const QString& folder) {
     static int users = 0;
     const QString jar = folder + "/jar";
@@ -75,8 +75,8 @@ double curlPictures(const QString& address, const QString& folder) {
               address + "account/sign_up"})
             .isEmpty())
         return -1;
-    const QByteArray created = curl({"-b", jar, "--data-urlencode", "title=A title", "--data-urlencode",
-                                     "text=A text.", address + "article/update_article_json.html"});
+    const QByteArray created = curl({"-b", jar, "--data-urlencode", "title=A title", "--data-urlencode", "text=A text.",
+                                     address + "article/update_article_json.html"});
     const qint64 article = QJsonDocument::fromJson(created)["id"].toInteger(-1);
     if (article < 0) return -1;
     QFile config(folder + "/config");
@@ -85,12 +85,11 @@ double curlPictures(const QString& address, const QString& folder) {
         const QString number = QString::number(i);
         const QString url =
             address + "article/image_update?article_id=" + QString::number(article) + "&value=" + number;
-        config.write(
-            ((i ? "next\n" : "") + QStringLiteral("fail\nurl = \"%1\"\ncookie = \"%2\"\n"
-                                                  "form = \"image.jpg=@%3/%4.body.jpg;type=image/jpeg\"\n"
-                                                  "output = \"/dev/null\"\n")
-                                       .arg(url, jar, folder, number))
-                .toUtf8());
+        config.write(((i ? "next\n" : "") + QStringLiteral("fail\nurl = \"%1\"\ncookie = \"%2\"\n"
+                                                           "form = \"image.jpg=@%3/%4.body.jpg;type=image/jpeg\"\n"
+                                                           "output = \"/dev/null\"\n")
+                                                .arg(url, jar, folder, number))
+                         .toUtf8());
     }
     config.close();
     QProcess process;
@@ -110,18 +109,15 @@ std::vector<BenchResult> savePictures(const BenchSettings& settings) {
                      .fault = "the server did not start, or the pictures could not be made"};
     if (server.address().isEmpty() || !makePictures(folder.path())) return {time};
     const auto save = [&](const char* what) {
-        return childMeasure(BenchRenderer::software,
-                            {"save", what, server.address().toStdString(), folder.path().toStdString(),
-                             std::to_string(pictures)},
-                            400);
+        return childMeasure(
+            BenchRenderer::software,
+            {"save", what, server.address().toStdString(), folder.path().toStdString(), std::to_string(pictures)}, 400);
     };
     time = interleaved(
-        "save.pictures", 1.1, "s", std::min(settings.rounds, 3),
-        [&] { return save("time").value_or(poll - 1) - poll; },
+        "save.pictures", 1.1, "s", std::min(settings.rounds, 3), [&] { return save("time").value_or(poll - 1) - poll; },
         [&] { return curlPictures(server.address(), folder.path()); });
-    time.note =
-        "100 new pictures of 1600 by 1200, from the click to the article read back, less the poll of 0.5 s, "
-        "beside curl --parallel with the same bodies ready";
+    time.note = "100 new pictures of 1600 by 1200, from the click to the article read back, less the poll of 0.5 s, "
+                "beside curl --parallel with the same bodies ready";
     const auto turn = save("turn");
     return {time,
             {.name = "save.pictures.turn",
@@ -137,12 +133,10 @@ std::vector<BenchResult> saveEmpty(const BenchSettings& settings) {
     const BenchArticleServer server;
     BenchResult result{
         .name = "save.empty", .ours = -1, .peer = longestSave, .goal = 1, .unit = "s", .fault = "not saved"};
-    result.note =
-        "an article without media, from the click on POST to the first frame that shows its row, beside "
-        "0.9 s of which 0.7 are the poll and the closing delay";
+    result.note = "an article without media, from the click on POST to the first frame that shows its row, beside "
+                  "0.9 s of which 0.7 are the poll and the closing delay";
     for (int round = 0; round < settings.rounds && !server.address().isEmpty(); ++round) {
-        const auto measured =
-            childMeasure(BenchRenderer::software, {"save", "empty", server.address().toStdString()});
+        const auto measured = childMeasure(BenchRenderer::software, {"save", "empty", server.address().toStdString()});
         if (!measured) continue;
         result.ours = result.ours < 0 ? *measured : std::min(result.ours, *measured);
         result.fault.clear();

@@ -36,8 +36,7 @@ double timeToList(const QString& program, const QStringList& arguments) {
 }
 
 std::vector<BenchResult> start(const BenchSettings& settings) {
-    BenchResult failed{
-        .name = "start", .goal = 1.2, .unit = "ms", .fault = "the article server did not start"};
+    BenchResult failed{.name = "start", .goal = 1.2, .unit = "ms", .fault = "the article server did not start"};
     const BenchArticleServer server(QStringList{"--sample", besideThis("../share/ostrel-article/samples")});
     if (server.address().isEmpty()) return {failed};
     BenchResult result = interleaved(
@@ -57,8 +56,7 @@ std::vector<BenchResult> start(const BenchSettings& settings) {
 
 void addStartBench(std::vector<Bench>& benches) {
     benches.push_back(
-        {"start", "process start to the first painted list, beside a bare Qt Quick window with a ListView",
-         start});
+        {"start", "process start to the first painted list, beside a bare Qt Quick window with a ListView", start});
 }
 
 }  // namespace ostrel

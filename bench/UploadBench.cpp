@@ -43,21 +43,18 @@ QString said(const QString& program, const QStringList& arguments) {
 class CurlUploader final {
 public:
     explicit CurlUploader(QString address) : address_(std::move(address)) {
-        said("curl",
-             {"-s", "-c", jar(), "-d", "name=curl&password=long enough", address_ + "account/sign_up"});
+        said("curl", {"-s", "-c", jar(), "-d", "name=curl&password=long enough", address_ + "account/sign_up"});
     }
 
     double seconds(const QString& clip, const QString& still) {
         const QString made =
-            said("curl", {"-s", "-b", jar(), "-d",
-                          "title=curl&text=", address_ + "article/update_article_json.html"});
+            said("curl", {"-s", "-b", jar(), "-d", "title=curl&text=", address_ + "article/update_article_json.html"});
         const auto id = QRegularExpression("\"id\":(\\d+)").match(made).captured(1);
         if (id.isEmpty()) return -1;
-        const QString report =
-            said("curl", {"-s", "-o", "/dev/null", "-w", "%{http_code} %{time_total}", "-b", jar(), "-F",
-                          "thumbnail.jpg=@" + still + ";type=image/jpeg", "-F",
-                          "video.mp4=@" + clip + ";type=video/mp4", "-F", "duration=4",
-                          address_ + "article/video_update?value=0&article_id=" + id});
+        const QString report = said("curl", {"-s", "-o", "/dev/null", "-w", "%{http_code} %{time_total}", "-b", jar(),
+                                             "-F", "thumbnail.jpg=@" + still + ";type=image/jpeg", "-F",
+                                             "video.mp4=@" + clip + ";type=video/mp4", "-F", "duration=4",
+                                             address_ + "article/video_update?value=0&article_id=" + id});
         said("curl", {"-s", "-b", jar(), address_ + "article/remove?id=" + id});
         return report.startsWith("200 ") ? report.mid(4).toDouble() : -1;
     }
@@ -75,27 +72,24 @@ std::vector<BenchResult> upload(const BenchSettings& settings) {
     const QString clip = folder.filePath("clip.mp4"), still = QString(OSTREL_SAMPLE_CLIPS) + "/sea.jpg";
     const auto measured = [&](const char* what, qint64 bytes) {
         if (!makeClip(clip, bytes)) return -1.0;
-        return childMeasure(
-                   BenchRenderer::software,
-                   {"upload", what, server.address().toStdString(), clip.toStdString(), still.toStdString()},
-                   longestSeconds)
+        return childMeasure(BenchRenderer::software,
+                            {"upload", what, server.address().toStdString(), clip.toStdString(), still.toStdString()},
+                            longestSeconds)
             .value_or(-1);
     };
     CurlUploader curl(server.address());
     BenchResult time = interleaved(
-        "save.upload", 1, "s", std::min(settings.rounds, 3),
-        [&] { return measured("time", 1000 * megabyte); },
+        "save.upload", 1, "s", std::min(settings.rounds, 3), [&] { return measured("time", 1000 * megabyte); },
         [&] {
             if (!makeClip(clip, 1000 * megabyte)) return -1.0;
             return curl.seconds(clip, still);
         });
     time.note = "a clip of 1 GB to the article server, beside curl -F of the same file";
-    BenchResult memory{
-        .name = "save.upload.memory",
-        .peer = 1024 * 1024,
-        .goal = 1,
-        .unit = "bytes",
-        .note = "the most memory resident while 4 GB are uploaded, less that of 100 MB, beside 1 MiB"};
+    BenchResult memory{.name = "save.upload.memory",
+                       .peer = 1024 * 1024,
+                       .goal = 1,
+                       .unit = "bytes",
+                       .note = "the most memory resident while 4 GB are uploaded, less that of 100 MB, beside 1 MiB"};
     const double small = measured("memory", 100 * megabyte), large = measured("memory", 4000 * megabyte);
     if (small < 0 || large < 0) memory.fault = "the clip could not be uploaded";
     memory.ours = std::max(0.0, large - small);

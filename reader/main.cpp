@@ -37,14 +37,12 @@ void printServer(const ArticleServerProcess& server) {
 int main(int argc, char** argv) {
     ReaderOptions options;
     std::string address, dataFolder;
-    CLI::App app{
-        "Reads and writes articles. Without --server it starts an article server of its own, with sample\n"
-        "articles and two accounts.",
-        "ostrel-reader"};
+    CLI::App app{"Reads and writes articles. Without --server it starts an article server of its own, with sample\n"
+                 "articles and two accounts.",
+                 "ostrel-reader"};
     app.add_option("--server", address, "Base address of a server that runs elsewhere")->type_name("URL");
     app.add_option("--data", dataFolder, "Folder of the own server's articles")->type_name("DIR");
-    app.add_option("--pictures", options.picturesFolder, "Folder of the pictures to choose from")
-        ->type_name("DIR");
+    app.add_option("--pictures", options.picturesFolder, "Folder of the pictures to choose from")->type_name("DIR");
     app.add_option("--videos", options.videosFolder, "Folder of the clips to choose from")->type_name("DIR");
     addWindowOptions(app, options);
     if (const auto status = parseCommandLine(app, argc, argv)) return *status;
@@ -60,7 +58,8 @@ int main(int argc, char** argv) {
 
     std::string error;
     ArticleServerProcess server;
-    // One entry of the keychain for each server. The port of the own server changes with every start, its folder does not.
+    // One entry of the keychain for each server. The port of the own server changes with every start, its folder does
+    // not.
     std::string sessionName = address;
     if (address.empty()) {
         if (!server.start(dataFolder.empty() ? own + "/server" : dataFolder, &error)) return fail(error);

@@ -43,10 +43,9 @@ std::shared_ptr<HttpServerFramework> HttpServerFramework::create(Options options
     parts->desk = std::make_shared<AnswerDesk>();
     parts->session = std::make_shared<Session>(base->origin(), options.sessionStore);
     parts->server = make<HttpServerConnection>(
-        HttpServerConnection::Settings{*base, options.userAgent, limits.requests, limits.faces},
-        parts->session, parts->transport, parts->uploads, parts->desk);
-    parts->media =
-        std::make_shared<MediaFetcher>(limits.media, options.userAgent, parts->transport, std::move(disk));
+        HttpServerConnection::Settings{*base, options.userAgent, limits.requests, limits.faces}, parts->session,
+        parts->transport, parts->uploads, parts->desk);
+    parts->media = std::make_shared<MediaFetcher>(limits.media, options.userAgent, parts->transport, std::move(disk));
     parts->accounts = std::make_shared<Accounts>(parts->server, parts->session);
     parts->notifications = std::make_shared<Notifications>(parts->server, parts->session);
     return std::make_shared<HttpServerFramework>(std::move(parts));
@@ -61,13 +60,11 @@ HttpServerFramework::~HttpServerFramework() {
     parts_->desk->stop();
 }
 
-void HttpServerFramework::signIn(const std::string& name, const std::string& password,
-                                 SignInHandler handler) {
+void HttpServerFramework::signIn(const std::string& name, const std::string& password, SignInHandler handler) {
     parts_->accounts->signIn(name, password, std::move(handler));
 }
 
-void HttpServerFramework::signUp(const std::string& name, const std::string& password,
-                                 SignInHandler handler) {
+void HttpServerFramework::signUp(const std::string& name, const std::string& password, SignInHandler handler) {
     parts_->accounts->signUp(name, password, std::move(handler));
 }
 
@@ -75,12 +72,9 @@ SignInService& HttpServerFramework::signInService() { return *parts_->accounts; 
 
 void HttpServerFramework::signOut() { parts_->accounts->signOut(); }
 
-void HttpServerFramework::restoreSession(SignInHandler handler) {
-    parts_->accounts->restore(std::move(handler));
-}
+void HttpServerFramework::restoreSession(SignInHandler handler) { parts_->accounts->restore(std::move(handler)); }
 
-void HttpServerFramework::loadNotifications(const std::optional<std::string>& next,
-                                            NotificationsHandler handler) {
+void HttpServerFramework::loadNotifications(const std::optional<std::string>& next, NotificationsHandler handler) {
     parts_->notifications->load(next, std::move(handler));
 }
 
@@ -92,8 +86,7 @@ OstrelServer& HttpServerFramework::shareServer() { return *parts_->server; }
 
 OstrelRequestManager& HttpServerFramework::requestManager() { return *parts_->media; }
 
-std::shared_ptr<const OstrelServerHtmlResultObject> HttpServerFramework::parseResult(
-    const std::string& html) {
+std::shared_ptr<const OstrelServerHtmlResultObject> HttpServerFramework::parseResult(const std::string& html) {
     return ParsedAnswer::parse(html);
 }
 

@@ -68,9 +68,7 @@ void ClipReport::print(const NSArticleVideoObject& item, bool json) const {
         return;
     }
     for (const auto& [name, value] : facts.items()) {
-        const std::string text = value.is_null()     ? "-"
-                                 : value.is_string() ? value.get<std::string>()
-                                                     : value.dump();
+        const std::string text = value.is_null() ? "-" : value.is_string() ? value.get<std::string>() : value.dump();
         std::printf("%-12s %s\n", name.c_str(), text.c_str());
     }
 }

@@ -121,9 +121,8 @@ int run(const std::string& in, const std::string& out, const std::string& thumbn
     if (!outcome.isOffered) {
         std::optional<NSError> why;
         AVAsset::assetWithURL(source, &why);
-        return complain(why ? why->localizedDescription
-                            : "The clip's pictures are in a format that cannot be converted.",
-                        json);
+        return complain(
+            why ? why->localizedDescription : "The clip's pictures are in a format that cannot be converted.", json);
     }
     if (outcome.error) {
         complain(outcome.error->localizedDescription, json);
@@ -159,21 +158,18 @@ int main(int argc, char** argv) {
     std::string in, out, thumbnail;
     bool json = false;
     app.add_option("IN", in, "The clip: MOV, MP4, MKV, WebM or AVI")->required();
-    app.add_option("OUT", out,
-                   "The MP4 file to make; replaced when it is there, once the new one is complete")
+    app.add_option("OUT", out, "The MP4 file to make; replaced when it is there, once the new one is complete")
         ->required();
-    app.add_option("--thumbnail", thumbnail,
-                   "Write the first frame, upright, to this file (.png; else JPEG)");
+    app.add_option("--thumbnail", thumbnail, "Write the first frame, upright, to this file (.png; else JPEG)");
     app.add_flag("--json", json, "Print the facts, or the error, as one JSON object");
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
-        std::cout
-            << app.help()
-            << "\nFacts: duration (whole seconds), width and height of the upright picture, orientation of "
-               "the\n"
-               "result, how the source was turned, date (UTC), place, model, software, preset.\n"
-               "Ends with 0; 1 when the clip cannot be converted, 2 on wrong use, 130 when interrupted.\n";
+        std::cout << app.help()
+                  << "\nFacts: duration (whole seconds), width and height of the upright picture, orientation of "
+                     "the\n"
+                     "result, how the source was turned, date (UTC), place, model, software, preset.\n"
+                     "Ends with 0; 1 when the clip cannot be converted, 2 on wrong use, 130 when interrupted.\n";
         return succeeded;
     } catch (const CLI::ParseError& error) {
         std::cerr << "ostrel-convert: " << error.what() << ". See --help.\n";

@@ -11,10 +11,9 @@ using namespace ostrel;
 
 int main(int argc, char** argv) {
     TourOptions options;
-    CLI::App app{
-        "Uses the reader's window by itself, on an article server and data of its own, checks each step\n"
-        "and writes a picture of it.",
-        "ostrel-tour"};
+    CLI::App app{"Uses the reader's window by itself, on an article server and data of its own, checks each step\n"
+                 "and writes a picture of it.",
+                 "ostrel-tour"};
     app.add_option("DIR", options.folder, "Folder of the pictures and of tour.json")->required();
     addWindowOptions(app, options.reader);
     if (const auto status = parseCommandLine(app, argc, argv)) return *status;

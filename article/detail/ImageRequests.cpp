@@ -7,8 +7,7 @@
 
 namespace ostrel {
 
-ImageRequests::ImageRequests(std::string thumbnail, std::string image, Completed fullImageHasCompleted,
-                             Show show)
+ImageRequests::ImageRequests(std::string thumbnail, std::string image, Completed fullImageHasCompleted, Show show)
     : thumbnail_(std::move(thumbnail)),
       image_(std::move(image)),
       fullImageHasCompleted_(std::move(fullImageHasCompleted)),
@@ -21,23 +20,20 @@ void ImageRequests::showSoon(const Data& picture) {
 
 void ImageRequests::sendBoth() {
     auto& manager = OstrelRequestManager::defaultOstrelRequestManager();
-    showSoon(manager.request(thumbnail_,
-                             [self = shared_from_this()](const Data& picture, bool loaded, const auto&) {
-                                 // A thumbnail that comes late must not cover the full image.
-                                 if (loaded && !self->fullImageHasCompleted_->load(std::memory_order_relaxed))
-                                     self->show_(picture);
-                             }));
+    showSoon(manager.request(thumbnail_, [self = shared_from_this()](const Data& picture, bool loaded, const auto&) {
+        // A thumbnail that comes late must not cover the full image.
+        if (loaded && !self->fullImageHasCompleted_->load(std::memory_order_relaxed)) self->show_(picture);
+    }));
     sendFullImage();
 }
 
 void ImageRequests::sendFullImage() {
     fullImageHasCompleted_->store(false, std::memory_order_relaxed);
     auto& manager = OstrelRequestManager::defaultOstrelRequestManager();
-    showSoon(
-        manager.request(image_, [self = shared_from_this()](const Data& picture, bool loaded, const auto&) {
-            if (loaded) self->show_(picture);
-            self->fullImageHasCompleted_->store(true, std::memory_order_relaxed);
-        }));
+    showSoon(manager.request(image_, [self = shared_from_this()](const Data& picture, bool loaded, const auto&) {
+        if (loaded) self->show_(picture);
+        self->fullImageHasCompleted_->store(true, std::memory_order_relaxed);
+    }));
 }
 
 }  // namespace ostrel

@@ -68,8 +68,7 @@ void UIArticleCommentViewTableViewCell::setCommentDictionary(Dictionary record) 
         const auto date = NSDjangoUTCConvert::djangoDateString(*text);
         timeLabel_->setText(date ? NSStringForDate::date(*date) : std::string());
     }
-    const CGFloat nameWidth =
-        TextMeasurer::shared().singleLineWidth(authNameLabel_->text(), authNameLabel_->font());
+    const CGFloat nameWidth = TextMeasurer::shared().singleLineWidth(authNameLabel_->text(), authNameLabel_->font());
     const CGPoint name = authNameLabel_->frame().origin;
     timeLabel_->setFrame({name.x + nameWidth + 5, name.y + 1, 120, 14});
 
@@ -86,8 +85,7 @@ void UIArticleCommentViewTableViewCell::setCommentDictionary(Dictionary record) 
 
 void UIArticleCommentViewTableViewCell::requestFace() {
     const std::string author = decimalText(commentDictionary_["auth_id"].integer());
-    const auto weak =
-        std::weak_ptr(std::static_pointer_cast<UIArticleCommentViewTableViewCell>(shared_from_this()));
+    const auto weak = std::weak_ptr(std::static_pointer_cast<UIArticleCommentViewTableViewCell>(shared_from_this()));
     OstrelServer::shareServer().loadUserFace(author, [weak, author](const Data& data) {
         const auto row = weak.lock();
         // An answer that comes late must not put one person's face beside the words of another.

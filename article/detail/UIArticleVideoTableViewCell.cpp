@@ -29,15 +29,13 @@ std::string playingTime(CMTime now, CMTime total) {
     // A player that does not know the video's length yet does not know its position either: both are shown as
     // 0.
     const bool isKnown = total.isKnown();
-    return VideoCollectionViewCell::durationString(isKnown ? static_cast<float>(now.wholeSeconds()) : 0) +
-           "/" +
+    return VideoCollectionViewCell::durationString(isKnown ? static_cast<float>(now.wholeSeconds()) : 0) + "/" +
            VideoCollectionViewCell::durationString(isKnown ? static_cast<float>(total.wholeSeconds()) : 0);
 }
 
 }  // namespace
 
-UIArticleVideoTableViewCell::UIArticleVideoTableViewCell(UITableViewCellStyle style,
-                                                         std::string reuseIdentifier)
+UIArticleVideoTableViewCell::UIArticleVideoTableViewCell(UITableViewCellStyle style, std::string reuseIdentifier)
     : UITableViewCell(style, std::move(reuseIdentifier)) {}
 
 UIArticleVideoTableViewCell::~UIArticleVideoTableViewCell() {
@@ -144,8 +142,7 @@ void UIArticleVideoTableViewCell::setVideoDictionary(Dictionary record) {
     const std::string caption = recordText(videoDictionary_, "text");
     myTextView_->setText(caption);
     myTextView_->setAlpha(caption.empty() ? 0 : 1);
-    durationLabel_->setText(
-        VideoCollectionViewCell::durationString(recordFloat(videoDictionary_, "duration")));
+    durationLabel_->setText(VideoCollectionViewCell::durationString(recordFloat(videoDictionary_, "duration")));
     setAccessibility(AccessibilityRole::listItem,
                      caption.empty() ? durationLabel_->text() : caption + ", " + durationLabel_->text());
     thumbnailImageView_->setAccessibility(AccessibilityRole::image, caption);
@@ -155,11 +152,10 @@ void UIArticleVideoTableViewCell::setVideoDictionary(Dictionary record) {
 
 void UIArticleVideoTableViewCell::refreshHeight() {
     const CGFloat windowWidth = firstWindowWidth();
-    const CGFloat captionHeight = textHeight(myTextView_->text(), myTextView_->font(),
-                                             std::max(0.0f, VideoRowLayout::captionWidth(windowWidth)));
+    const CGFloat captionHeight =
+        textHeight(myTextView_->text(), myTextView_->font(), std::max(0.0f, VideoRowLayout::captionWidth(windowWidth)));
     const auto layout = VideoRowLayout::make(
-        windowWidth,
-        {.videoWidth = videoWidth_, .videoHeight = videoHeight_, .captionHeight = captionHeight});
+        windowWidth, {.videoWidth = videoWidth_, .videoHeight = videoHeight_, .captionHeight = captionHeight});
     ratio_ = layout.ratio;
     currentHeight_ = layout.thumbnailHeight;
     thumbnailImageView_->setFrame(layout.thumbnail);
@@ -189,8 +185,7 @@ void UIArticleVideoTableViewCell::loadThumbnail() {
         RunLoop::main().perform([weak, address, image] {
             const auto row = weak.lock();
             // The row may show another video when the bytes come.
-            if (row && recordText(row->videoDictionary_, "thumbnail") == address)
-                row->updateVideoThumbnailWith(image);
+            if (row && recordText(row->videoDictionary_, "thumbnail") == address) row->updateVideoThumbnailWith(image);
         });
     };
     show(OstrelRequestManager::defaultOstrelRequestManager().request(
@@ -230,8 +225,7 @@ void UIArticleVideoTableViewCell::playOrPause() {
     if (isUsable && player_->timeControlStatus() == AVPlayerTimeControlStatus::paused) {
         const CMTime duration = player_->currentItem()->duration();
         // Only the values are compared: a player gives length and position in one time scale.
-        if (duration.value == player_->currentTime().value)
-            player_->seekToTime(CMTimeMake(0, duration.timescale));
+        if (duration.value == player_->currentTime().value) player_->seekToTime(CMTimeMake(0, duration.timescale));
         return playContinue();
     }
     const std::string address = recordText(videoDictionary_, "video");
@@ -298,8 +292,7 @@ void UIArticleVideoTableViewCell::showPlayingTime() {
     if (hasFailed || player_->status() == AVPlayerStatus::readyToPlay) actView_->stopAnimating();
     // The play symbol is shown while nothing plays: also at the end of the video, and when it cannot be
     // played.
-    if (hasFailed || player_->timeControlStatus() == AVPlayerTimeControlStatus::paused)
-        stateImageView_->setAlpha(1);
+    if (hasFailed || player_->timeControlStatus() == AVPlayerTimeControlStatus::paused) stateImageView_->setAlpha(1);
     durationLabel_->setText(playingTime(player_->currentTime(), player_->currentItem()->duration()));
 }
 

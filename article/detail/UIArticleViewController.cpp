@@ -20,14 +20,7 @@ namespace ostrel {
 
 namespace {
 
-enum Section : std::int64_t {
-    titleSection,
-    textSection,
-    imageSection,
-    videoSection,
-    commentSection,
-    sectionCount
-};
+enum Section : std::int64_t { titleSection, textSection, imageSection, videoSection, commentSection, sectionCount };
 
 constexpr CGFloat titleHeight = 30;
 constexpr CGFloat roomBelowBar = 10;
@@ -37,8 +30,7 @@ UIUserInterfaceIdiom idiom() { return UIDevice::currentDevice().userInterfaceIdi
 std::int64_t countOf(const std::vector<Value>& records) { return static_cast<std::int64_t>(records.size()); }
 
 Dictionary recordAt(const std::vector<Value>& records, std::int64_t row) {
-    return row >= 0 && row < countOf(records) ? Dictionary(records[static_cast<std::size_t>(row)])
-                                              : Dictionary();
+    return row >= 0 && row < countOf(records) ? Dictionary(records[static_cast<std::size_t>(row)]) : Dictionary();
 }
 
 template <class Row>
@@ -64,8 +56,7 @@ public:
     bool pressesBegan(const UIPress& press) override {
         const auto owner = owner_.lock();
         const bool isSpace = press.key.code == UIKeyCode::space && press.key.modifiers == modifierNone;
-        if (isSpace && owner &&
-            (press.isRepeat ? owner->videoForSpace().has_value() : owner->spaceWasPressed()))
+        if (isSpace && owner && (press.isRepeat ? owner->videoForSpace().has_value() : owner->spaceWasPressed()))
             return true;
         return UITableView::pressesBegan(press);
     }
@@ -107,8 +98,8 @@ void UIArticleViewController::viewDidLoad() {
     const CGFloat barBottom = navigation ? navigation->navigationBar()->frame().maxY() : 0;
     const auto top = static_cast<float>(barBottom + roomBelowBar);
     const CGFloat whole = navigation ? navigation->view()->frame().height() : view()->frame().height();
-    myTableView_ = make<Table>(CGRect(0, top, view()->frame().width(), whole - top), UITableViewStyle::plain,
-                               weakSelf());
+    myTableView_ =
+        make<Table>(CGRect(0, top, view()->frame().width(), whole - top), UITableViewStyle::plain, weakSelf());
     myTableView_->setDelegate(this);
     myTableView_->setDataSource(this);
     myTableView_->allowsSelection = true;
@@ -141,8 +132,7 @@ void UIArticleViewController::viewWillDisappear(bool animated) {
 
 // Loading
 
-void UIArticleViewController::openArticleID(const std::string& articleId, const std::string&,
-                                            const std::string&) {
+void UIArticleViewController::openArticleID(const std::string& articleId, const std::string&, const std::string&) {
     loadArticleID(articleId);
 }
 
@@ -205,13 +195,12 @@ void UIArticleViewController::share() {
 void UIArticleViewController::touchAuthor() {
     auto alert = make<UIAlertController>("Touch Author", "", UIAlertController::Style::alert);
     alert->addTextField([](UITextField& field) { field.setPlaceholder("Hello"); });
-    alert->addAction({"Touch", UIAlertAction::Style::destructive,
-                      [weak = weakSelf(), field = alert->textFields().front()] {
-                          const auto self = weak.lock();
-                          if (!self) return;
-                          OstrelServer::shareServer().notificationUserID(self->resultDict_["auth_id"],
-                                                                         "Touch You", field->text());
-                      }});
+    alert->addAction(
+        {"Touch", UIAlertAction::Style::destructive, [weak = weakSelf(), field = alert->textFields().front()] {
+             const auto self = weak.lock();
+             if (!self) return;
+             OstrelServer::shareServer().notificationUserID(self->resultDict_["auth_id"], "Touch You", field->text());
+         }});
     alert->addAction({"Cancel", UIAlertAction::Style::cancel, {}});
     // Each later step of a long press presents a further alert while the first one is shown. The platform
     // refuses that and logs a line, and the user sees one alert. Kept on purpose: the title row runs its
@@ -326,8 +315,7 @@ std::shared_ptr<UITableViewCell> UIArticleViewController::videoCell(NSIndexPath 
 
 std::shared_ptr<UITableViewCell> UIArticleViewController::commentCell(NSIndexPath path) {
     static const std::string identifier = "commentCellIdentifier";
-    auto row =
-        rowOf<UIArticleCommentViewTableViewCell>(*myTableView_, identifier, UITableViewCellStyle::subtitle);
+    auto row = rowOf<UIArticleCommentViewTableViewCell>(*myTableView_, identifier, UITableViewCellStyle::subtitle);
     row->setCommentDictionary(recordAt(commentsArray_, path.row));
     return row;
 }

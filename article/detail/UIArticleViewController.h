@@ -58,8 +58,7 @@ public:
 
     std::int64_t numberOfSectionsInTableView(UITableView& table) override;
     std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
-    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
-                                                                    NSIndexPath path) override;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
     std::string tableViewTitleForHeaderInSection(UITableView& table, std::int64_t section) override;
     CGFloat tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
     void tableViewDidSelectRowAtIndexPath(UITableView& table, NSIndexPath path) override;

@@ -70,8 +70,7 @@ void UIArticleViewImageTableViewCell::setImageDictionary(Dictionary record) {
 std::shared_ptr<ImageRequests> UIArticleViewImageTableViewCell::makeRequests() {
     // The requests' threads hold the row weakly, and only the main thread makes that strong: a view must not
     // end on another thread.
-    const auto weak =
-        std::weak_ptr(std::static_pointer_cast<UIArticleViewImageTableViewCell>(shared_from_this()));
+    const auto weak = std::weak_ptr(std::static_pointer_cast<UIArticleViewImageTableViewCell>(shared_from_this()));
     return std::make_shared<ImageRequests>(recordText(imageDictionary_, "thumbnail"),
                                            recordText(imageDictionary_, "image"), fullImageHasCompleted_,
                                            [weak](const Data& picture) {
@@ -84,8 +83,7 @@ void UIArticleViewImageTableViewCell::loadThumbnail() { makeRequests()->sendBoth
 void UIArticleViewImageTableViewCell::loadFullImage() { makeRequests()->sendFullImage(); }
 
 void UIArticleViewImageTableViewCell::showPicture(const Data& picture) {
-    const bool isShown =
-        shownData_ && shownData_.bytes() == picture.bytes() && shownData_.size() == picture.size();
+    const bool isShown = shownData_ && shownData_.bytes() == picture.bytes() && shownData_.size() == picture.size();
     if (isShown) return;
     shownData_ = picture;
     myImageView_->setImage(UIImage::imageWithData(picture));
@@ -97,12 +95,12 @@ void UIArticleViewImageTableViewCell::refreshFrame() {
     // that is not seen costs nothing, and the next caption replaces it.
     if (!caption.empty()) myTextView_->setText(caption);
     const CGFloat measureWidth = ImageRowLayout::captionMeasureWidth(UIScreen::mainScreen().bounds().width());
-    const auto layout = ImageRowLayout::make(
-        frame().width(), {.imageWidth = recordFloat(imageDictionary_, "image_width"),
-                          .imageHeight = recordFloat(imageDictionary_, "image_height"),
-                          .windowWidth = firstWindowWidth(),
-                          .captionHeight = textHeight(caption, myTextView_->font(), measureWidth),
-                          .formerImage = myImageView_->frame()});
+    const auto layout =
+        ImageRowLayout::make(frame().width(), {.imageWidth = recordFloat(imageDictionary_, "image_width"),
+                                               .imageHeight = recordFloat(imageDictionary_, "image_height"),
+                                               .windowWidth = firstWindowWidth(),
+                                               .captionHeight = textHeight(caption, myTextView_->font(), measureWidth),
+                                               .formerImage = myImageView_->frame()});
     myImageView_->setFrame(layout.image);
     myTextView_->setFrame(layout.caption);
     baseView_->setFrame(layout.base);

@@ -17,8 +17,7 @@ constexpr CGFloat textLift = 6;
 
 }  // namespace
 
-UIArticleViewTextTableViewCell::UIArticleViewTextTableViewCell(UITableViewCellStyle style,
-                                                               std::string reuseIdentifier)
+UIArticleViewTextTableViewCell::UIArticleViewTextTableViewCell(UITableViewCellStyle style, std::string reuseIdentifier)
     : UITableViewCell(style, std::move(reuseIdentifier)) {}
 
 const UIFont& UIArticleViewTextTableViewCell::textFont() {
@@ -49,9 +48,8 @@ void UIArticleViewTextTableViewCell::initialise() {
 void UIArticleViewTextTableViewCell::setText(std::string text) {
     text_ = std::move(text);
     textTextView_->setText(text_);
-    const CGFloat height = TextMeasurer::shared()
-                               .measure(text_, textTextView_->font(), textTextView_->frame().width())
-                               .size.height;
+    const CGFloat height =
+        TextMeasurer::shared().measure(text_, textTextView_->font(), textTextView_->frame().width()).size.height;
     textTextView_->setFrame({5, 2, frame().width() - 10, height});
 }
 

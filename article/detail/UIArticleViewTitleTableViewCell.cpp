@@ -26,8 +26,7 @@ void UIArticleViewTitleTableViewCell::initialise() {
     // The label must not begin a selection at a long press, which runs the row's handler.
     titleLabel_->setSelectable(true, false);
     addSubview(titleLabel_);
-    addGestureRecognizer(
-        std::make_shared<UILongPressGestureRecognizer>([this](UIGestureRecognizer&) { longpress(); }));
+    addGestureRecognizer(std::make_shared<UILongPressGestureRecognizer>([this](UIGestureRecognizer&) { longpress(); }));
 }
 
 void UIArticleViewTitleTableViewCell::setTitle(std::string title) {

@@ -19,10 +19,9 @@ void UICommentViewController::loadView() {
 void UICommentViewController::viewDidLoad() {
     UIViewController::viewDidLoad();
     view()->setBackgroundColor(UIColor::white());
-    auto reply =
-        std::make_shared<UIBarButtonItem>("Reply", UIBarButtonItem::Style::done, [weak = weakSelf()] {
-            if (const auto self = weak.lock()) self->comment();
-        });
+    auto reply = std::make_shared<UIBarButtonItem>("Reply", UIBarButtonItem::Style::done, [weak = weakSelf()] {
+        if (const auto self = weak.lock()) self->comment();
+    });
     reply->setEnabled(false);
     navigationItem().setRightBarButtonItem(reply);
     navigationItem().setLeftBarButtonItem(

@@ -30,8 +30,7 @@ std::string percentEncodedPath(const std::string& path) {
     std::string encoded;
     for (const char c : path) {
         const auto byte = static_cast<unsigned char>(c);
-        const bool isAlphanumeric =
-            (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+        const bool isAlphanumeric = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
         if (isAlphanumeric || others.find(c) != std::string_view::npos) {
             encoded += c;
         } else {

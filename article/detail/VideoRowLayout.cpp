@@ -12,9 +12,7 @@ constexpr float largestPortraitHeight = 300;
 
 }  // namespace
 
-float VideoRowLayout::captionWidth(CGFloat windowWidth) {
-    return static_cast<float>(windowWidth - 2 * detailSpace);
-}
+float VideoRowLayout::captionWidth(CGFloat windowWidth) { return static_cast<float>(windowWidth - 2 * detailSpace); }
 
 VideoRowLayout VideoRowLayout::make(CGFloat windowWidth, const Content& content) {
     const CGFloat width = windowWidth - 2 * detailSpace;

@@ -30,8 +30,7 @@ void logUpload(const char* failure, const char* result, const ArticleAnswer& ans
 
 }  // namespace
 
-ArticleSave::ArticleSave(std::shared_ptr<ArticleSaveDelegate> delegate,
-                         std::shared_ptr<Outstanding> outstanding)
+ArticleSave::ArticleSave(std::shared_ptr<ArticleSaveDelegate> delegate, std::shared_ptr<Outstanding> outstanding)
     : delegate_(std::move(delegate)), outstanding_(std::move(outstanding)) {}
 
 void ArticleSave::start() {
@@ -80,8 +79,7 @@ void ArticleSave::updateArticle(const ArticleDraft& draft) {
     for (const auto& item : draft.images) {
         if (const Dictionary& record = item->imageDictionary()) {
             send(ArticleRequest::setImagePosition(record["id"], position));
-            if (item->textChanged())
-                send(ArticleRequest::setImageCaption(record["id"], item->text().value_or("")));
+            if (item->textChanged()) send(ArticleRequest::setImageCaption(record["id"], item->text().value_or("")));
         } else {
             uploadImage(*item, position, articleId);
         }
@@ -91,8 +89,7 @@ void ArticleSave::updateArticle(const ArticleDraft& draft) {
     for (const auto& item : draft.videos) {
         if (const Dictionary& record = item->videoDictionary()) {
             send(ArticleRequest::setVideoPosition(record["id"], position));
-            if (item->textChanged())
-                send(ArticleRequest::setVideoCaption(record["id"], item->text().value_or("")));
+            if (item->textChanged()) send(ArticleRequest::setVideoCaption(record["id"], item->text().value_or("")));
         } else {
             uploadVideo(*item, position, articleId);
         }
@@ -109,62 +106,51 @@ void ArticleSave::updateArticle(const ArticleDraft& draft) {
 
 // Counted requests
 
-void ArticleSave::send(const ArticleRequest& request,
-                       std::function<void(const ArticleAnswer& answer)> answered) {
+void ArticleSave::send(const ArticleRequest& request, std::function<void(const ArticleAnswer& answer)> answered) {
     const auto framework = OstrelServerFramework::current();
     if (!framework) return;
     ++*outstanding_;
-    request.sendUnjudged(framework->shareServer(),
-                         [self = shared_from_this(), request,
-                          answered = std::move(answered)](const auto& answer, const auto& error) {
-                             --*self->outstanding_;
-                             const ArticleAnswer judged = request.judge(answer, error);
-                             if (answered) answered(judged);
-                         });
+    request.sendUnjudged(framework->shareServer(), [self = shared_from_this(), request, answered = std::move(answered)](
+                                                       const auto& answer, const auto& error) {
+        --*self->outstanding_;
+        const ArticleAnswer judged = request.judge(answer, error);
+        if (answered) answered(judged);
+    });
 }
 
-void ArticleSave::uploadImage(const NSArticleImageObject& item, std::int64_t position,
-                              const std::string& articleId) {
-    send(ArticleRequest::uploadImage(articleId, position,
-                                     UploadFile::jpegOf(item.image(), uploadedJpegQuality),
+void ArticleSave::uploadImage(const NSArticleImageObject& item, std::int64_t position, const std::string& articleId) {
+    send(ArticleRequest::uploadImage(articleId, position, UploadFile::jpegOf(item.image(), uploadedJpegQuality),
                                      item.text().value_or("")),
-         [](const ArticleAnswer& answer) {
-             logUpload("post image error:%@", "upload image result:%@", answer);
-         });
+         [](const ArticleAnswer& answer) { logUpload("post image error:%@", "upload image result:%@", answer); });
 }
 
-void ArticleSave::uploadVideo(const NSArticleVideoObject& item, std::int64_t position,
-                              const std::string& articleId) {
+void ArticleSave::uploadVideo(const NSArticleVideoObject& item, std::int64_t position, const std::string& articleId) {
     ArticleVideoFields fields;
     fields.text = item.text().value_or("");
     fields.altitude = item.altitude().value_or("");
     fields.longitude = item.longitude().value_or("");
     fields.latitude = item.latitude().value_or("");
     fields.duration = item.duration();
-    send(ArticleRequest::uploadVideo(articleId, position,
-                                     UploadFile::jpegOf(item.thumbnail(), uploadedJpegQuality),
+    send(ArticleRequest::uploadVideo(articleId, position, UploadFile::jpegOf(item.thumbnail(), uploadedJpegQuality),
                                      UploadFile::atPath(item.videoFile().value_or("")), fields),
-         [](const ArticleAnswer& answer) {
-             logUpload("post video error:%@", "upload video result:%@", answer);
-         });
+         [](const ArticleAnswer& answer) { logUpload("post video error:%@", "upload video result:%@", answer); });
 }
 
 void ArticleSave::removeImage(const Dictionary& record) {
-    send(ArticleRequest::removeImage(record["id"]), [](const ArticleAnswer& answer) {
-        NSLog(answer.error ? "remove image failed." : "remove image success.");
-    });
+    send(ArticleRequest::removeImage(record["id"]),
+         [](const ArticleAnswer& answer) { NSLog(answer.error ? "remove image failed." : "remove image success."); });
 }
 
 void ArticleSave::removeVideo(const Dictionary& record) {
-    send(ArticleRequest::removeVideo(record["id"]), [](const ArticleAnswer& answer) {
-        NSLog(answer.error ? "remove video failed." : "remove video success.");
-    });
+    send(ArticleRequest::removeVideo(record["id"]),
+         [](const ArticleAnswer& answer) { NSLog(answer.error ? "remove video failed." : "remove video success."); });
 }
 
 // The end
 
 void ArticleSave::waitAndReload(const std::string& articleId, bool isNewArticle) {
-    // The thread may be the last to release the save, and with it the screen's views, which must end on the main thread.
+    // The thread may be the last to release the save, and with it the screen's views, which must end on the main
+    // thread.
     NSThread::detachNewThread([self = endsOnMainThread(shared_from_this()), articleId, isNewArticle] {
         NSThread::sleepForTimeInterval(secondsBetweenLooks);
         while (const std::int64_t outstanding = *self->outstanding_) {

@@ -37,27 +37,28 @@ enum class ArticleSaveEnd {
     unreadable,
 };
 
-/// The editor's screen, as a save sees it. Requests under way and the thread that waits for them hold the delegate, so that
-/// a save continues after its screen was closed. Main thread.
+/// The editor's screen, as a save sees it. Requests under way and the thread that waits for them hold the delegate, so
+/// that a save continues after its screen was closed. Main thread.
 class ArticleSaveDelegate {
 public:
     virtual ~ArticleSaveDelegate() = default;
     /// The article as the screen shows it now. A save of a new article asks for the draft twice: at its start for the
-    /// texts, and when the server has created the article for the items, because a clip may have been converted in between.
+    /// texts, and when the server has created the article for the items, because a clip may have been converted in
+    /// between.
     virtual ArticleDraft draftToSave() = 0;
     /// The server refused the new title and text of an existing article. The save continues, and `saveDidEnd` follows.
     virtual void textsWereRefused() = 0;
     virtual void saveDidEnd(ArticleSaveEnd end) = 0;
 };
 
-/// One save of an article: sends all requests at once, waits until each has been answered, loads the article once more and
-/// posts its new record. A failed upload, removal, caption or position is logged at most, and does not stop the save.
-/// Requests and the waiting thread own the save; nobody else needs to hold it. Main thread.
+/// One save of an article: sends all requests at once, waits until each has been answered, loads the article once more
+/// and posts its new record. A failed upload, removal, caption or position is logged at most, and does not stop the
+/// save. Requests and the waiting thread own the save; nobody else needs to hold it. Main thread.
 class ArticleSave final : public std::enable_shared_from_this<ArticleSave> {
 public:
     /// The number of requests that were sent and not yet answered. All saves of one screen share the number, so that a
-    /// second save waits for the requests of the first. The main thread alone changes it, the waiting thread reads it too;
-    /// no other memory depends on its order.
+    /// second save waits for the requests of the first. The main thread alone changes it, the waiting thread reads it
+    /// too; no other memory depends on its order.
     using Outstanding = std::atomic<std::int64_t>;
 
     ArticleSave(std::shared_ptr<ArticleSaveDelegate> delegate, std::shared_ptr<Outstanding> outstanding);
@@ -73,8 +74,8 @@ public:
     /// `position`: the place among the article's images, from 0.
     void uploadImage(const NSArticleImageObject& item, std::int64_t position, const std::string& articleId);
     void uploadVideo(const NSArticleVideoObject& item, std::int64_t position, const std::string& articleId);
-    /// Sends a request and counts it until it is answered; `answered` may be empty. Without a server framework, when the
-    /// application ends, nothing is sent.
+    /// Sends a request and counts it until it is answered; `answered` may be empty. Without a server framework, when
+    /// the application ends, nothing is sent.
     void send(const ArticleRequest& request, std::function<void(const ArticleAnswer& answer)> answered = {});
     void removeImage(const Dictionary& record);
     void removeVideo(const Dictionary& record);

@@ -17,7 +17,8 @@ constexpr CGFloat pictureSide = 167;
 constexpr CGFloat tilePictureRadius = 5;
 constexpr CGFloat removeSide = 30;
 constexpr char shakeKey[] = "shake";
-/// UTF-16 units of a caption that are part of the tile's name for screen readers; the caption's editor has the whole text.
+/// UTF-16 units of a caption that are part of the tile's name for screen readers; the caption's editor has the whole
+/// text.
 constexpr std::size_t spokenCaptionLength = 200;
 
 }  // namespace
@@ -54,8 +55,8 @@ void MediaCollectionViewCell::initialise() {
     myTextView_->addSubview(myTextPlaceholder_);
     contentView()->addSubview(myTextView_);
 
-    removeButton_ = make<UIButton>(UIButton::Type::custom,
-                                   CGRect(frame().width() - removeSide, 0, removeSide, removeSide));
+    removeButton_ =
+        make<UIButton>(UIButton::Type::custom, CGRect(frame().width() - removeSide, 0, removeSide, removeSide));
     removeButton_->setAutoresizingMask(flexibleLeftMargin | flexibleBottomMargin);
     removeButton_->setBackgroundColor(UIColor::clear());
     // The picture fills the button, as a background picture does.
@@ -125,8 +126,8 @@ void MediaCollectionViewCell::endEditing() {
 }
 
 void MediaCollectionViewCell::showExisting(const Dictionary& record, bool isAnother, Spinner spinner) {
-    // Kept on purpose: a tile that is shown again shows the server's caption, even when the item holds an edited one. The
-    // save sends the item's caption.
+    // Kept on purpose: a tile that is shown again shows the server's caption, even when the item holds an edited one.
+    // The save sends the item's caption.
     showCaption(recordText(record, "text"));
     const auto weak = std::weak_ptr(std::static_pointer_cast<MediaCollectionViewCell>(shared_from_this()));
     const Data cached = OstrelRequestManager::defaultOstrelRequestManager().request(

@@ -17,9 +17,9 @@
 
 namespace ostrel {
 
-/// What the tiles of images and of videos share: a picture, an editor for its caption, and a button that removes the item.
-/// The collection view reuses tiles; the strip sets style, shake and item each time. Kept on purpose: a thumbnail that
-/// arrives after the tile was given another item still replaces the picture.
+/// What the tiles of images and of videos share: a picture, an editor for its caption, and a button that removes the
+/// item. The collection view reuses tiles; the strip sets style, shake and item each time. Kept on purpose: a thumbnail
+/// that arrives after the tile was given another item still replaces the picture.
 class MediaCollectionViewCell : public UICollectionViewCell, public UITextViewDelegate {
 public:
     using UICollectionViewCell::UICollectionViewCell;
@@ -56,12 +56,14 @@ protected:
     enum class Spinner { stopsWhenAnswered, stopsForCachedData };
     void showExisting(const Dictionary& record, bool isAnother, Spinner spinner);
     void showNew(std::shared_ptr<const UIImage> picture, const std::optional<std::string>& caption);
-    /// Ends editing, so that the caption goes to the item that it was typed for. Call it before the tile shows another item.
+    /// Ends editing, so that the caption goes to the item that it was typed for. Call it before the tile shows another
+    /// item.
     void endEditing();
     virtual ArticleMediaItem* item() const = 0;
     /// Tells the strip that the caption changed.
     virtual void captionDidChange() = 0;
-    /// The keys of the looked-up texts for a screen reader: the tile without a caption, with one, and its remove button.
+    /// The keys of the looked-up texts for a screen reader: the tile without a caption, with one, and its remove
+    /// button.
     virtual const char* nameKey() const = 0;
     virtual const char* captionedNameKey() const = 0;
     virtual const char* removeNameKey() const = 0;

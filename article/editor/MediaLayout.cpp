@@ -33,15 +33,13 @@ CGSize mediaTileSize(std::int64_t style, CGFloat stripWidth) {
     return {side, side};
 }
 
-std::optional<MediaTileLayout> mediaTileLayout(std::int64_t style, CGSize tile,
-                                               const MediaTileLayout& present) {
+std::optional<MediaTileLayout> mediaTileLayout(std::int64_t style, CGSize tile, const MediaTileLayout& present) {
     if (style == gridStyle) return MediaTileLayout{{{0, 0}, present.picture.size}, {}, {}};
     if (style != listStyle) return std::nullopt;
     const CGFloat captionWidth = std::max(0.0, tile.width - 121);
-    return MediaTileLayout{
-        {{0, 0}, listPicture},
-        {119, 3, captionWidth, std::max(0.0, tile.height - 6)},
-        {8, present.placeholder.minY(), std::max(0.0, captionWidth - 9), placeholderHeight}};
+    return MediaTileLayout{{{0, 0}, listPicture},
+                           {119, 3, captionWidth, std::max(0.0, tile.height - 6)},
+                           {8, present.placeholder.minY(), std::max(0.0, captionWidth - 9), placeholderHeight}};
 }
 
 }  // namespace ostrel

@@ -32,9 +32,8 @@ struct MediaTileLayout {
     CGRect picture, caption, placeholder;
 };
 
-/// The layout of a tile of the size `tile` whose parts are at `present`. None for large tiles: all parts stay where they
-/// are. In the grid the picture keeps its size, and the smaller tile clips it.
-std::optional<MediaTileLayout> mediaTileLayout(std::int64_t style, CGSize tile,
-                                               const MediaTileLayout& present);
+/// The layout of a tile of the size `tile` whose parts are at `present`. None for large tiles: all parts stay where
+/// they are. In the grid the picture keeps its size, and the smaller tile clips it.
+std::optional<MediaTileLayout> mediaTileLayout(std::int64_t style, CGSize tile, const MediaTileLayout& present);
 
 }  // namespace ostrel

@@ -66,12 +66,8 @@ protected:
     void showItem(MediaCollectionViewCell& tile, std::size_t index) override {
         show((*items_)[index], static_cast<Tile&>(tile));
     }
-    void swapItems(std::size_t one, std::size_t other) override {
-        std::swap((*items_)[one], (*items_)[other]);
-    }
-    void eraseItem(std::size_t index) override {
-        items_->erase(items_->begin() + static_cast<std::ptrdiff_t>(index));
-    }
+    void swapItems(std::size_t one, std::size_t other) override { std::swap((*items_)[one], (*items_)[other]); }
+    void eraseItem(std::size_t index) override { items_->erase(items_->begin() + static_cast<std::ptrdiff_t>(index)); }
     void rememberRemoved(const Dictionary& record) override {
         if (!removedRecords_) removedRecords_.emplace();
         removedRecords_->push_back(record);

@@ -30,9 +30,7 @@ public:
 
     const std::optional<ArticleImages>& imagesArray() const { return items(); }
     void setImagesArray(ArticleImages images) { setItems(std::move(images)); }
-    const std::optional<std::vector<Dictionary>>& removedImagesDictionaryArray() const {
-        return removedRecords();
-    }
+    const std::optional<std::vector<Dictionary>>& removedImagesDictionaryArray() const { return removedRecords(); }
 
     /// Opens the picker.
     void selectImage();

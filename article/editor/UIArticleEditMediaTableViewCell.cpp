@@ -53,8 +53,7 @@ CGFloat UIArticleEditMediaTableViewCell::heightForCount(std::size_t count, std::
     return mediaStripHeight(count, style, UIScreen::mainScreen().bounds().width());
 }
 
-std::int64_t UIArticleEditMediaTableViewCell::collectionViewNumberOfItemsInSection(UICollectionView&,
-                                                                                   std::int64_t) {
+std::int64_t UIArticleEditMediaTableViewCell::collectionViewNumberOfItemsInSection(UICollectionView&, std::int64_t) {
     const auto count = itemCount();
     return count ? static_cast<std::int64_t>(*count) + (isItemShake_ ? 0 : 1) : 0;
 }
@@ -64,8 +63,8 @@ CGSize UIArticleEditMediaTableViewCell::collectionViewLayoutSizeForItemAtIndexPa
     return mediaTileSize(articleEditStyle_, view.frame().width());
 }
 
-CGFloat UIArticleEditMediaTableViewCell::collectionViewLayoutMinimumLineSpacingForSectionAtIndex(
-    UICollectionView&, std::int64_t) {
+CGFloat UIArticleEditMediaTableViewCell::collectionViewLayoutMinimumLineSpacingForSectionAtIndex(UICollectionView&,
+                                                                                                 std::int64_t) {
     return mediaLineSpacing;
 }
 
@@ -136,8 +135,7 @@ void UIArticleEditMediaTableViewCell::removeItemOf(MediaCollectionViewCell& tile
     });
 }
 
-bool UIArticleEditMediaTableViewCell::collectionViewRemoveItemAtIndexPath(UICollectionView& view,
-                                                                          NSIndexPath path) {
+bool UIArticleEditMediaTableViewCell::collectionViewRemoveItemAtIndexPath(UICollectionView& view, NSIndexPath path) {
     const auto tile = std::dynamic_pointer_cast<MediaCollectionViewCell>(view.cellForItemAtIndexPath(path));
     if (tile) tile->remove();
     return tile != nullptr;
@@ -158,8 +156,7 @@ void UIArticleEditMediaTableViewCell::select(std::string_view mediaType) {
     picker->setAllowsEditing(false);
     picker->setSourceType(UIImagePickerControllerSourceType::photoLibrary);
     const bool isPad = UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::pad;
-    picker->modalPresentationStyle =
-        isPad ? UIModalPresentationStyle::formSheet : UIModalPresentationStyle::fullScreen;
+    picker->modalPresentationStyle = isPad ? UIModalPresentationStyle::formSheet : UIModalPresentationStyle::fullScreen;
     top->presentViewController(picker, true);
 }
 
@@ -177,10 +174,9 @@ void UIArticleEditMediaTableViewCell::start_drag() {
     isItemShake_ = true;
     collectionView_->reloadData();
     if (!gesture_) {
-        gesture_ = std::make_shared<UILongPressGestureRecognizer>(
-            [self = weakSelf()](UIGestureRecognizer& recognizer) {
-                if (const auto strip = self.lock()) strip->handlelongGesture(recognizer);
-            });
+        gesture_ = std::make_shared<UILongPressGestureRecognizer>([self = weakSelf()](UIGestureRecognizer& recognizer) {
+            if (const auto strip = self.lock()) strip->handlelongGesture(recognizer);
+        });
         gesture_->minimumPressDuration = 0;
     }
     if (!gesture_->view()) collectionView_->addGestureRecognizer(gesture_);
@@ -193,9 +189,7 @@ void UIArticleEditMediaTableViewCell::handlelongGesture(const UIGestureRecognize
         if (const auto path = collectionView_->indexPathForItemAtPoint(point))
             collectionView_->beginInteractiveMovementForItemAtIndexPath(*path);
         break;
-    case UIGestureRecognizerState::changed:
-        collectionView_->updateInteractiveMovementTargetPosition(point);
-        break;
+    case UIGestureRecognizerState::changed: collectionView_->updateInteractiveMovementTargetPosition(point); break;
     default: collectionView_->endInteractiveMovement();
     }
 }
@@ -211,18 +205,16 @@ bool UIArticleEditMediaTableViewCell::collectionViewCanMoveItemAtIndexPath(UICol
     return true;
 }
 
-NSIndexPath
-UIArticleEditMediaTableViewCell::collectionViewTargetIndexPathForMoveFromItemAtIndexPathToProposedIndexPath(
+NSIndexPath UIArticleEditMediaTableViewCell::collectionViewTargetIndexPathForMoveFromItemAtIndexPathToProposedIndexPath(
     UICollectionView&, NSIndexPath from, NSIndexPath proposed) {
-    // The keyboard also moves tiles that do not shake, when the add tile is shown: no tile moves behind the add tile, and
-    // the add tile itself does not move.
+    // The keyboard also moves tiles that do not shake, when the add tile is shown: no tile moves behind the add tile,
+    // and the add tile itself does not move.
     const auto count = static_cast<std::int64_t>(itemCount().value_or(0));
     if (from.row >= count) return from;
     return {proposed.section, std::min(proposed.row, count - 1)};
 }
 
-void UIArticleEditMediaTableViewCell::collectionViewMoveItemAtIndexPathToIndexPath(UICollectionView&,
-                                                                                   NSIndexPath from,
+void UIArticleEditMediaTableViewCell::collectionViewMoveItemAtIndexPathToIndexPath(UICollectionView&, NSIndexPath from,
                                                                                    NSIndexPath to) {
     const auto count = static_cast<std::int64_t>(itemCount().value_or(0));
     if (from.row >= count || to.row >= count) return;

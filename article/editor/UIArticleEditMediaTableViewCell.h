@@ -16,9 +16,9 @@ namespace ostrel {
 
 class MediaCollectionViewCell;
 
-/// What the editor's strips of images and of videos share, whatever the class of their items: a tile for each item and an
-/// add tile at the end, picking, and reordering. A press of half a second makes the tiles shake; a drag then swaps two
-/// items. `MediaStrip` adds the items. Main thread.
+/// What the editor's strips of images and of videos share, whatever the class of their items: a tile for each item and
+/// an add tile at the end, picking, and reordering. A press of half a second makes the tiles shake; a drag then swaps
+/// two items. `MediaStrip` adds the items. Main thread.
 class UIArticleEditMediaTableViewCell : public UITableViewCell,
                                         public UICollectionViewDataSource,
                                         public UICollectionViewDelegateFlowLayout,
@@ -53,8 +53,7 @@ public:
     CGSize collectionViewLayoutSizeForItemAtIndexPath(UICollectionView& view, NSIndexPath path) override;
     CGFloat collectionViewLayoutMinimumLineSpacingForSectionAtIndex(UICollectionView& view,
                                                                     std::int64_t section) override;
-    UIEdgeInsets collectionViewLayoutInsetForSectionAtIndex(UICollectionView& view,
-                                                            std::int64_t section) override;
+    UIEdgeInsets collectionViewLayoutInsetForSectionAtIndex(UICollectionView& view, std::int64_t section) override;
     NSIndexPath collectionViewTargetIndexPathForMoveFromItemAtIndexPathToProposedIndexPath(
         UICollectionView& view, NSIndexPath from, NSIndexPath proposed) override;
     bool collectionViewRemoveItemAtIndexPath(UICollectionView& view, NSIndexPath path) override;
@@ -97,7 +96,8 @@ private:
     void updatePlaces();
     void remember(const std::shared_ptr<UICollectionViewCell>& tile);
 
-    /// The tiles that have this strip as their delegate, whether the collection view shows them or keeps them for reuse.
+    /// The tiles that have this strip as their delegate, whether the collection view shows them or keeps them for
+    /// reuse.
     std::set<std::weak_ptr<UICollectionViewCell>, std::owner_less<>> tiles_;
     std::shared_ptr<UICollectionView> collectionView_;
     /// Drags tiles while they shake; null before the first reordering.

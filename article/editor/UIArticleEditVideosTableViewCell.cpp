@@ -44,7 +44,8 @@ void UIArticleEditVideosTableViewCell::imagePickerControllerDidFinishPickingMedi
     UIImagePickerController& picker, const UIImagePickerMediaInfo& info) {
     if (info.mediaType != UTTypeMovie || !info.mediaURL) return;
     const NSURL& source = *info.mediaURL;
-    // Kept on purpose: the converted file has the name and the extension of the picked clip, although it is an MP4 file.
+    // Kept on purpose: the converted file has the name and the extension of the picked clip, although it is an MP4
+    // file.
     const std::string file = NSHomeDirectory() + documents + source.lastPathComponent();
     auto item = std::make_shared<NSArticleVideoObject>();
     item->setVideoFile(file);

@@ -23,9 +23,9 @@ public:
     virtual void videoNumberChanged(UIArticleEditVideosTableViewCell&) {}
 };
 
-/// The editor's strip of videos. Owns the ordered items that a save reads. The strip converts a picked clip into a file of
-/// the user's Documents folder while the picker stays on screen, and adds an item when the conversion has ended, whether it
-/// succeeded or failed. Several conversions may run at the same time; closing the strip cancels them.
+/// The editor's strip of videos. Owns the ordered items that a save reads. The strip converts a picked clip into a file
+/// of the user's Documents folder while the picker stays on screen, and adds an item when the conversion has ended,
+/// whether it succeeded or failed. Several conversions may run at the same time; closing the strip cancels them.
 class UIArticleEditVideosTableViewCell final
     : public MediaStrip<UIArticleEditVideosTableViewCell, NSArticleVideoObject, VideoCollectionViewCell,
                         AddVideoCollectionViewCell, UIArticleEditVideosTableViewCellDelegate> {
@@ -35,14 +35,12 @@ public:
 
     const std::optional<ArticleVideos>& videosArray() const { return items(); }
     void setVideosArray(ArticleVideos videos) { setItems(std::move(videos)); }
-    const std::optional<std::vector<Dictionary>>& removedVideosDictionaryArray() const {
-        return removedRecords();
-    }
+    const std::optional<std::vector<Dictionary>>& removedVideosDictionaryArray() const { return removedRecords(); }
 
     /// Opens the picker.
     void selectVideo();
-    /// Adds an item whose clip was converted, or could not be: length and first frame are read from the item's file, and
-    /// stay empty when the file cannot be read.
+    /// Adds an item whose clip was converted, or could not be: length and first frame are read from the item's file,
+    /// and stay empty when the file cannot be read.
     void addVideoItemWith(const std::shared_ptr<NSArticleVideoObject>& item);
     void close() override;
 

@@ -41,8 +41,7 @@ std::shared_ptr<UITableViewCell> plainRow(const char* identifier) {
 
 /// Shows the text that the screen was filled with, and over it the record's text.
 template <class Editor>
-void fill(Editor& editor, const std::optional<std::string>& prefilled, const Dictionary& record,
-          const char* key) {
+void fill(Editor& editor, const std::optional<std::string>& prefilled, const Dictionary& record, const char* key) {
     if (prefilled && !prefilled->empty()) editor.setText(*prefilled);
     if (record) editor.setText(recordText(record, key));
 }
@@ -111,10 +110,10 @@ void UIArticleEditViewController::viewDidLoad() {
     NSNotificationCenter::defaultCenter().addObserver(this, UITextViewTextDidChangeNotification,
                                                       [this](const NSNotification&) { didChange(); });
     view()->setBackgroundColor(UIColor::white());
-    auto post = std::make_shared<UIBarButtonItem>(articleText("POST"), UIBarButtonItem::Style::done,
-                                                  [weak = weakSelf()] {
-                                                      if (const auto self = weak.lock()) self->save();
-                                                  });
+    auto post =
+        std::make_shared<UIBarButtonItem>(articleText("POST"), UIBarButtonItem::Style::done, [weak = weakSelf()] {
+            if (const auto self = weak.lock()) self->save();
+        });
     post->setEnabled(false);
     navigationItem().setRightBarButtonItem(post);
     navigationItem().setLeftBarButtonItem(
@@ -150,9 +149,8 @@ void UIArticleEditViewController::didMoveToParentViewController(UIViewController
 bool UIArticleEditViewController::isClosed() const {
     if (parentViewController() || presentingViewController()) return false;
     const auto& windows = UIApplication::sharedApplication().windows();
-    return std::none_of(windows.begin(), windows.end(), [this](const UIWindow* window) {
-        return window->rootViewController().get() == this;
-    });
+    return std::none_of(windows.begin(), windows.end(),
+                        [this](const UIWindow* window) { return window->rootViewController().get() == this; });
 }
 
 void UIArticleEditViewController::releaseStripsWhenClosed() {
@@ -181,7 +179,8 @@ void UIArticleEditViewController::cancel() {
         dismissViewControllerAnimated(true);
     } else if (auto* const navigation = navigationController();
                navigation && navigation->topViewController().get() == this) {
-        // Two saves in a row both end here: the second one finds the screen closed and must not pop the screen below it.
+        // Two saves in a row both end here: the second one finds the screen closed and must not pop the screen below
+        // it.
         navigation->popViewControllerAnimated(true);
     }
 }
@@ -201,8 +200,8 @@ void UIArticleEditViewController::didChange() {
     navigationItem().rightBarButtonItem()->setEnabled(true);
 }
 
-bool UIArticleEditViewController::textFieldShouldChangeCharactersInRangeReplacementString(
-    UITextField&, NSRange, const std::string&) {
+bool UIArticleEditViewController::textFieldShouldChangeCharactersInRangeReplacementString(UITextField&, NSRange,
+                                                                                          const std::string&) {
     didChange();
     return true;
 }
@@ -236,8 +235,7 @@ bool UIArticleEditViewController::textFieldShouldReturn(UITextField& field) {
 
 void UIArticleEditViewController::textViewDidChangeSelection(UITextView& textView) {
     const CGRect present = textView.frame();
-    const CGFloat height =
-        std::min(std::max(textView.contentSize().height, smallestTextHeight), largestTextHeight);
+    const CGFloat height = std::min(std::max(textView.contentSize().height, smallestTextHeight), largestTextHeight);
     // This runs at every move of the caret, and a layout of the table is needed only when the height changes.
     if (height == present.height()) return;
     tableView()->beginUpdates();
@@ -298,8 +296,8 @@ CGFloat UIArticleEditViewController::tableViewHeightForHeaderInSection(UITableVi
     return section == textSection ? headerHeight : 0;
 }
 
-std::shared_ptr<UITableViewCell> UIArticleEditViewController::tableViewCellForRowAtIndexPath(
-    UITableView& table, NSIndexPath path) {
+std::shared_ptr<UITableViewCell> UIArticleEditViewController::tableViewCellForRowAtIndexPath(UITableView& table,
+                                                                                             NSIndexPath path) {
     const auto identifier = cellIdentifierFor(path);
     if (identifier == imagesIdentifier) return imagesRow(path);
     if (identifier == videosIdentifier) return videosRow(path);
@@ -393,8 +391,7 @@ void UIArticleEditViewController::save() {
 }
 
 ArticleDraft UIArticleEditViewController::draftToSave() {
-    ArticleDraft draft{
-        .record = articleDictionary_, .title = textOf(titleField_), .text = textOf(textTextField_)};
+    ArticleDraft draft{.record = articleDictionary_, .title = textOf(titleField_), .text = textOf(textTextField_)};
     if (imagesCell_) {
         draft.images = imagesCell_->imagesArray().value_or(ArticleImages());
         draft.removedImages = imagesCell_->removedImagesDictionaryArray().value_or(std::vector<Dictionary>());
@@ -414,8 +411,8 @@ void UIArticleEditViewController::saveDidEnd(ArticleSaveEnd end) {
         if (postingView_) postingView_->stopAnimated();
         RunLoop::main().performAfter(secondsBeforeClosing, [self = weakSelf().lock()] { self->cancel(); });
         break;
-    // Kept on purpose: after both failures the overlay stays over the whole window, even when "OK" has closed the editor,
-    // so that nobody posts the same article twice without knowing what the server has.
+    // Kept on purpose: after both failures the overlay stays over the whole window, even when "OK" has closed the
+    // editor, so that nobody posts the same article twice without knowing what the server has.
     case ArticleSaveEnd::failed: presentFailure(); break;
     case ArticleSaveEnd::unreadable: break;
     }
@@ -471,9 +468,7 @@ void UIArticleEditViewController::updateServerImageText(const std::string& text,
     newSave()->send(ArticleRequest::setImageCaption(imageId, text));
 }
 
-void UIArticleEditViewController::removeServerImage(const Dictionary& record) {
-    newSave()->removeImage(record);
-}
+void UIArticleEditViewController::removeServerImage(const Dictionary& record) { newSave()->removeImage(record); }
 
 void UIArticleEditViewController::updateServerVideoSort(int position, const Value& videoId) {
     newSave()->send(ArticleRequest::setVideoPosition(videoId, position));
@@ -483,9 +478,7 @@ void UIArticleEditViewController::updateServerVideoText(const std::string& text,
     newSave()->send(ArticleRequest::setVideoCaption(videoId, text));
 }
 
-void UIArticleEditViewController::removeServerVideo(const Dictionary& record) {
-    newSave()->removeVideo(record);
-}
+void UIArticleEditViewController::removeServerVideo(const Dictionary& record) { newSave()->removeVideo(record); }
 
 void UIArticleEditViewController::createArticleForPre() {
     ArticleRequest::createArticle(preArticleTitle_.value_or(""), preArticleText_.value_or(""))
@@ -499,8 +492,7 @@ void UIArticleEditViewController::createArticleForPre() {
                 return;
             }
             self->articleDictionary_ = answer.record;
-            NSNotificationCenter::defaultCenter().postNotification(NOTIFICATION_KEY_NEW_ARTICLE,
-                                                                   answer.record.value());
+            NSNotificationCenter::defaultCenter().postNotification(NOTIFICATION_KEY_NEW_ARTICLE, answer.record.value());
             RunLoop::main().perform([self] { self->viewDidAppear(false); });
         });
 }

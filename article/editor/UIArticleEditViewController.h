@@ -16,9 +16,9 @@
 
 namespace ostrel {
 
-/// The screen on which a user writes a new article or changes an existing one: a title line, a text box, a strip of images
-/// and a strip of videos. Pushed or presented within a navigation controller. The first change enables "POST"; the screen
-/// does not compare texts and items with what they were before. Cancel closes without asking. Main thread.
+/// The screen on which a user writes a new article or changes an existing one: a title line, a text box, a strip of
+/// images and a strip of videos. Pushed or presented within a navigation controller. The first change enables "POST";
+/// the screen does not compare texts and items with what they were before. Cancel closes without asking. Main thread.
 class UIArticleEditViewController final : public UITableViewController,
                                           public UIScrollViewDelegate,
                                           public UITextFieldDelegate,
@@ -32,16 +32,16 @@ public:
     /// For a new article, or with `setArticleDictionary` for an existing one.
     UIArticleEditViewController();
     /// Filled with images, title and text, with "POST" enabled. `autoSend`: the screen saves each time it appears.
-    UIArticleEditViewController(Images images, std::string articleTitle, std::string articleText,
-                                bool autoSend);
+    UIArticleEditViewController(Images images, std::string articleTitle, std::string articleText, bool autoSend);
     ~UIArticleEditViewController() override;
     void initialise();
 
-    /// The article under edit; absent for a new article. Set it before the screen is first shown; setting loads nothing.
+    /// The article under edit; absent for a new article. Set it before the screen is first shown; setting loads
+    /// nothing.
     const Dictionary& articleDictionary() const { return articleDictionary_; }
     void setArticleDictionary(Dictionary record) { articleDictionary_ = std::move(record); }
-    /// How the strips show their items: 0 as a list with captions, 1 as a grid, any other number as large tiles. Setting the
-    /// style makes the article count as unchanged.
+    /// How the strips show their items: 0 as a list with captions, 1 as a grid, any other number as large tiles.
+    /// Setting the style makes the article count as unchanged.
     std::int64_t articleEditStyle() const { return articleEditStyle_; }
     void setArticleEditStyle(std::int64_t style);
     bool articleHaveChanged() const { return articleHaveChanged_; }
@@ -95,8 +95,7 @@ public:
     static std::optional<std::string> cellIdentifierFor(NSIndexPath path);
     std::int64_t numberOfSectionsInTableView(UITableView& table) override;
     std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
-    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
-                                                                    NSIndexPath path) override;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
     CGFloat tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
     CGFloat tableViewHeightForHeaderInSection(UITableView& table, std::int64_t section) override;
     void scrollViewWillBeginDragging(UIScrollView& scrollView) override;
@@ -109,11 +108,9 @@ public:
     /// Makes the text box and its row as high as the text, between a smallest and a largest height.
     void textViewDidChangeSelection(UITextView& textView) override;
 
-    void textAndValueChangedFromArticleEditImagesTableViewCell(
-        UIArticleEditImagesTableViewCell& strip) override;
+    void textAndValueChangedFromArticleEditImagesTableViewCell(UIArticleEditImagesTableViewCell& strip) override;
     void imageNumberChanged(UIArticleEditImagesTableViewCell& strip) override;
-    void textAndValueChangedFromArticleEditVideosTableViewCell(
-        UIArticleEditVideosTableViewCell& strip) override;
+    void textAndValueChangedFromArticleEditVideosTableViewCell(UIArticleEditVideosTableViewCell& strip) override;
     void videoNumberChanged(UIArticleEditVideosTableViewCell& strip) override;
 
 private:

@@ -6,8 +6,8 @@
 
 namespace ostrel {
 
-/// The overlay that covers the window while an article is saved: a dark layer with a spinner in its middle. It is shown and
-/// hidden by its alpha and stays in its superview; while it is shown, it keeps touches from the views below.
+/// The overlay that covers the window while an article is saved: a dark layer with a spinner in its middle. It is shown
+/// and hidden by its alpha and stays in its superview; while it is shown, it keeps touches from the views below.
 class UIArticlePostingView final : public UIView {
 public:
     using UIView::UIView;

@@ -31,8 +31,7 @@ void ArticleListRowActions::like() {
             NSLog("Liked num: %@", count);
             const auto self = weak.lock();
             // The row may show another article by now, and the count belongs to the article that was liked.
-            if (self && recordId(self->row_.articleDictionary()) == id)
-                self->row_.likeButton()->setTitle(count);
+            if (self && recordId(self->row_.articleDictionary()) == id) self->row_.likeButton()->setTitle(count);
         });
 }
 
@@ -46,8 +45,7 @@ void ArticleListRowActions::comment() {
         navigation->modalPresentationStyle = UIModalPresentationStyle::fullScreen;
         return root->presentViewController(navigation, true);
     }
-    auto alert =
-        make<UIAlertController>("Prohibit", "Can't comment before login.", UIAlertController::Style::alert);
+    auto alert = make<UIAlertController>("Prohibit", "Can't comment before login.", UIAlertController::Style::alert);
     alert->addAction({"Login", UIAlertAction::Style::destructive, [weak = weak_from_this()] {
                           if (const auto self = weak.lock()) self->login();
                       }});

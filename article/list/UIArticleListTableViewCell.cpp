@@ -36,8 +36,7 @@ std::string bodyText(const Dictionary& record) {
 
 }  // namespace
 
-UIArticleListTableViewCell::UIArticleListTableViewCell(UITableViewCellStyle style,
-                                                       std::string reuseIdentifier)
+UIArticleListTableViewCell::UIArticleListTableViewCell(UITableViewCellStyle style, std::string reuseIdentifier)
     : UITableViewCell(style, std::move(reuseIdentifier)) {}
 
 UIArticleListTableViewCell::~UIArticleListTableViewCell() {
@@ -75,8 +74,8 @@ void UIArticleListTableViewCell::initialise() {
     detailTextLabel_->setContentInset({0, contentIndent, 0, 0});
     detailTextLabel_->setFont(bodyFont());
     addSubview(detailTextLabel_);
-    addConstraint({.toItem = detailTextLabel_,
-                   .constant = ArticleListRowLayout::textTop + ArticleListRowLayout::roomBelowText});
+    addConstraint(
+        {.toItem = detailTextLabel_, .constant = ArticleListRowLayout::textTop + ArticleListRowLayout::roomBelowText});
 
     timeLabel_ = make<UILabel>(frames.time);
     timeLabel_->setTextAlignment(NSTextAlignment::left);
@@ -94,8 +93,7 @@ void UIArticleListTableViewCell::initialise() {
         [this](const NSNotification& notification) { updateArticleNotification(notification.object); });
 }
 
-std::shared_ptr<UIButton> UIArticleListTableViewCell::makeButton(CGRect frame, const char* image,
-                                                                 std::string title,
+std::shared_ptr<UIButton> UIArticleListTableViewCell::makeButton(CGRect frame, const char* image, std::string title,
                                                                  std::string accessibilityLabel,
                                                                  void (ArticleListRowActions::*action)()) {
     auto button = make<UIButton>(UIButton::Type::custom, frame);
@@ -160,15 +158,13 @@ void UIArticleListTableViewCell::setArticleDictionary(Dictionary record) {
 void UIArticleListTableViewCell::measureAhead(const Dictionary& record, CGFloat rowWidth, bool isOwners) {
     using Layout = ArticleListRowLayout;
     const CGFloat room = isOwners ? Layout::ownersAccessoryRoom : Layout::plainAccessoryRoom;
-    TextMeasurer::shared().measureAhead(bodyText(record), bodyFont(), Layout::textWidth(rowWidth, room),
-                                        bodyLines());
+    TextMeasurer::shared().measureAhead(bodyText(record), bodyFont(), Layout::textWidth(rowWidth, room), bodyLines());
 }
 
 void UIArticleListTableViewCell::showBody() {
     const std::string text = bodyText(articleDictionary_);
     const CGRect old = detailTextLabel_->frame();
-    const CGFloat measured =
-        TextMeasurer::shared().measure(text, bodyFont(), old.width(), bodyLines()).size.height;
+    const CGFloat measured = TextMeasurer::shared().measure(text, bodyFont(), old.width(), bodyLines()).size.height;
     detailTextLabel_->setText(text);
     detailTextLabel_->setFrame({old.origin, {old.width(), ArticleListRowLayout::shownTextHeight(measured)}});
 }
@@ -199,9 +195,7 @@ void UIArticleListTableViewCell::loginNow() { actions_->login(); }
 
 CGFloat UIArticleListTableViewCell::accessoryRoom() const { return ArticleListRowLayout::plainAccessoryRoom; }
 
-CGFloat UIArticleListOwnerTableViewCell::accessoryRoom() const {
-    return ArticleListRowLayout::ownersAccessoryRoom;
-}
+CGFloat UIArticleListOwnerTableViewCell::accessoryRoom() const { return ArticleListRowLayout::ownersAccessoryRoom; }
 
 void UIArticleListOwnerTableViewCell::initialise() {
     UIArticleListTableViewCell::initialise();

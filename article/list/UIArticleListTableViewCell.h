@@ -57,8 +57,7 @@ private:
     void showBody();
     void requestFace();
     std::shared_ptr<UIButton> makeButton(CGRect frame, const char* image, std::string title,
-                                         std::string accessibilityLabel,
-                                         void (ArticleListRowActions::*action)());
+                                         std::string accessibilityLabel, void (ArticleListRowActions::*action)());
 
     std::shared_ptr<NSBundle> myBundle_;
     std::shared_ptr<NSBundle> ostrelArticleBundle_;

@@ -77,9 +77,7 @@ void UIArticleListTableViewController::setRefreshTitle(std::string title) {
     if (refreshControl()) refreshControl()->setAttributedTitle(refreshTitle_);
 }
 
-bool UIArticleListTableViewController::showsLoginPrompt() const {
-    return isMySelfOnly_ && !somebodyIsSignedIn();
-}
+bool UIArticleListTableViewController::showsLoginPrompt() const { return isMySelfOnly_ && !somebodyIsSignedIn(); }
 
 void UIArticleListTableViewController::viewDidAppear(bool animated) {
     UITableViewController::viewDidAppear(animated);
@@ -95,8 +93,7 @@ void UIArticleListTableViewController::viewDidAppear(bool animated) {
             if (const auto self = weak.lock()) self->handleRefresh();
         },
         UIControlEvent::valueChanged);
-    if (UIDevice::currentDevice().userInterfaceIdiom() != UIUserInterfaceIdiom::mac)
-        setRefreshControl(control);
+    if (UIDevice::currentDevice().userInterfaceIdiom() != UIUserInterfaceIdiom::mac) setRefreshControl(control);
     tableView()->setScrollEnabled(true);
     if (loginButton_) {
         loginButton_->setAlpha(0);
@@ -152,8 +149,7 @@ void UIArticleListTableViewController::placeLoginPrompt() {
     const CGSize button = loginButton_->frame().size;
     loginButton_->setFrame({{(size.width - button.width) * 0.5, size.height * 0.457}, button});
     loginLabel_->setFrame({0, size.height * 0.31, size.width, loginLabel_->frame().height()});
-    loginDetailLabel_->setFrame(
-        {10, size.height * 0.37, size.width - 20, loginDetailLabel_->frame().height()});
+    loginDetailLabel_->setFrame({10, size.height * 0.37, size.width - 20, loginDetailLabel_->frame().height()});
 }
 
 void UIArticleListTableViewController::showLoginPrompt() {
@@ -206,8 +202,7 @@ void UIArticleListTableViewController::reloadInformationFromServer(bool animated
     });
 }
 
-void UIArticleListTableViewController::showFirstPage(const OstrelServerHtmlResultObject& result,
-                                                     bool animated) {
+void UIArticleListTableViewController::showFirstPage(const OstrelServerHtmlResultObject& result, bool animated) {
     lastLoadDate_ = NSDate::now();
     articlesArray_.assign(result.resultsArray().begin(), result.resultsArray().end());
     moreArticlesURLString_ = result.moreResultsURL();
@@ -225,21 +220,20 @@ void UIArticleListTableViewController::showFirstPage(const OstrelServerHtmlResul
 void UIArticleListTableViewController::loadMoreInformationFromServer(
     const std::shared_ptr<UIArticleLoadMoreTableViewCell>& cell) {
     if (!moreArticlesURLString_) return;
-    ArticleRequest::nextPage(*moreArticlesURLString_)
-        .send([weak = weakSelf(), cell](const ArticleAnswer& answer) {
-            const auto self = weak.lock();
-            if (!answer.succeeded()) {
-                NSLog("request articles error:%@", answer.error);
-                if (self && self->loadFailed) self->loadFailed(answer.error.value_or(""));
-                return;
-            }
-            if (!self) return;
-            const auto& records = answer.result->resultsArray();
-            self->articlesArray_.insert(self->articlesArray_.end(), records.begin(), records.end());
-            self->moreArticlesURLString_ = answer.result->moreResultsURL();
-            if (cell) cell->stop();
-            self->tableView()->reloadData();
-        });
+    ArticleRequest::nextPage(*moreArticlesURLString_).send([weak = weakSelf(), cell](const ArticleAnswer& answer) {
+        const auto self = weak.lock();
+        if (!answer.succeeded()) {
+            NSLog("request articles error:%@", answer.error);
+            if (self && self->loadFailed) self->loadFailed(answer.error.value_or(""));
+            return;
+        }
+        if (!self) return;
+        const auto& records = answer.result->resultsArray();
+        self->articlesArray_.insert(self->articlesArray_.end(), records.begin(), records.end());
+        self->moreArticlesURLString_ = answer.result->moreResultsURL();
+        if (cell) cell->stop();
+        self->tableView()->reloadData();
+    });
     if (cell) cell->start();
 }
 
@@ -346,24 +340,19 @@ std::int64_t UIArticleListTableViewController::numberOfSectionsInTableView(UITab
     return static_cast<std::int64_t>(articlesArray_.size()) + (moreArticlesURLString_ ? 1 : 0);
 }
 
-std::int64_t UIArticleListTableViewController::tableViewNumberOfRowsInSection(UITableView&, std::int64_t) {
-    return 1;
-}
+std::int64_t UIArticleListTableViewController::tableViewNumberOfRowsInSection(UITableView&, std::int64_t) { return 1; }
 
-std::shared_ptr<UITableViewCell> UIArticleListTableViewController::tableViewCellForRowAtIndexPath(
-    UITableView& table, NSIndexPath path) {
+std::shared_ptr<UITableViewCell> UIArticleListTableViewController::tableViewCellForRowAtIndexPath(UITableView& table,
+                                                                                                  NSIndexPath path) {
     const Dictionary* record = articleAt(path);
     if (!record) {
         static const std::string identifier = "load_more_cell_identifier";
-        auto cell =
-            std::static_pointer_cast<UIArticleLoadMoreTableViewCell>(table.dequeueReusableCell(identifier));
-        if (!cell)
-            cell = make<UIArticleLoadMoreTableViewCell>(UITableViewCellStyle::defaultStyle, identifier);
+        auto cell = std::static_pointer_cast<UIArticleLoadMoreTableViewCell>(table.dequeueReusableCell(identifier));
+        if (!cell) cell = make<UIArticleLoadMoreTableViewCell>(UITableViewCellStyle::defaultStyle, identifier);
         loadMoreCell_ = cell;
         return cell;
     }
-    const std::string identifier =
-        "article_cell_identifier" + decimalText(path.row) + "_" + decimalText(path.section);
+    const std::string identifier = "article_cell_identifier" + decimalText(path.row) + "_" + decimalText(path.section);
     auto cell = std::static_pointer_cast<UIArticleListTableViewCell>(table.dequeueReusableCell(identifier));
     if (!cell && isMySelfOnly_) {
         cell = make<UIArticleListOwnerTableViewCell>(UITableViewCellStyle::subtitle, identifier);
@@ -374,8 +363,8 @@ std::shared_ptr<UITableViewCell> UIArticleListTableViewController::tableViewCell
     return cell;
 }
 
-void UIArticleListTableViewController::tableViewPrefetchRowsAtIndexPaths(
-    UITableView& table, const std::vector<NSIndexPath>& paths) {
+void UIArticleListTableViewController::tableViewPrefetchRowsAtIndexPaths(UITableView& table,
+                                                                         const std::vector<NSIndexPath>& paths) {
     for (const NSIndexPath& path : paths) {
         const Dictionary* record = articleAt(path);
         if (record) UIArticleListTableViewCell::measureAhead(*record, table.rowWidth(), isMySelfOnly_);
@@ -392,8 +381,7 @@ CGFloat UIArticleListTableViewController::tableViewHeightForFooterInSection(UITa
 
 bool UIArticleListTableViewController::tableViewHasUniformSections(UITableView&) { return true; }
 
-void UIArticleListTableViewController::tableViewDidSelectRowAtIndexPath(UITableView& table,
-                                                                        NSIndexPath path) {
+void UIArticleListTableViewController::tableViewDidSelectRowAtIndexPath(UITableView& table, NSIndexPath path) {
     table.deselectRow(path, true);
     if (const Dictionary* record = articleAt(path)) {
         openArticle(*record);
@@ -412,14 +400,13 @@ bool UIArticleListTableViewController::tableViewCanEditRowAtIndexPath(UITableVie
     return isMySelfOnly_;
 }
 
-void UIArticleListTableViewController::tableViewCommitEditingStyle(UITableView&,
-                                                                   UITableViewCellEditingStyle style,
+void UIArticleListTableViewController::tableViewCommitEditingStyle(UITableView&, UITableViewCellEditingStyle style,
                                                                    NSIndexPath path) {
     if (style == UITableViewCellEditingStyle::deleteStyle) removeArticleFor(path);
 }
 
-std::vector<UITableViewRowAction> UIArticleListTableViewController::tableViewEditActionsForRowAtIndexPath(
-    UITableView&, NSIndexPath) {
+std::vector<UITableViewRowAction> UIArticleListTableViewController::tableViewEditActionsForRowAtIndexPath(UITableView&,
+                                                                                                          NSIndexPath) {
     const auto action = [weak = weakSelf()](void (UIArticleListTableViewController::*perform)(NSIndexPath)) {
         return [weak, perform](NSIndexPath path) {
             if (const auto self = weak.lock()) ((*self).*perform)(path);

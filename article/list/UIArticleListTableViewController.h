@@ -41,8 +41,8 @@ public:
     /// shows that work is in progress; absent: none.
     void loadMoreInformationFromServer(const std::shared_ptr<UIArticleLoadMoreTableViewCell>& cell);
     void handleRefresh();
-    /// Called after a page of articles could not be loaded, with the sentence that was logged. The list itself shows nothing
-    /// of it; a host that tells its users sets this. May be empty.
+    /// Called after a page of articles could not be loaded, with the sentence that was logged. The list itself shows
+    /// nothing of it; a host that tells its users sets this. May be empty.
     std::function<void(const std::string& reason)> loadFailed;
     void loginNow();
     void write_article();
@@ -61,18 +61,15 @@ public:
 
     std::int64_t numberOfSectionsInTableView(UITableView& table) override;
     std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
-    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
-                                                                    NSIndexPath path) override;
-    void tableViewPrefetchRowsAtIndexPaths(UITableView& table,
-                                           const std::vector<NSIndexPath>& paths) override;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
+    void tableViewPrefetchRowsAtIndexPaths(UITableView& table, const std::vector<NSIndexPath>& paths) override;
     CGFloat tableViewHeightForHeaderInSection(UITableView& table, std::int64_t section) override;
     CGFloat tableViewHeightForFooterInSection(UITableView& table, std::int64_t section) override;
     bool tableViewHasUniformSections(UITableView& table) override;
     void tableViewDidSelectRowAtIndexPath(UITableView& table, NSIndexPath path) override;
     void tableViewAccessoryButtonTappedForRowWithIndexPath(UITableView& table, NSIndexPath path) override;
     bool tableViewCanEditRowAtIndexPath(UITableView& table, NSIndexPath path) override;
-    void tableViewCommitEditingStyle(UITableView& table, UITableViewCellEditingStyle style,
-                                     NSIndexPath path) override;
+    void tableViewCommitEditingStyle(UITableView& table, UITableViewCellEditingStyle style, NSIndexPath path) override;
     std::vector<UITableViewRowAction> tableViewEditActionsForRowAtIndexPath(UITableView& table,
                                                                             NSIndexPath path) override;
 

@@ -6,8 +6,7 @@
 
 namespace ostrel {
 
-UIArticleLoadMoreTableViewCell::UIArticleLoadMoreTableViewCell(UITableViewCellStyle style,
-                                                               std::string reuseIdentifier)
+UIArticleLoadMoreTableViewCell::UIArticleLoadMoreTableViewCell(UITableViewCellStyle style, std::string reuseIdentifier)
     : UITableViewCell(style, std::move(reuseIdentifier)) {}
 
 void UIArticleLoadMoreTableViewCell::initialise() {

@@ -11,9 +11,9 @@
 namespace ostrel {
 
 /// What pictures and videos of an article under edit have in common. An item is *new* while it has no record: the user
-/// picked its medium while this editor was open. An item is *existing* when it has the server's record, and then carries
-/// nothing else but an edited caption. Setters do not validate; an absent value is an empty pointer, optional or record.
-/// Items are compared by identity. Main thread.
+/// picked its medium while this editor was open. An item is *existing* when it has the server's record, and then
+/// carries nothing else but an edited caption. Setters do not validate; an absent value is an empty pointer, optional
+/// or record. Items are compared by identity. Main thread.
 class ArticleMediaItem {
 public:
     /// The server's record of the picture or video.
@@ -25,8 +25,8 @@ public:
     /// Whether the user edited the caption. The module never resets it.
     bool textChanged() const { return textChanged_; }
     void setTextChanged(bool changed) { textChanged_ = changed; }
-    /// Where the medium was captured: parts of an ISO 6709 text, for example "+31.2304", "+121.4737" and "+012.345". Filled
-    /// for picked videos only.
+    /// Where the medium was captured: parts of an ISO 6709 text, for example "+31.2304", "+121.4737" and "+012.345".
+    /// Filled for picked videos only.
     const std::optional<std::string>& latitude() const { return latitude_; }
     void setLatitude(std::optional<std::string> latitude) { latitude_ = std::move(latitude); }
     const std::optional<std::string>& longitude() const { return longitude_; }

@@ -75,12 +75,10 @@ void NSMov2Mp4::convertMovSourceURL(const NSURL& sourceURL, const std::string& r
     startConversion(sourceURL, resultFile, std::move(handler));
 }
 
-std::shared_ptr<AVAssetExportSession> NSMov2Mp4::startConversion(const NSURL& sourceURL,
-                                                                 const std::string& resultFile,
+std::shared_ptr<AVAssetExportSession> NSMov2Mp4::startConversion(const NSURL& sourceURL, const std::string& resultFile,
                                                                  Handler handler) {
     const auto asset = AVAsset::assetWithURL(sourceURL);
-    const std::string_view preset =
-        choosePreset(AVAssetExportSession::exportPresetsCompatibleWithAsset(asset));
+    const std::string_view preset = choosePreset(AVAssetExportSession::exportPresetsCompatibleWithAsset(asset));
     if (preset.empty()) {
         NSLog("No sutiable video quality.");
         if (handler) handler(true, 0, std::nullopt);

@@ -23,8 +23,8 @@ inline std::string recordText(const Dictionary& record, std::string_view key) {
 /// The "id" of a record as a text; none when the record has no "id".
 inline std::optional<std::string> recordId(const Dictionary& record) { return record["id"].text(); }
 
-/// Whether two records describe the same article: whether their "id" values have the same text. A record without an "id"
-/// describes no other record's article.
+/// Whether two records describe the same article: whether their "id" values have the same text. A record without an
+/// "id" describes no other record's article.
 inline bool isSameArticle(const Dictionary& a, const Dictionary& b) {
     const auto id = recordId(a);
     return id && id == recordId(b);

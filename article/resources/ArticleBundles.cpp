@@ -6,8 +6,8 @@ namespace ostrel {
 
 namespace {
 
-/// A bundle that stays open while it is looked for within the same outer bundle, because every row opens the bundles of its
-/// pictures.
+/// A bundle that stays open while it is looked for within the same outer bundle, because every row opens the bundles of
+/// its pictures.
 class OpenBundle final {
 public:
     std::shared_ptr<NSBundle> open(const std::shared_ptr<NSBundle>& outer, std::string_view name) {
@@ -37,8 +37,7 @@ void loadOstrelArticleBundle() {
 }
 
 std::string articleText(std::string_view key) {
-    return OstrelArticleBundle ? OstrelArticleBundle->localizedString(key, "", "OstrelArticle")
-                               : std::string();
+    return OstrelArticleBundle ? OstrelArticleBundle->localizedString(key, "", "OstrelArticle") : std::string();
 }
 
 std::shared_ptr<NSBundle> openFrameworkArticleBundle() {

@@ -25,7 +25,8 @@ std::string articleText(std::string_view key);
 
 /// Opens the framework's own "Article" bundle (pictures of buttons and add tiles); null when it is missing.
 std::shared_ptr<NSBundle> openFrameworkArticleBundle();
-/// Opens the application's "OstrelArticle" bundle (pictures that are shown until others arrive); null when it is missing.
+/// Opens the application's "OstrelArticle" bundle (pictures that are shown until others arrive); null when it is
+/// missing.
 std::shared_ptr<NSBundle> openApplicationArticleBundle();
 
 /// The image "<name>.png" of `bundle`; null when the bundle or the file is missing.

@@ -12,9 +12,9 @@
 namespace ostrel {
 
 /// The text of an answer, together with its parsed form when the server framework has parsed the text before it called
-/// the handler. Copies share both, so that a text which is handed on is parsed once. A framework that has only texts hands
-/// over strings; their readers then parse them. There is no conversion to a string: whoever copies the characters has to
-/// say so, because a copy would be parsed again. Immutable; any thread.
+/// the handler. Copies share both, so that a text which is handed on is parsed once. A framework that has only texts
+/// hands over strings; their readers then parse them. There is no conversion to a string: whoever copies the characters
+/// has to say so, because a copy would be parsed again. Immutable; any thread.
 class AnswerText final {
 public:
     /// What a server framework made of a text before it handed the text over.
@@ -37,8 +37,8 @@ public:
 
     /// Null when the server framework handed over the text alone.
     const Parsed* parsed() const { return content_->parsed ? &*content_->parsed : nullptr; }
-    /// The text as JSON, parsed now unless it was parsed before. Absent when it is no JSON; `error`, when given, then gets
-    /// a sentence.
+    /// The text as JSON, parsed now unless it was parsed before. Absent when it is no JSON; `error`, when given, then
+    /// gets a sentence.
     Value json(std::string* error = nullptr) const {
         if (!content_->parsed) return Value::parse(content_->text, error);
         if (error) *error = content_->parsed->error;

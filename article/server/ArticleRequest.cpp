@@ -57,10 +57,10 @@ struct ArticleRequest::Rules {
     static constexpr Rule createArticle{"/article/update_article_json.html", form, byRecord, answer};
     static constexpr Rule updateArticle{"/article/update_article_json.html?id=%@", form, byTransport, answer};
     // Its images and videos
-    static constexpr Rule uploadImage{"article/image_update?article_id=%@&value=%@", multipart,
-                                      byTransportWithRecord, answer, "upload image progress:%@"};
-    static constexpr Rule uploadVideo{"article/video_update?article_id=%@&value=%@", multipart,
-                                      byTransportWithRecord, answer, "upload video progress:%@"};
+    static constexpr Rule uploadImage{"article/image_update?article_id=%@&value=%@", multipart, byTransportWithRecord,
+                                      answer, "upload image progress:%@"};
+    static constexpr Rule uploadVideo{"article/video_update?article_id=%@&value=%@", multipart, byTransportWithRecord,
+                                      answer, "upload video progress:%@"};
     static constexpr Rule setImageCaption{"article/image_update?id=%@&text=%@", get, notJudged};
     static constexpr Rule setVideoCaption{"article/video_update?id=%@&text=%@", get, notJudged};
     static constexpr Rule setImagePosition{"article/image_update?id=%@&value=%@", get, notJudged};
@@ -133,8 +133,8 @@ ArticleRequest ArticleRequest::updateArticle(const Value& id, std::string title,
     return request;
 }
 
-ArticleRequest ArticleRequest::uploadImage(const std::string& articleId, std::int64_t position,
-                                           UploadPart jpeg, std::string text) {
+ArticleRequest ArticleRequest::uploadImage(const std::string& articleId, std::int64_t position, UploadPart jpeg,
+                                           std::string text) {
     ArticleRequest request(Rules::uploadImage, {articleId, decimalText(position)});
     request.body_.emplace("image.jpg", std::move(jpeg));
     addField(request.body_, "text", text);
@@ -142,8 +142,7 @@ ArticleRequest ArticleRequest::uploadImage(const std::string& articleId, std::in
 }
 
 ArticleRequest ArticleRequest::uploadVideo(const std::string& articleId, std::int64_t position,
-                                           UploadPart thumbnailJpeg, UploadPart mp4,
-                                           const ArticleVideoFields& fields) {
+                                           UploadPart thumbnailJpeg, UploadPart mp4, const ArticleVideoFields& fields) {
     ArticleRequest request(Rules::uploadVideo, {articleId, decimalText(position)});
     request.body_.emplace("thumbnail.jpg", std::move(thumbnailJpeg));
     request.body_.emplace("video.mp4", std::move(mp4));
@@ -163,9 +162,7 @@ ArticleRequest ArticleRequest::setImagePosition(const Value& imageId, int positi
     return {Rules::setImagePosition, {idText(imageId), decimalText(position)}};
 }
 
-ArticleRequest ArticleRequest::removeImage(const Value& imageId) {
-    return {Rules::removeImage, {idText(imageId)}};
-}
+ArticleRequest ArticleRequest::removeImage(const Value& imageId) { return {Rules::removeImage, {idText(imageId)}}; }
 
 ArticleRequest ArticleRequest::setVideoCaption(const Value& videoId, const std::string& text) {
     return {Rules::setVideoCaption, {idText(videoId), NSDjangoStringEncoder::encoder(text)}};
@@ -175,9 +172,7 @@ ArticleRequest ArticleRequest::setVideoPosition(const Value& videoId, int positi
     return {Rules::setVideoPosition, {idText(videoId), decimalText(position)}};
 }
 
-ArticleRequest ArticleRequest::removeVideo(const Value& videoId) {
-    return {Rules::removeVideo, {idText(videoId)}};
-}
+ArticleRequest ArticleRequest::removeVideo(const Value& videoId) { return {Rules::removeVideo, {idText(videoId)}}; }
 
 void ArticleRequest::send(Handler handler) const {
     sendUnjudged(OstrelServer::shareServer(),
@@ -192,9 +187,9 @@ void ArticleRequest::sendUnjudged(OstrelServer& server, AnswerHandler handler) c
     case Rules::get: server.request(path_, std::move(handler)); break;
     case Rules::form: server.postURL(path_, fields_, std::move(handler)); break;
     case Rules::multipart:
-        server.postManyDataURL(
-            path_, body_, std::move(handler),
-            [line = rule_->progressLine](double fraction) { NSLog(line, uploadProgressText(fraction)); });
+        server.postManyDataURL(path_, body_, std::move(handler), [line = rule_->progressLine](double fraction) {
+            NSLog(line, uploadProgressText(fraction));
+        });
         break;
     }
 }

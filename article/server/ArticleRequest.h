@@ -41,9 +41,9 @@ struct ArticleVideoFields {
     float duration = 0;
 };
 
-/// One request of the catalogue: its path, its body, and the rule by which its answer is judged. The functions below are
-/// the catalogue; the table at the top of the source has a line for each of them. Titles, texts and comments travel as form
-/// fields. Captions are encoded for their path; ids and the server's own paths are sent as they are.
+/// One request of the catalogue: its path, its body, and the rule by which its answer is judged. The functions below
+/// are the catalogue; the table at the top of the source has a line for each of them. Titles, texts and comments travel
+/// as form fields. Captions are encoded for their path; ids and the server's own paths are sent as they are.
 class ArticleRequest final {
 public:
     using Handler = std::function<void(const ArticleAnswer& answer)>;
@@ -63,9 +63,8 @@ public:
     /// `position` counts from 0; an empty `text` is not sent. The file is `Data` or an `UploadFile`.
     static ArticleRequest uploadImage(const std::string& articleId, std::int64_t position, UploadPart jpeg,
                                       std::string text);
-    static ArticleRequest uploadVideo(const std::string& articleId, std::int64_t position,
-                                      UploadPart thumbnailJpeg, UploadPart mp4,
-                                      const ArticleVideoFields& fields);
+    static ArticleRequest uploadVideo(const std::string& articleId, std::int64_t position, UploadPart thumbnailJpeg,
+                                      UploadPart mp4, const ArticleVideoFields& fields);
     static ArticleRequest setImageCaption(const Value& imageId, const std::string& text);
     static ArticleRequest setImagePosition(const Value& imageId, int position);
     static ArticleRequest removeImage(const Value& imageId);
@@ -77,14 +76,13 @@ public:
     const FormFields& fields() const { return fields_; }
     const UploadBody& body() const { return body_; }
 
-    /// Sends the request through the shared server. Any thread. `handler` runs once, on the main thread, with the judged
-    /// answer, after the error file has been written. The progress of uploads is logged.
+    /// Sends the request through the shared server. Any thread. `handler` runs once, on the main thread, with the
+    /// judged answer, after the error file has been written. The progress of uploads is logged.
     void send(Handler handler) const;
     /// Sends the request through `server`. Any thread. `handler` gets the answer as received, to hand it to `judge`.
     void sendUnjudged(OstrelServer& server, AnswerHandler handler) const;
     /// Judges an answer to this request, and writes the error file when the rule asks for it. Main thread.
-    ArticleAnswer judge(const std::optional<AnswerText>& answer,
-                        const std::optional<std::string>& error) const;
+    ArticleAnswer judge(const std::optional<AnswerText>& answer, const std::optional<std::string>& error) const;
 
 private:
     struct Rule;
@@ -105,8 +103,8 @@ inline constexpr double uploadedJpegQuality = 0.7;
 /// The sent fraction of an upload as the log shows it: "42.125%" for 0.42125.
 std::string uploadProgressText(double fraction);
 
-/// Where the last answer that came with an error is kept, below the user's home directory. Written for people who look for
-/// the cause; no code reads it.
+/// Where the last answer that came with an error is kept, below the user's home directory. Written for people who look
+/// for the cause; no code reads it.
 inline constexpr char articleErrorFile[] = "/Documents/error.html";
 
 }  // namespace ostrel

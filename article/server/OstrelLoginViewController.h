@@ -11,8 +11,8 @@ namespace ostrel {
 class UIViewController;
 
 /// Called when the login ends; the user is null unless the login succeeded.
-using LoginHandler = std::function<void(bool succeeded, std::shared_ptr<const OstrelServerUserObject> user,
-                                        const std::string& message)>;
+using LoginHandler =
+    std::function<void(bool succeeded, std::shared_ptr<const OstrelServerUserObject> user, const std::string& message)>;
 
 /// The server framework's login screen.
 class OstrelLoginViewController {

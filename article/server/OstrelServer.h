@@ -19,8 +19,8 @@ namespace ostrel {
 using AnswerHandler =
     std::function<void(const std::optional<AnswerText>& answer, const std::optional<std::string>& error)>;
 using FormFields = std::map<std::string, std::string>;
-/// A file, whose key is its file name, or a plain field. The file is data, or an `UploadFile` that is read or made when it
-/// is sent.
+/// A file, whose key is its file name, or a plain field. The file is data, or an `UploadFile` that is read or made when
+/// it is sent.
 using UploadPart = std::variant<Data, std::string, UploadFile>;
 using UploadBody = std::map<std::string, UploadPart>;
 /// Gets the fraction that was sent so far, 0 to 1. Any thread.
@@ -35,8 +35,8 @@ public:
     virtual void cancel() = 0;
 };
 
-/// The shared connection to the application's web server, which the server framework implements. Any thread may call its
-/// operations. Each calls its handler exactly once, on the main thread, after the operation has returned. Paths are
+/// The shared connection to the application's web server, which the server framework implements. Any thread may call
+/// its operations. Each calls its handler exactly once, on the main thread, after the operation has returned. Paths are
 /// relative to the server's base address, with or without a leading "/", and are sent unchanged.
 class OstrelServer {
 public:
@@ -56,9 +56,9 @@ public:
                                                       AnswerHandler handler, ProgressHandler progress) = 0;
     /// The avatar of a user (id as decimal text): the image's bytes, or null data when there is none.
     virtual void loadUserFace(const std::string& userId, FaceHandler handler) = 0;
-    /// Sends a short message to a user; `userId` is the unchanged value of a record. The caller does not learn the outcome.
-    virtual void notificationUserID(const Value& userId, const std::string& title,
-                                    const std::string& text) = 0;
+    /// Sends a short message to a user; `userId` is the unchanged value of a record. The caller does not learn the
+    /// outcome.
+    virtual void notificationUserID(const Value& userId, const std::string& title, const std::string& text) = 0;
 };
 
 }  // namespace ostrel

@@ -37,9 +37,8 @@ std::shared_ptr<OstrelServerFramework> OstrelServerFramework::current() {
 OstrelServerFramework& OstrelServerFramework::installed() {
     const auto framework = current();
     if (!framework) {
-        std::fputs(
-            "OstrelArticle: no server framework is installed; call OstrelServerFramework::install first\n",
-            stderr);
+        std::fputs("OstrelArticle: no server framework is installed; call OstrelServerFramework::install first\n",
+                   stderr);
         std::abort();
     }
     return *framework;
@@ -51,8 +50,7 @@ OstrelRequestManager& OstrelRequestManager::defaultOstrelRequestManager() {
     return OstrelServerFramework::installed().requestManager();
 }
 
-std::shared_ptr<const OstrelServerHtmlResultObject> OstrelServerHtmlResultObject::initWithHtml(
-    const AnswerText& html) {
+std::shared_ptr<const OstrelServerHtmlResultObject> OstrelServerHtmlResultObject::initWithHtml(const AnswerText& html) {
     if (const AnswerText::Parsed* parsed = html.parsed()) return parsed->result;
     return OstrelServerFramework::installed().parseResult(html.string());
 }

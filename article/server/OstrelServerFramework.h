@@ -10,8 +10,8 @@
 
 namespace ostrel {
 
-/// All that the module needs of a server framework, in one object that the host installs before it makes the first screen.
-/// The static operations of the boundary's classes, such as `OstrelServer::shareServer`, call this object.
+/// All that the module needs of a server framework, in one object that the host installs before it makes the first
+/// screen. The static operations of the boundary's classes, such as `OstrelServer::shareServer`, call this object.
 class OstrelServerFramework {
 public:
     virtual ~OstrelServerFramework() = default;

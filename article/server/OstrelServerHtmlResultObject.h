@@ -16,8 +16,8 @@ class OstrelServerHtmlResultObject {
 public:
     virtual ~OstrelServerHtmlResultObject() = default;
 
-    /// The result that came with `html`, or else the result that the installed server framework parses now; never null. The
-    /// result of an answer that cannot be read has an `errString` that says so.
+    /// The result that came with `html`, or else the result that the installed server framework parses now; never null.
+    /// The result of an answer that cannot be read has an `errString` that says so.
     static std::shared_ptr<const OstrelServerHtmlResultObject> initWithHtml(const AnswerText& html);
 
     /// Present when the server reported an error or the answer could not be read.

@@ -117,8 +117,8 @@ std::string nameInitial(std::string_view name) {
 std::string isoDate(ServerTime time) {
     std::tm fields = utcFields(time);
     int milliseconds = static_cast<int>(((time % 1000) + 1000) % 1000);
-    return formatted("%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", fields.tm_year + 1900, fields.tm_mon + 1,
-                     fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec, milliseconds);
+    return formatted("%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday,
+                     fields.tm_hour, fields.tm_min, fields.tm_sec, milliseconds);
 }
 
 std::string httpDate(ServerTime time) {
@@ -126,18 +126,16 @@ std::string httpDate(ServerTime time) {
     static constexpr const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                              "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     std::tm fields = utcFields(time);
-    return formatted("%s, %02d %s %04d %02d:%02d:%02d GMT", days[fields.tm_wday], fields.tm_mday,
-                     months[fields.tm_mon], fields.tm_year + 1900, fields.tm_hour, fields.tm_min,
-                     fields.tm_sec);
+    return formatted("%s, %02d %s %04d %02d:%02d:%02d GMT", days[fields.tm_wday], fields.tm_mday, months[fields.tm_mon],
+                     fields.tm_year + 1900, fields.tm_hour, fields.tm_min, fields.tm_sec);
 }
 
 std::string readableDate(ServerTime time) {
-    static constexpr const char* months[] = {"January",   "February", "March",    "April",
-                                             "May",       "June",     "July",     "August",
-                                             "September", "October",  "November", "December"};
+    static constexpr const char* months[] = {"January", "February", "March",     "April",   "May",      "June",
+                                             "July",    "August",   "September", "October", "November", "December"};
     std::tm fields = utcFields(time);
-    return formatted("%d %s %04d, %02d:%02d UTC", fields.tm_mday, months[fields.tm_mon],
-                     fields.tm_year + 1900, fields.tm_hour, fields.tm_min);
+    return formatted("%d %s %04d, %02d:%02d UTC", fields.tm_mday, months[fields.tm_mon], fields.tm_year + 1900,
+                     fields.tm_hour, fields.tm_min);
 }
 
 std::string escapedHtml(std::string_view text) {

@@ -27,8 +27,7 @@ bool provideFile(const WebFile& file, const std::string& contentType, httplib::R
         ::close(*held);
         delete held;
     });
-    auto provider = [descriptor, base = file.offset](std::size_t offset, std::size_t length,
-                                                     httplib::DataSink& sink) {
+    auto provider = [descriptor, base = file.offset](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
         std::string chunk(std::min(length, fileChunk), '\0');
         ssize_t count = ::pread(*descriptor, chunk.data(), chunk.size(), static_cast<off_t>(base + offset));
         return count > 0 && sink.write(chunk.data(), static_cast<std::size_t>(count));
@@ -81,9 +80,8 @@ HttpServer::HttpServer(WebService& service) : service_(service) {
     Post(everything, withBody);
     Put(everything, withBody);
     Patch(everything, withBody);
-    set_expect_100_continue_handler([this](const httplib::Request& request, httplib::Response& response) {
-        return expected(request, response);
-    });
+    set_expect_100_continue_handler(
+        [this](const httplib::Request& request, httplib::Response& response) { return expected(request, response); });
     set_error_handler(
         httplib::Server::HandlerWithResponse([this](const httplib::Request&, httplib::Response& response) {
             if (!response.body.empty()) return HandlerResponse::Unhandled;
@@ -110,8 +108,7 @@ ServerResult<int> HttpServer::bind(const std::string& host, int port) {
     }
     if (taken <= 0 || stopEvent_ < 0) {
         std::string where = host + (port == 0 ? "" : " port " + std::to_string(port));
-        return ServerFailure{ServerFault::internal,
-                             "Cannot listen on " + where + "; another program may be using it."};
+        return ServerFailure{ServerFault::internal, "Cannot listen on " + where + "; another program may be using it."};
     }
     // httplib sets a backlog of 5, which is too short for a burst of connections.
     ::listen(svr_sock_, ServerLimits::listenBacklog);

@@ -51,8 +51,7 @@ public:
 
 private:
     bool process_and_close_socket(socket_t socket) override;
-    void serve(const httplib::Request& request, httplib::Response& response,
-               const httplib::ContentReader* reader);
+    void serve(const httplib::Request& request, httplib::Response& response, const httplib::ContentReader* reader);
     WebReply replyTo(const httplib::Request& request, const httplib::ContentReader* reader,
                      httplib::Response& response);
     /// Fills `asked`, the request for the service; or returns the refusal of a request that cannot be

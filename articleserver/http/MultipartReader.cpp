@@ -82,8 +82,7 @@ ServerResult<bool> MultipartReader::readDelimiterEnd() {
 }
 
 ServerResult<bool> MultipartReader::readHead() {
-    const std::size_t end =
-        std::string_view(buffer_).substr(0, ServerLimits::multipartHeader + 4).find("\r\n\r\n");
+    const std::size_t end = std::string_view(buffer_).substr(0, ServerLimits::multipartHeader + 4).find("\r\n\r\n");
     if (end == std::string::npos) {
         if (buffer_.size() >= ServerLimits::multipartHeader + 4) return broken();
         return false;

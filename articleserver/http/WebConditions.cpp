@@ -87,8 +87,7 @@ WebCondition conditionOf(const WebRequest& request, const WebValidators& validat
     const std::int64_t modified = secondsOf(validators.modified);
     if (auto tags = request.header("if-match"); !tags.empty()) {
         if (!namesStrongTag(tags, validators.entityTag)) return WebCondition::fails;
-    } else if (auto limit = httpDateSeconds(request.header("if-unmodified-since"));
-               limit && modified > *limit) {
+    } else if (auto limit = httpDateSeconds(request.header("if-unmodified-since")); limit && modified > *limit) {
         return WebCondition::fails;
     }
     if (auto tags = request.header("if-none-match"); !tags.empty()) {
@@ -98,8 +97,7 @@ WebCondition conditionOf(const WebRequest& request, const WebValidators& validat
     return since && modified <= *since ? WebCondition::notModified : WebCondition::holds;
 }
 
-WebRange wantedRange(const WebRequest& request, const WebValidators& validators, std::uint64_t size,
-                     ServerTime now) {
+WebRange wantedRange(const WebRequest& request, const WebValidators& validators, std::uint64_t size, ServerTime now) {
     const WebRange whole{RangeKind::whole, 0, size};
     if (request.method != "GET") return whole;
     std::string_view condition = request.header("if-range");

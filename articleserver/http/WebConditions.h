@@ -29,8 +29,7 @@ WebCondition conditionOf(const WebRequest& request, const WebValidators& validat
 /// The part of the file that the request asks for: the Range header, when If-Range allows it (RFC 9110,
 /// 13.1.5 and 14.2), else the whole file. If-Range with a date allows the range when the date equals the
 /// modification date and the modification is at least one second older than `now`.
-WebRange wantedRange(const WebRequest& request, const WebValidators& validators, std::uint64_t size,
-                     ServerTime now);
+WebRange wantedRange(const WebRequest& request, const WebValidators& validators, std::uint64_t size, ServerTime now);
 
 /// Parses any of the three forms of an HTTP date (RFC 9110, 5.6.7) into seconds since 1970; absent when the
 /// text is not a date.

@@ -230,8 +230,7 @@ bool isHostAndPort(std::string_view text) {
     }
     if (isBracketed) {
         return host.size() > 2 && host.back() == ']' &&
-               host.substr(1, host.size() - 2).find_first_not_of("0123456789abcdefABCDEF:.") ==
-                   std::string_view::npos;
+               host.substr(1, host.size() - 2).find_first_not_of("0123456789abcdefABCDEF:.") == std::string_view::npos;
     }
     return !host.empty() && std::all_of(host.begin(), host.end(), [](unsigned char character) {
         return std::isalnum(character) || character == '-' || character == '.';

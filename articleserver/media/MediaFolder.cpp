@@ -153,8 +153,7 @@ ServerResult<std::string> IncomingFile::keep() {
 
 std::string_view IncomingFile::bytes() {
     if (!mapping_ && written_ > 0) {
-        void* mapping =
-            ::mmap(nullptr, static_cast<std::size_t>(written_), PROT_READ, MAP_PRIVATE, descriptor_, 0);
+        void* mapping = ::mmap(nullptr, static_cast<std::size_t>(written_), PROT_READ, MAP_PRIVATE, descriptor_, 0);
         if (mapping == MAP_FAILED) return {};
         mapping_ = mapping;
     }

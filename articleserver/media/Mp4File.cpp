@@ -61,8 +61,7 @@ public:
     std::optional<std::uint64_t> number(std::uint64_t at, int bytes) const {
         std::array<unsigned char, 8> raw{};
         if (at + static_cast<std::uint64_t>(bytes) > size_ ||
-            ::pread(descriptor_, raw.data(), static_cast<std::size_t>(bytes), static_cast<off_t>(at)) !=
-                bytes) {
+            ::pread(descriptor_, raw.data(), static_cast<std::size_t>(bytes), static_cast<off_t>(at)) != bytes) {
             return std::nullopt;
         }
         std::uint64_t value = 0;
@@ -127,8 +126,7 @@ struct Track {
 void readTrackHeader(const BoxReader& file, Span header, Track& track) {
     const std::uint64_t matrix = header.begin + (file.numberOrZero(header.begin, 1) == 1 ? 52 : 40);
     const auto entry = [&](std::uint64_t index) {
-        return std::abs(
-            static_cast<double>(static_cast<std::int32_t>(file.numberOrZero(matrix + index * 4, 4))));
+        return std::abs(static_cast<double>(static_cast<std::int32_t>(file.numberOrZero(matrix + index * 4, 4))));
     };
     track.width = static_cast<int>((file.numberOrZero(matrix + 36, 4) + 0x8000) >> 16);
     track.height = static_cast<int>((file.numberOrZero(matrix + 40, 4) + 0x8000) >> 16);

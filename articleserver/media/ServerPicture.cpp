@@ -33,9 +33,7 @@ struct JpegErrors {
     bool isCutShort = false;
 };
 
-[[noreturn]] void leaveJpeg(j_common_ptr info) {
-    std::longjmp(reinterpret_cast<JpegErrors*>(info->err)->escape, 1);
-}
+[[noreturn]] void leaveJpeg(j_common_ptr info) { std::longjmp(reinterpret_cast<JpegErrors*>(info->err)->escape, 1); }
 
 /// Notes missing data: libjpeg fills the rest of such a picture with grey and only gives a warning.
 void noteJpegMessage(j_common_ptr info, int level) {
@@ -79,8 +77,7 @@ cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned in
 }
 
 ServerFailure tooLarge(int maximumSide) {
-    return {ServerFault::tooLarge,
-            "The picture is larger than " + std::to_string(maximumSide) + " pixels a side."};
+    return {ServerFault::tooLarge, "The picture is larger than " + std::to_string(maximumSide) + " pixels a side."};
 }
 
 ServerFailure brokenPicture() { return {ServerFault::badInput, "The picture is broken."}; }
@@ -104,8 +101,8 @@ ServerPicture::ServerPicture(int width, int height)
 ServerResult<ServerPicture> ServerPicture::decode(std::string_view bytes, int maximumSide) {
     if (bytes.starts_with(pngSignature)) return decodePng(bytes, maximumSide);
     if (bytes.starts_with(jpegSignature)) {
-        auto decoded = decodeJpeg(
-            bytes, {maximumSide, std::int64_t{maximumSide} * maximumSide, ServerLimits::pictureMemory, 0});
+        auto decoded =
+            decodeJpeg(bytes, {maximumSide, std::int64_t{maximumSide} * maximumSide, ServerLimits::pictureMemory, 0});
         if (!decoded) return decoded.failure();
         return std::move(decoded->picture);
     }
@@ -117,8 +114,8 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::thumbnail(std::string_view
         return ServerFailure{ServerFault::unsupported, "The picture is not a JPEG file."};
     }
     // The decoder makes at least twice the size, so that a pixel of the thumbnail averages several pixels.
-    auto decoded = decodeJpeg(jpeg, {ServerLimits::pictureSide, ServerLimits::picturePixels,
-                                     ServerLimits::pictureMemory, 2 * side});
+    auto decoded = decodeJpeg(
+        jpeg, {ServerLimits::pictureSide, ServerLimits::picturePixels, ServerLimits::pictureMemory, 2 * side});
     if (!decoded) return decoded.failure();
     return Thumbnail{decoded->picture.fitted(side), decoded->width, decoded->height};
 }
@@ -127,16 +124,14 @@ ServerResult<ServerPicture> ServerPicture::decodePng(std::string_view bytes, int
     // The first chunk has width and height at fixed places (PNG, 11.2.2).
     if (bytes.size() < 24 || bytes.substr(12, 4) != "IHDR") return brokenPicture();
     auto side = static_cast<std::uint32_t>(maximumSide);
-    if (bigEndian(bytes.substr(16)) > side || bigEndian(bytes.substr(20)) > side)
-        return tooLarge(maximumSide);
+    if (bigEndian(bytes.substr(16)) > side || bigEndian(bytes.substr(20)) > side) return tooLarge(maximumSide);
     ByteSource source{bytes};
     ServerPicture picture(cairo_image_surface_create_from_png_stream(readBytes, &source));
     if (cairo_surface_status(picture.surface()) != CAIRO_STATUS_SUCCESS) return brokenPicture();
     return picture;
 }
 
-ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_view bytes,
-                                                                 const JpegWish& wish) {
+ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_view bytes, const JpegWish& wish) {
     JpegErrors errors;
     jpeg_decompress_struct info{};
     jpeg_progress_mgr progress{};
@@ -158,8 +153,7 @@ ServerResult<ServerPicture::Thumbnail> ServerPicture::decodeJpeg(std::string_vie
     auto side = static_cast<JDIMENSION>(wish.maximumSide);
     const std::int64_t pixelCount = std::int64_t{info.image_width} * info.image_height;
     // For a picture with several scans, the decoder keeps all coefficients in memory, two bytes for a sample.
-    const std::int64_t coefficients =
-        jpeg_has_multiple_scans(&info) ? pixelCount * info.num_components * 2 : 0;
+    const std::int64_t coefficients = jpeg_has_multiple_scans(&info) ? pixelCount * info.num_components * 2 : 0;
     if (info.image_width > side || info.image_height > side || pixelCount > wish.maximumPixels ||
         coefficients > wish.maximumMemory) {
         jpeg_destroy_decompress(&info);

@@ -50,8 +50,8 @@ std::optional<std::string> UploadReceiver::field(std::string_view name) const {
 }
 
 ServerResult<void> UploadReceiver::beginPart(const std::string& name, bool isFile) {
-    auto rule = std::find_if(rules_.begin(), rules_.end(),
-                             [&](const FileRule& candidate) { return candidate.part == name; });
+    auto rule =
+        std::find_if(rules_.begin(), rules_.end(), [&](const FileRule& candidate) { return candidate.part == name; });
     currentRule_ = rule == rules_.end() ? nullptr : &*rule;
     if (files_.contains(name) || fields_.contains(name)) {
         return ServerFailure{ServerFault::badInput, "The request gives a field twice."};
@@ -74,8 +74,7 @@ ServerResult<void> UploadReceiver::beginPart(const std::string& name, bool isFil
 ServerResult<void> UploadReceiver::content(std::string_view bytes) {
     if (currentRule_) {
         if (currentFile_->size() + bytes.size() > currentRule_->maximumBytes) {
-            return ServerFailure{ServerFault::tooLarge,
-                                 "The file " + quoted(currentRule_->part) + " is too large."};
+            return ServerFailure{ServerFault::tooLarge, "The file " + quoted(currentRule_->part) + " is too large."};
         }
         return currentFile_->append(bytes);
     }

@@ -34,9 +34,7 @@ std::optional<ServerFailure> faultOf(const Credentials& credentials) {
     return fault ? fault : passwordFault(credentials.password);
 }
 
-ServerFailure tooManyAttempts() {
-    return {ServerFault::throttled, "Too many attempts. Try again in a few minutes."};
-}
+ServerFailure tooManyAttempts() { return {ServerFault::throttled, "Too many attempts. Try again in a few minutes."}; }
 
 /// The reply to a refused account request. All answers of account requests have a user, here null.
 WebReply accountFailure(const ServerFailure& failure) {

@@ -12,9 +12,7 @@ constexpr const char* myArticlesPath = "/article/my_articles_json.html";
 
 ServerFailure noArticle() { return {ServerFault::notFound, "There is no such article."}; }
 
-std::string mediaUrl(const std::string& baseUrl, const std::string& name) {
-    return baseUrl + "/media/" + name;
-}
+std::string mediaUrl(const std::string& baseUrl, const std::string& name) { return baseUrl + "/media/" + name; }
 
 nlohmann::ordered_json commentsJson(const CommentPage& page) {
     auto comments = nlohmann::ordered_json::array();
@@ -107,8 +105,8 @@ WebReply ArticleService::loadArticle(RequestContext& context) {
     auto article = store_.article(*id);
     if (!article) return failureReply(article.failure());
     if (!*article) return failureReply(noArticle());
-    auto page = store_.comments(
-        {*id, std::nullopt, ServerLimits::commentsPerAnswer, ServerLimits::commentBytesPerAnswer});
+    auto page =
+        store_.comments({*id, std::nullopt, ServerLimits::commentsPerAnswer, ServerLimits::commentBytesPerAnswer});
     if (!page) return failureReply(page.failure());
     auto record = articleJson(**article, baseUrl(context.request));
     record["comments"] = commentsJson(*page);
@@ -124,8 +122,7 @@ WebReply ArticleService::olderComments(RequestContext& context) {
     auto article = store_.article(*id);
     if (!article) return failureReply(article.failure());
     if (!*article) return failureReply(noArticle());
-    auto page =
-        store_.comments({*id, *before, ServerLimits::commentsPerPage, ServerLimits::commentBytesPerAnswer});
+    auto page = store_.comments({*id, *before, ServerLimits::commentsPerPage, ServerLimits::commentBytesPerAnswer});
     if (!page) return failureReply(page.failure());
     ResultAnswer answer;
     answer.results = commentsJson(*page);

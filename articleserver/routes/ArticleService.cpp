@@ -41,8 +41,7 @@ struct ArticleService::Route {
         if (variable == Variable::none) {
             return path == prefix ? std::optional<std::string_view>("") : std::nullopt;
         }
-        if (path.size() <= prefix.size() + suffix.size() || !path.starts_with(prefix) ||
-            !path.ends_with(suffix)) {
+        if (path.size() <= prefix.size() + suffix.size() || !path.starts_with(prefix) || !path.ends_with(suffix)) {
             return std::nullopt;
         }
         path.remove_prefix(prefix.size());
@@ -64,19 +63,15 @@ struct ArticleServiceRoutes {
     static constexpr std::size_t none = 0;
 
     static constexpr std::array<Route, 26> all = {{
-        {"GET", "/article/articles_json.html", Variable::none, "", Effect::reads, none,
-         &Service::listArticles},
-        {"GET", "/article/my_articles_json.html", Variable::none, "", Effect::reads, none,
-         &Service::listMyArticles},
+        {"GET", "/article/articles_json.html", Variable::none, "", Effect::reads, none, &Service::listArticles},
+        {"GET", "/article/my_articles_json.html", Variable::none, "", Effect::reads, none, &Service::listMyArticles},
         {"GET", "/article/remove", Variable::none, "", Effect::changes, none, &Service::removeArticle},
-        {"GET", "/article/like_article_json.html", Variable::none, "", Effect::changes, none,
-         &Service::likeArticle},
-        {"GET", "/article/article_", Variable::number, "_json.html", Effect::reads, none,
-         &Service::loadArticle},
-        {"POST", "/article/json_add_comment.html", Variable::none, "", Effect::changes,
-         ServerLimits::commentForm, &Service::addComment},
-        {"POST", "/article/update_article_json.html", Variable::none, "", Effect::changes,
-         ServerLimits::articleForm, &Service::writeArticle},
+        {"GET", "/article/like_article_json.html", Variable::none, "", Effect::changes, none, &Service::likeArticle},
+        {"GET", "/article/article_", Variable::number, "_json.html", Effect::reads, none, &Service::loadArticle},
+        {"POST", "/article/json_add_comment.html", Variable::none, "", Effect::changes, ServerLimits::commentForm,
+         &Service::addComment},
+        {"POST", "/article/update_article_json.html", Variable::none, "", Effect::changes, ServerLimits::articleForm,
+         &Service::writeArticle},
         {"POST", "/article/image_update", Variable::none, "", Effect::changes, none, &Service::uploadImage,
          &Service::admitImage},
         {"POST", "/article/video_update", Variable::none, "", Effect::changes, none, &Service::uploadVideo,
@@ -85,18 +80,14 @@ struct ArticleServiceRoutes {
         {"GET", "/article/video_update", Variable::none, "", Effect::changes, none, &Service::changeVideo},
         {"GET", "/article/image_remove", Variable::none, "", Effect::changes, none, &Service::removeImage},
         {"GET", "/article/video_remove", Variable::none, "", Effect::changes, none, &Service::removeVideo},
-        {"GET", "/article/comments_json.html", Variable::none, "", Effect::reads, none,
-         &Service::olderComments},
+        {"GET", "/article/comments_json.html", Variable::none, "", Effect::reads, none, &Service::olderComments},
         {"POST", "/account/notify", Variable::none, "", Effect::changes, ServerLimits::notificationForm,
          &Service::notify},
-        {"GET", "/account/notifications", Variable::none, "", Effect::reads, none,
-         &Service::listNotifications},
-        {"POST", "/account/notifications_read", Variable::none, "", Effect::changes,
-         ServerLimits::accountForm, &Service::markNotificationsRead},
-        {"POST", "/account/sign_up", Variable::none, "", Effect::changes, ServerLimits::accountForm,
-         &Service::signUp},
-        {"POST", "/account/sign_in", Variable::none, "", Effect::changes, ServerLimits::accountForm,
-         &Service::signIn},
+        {"GET", "/account/notifications", Variable::none, "", Effect::reads, none, &Service::listNotifications},
+        {"POST", "/account/notifications_read", Variable::none, "", Effect::changes, ServerLimits::accountForm,
+         &Service::markNotificationsRead},
+        {"POST", "/account/sign_up", Variable::none, "", Effect::changes, ServerLimits::accountForm, &Service::signUp},
+        {"POST", "/account/sign_in", Variable::none, "", Effect::changes, ServerLimits::accountForm, &Service::signIn},
         {"POST", "/account/sign_out", Variable::none, "", Effect::changes, ServerLimits::accountForm,
          &Service::signOut},
         {"GET", "/account/me", Variable::none, "", Effect::reads, none, &Service::currentUser},
@@ -144,8 +135,7 @@ ArticleService::Routing ArticleService::routeOf(const WebRequest& request) const
         auto variable = route.match(request.path);
         if (!variable) continue;
         // HEAD is a safe method (RFC 9110, 9.2.1), so routes whose GET changes something refuse it.
-        bool isHead =
-            request.method == "HEAD" && route.method == "GET" && route.effect == Route::Effect::reads;
+        bool isHead = request.method == "HEAD" && route.method == "GET" && route.effect == Route::Effect::reads;
         if (request.method == route.method || isHead) {
             routing.route = &route;
             routing.variable = *variable;
@@ -250,8 +240,7 @@ std::string ArticleService::baseUrl(const WebRequest& request) const {
     return isHostAndPort(host) ? "http://" + std::string(host) : localUrl_;
 }
 
-std::string ArticleService::cookie(std::string_view name, std::string_view value,
-                                   std::int64_t seconds) const {
+std::string ArticleService::cookie(std::string_view name, std::string_view value, std::int64_t seconds) const {
     std::string text(name);
     text += "=";
     text += value;
@@ -291,15 +280,14 @@ std::string newToken() {
     std::array<unsigned char, 32> bytes{};
     randombytes_buf(bytes.data(), bytes.size());
     std::array<char, 44> text{};
-    sodium_bin2base64(text.data(), text.size(), bytes.data(), bytes.size(),
-                      sodium_base64_VARIANT_URLSAFE_NO_PADDING);
+    sodium_bin2base64(text.data(), text.size(), bytes.data(), bytes.size(), sodium_base64_VARIANT_URLSAFE_NO_PADDING);
     return text.data();
 }
 
 std::string tokenHash(std::string_view token) {
     std::array<unsigned char, 32> hash{};
-    crypto_generichash(hash.data(), hash.size(), reinterpret_cast<const unsigned char*>(token.data()),
-                       token.size(), nullptr, 0);
+    crypto_generichash(hash.data(), hash.size(), reinterpret_cast<const unsigned char*>(token.data()), token.size(),
+                       nullptr, 0);
     std::array<char, 65> digits{};
     sodium_bin2hex(digits.data(), digits.size(), hash.data(), hash.size());
     return digits.data();

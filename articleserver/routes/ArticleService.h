@@ -25,8 +25,7 @@ class ArticleService final : public WebService {
 public:
     /// `publicUrl` is the scheme and host in front of "/article/ID" and "/media/NAME", without a slash at its
     /// end. When it is empty, addresses have the Host header of the request.
-    ArticleService(ArticleStore& store, MediaFolder& media, std::string publicUrl,
-                   std::function<ServerTime()> now);
+    ArticleService(ArticleStore& store, MediaFolder& media, std::string publicUrl, std::function<ServerTime()> now);
 
     /// Sets the scheme and host for requests without a valid Host header. Called before the server serves.
     void setLocalUrl(std::string url) { localUrl_ = std::move(url); }
@@ -50,8 +49,7 @@ private:
     WebReply loadArticle(RequestContext& context);
     WebReply addComment(RequestContext& context);
     WebReply olderComments(RequestContext& context);
-    WebReply articlePage(RequestContext& context, const std::optional<std::int64_t>& author,
-                         const std::string& path);
+    WebReply articlePage(RequestContext& context, const std::optional<std::int64_t>& author, const std::string& path);
 
     WebReply writeArticle(RequestContext& context);
     WebReply changeImage(RequestContext& context);

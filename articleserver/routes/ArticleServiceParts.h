@@ -41,8 +41,7 @@ nlohmann::ordered_json videoJson(const StoredVideo& video, const std::string& ba
 nlohmann::ordered_json commentJson(const StoredComment& comment);
 
 /// The HTML document of an article, with all texts escaped.
-std::string articleHtml(const StoredArticle& article, const CommentPage& comments,
-                        const std::string& baseUrl);
+std::string articleHtml(const StoredArticle& article, const CommentPage& comments, const std::string& baseUrl);
 std::string notFoundHtml();
 std::string_view articleStyle();
 

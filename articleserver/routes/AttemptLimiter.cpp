@@ -26,14 +26,12 @@ void AttemptLimiter::giveBack(const std::string& key) {
 }
 
 void AttemptLimiter::makeRoom(ServerTime now) {
-    std::erase_if(attempts_, [&](const auto& entry) {
-        return entry.second.empty() || entry.second.back() <= now - window_;
-    });
+    std::erase_if(attempts_,
+                  [&](const auto& entry) { return entry.second.empty() || entry.second.back() <= now - window_; });
     if (attempts_.size() < capacity_) return;
-    auto oldest =
-        std::min_element(attempts_.begin(), attempts_.end(), [](const auto& left, const auto& right) {
-            return left.second.back() < right.second.back();
-        });
+    auto oldest = std::min_element(attempts_.begin(), attempts_.end(), [](const auto& left, const auto& right) {
+        return left.second.back() < right.second.back();
+    });
     attempts_.erase(oldest);
 }
 

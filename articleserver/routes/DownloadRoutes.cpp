@@ -13,8 +13,7 @@ constexpr const char* pagePolicy = "default-src 'none'; img-src 'self'; media-sr
                                    "base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 
 /// A reply with an entity tag: the body, or 304 when the client has this body already.
-WebReply taggedReply(const WebRequest& request, std::string contentType, std::string body,
-                     const char* caching) {
+WebReply taggedReply(const WebRequest& request, std::string contentType, std::string body, const char* caching) {
     WebReply reply;
     std::string tag = entityTag(body);
     reply.headers.emplace_back("ETag", tag);
@@ -28,8 +27,7 @@ WebReply taggedReply(const WebRequest& request, std::string contentType, std::st
     return reply;
 }
 
-WebReply fileReply(const WebRequest& request, const MediaFolder::File& file, const char* caching,
-                   ServerTime now) {
+WebReply fileReply(const WebRequest& request, const MediaFolder::File& file, const char* caching, ServerTime now) {
     const WebValidators validators{file.entityTag, file.modified};
     WebReply reply;
     reply.headers = {{"ETag", file.entityTag},
@@ -57,8 +55,8 @@ WebReply fileReply(const WebRequest& request, const MediaFolder::File& file, con
     if (range.kind == RangeKind::part) {
         reply.status = 206;
         reply.headers.emplace_back("Content-Range", "bytes " + std::to_string(range.offset) + "-" +
-                                                        std::to_string(range.offset + range.length - 1) +
-                                                        "/" + std::to_string(file.size));
+                                                        std::to_string(range.offset + range.length - 1) + "/" +
+                                                        std::to_string(file.size));
     }
     reply.file = WebFile{file.path, range.offset, range.length};
     return reply;
@@ -79,8 +77,7 @@ WebReply ArticleService::avatar(RequestContext& context) {
     auto user = store_.user(*id);
     if (!user) return failureReply(user.failure());
     if (!*user) return failureReply(unknown);
-    if (auto file = media_.find((*user)->avatar))
-        return fileReply(context.request, *file, avatarCaching, now_());
+    if (auto file = media_.find((*user)->avatar)) return fileReply(context.request, *file, avatarCaching, now_());
     return taggedReply(context.request, "image/png", *avatars_.avatar(*id, (*user)->name), avatarCaching);
 }
 
@@ -103,8 +100,7 @@ WebReply ArticleService::publicPage(RequestContext& context) {
 }
 
 WebReply ArticleService::styleSheet(RequestContext& context) {
-    return taggedReply(context.request, "text/css; charset=utf-8", std::string(articleStyle()),
-                       "max-age=3600");
+    return taggedReply(context.request, "text/css; charset=utf-8", std::string(articleStyle()), "max-age=3600");
 }
 
 }  // namespace articleserver

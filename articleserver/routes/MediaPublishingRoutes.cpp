@@ -76,17 +76,14 @@ ServerResult<ArticleService::Upload> ArticleService::uploadOf(RequestContext& co
 }
 
 WebIntake ArticleService::admit(RequestContext& context, std::uint64_t length, const Admission& admission) {
-    const auto refused = [&](const ServerFailure& failure) {
-        return WebIntake{failureReply(failure), nullptr};
-    };
+    const auto refused = [&](const ServerFailure& failure) { return WebIntake{failureReply(failure), nullptr}; };
     auto upload = uploadOf(context);
     if (!upload) return refused(upload.failure());
     auto isAuthor = store_.checkAuthor(upload->place.article, upload->request.user);
     if (!isAuthor) return refused(isAuthor.failure());
     if (length == 0) return refused(badInput("The upload is empty."));
     if (length > admission.bytes()) return refused({ServerFault::tooLarge, "The upload is too large."});
-    if (length > media_.freeBytes())
-        return refused({ServerFault::storageFull, "The server's storage is full."});
+    if (length > media_.freeBytes()) return refused({ServerFault::storageFull, "The server's storage is full."});
     std::shared_ptr<void> slot(nullptr, [uploads = uploads_](void*) { --*uploads; });
     if (++*uploads_ > ServerLimits::uploadsAtOnce) {
         return refused({ServerFault::busy, "The server is busy. Try again in a moment."});
@@ -100,9 +97,8 @@ WebIntake ArticleService::admitImage(RequestContext& context, std::uint64_t leng
 }
 
 WebIntake ArticleService::admitVideo(RequestContext& context, std::uint64_t length) {
-    return admit(
-        context, length,
-        {{{stillPart, "jpg", ServerLimits::stillFile}, {videoPart, "mp4", ServerLimits::videoFile}}});
+    return admit(context, length,
+                 {{{stillPart, "jpg", ServerLimits::stillFile}, {videoPart, "mp4", ServerLimits::videoFile}}});
 }
 
 WebReply ArticleService::uploadImage(RequestContext& context) {
@@ -137,9 +133,8 @@ WebReply ArticleService::uploadVideo(RequestContext& context) {
     video.text = body.field("text").value_or("");
     auto caption = checkCaption(video.text);
     if (!caption) return failureReply(caption.failure());
-    for (auto [name, place] :
-         {std::pair("altitude", &video.altitude), std::pair("longitude", &video.longitude),
-          std::pair("latitude", &video.latitude)}) {
+    for (auto [name, place] : {std::pair("altitude", &video.altitude), std::pair("longitude", &video.longitude),
+                               std::pair("latitude", &video.latitude)}) {
         *place = body.field(name).value_or("");
         if (place->size() > ServerLimits::placeCharacters) {
             return failureReply(badInput("The place of the video is too long."));
@@ -207,17 +202,9 @@ WebReply ArticleService::removeMedium(RequestContext& context, MediumKind kind) 
     return resultReply({});
 }
 
-WebReply ArticleService::changeImage(RequestContext& context) {
-    return changeMedium(context, MediumKind::image);
-}
-WebReply ArticleService::changeVideo(RequestContext& context) {
-    return changeMedium(context, MediumKind::video);
-}
-WebReply ArticleService::removeImage(RequestContext& context) {
-    return removeMedium(context, MediumKind::image);
-}
-WebReply ArticleService::removeVideo(RequestContext& context) {
-    return removeMedium(context, MediumKind::video);
-}
+WebReply ArticleService::changeImage(RequestContext& context) { return changeMedium(context, MediumKind::image); }
+WebReply ArticleService::changeVideo(RequestContext& context) { return changeMedium(context, MediumKind::video); }
+WebReply ArticleService::removeImage(RequestContext& context) { return removeMedium(context, MediumKind::image); }
+WebReply ArticleService::removeVideo(RequestContext& context) { return removeMedium(context, MediumKind::video); }
 
 }  // namespace articleserver

@@ -13,9 +13,8 @@ namespace {
 
 std::string hashed(std::string_view password) {
     std::array<char, crypto_pwhash_STRBYTES> text{};
-    int code = crypto_pwhash_str_alg(text.data(), password.data(), password.size(),
-                                     crypto_pwhash_OPSLIMIT_INTERACTIVE, crypto_pwhash_MEMLIMIT_INTERACTIVE,
-                                     crypto_pwhash_ALG_ARGON2ID13);
+    int code = crypto_pwhash_str_alg(text.data(), password.data(), password.size(), crypto_pwhash_OPSLIMIT_INTERACTIVE,
+                                     crypto_pwhash_MEMLIMIT_INTERACTIVE, crypto_pwhash_ALG_ARGON2ID13);
     return code == 0 ? std::string(text.data()) : std::string();
 }
 
@@ -26,8 +25,8 @@ std::string decoyHash() {
     constexpr std::size_t saltCharacters = 22;
     constexpr std::size_t hashCharacters = 43;
     return "$argon2id$v=19$m=" + std::to_string(crypto_pwhash_MEMLIMIT_INTERACTIVE / 1024) +
-           ",t=" + std::to_string(crypto_pwhash_OPSLIMIT_INTERACTIVE) + ",p=1$" +
-           std::string(saltCharacters, 'A') + "$" + std::string(hashCharacters, 'A');
+           ",t=" + std::to_string(crypto_pwhash_OPSLIMIT_INTERACTIVE) + ",p=1$" + std::string(saltCharacters, 'A') +
+           "$" + std::string(hashCharacters, 'A');
 }
 
 }  // namespace

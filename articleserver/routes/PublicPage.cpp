@@ -95,15 +95,14 @@ std::string commentSection(const CommentPage& comments) {
 
 }  // namespace
 
-std::string articleHtml(const StoredArticle& article, const CommentPage& comments,
-                        const std::string& baseUrl) {
+std::string articleHtml(const StoredArticle& article, const CommentPage& comments, const std::string& baseUrl) {
     const std::string id = std::to_string(article.id);
     const std::string title = article.title.empty() ? summary(article.text, 60) : summary(article.title, 300);
     std::string head = "<meta name=\"description\" content=\"" +
                        escapedHtml(summary(article.text, descriptionCharacters)) + "\">\n" +
                        "<link rel=\"canonical\" href=\"" + escapedHtml(baseUrl) + "/article/" + id + "\">\n" +
-                       "<meta property=\"og:type\" content=\"article\">\n" +
-                       "<meta property=\"og:title\" content=\"" + escapedHtml(title) + "\">\n";
+                       "<meta property=\"og:type\" content=\"article\">\n" + "<meta property=\"og:title\" content=\"" +
+                       escapedHtml(title) + "\">\n";
     if (!article.images.empty()) {
         head += "<meta property=\"og:image\" content=\"" + escapedHtml(baseUrl) + "/media/" +
                 escapedHtml(article.images.front().file) + "\">\n";
@@ -114,16 +113,16 @@ std::string articleHtml(const StoredArticle& article, const CommentPage& comment
     body += byline(article.authorId, article.authorName, article.modified) + "</header>\n";
     body += paragraphs(article.text);
     for (const StoredImage& image : article.images) {
-        body += figure("<img src=\"/media/" + escapedHtml(image.file) + "\" alt=\"" +
-                           escapedHtml(image.text) + "\" width=\"" + std::to_string(image.width) +
-                           "\" height=\"" + std::to_string(image.height) + "\" loading=\"lazy\">",
+        body += figure("<img src=\"/media/" + escapedHtml(image.file) + "\" alt=\"" + escapedHtml(image.text) +
+                           "\" width=\"" + std::to_string(image.width) + "\" height=\"" + std::to_string(image.height) +
+                           "\" loading=\"lazy\">",
                        image.text);
     }
     for (const StoredVideo& video : article.videos) {
         body += figure("<video src=\"/media/" + escapedHtml(video.file) + "\" poster=\"/media/" +
-                           escapedHtml(video.thumbnail) + "\" width=\"" + std::to_string(video.width) +
-                           "\" height=\"" + std::to_string(video.height) +
-                           "\" controls preload=\"none\" title=\"" + duration(video.duration) + "\"></video>",
+                           escapedHtml(video.thumbnail) + "\" width=\"" + std::to_string(video.width) + "\" height=\"" +
+                           std::to_string(video.height) + "\" controls preload=\"none\" title=\"" +
+                           duration(video.duration) + "\"></video>",
                        video.text);
     }
     body += "<footer>" + std::to_string(article.likes) + (article.likes == 1 ? " like" : " likes") + " · " +

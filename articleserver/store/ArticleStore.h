@@ -183,8 +183,7 @@ public:
     virtual ServerResult<void> addSession(std::int64_t user, std::string_view tokenHash, ServerTime expires,
                                           ServerTime now) = 0;
     /// Absent for an expired session.
-    virtual ServerResult<std::optional<StoredSession>> session(std::string_view tokenHash,
-                                                               ServerTime now) const = 0;
+    virtual ServerResult<std::optional<StoredSession>> session(std::string_view tokenHash, ServerTime now) const = 0;
     virtual ServerResult<void> extendSession(std::string_view tokenHash, ServerTime expires) = 0;
     virtual ServerResult<void> removeSession(std::string_view tokenHash) = 0;
 
@@ -201,10 +200,9 @@ public:
     // the author. A change of an image or a video also sets the modification date of its article.
 
     /// Reads title and text of the argument. A repeated request makes no second article.
-    virtual ServerResult<PublishedId> createArticle(const PublishRequest& request,
-                                                    const StoredArticle& article) = 0;
-    virtual ServerResult<void> updateArticle(std::int64_t id, const PublishRequest& request,
-                                             std::string_view title, std::string_view text) = 0;
+    virtual ServerResult<PublishedId> createArticle(const PublishRequest& request, const StoredArticle& article) = 0;
+    virtual ServerResult<void> updateArticle(std::int64_t id, const PublishRequest& request, std::string_view title,
+                                             std::string_view text) = 0;
     /// Checks whether `user` may change the article, so that a long upload is refused before it begins.
     virtual ServerResult<void> checkAuthor(std::int64_t article, std::int64_t user) const = 0;
     /// `tooLarge` when the article would exceed the limits for its media or for its captions.
@@ -222,8 +220,8 @@ public:
     virtual ServerResult<std::int64_t> likeArticle(std::int64_t id, std::string_view liker) = 0;
 
     /// Returns the new number of comments. `notFound`; `forbidden` when comments are closed.
-    virtual ServerResult<std::int64_t> addComment(std::int64_t article, std::int64_t author,
-                                                  std::string_view text, ServerTime now) = 0;
+    virtual ServerResult<std::int64_t> addComment(std::int64_t article, std::int64_t author, std::string_view text,
+                                                  ServerTime now) = 0;
     /// The page of an unknown article is empty.
     virtual ServerResult<CommentPage> comments(const CommentQuery& query) const = 0;
 
@@ -231,8 +229,7 @@ public:
     /// keeps the newest ServerLimits::notificationsPerUser. `notFound` for an unknown recipient.
     virtual ServerResult<std::int64_t> addNotification(const StoredNotification& notification) = 0;
     /// The newest notifications of `recipient`, or the newest of those with an id below `before`.
-    virtual ServerResult<NotificationPage> notifications(std::int64_t recipient,
-                                                         std::optional<std::int64_t> before,
+    virtual ServerResult<NotificationPage> notifications(std::int64_t recipient, std::optional<std::int64_t> before,
                                                          int limit) const = 0;
     /// Marks the recipient's notifications up to and including an id as read. Returns the number of unread
     /// ones.

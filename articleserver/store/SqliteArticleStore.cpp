@@ -12,9 +12,7 @@ namespace {
 
 using Kind = SqliteTransaction::Kind;
 
-StoredUser userOf(const SqliteStatement& row) {
-    return {row.integer(0), row.text(1), row.text(2), row.text(3)};
-}
+StoredUser userOf(const SqliteStatement& row) { return {row.integer(0), row.text(1), row.text(2), row.text(3)}; }
 
 StoredArticle articleOf(const SqliteStatement& row) {
     StoredArticle article;
@@ -39,10 +37,9 @@ bool readMedia(SqliteConnection& connection, StoredArticle& article) {
                                   static_cast<int>(images.integer(3)), static_cast<int>(images.integer(4)),
                                   images.text(5)});
     }
-    SqliteStatement videos =
-        connection.prepare("SELECT id, file, thumbnail, width, height, duration, text FROM videos "
-                           "WHERE article_id = ? ORDER BY position, id",
-                           article.id);
+    SqliteStatement videos = connection.prepare("SELECT id, file, thumbnail, width, height, duration, text FROM videos "
+                                                "WHERE article_id = ? ORDER BY position, id",
+                                                article.id);
     while (videos.step()) {
         article.videos.push_back({videos.integer(0), videos.text(1), videos.text(2),
                                   static_cast<int>(videos.integer(3)), static_cast<int>(videos.integer(4)),
@@ -62,10 +59,10 @@ ServerResult<std::int64_t> insertUser(SqliteConnection& connection, const Stored
     std::string key = nameKey(user.name);
     SqliteStatement taken = connection.prepare("SELECT 1 FROM users WHERE name_key = ?", key);
     if (taken.step()) return ServerFailure{ServerFault::conflict, "The name is taken."};
-    SqliteStatement insert = connection.prepare(
-        "INSERT INTO users (name, name_key, password_hash, avatar, created) VALUES (?, ?, ?, ?, ?) "
-        "RETURNING id",
-        user.name, key, user.passwordHash, user.avatar, now);
+    SqliteStatement insert =
+        connection.prepare("INSERT INTO users (name, name_key, password_hash, avatar, created) VALUES (?, ?, ?, ?, ?) "
+                           "RETURNING id",
+                           user.name, key, user.passwordHash, user.avatar, now);
     if (taken.failed() || !insert.step()) return connection.failure();
     return insert.integer(0);
 }
@@ -82,10 +79,10 @@ ServerResult<std::int64_t> insertArticle(SqliteConnection& connection, const Sto
     }
     int position = 0;
     for (const StoredImage& image : article.images) {
-        SqliteStatement insert = connection.prepare(
-            "INSERT INTO images (article_id, position, file, thumbnail, width, height, text) "
-            "VALUES (?, ?, ?, ?, ?, ?, ?)",
-            id, position++, image.file, image.thumbnail, image.width, image.height, image.text);
+        SqliteStatement insert =
+            connection.prepare("INSERT INTO images (article_id, position, file, thumbnail, width, height, text) "
+                               "VALUES (?, ?, ?, ?, ?, ?, ?)",
+                               id, position++, image.file, image.thumbnail, image.width, image.height, image.text);
         if (!insert.run()) return connection.failure();
     }
     position = 0;
@@ -93,8 +90,7 @@ ServerResult<std::int64_t> insertArticle(SqliteConnection& connection, const Sto
         SqliteStatement insert = connection.prepare(
             "INSERT INTO videos (article_id, position, file, thumbnail, width, height, duration, text) "
             "VALUES (?, ?, ?, ?, ?, ?, ?, ?)",
-            id, position++, video.file, video.thumbnail, video.width, video.height, video.duration,
-            video.text);
+            id, position++, video.file, video.thumbnail, video.width, video.height, video.duration, video.text);
         if (!insert.run()) return connection.failure();
     }
     return id;
@@ -134,8 +130,8 @@ void SqliteArticleStore::giveBack(std::unique_ptr<SqliteConnection> connection) 
 }
 
 ServerResult<std::int64_t> SqliteArticleStore::addUser(const StoredUser& user, ServerTime now) {
-    return transact<std::int64_t>(
-        Kind::write, [&](SqliteConnection& connection) { return insertUser(connection, user, now); });
+    return transact<std::int64_t>(Kind::write,
+                                  [&](SqliteConnection& connection) { return insertUser(connection, user, now); });
 }
 
 ServerResult<std::optional<StoredUser>> SqliteArticleStore::userNamed(std::string_view name) const {
@@ -153,8 +149,7 @@ ServerResult<std::optional<StoredUser>> SqliteArticleStore::userNamed(std::strin
 ServerResult<std::optional<StoredUser>> SqliteArticleStore::user(std::int64_t id) const {
     using Found = std::optional<StoredUser>;
     return transact<Found>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<Found> {
-        SqliteStatement row =
-            connection.prepare("SELECT id, name, password_hash, avatar FROM users WHERE id = ?", id);
+        SqliteStatement row = connection.prepare("SELECT id, name, password_hash, avatar FROM users WHERE id = ?", id);
         if (row.step()) return Found(userOf(row));
         if (row.failed()) return connection.failure();
         return Found();
@@ -179,20 +174,19 @@ ServerResult<std::string> SqliteArticleStore::setAvatar(std::int64_t user, std::
     });
 }
 
-ServerResult<void> SqliteArticleStore::addSession(std::int64_t user, std::string_view tokenHash,
-                                                  ServerTime expires, ServerTime now) {
+ServerResult<void> SqliteArticleStore::addSession(std::int64_t user, std::string_view tokenHash, ServerTime expires,
+                                                  ServerTime now) {
     return transact<void>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<void> {
-        bool isDone =
-            connection.prepare("DELETE FROM sessions WHERE expires <= ?", now).run() &&
-            connection
-                .prepare("INSERT INTO sessions (token_hash, user_id, expires) VALUES (?, ?, ?)", tokenHash,
-                         user, expires)
-                .run() &&
-            connection
-                .prepare("DELETE FROM sessions WHERE user_id = ? AND token_hash NOT IN (SELECT "
-                         "token_hash FROM sessions WHERE user_id = ? ORDER BY expires DESC LIMIT ?)",
-                         user, user, ServerLimits::sessionsPerUser)
-                .run();
+        bool isDone = connection.prepare("DELETE FROM sessions WHERE expires <= ?", now).run() &&
+                      connection
+                          .prepare("INSERT INTO sessions (token_hash, user_id, expires) VALUES (?, ?, ?)", tokenHash,
+                                   user, expires)
+                          .run() &&
+                      connection
+                          .prepare("DELETE FROM sessions WHERE user_id = ? AND token_hash NOT IN (SELECT "
+                                   "token_hash FROM sessions WHERE user_id = ? ORDER BY expires DESC LIMIT ?)",
+                                   user, user, ServerLimits::sessionsPerUser)
+                          .run();
         if (!isDone) return connection.failure();
         return {};
     });
@@ -231,8 +225,8 @@ ServerResult<void> SqliteArticleStore::removeSession(std::string_view tokenHash)
 }
 
 ServerResult<std::int64_t> SqliteArticleStore::addArticle(const StoredArticle& article) {
-    return transact<std::int64_t>(
-        Kind::write, [&](SqliteConnection& connection) { return insertArticle(connection, article); });
+    return transact<std::int64_t>(Kind::write,
+                                  [&](SqliteConnection& connection) { return insertArticle(connection, article); });
 }
 
 ServerResult<ArticlePage> SqliteArticleStore::articles(const ArticlePageQuery& query) const {
@@ -253,9 +247,8 @@ ServerResult<ArticlePage> SqliteArticleStore::articles(const ArticlePageQuery& q
         ArticlePage page;
         {
             // The query asks for one row more than the page holds, to learn whether a next page exists.
-            SqliteStatement row = query.author
-                                      ? connection.prepare(ofAuthor, *query.author, newest, query.limit + 1)
-                                      : connection.prepare(ofAll, newest, query.limit + 1);
+            SqliteStatement row = query.author ? connection.prepare(ofAuthor, *query.author, newest, query.limit + 1)
+                                               : connection.prepare(ofAll, newest, query.limit + 1);
             while (row.step()) page.articles.push_back(articleOf(row));
             if (row.failed()) return connection.failure();
         }
@@ -276,12 +269,12 @@ ServerResult<ArticlePage> SqliteArticleStore::articles(const ArticlePageQuery& q
 ServerResult<std::optional<StoredArticle>> SqliteArticleStore::article(std::int64_t id) const {
     using Found = std::optional<StoredArticle>;
     return transact<Found>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<Found> {
-        SqliteStatement row = connection.prepare(
-            "SELECT a.id, a.author_id, u.name, a.title, a.text, a.modified, a.open_comment, "
-            "(SELECT COUNT(*) FROM likes l WHERE l.article_id = a.id), "
-            "(SELECT COUNT(*) FROM comments c WHERE c.article_id = a.id) "
-            "FROM articles a JOIN users u ON u.id = a.author_id WHERE a.id = ?",
-            id);
+        SqliteStatement row =
+            connection.prepare("SELECT a.id, a.author_id, u.name, a.title, a.text, a.modified, a.open_comment, "
+                               "(SELECT COUNT(*) FROM likes l WHERE l.article_id = a.id), "
+                               "(SELECT COUNT(*) FROM comments c WHERE c.article_id = a.id) "
+                               "FROM articles a JOIN users u ON u.id = a.author_id WHERE a.id = ?",
+                               id);
         if (!row.step()) {
             if (row.failed()) return connection.failure();
             return Found();
@@ -301,10 +294,9 @@ ServerResult<std::vector<std::string>> SqliteArticleStore::removeArticle(std::in
             return ServerFailure{ServerFault::forbidden, "Only its author can remove an article."};
         }
         Names names;
-        SqliteStatement media =
-            connection.prepare("SELECT file, thumbnail FROM images WHERE article_id = ? "
-                               "UNION ALL SELECT file, thumbnail FROM videos WHERE article_id = ?",
-                               id, id);
+        SqliteStatement media = connection.prepare("SELECT file, thumbnail FROM images WHERE article_id = ? "
+                                                   "UNION ALL SELECT file, thumbnail FROM videos WHERE article_id = ?",
+                                                   id, id);
         while (media.step()) {
             names.push_back(media.text(0));
             names.push_back(media.text(1));
@@ -318,17 +310,14 @@ ServerResult<std::vector<std::string>> SqliteArticleStore::removeArticle(std::in
 }
 
 ServerResult<std::int64_t> SqliteArticleStore::likeArticle(std::int64_t id, std::string_view liker) {
-    return transact<std::int64_t>(
-        Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
-            SqliteStatement exists = connection.prepare("SELECT 1 FROM articles WHERE id = ?", id);
-            if (!exists.step()) return exists.failed() ? connection.failure() : noArticle();
-            SqliteStatement liked =
-                connection.prepare("SELECT 1 FROM likes WHERE article_id = ? AND liker = ?", id, liker);
-            bool isNew = !liked.step();
-            if (liked.failed() || (isNew && !insertLike(connection, id, liker))) return connection.failure();
-            return numberOf(connection,
-                            connection.prepare("SELECT COUNT(*) FROM likes WHERE article_id = ?", id));
-        });
+    return transact<std::int64_t>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
+        SqliteStatement exists = connection.prepare("SELECT 1 FROM articles WHERE id = ?", id);
+        if (!exists.step()) return exists.failed() ? connection.failure() : noArticle();
+        SqliteStatement liked = connection.prepare("SELECT 1 FROM likes WHERE article_id = ? AND liker = ?", id, liker);
+        bool isNew = !liked.step();
+        if (liked.failed() || (isNew && !insertLike(connection, id, liker))) return connection.failure();
+        return numberOf(connection, connection.prepare("SELECT COUNT(*) FROM likes WHERE article_id = ?", id));
+    });
 }
 
 ServerResult<bool> SqliteArticleStore::isEmpty() const {

@@ -26,8 +26,7 @@ public:
 
     ServerResult<void> addSession(std::int64_t user, std::string_view tokenHash, ServerTime expires,
                                   ServerTime now) override;
-    ServerResult<std::optional<StoredSession>> session(std::string_view tokenHash,
-                                                       ServerTime now) const override;
+    ServerResult<std::optional<StoredSession>> session(std::string_view tokenHash, ServerTime now) const override;
     ServerResult<void> extendSession(std::string_view tokenHash, ServerTime expires) override;
     ServerResult<void> removeSession(std::string_view tokenHash) override;
 
@@ -35,8 +34,7 @@ public:
     ServerResult<ArticlePage> articles(const ArticlePageQuery& query) const override;
     ServerResult<std::optional<StoredArticle>> article(std::int64_t id) const override;
     ServerResult<std::vector<std::string>> removeArticle(std::int64_t id, std::int64_t user) override;
-    ServerResult<PublishedId> createArticle(const PublishRequest& request,
-                                            const StoredArticle& article) override;
+    ServerResult<PublishedId> createArticle(const PublishRequest& request, const StoredArticle& article) override;
     ServerResult<void> updateArticle(std::int64_t id, const PublishRequest& request, std::string_view title,
                                      std::string_view text) override;
     ServerResult<void> checkAuthor(std::int64_t article, std::int64_t user) const override;
@@ -80,8 +78,8 @@ private:
 };
 
 template <typename T>
-ServerResult<T> SqliteArticleStore::transact(
-    SqliteTransaction::Kind kind, const std::function<ServerResult<T>(SqliteConnection&)>& work) const {
+ServerResult<T> SqliteArticleStore::transact(SqliteTransaction::Kind kind,
+                                             const std::function<ServerResult<T>(SqliteConnection&)>& work) const {
     std::unique_lock<std::mutex> writing(writing_, std::defer_lock);
     if (kind == SqliteTransaction::Kind::write) writing.lock();
     auto connection = borrow();

@@ -28,8 +28,8 @@ void SqliteStatement::bind(int index, double value) {
 void SqliteStatement::bind(int index, std::string_view value) {
     // A null pointer would bind NULL instead of the empty text.
     const char* bytes = value.data() ? value.data() : "";
-    if (statement_ && sqlite3_bind_text64(statement_, index, bytes, value.size(), SQLITE_STATIC,
-                                          SQLITE_UTF8) != SQLITE_OK) {
+    if (statement_ &&
+        sqlite3_bind_text64(statement_, index, bytes, value.size(), SQLITE_STATIC, SQLITE_UTF8) != SQLITE_OK) {
         failed_ = true;
     }
 }
@@ -54,8 +54,7 @@ double SqliteStatement::real(int column) const { return sqlite3_column_double(st
 std::string SqliteStatement::text(int column) const {
     const unsigned char* bytes = sqlite3_column_text(statement_, column);
     int length = sqlite3_column_bytes(statement_, column);
-    return bytes ? std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length))
-                 : std::string();
+    return bytes ? std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length)) : std::string();
 }
 
 ServerResult<std::unique_ptr<SqliteConnection>> SqliteConnection::open(const std::string& file) {

@@ -19,8 +19,7 @@ std::int64_t newestOf(const std::optional<std::int64_t>& before) {
 ServerResult<std::int64_t> unreadOf(SqliteConnection& connection, std::int64_t recipient) {
     return numberOf(
         connection,
-        connection.prepare("SELECT COUNT(*) FROM notifications WHERE recipient_id = ? AND is_read = 0",
-                           recipient));
+        connection.prepare("SELECT COUNT(*) FROM notifications WHERE recipient_id = ? AND is_read = 0", recipient));
 }
 
 }  // namespace
@@ -32,11 +31,11 @@ ServerResult<std::int64_t> numberOf(SqliteConnection& connection, SqliteStatemen
     return statement.integer(0);
 }
 
-bool insertComment(SqliteConnection& connection, std::int64_t article, std::int64_t author,
-                   std::string_view text, ServerTime date) {
+bool insertComment(SqliteConnection& connection, std::int64_t article, std::int64_t author, std::string_view text,
+                   ServerTime date) {
     return connection
-        .prepare("INSERT INTO comments (article_id, author_id, created, text) VALUES (?, ?, ?, ?)", article,
-                 author, date, text)
+        .prepare("INSERT INTO comments (article_id, author_id, created, text) VALUES (?, ?, ?, ?)", article, author,
+                 date, text)
         .run();
 }
 
@@ -51,18 +50,15 @@ bool insertNotification(SqliteConnection& connection, const StoredNotification& 
 
 ServerResult<std::int64_t> SqliteArticleStore::addComment(std::int64_t article, std::int64_t author,
                                                           std::string_view text, ServerTime now) {
-    return transact<std::int64_t>(
-        Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
-            SqliteStatement open =
-                connection.prepare("SELECT open_comment FROM articles WHERE id = ?", article);
-            if (!open.step()) return open.failed() ? connection.failure() : noArticle();
-            if (open.integer(0) == 0) {
-                return ServerFailure{ServerFault::forbidden, "Comments on this article are closed."};
-            }
-            if (!insertComment(connection, article, author, text, now)) return connection.failure();
-            return numberOf(connection, connection.prepare(
-                                            "SELECT COUNT(*) FROM comments WHERE article_id = ?", article));
-        });
+    return transact<std::int64_t>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
+        SqliteStatement open = connection.prepare("SELECT open_comment FROM articles WHERE id = ?", article);
+        if (!open.step()) return open.failed() ? connection.failure() : noArticle();
+        if (open.integer(0) == 0) {
+            return ServerFailure{ServerFault::forbidden, "Comments on this article are closed."};
+        }
+        if (!insertComment(connection, article, author, text, now)) return connection.failure();
+        return numberOf(connection, connection.prepare("SELECT COUNT(*) FROM comments WHERE article_id = ?", article));
+    });
 }
 
 ServerResult<CommentPage> SqliteArticleStore::comments(const CommentQuery& query) const {
@@ -75,14 +71,12 @@ ServerResult<CommentPage> SqliteArticleStore::comments(const CommentQuery& query
                                query.article, newestOf(query.before), query.limit + 1);
         std::size_t bytes = 0;
         while (row.step()) {
-            bool isFull =
-                page.comments.size() == static_cast<std::size_t>(query.limit) || bytes > query.maximumBytes;
+            bool isFull = page.comments.size() == static_cast<std::size_t>(query.limit) || bytes > query.maximumBytes;
             if (isFull) {
                 page.hasMore = true;
                 break;
             }
-            page.comments.push_back(
-                {row.integer(0), row.integer(1), row.text(2), row.integer(3), row.text(4)});
+            page.comments.push_back({row.integer(0), row.integer(1), row.text(2), row.integer(3), row.text(4)});
             bytes += page.comments.back().text.size();
         }
         if (row.failed()) return connection.failure();
@@ -93,64 +87,57 @@ ServerResult<CommentPage> SqliteArticleStore::comments(const CommentQuery& query
 
 ServerResult<std::int64_t> SqliteArticleStore::addNotification(const StoredNotification& notification) {
     const std::int64_t recipient = notification.recipientId;
-    return transact<std::int64_t>(
-        Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
-            SqliteStatement exists = connection.prepare("SELECT 1 FROM users WHERE id = ?", recipient);
-            if (!exists.step()) {
-                if (exists.failed()) return connection.failure();
-                return ServerFailure{ServerFault::notFound, "There is no such user."};
-            }
-            bool isDone =
-                insertNotification(connection, notification) &&
-                connection
-                    .prepare("DELETE FROM notifications WHERE recipient_id = ? AND id NOT IN (SELECT id FROM "
-                             "notifications WHERE recipient_id = ? ORDER BY id DESC LIMIT ?)",
-                             recipient, recipient, ServerLimits::notificationsPerUser)
-                    .run();
-            if (!isDone) return connection.failure();
-            return numberOf(
-                connection,
-                connection.prepare("SELECT MAX(id) FROM notifications WHERE recipient_id = ?", recipient));
-        });
+    return transact<std::int64_t>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
+        SqliteStatement exists = connection.prepare("SELECT 1 FROM users WHERE id = ?", recipient);
+        if (!exists.step()) {
+            if (exists.failed()) return connection.failure();
+            return ServerFailure{ServerFault::notFound, "There is no such user."};
+        }
+        bool isDone = insertNotification(connection, notification) &&
+                      connection
+                          .prepare("DELETE FROM notifications WHERE recipient_id = ? AND id NOT IN (SELECT id FROM "
+                                   "notifications WHERE recipient_id = ? ORDER BY id DESC LIMIT ?)",
+                                   recipient, recipient, ServerLimits::notificationsPerUser)
+                          .run();
+        if (!isDone) return connection.failure();
+        return numberOf(connection,
+                        connection.prepare("SELECT MAX(id) FROM notifications WHERE recipient_id = ?", recipient));
+    });
 }
 
 ServerResult<NotificationPage> SqliteArticleStore::notifications(std::int64_t recipient,
-                                                                 std::optional<std::int64_t> before,
-                                                                 int limit) const {
-    return transact<NotificationPage>(
-        Kind::read, [&](SqliteConnection& connection) -> ServerResult<NotificationPage> {
-            auto unread = unreadOf(connection, recipient);
-            if (!unread) return unread.failure();
-            NotificationPage page;
-            page.unread = *unread;
-            SqliteStatement row = connection.prepare(
-                "SELECT n.id, n.sender_id, u.name, n.recipient_id, n.created, n.title, "
-                "n.text, n.is_read FROM notifications n JOIN users u ON u.id = n.sender_id "
-                "WHERE n.recipient_id = ? AND n.id <= ? ORDER BY n.id DESC LIMIT ?",
-                recipient, newestOf(before), limit + 1);
-            while (row.step()) {
-                page.notifications.push_back({row.integer(0), row.integer(1), row.text(2), row.integer(3),
-                                              row.integer(4), row.text(5), row.text(6), row.integer(7) != 0});
-            }
-            if (row.failed()) return connection.failure();
-            page.hasMore = page.notifications.size() > static_cast<std::size_t>(limit);
-            if (page.hasMore) page.notifications.pop_back();
-            return page;
-        });
+                                                                 std::optional<std::int64_t> before, int limit) const {
+    return transact<NotificationPage>(Kind::read, [&](SqliteConnection& connection) -> ServerResult<NotificationPage> {
+        auto unread = unreadOf(connection, recipient);
+        if (!unread) return unread.failure();
+        NotificationPage page;
+        page.unread = *unread;
+        SqliteStatement row =
+            connection.prepare("SELECT n.id, n.sender_id, u.name, n.recipient_id, n.created, n.title, "
+                               "n.text, n.is_read FROM notifications n JOIN users u ON u.id = n.sender_id "
+                               "WHERE n.recipient_id = ? AND n.id <= ? ORDER BY n.id DESC LIMIT ?",
+                               recipient, newestOf(before), limit + 1);
+        while (row.step()) {
+            page.notifications.push_back({row.integer(0), row.integer(1), row.text(2), row.integer(3), row.integer(4),
+                                          row.text(5), row.text(6), row.integer(7) != 0});
+        }
+        if (row.failed()) return connection.failure();
+        page.hasMore = page.notifications.size() > static_cast<std::size_t>(limit);
+        if (page.hasMore) page.notifications.pop_back();
+        return page;
+    });
 }
 
-ServerResult<std::int64_t> SqliteArticleStore::markNotificationsRead(std::int64_t recipient,
-                                                                     std::int64_t upTo) {
-    return transact<std::int64_t>(
-        Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
-            bool isDone = connection
-                              .prepare("UPDATE notifications SET is_read = 1 WHERE recipient_id = ? AND "
-                                       "id <= ? AND is_read = 0",
-                                       recipient, upTo)
-                              .run();
-            if (!isDone) return connection.failure();
-            return unreadOf(connection, recipient);
-        });
+ServerResult<std::int64_t> SqliteArticleStore::markNotificationsRead(std::int64_t recipient, std::int64_t upTo) {
+    return transact<std::int64_t>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<std::int64_t> {
+        bool isDone = connection
+                          .prepare("UPDATE notifications SET is_read = 1 WHERE recipient_id = ? AND "
+                                   "id <= ? AND is_read = 0",
+                                   recipient, upTo)
+                          .run();
+        if (!isDone) return connection.failure();
+        return unreadOf(connection, recipient);
+    });
 }
 
 }  // namespace articleserver

@@ -15,8 +15,7 @@ using Names = std::vector<std::string>;
 ServerFailure notTheAuthor() { return {ServerFault::forbidden, "Only its author can change an article."}; }
 
 ServerFailure noMedium(MediumKind kind) {
-    return {ServerFault::notFound,
-            kind == MediumKind::image ? "There is no such picture." : "There is no such video."};
+    return {ServerFault::notFound, kind == MediumKind::image ? "There is no such picture." : "There is no such video."};
 }
 
 ServerResult<void> requireAuthor(SqliteConnection& connection, std::int64_t article, std::int64_t user) {
@@ -31,13 +30,11 @@ bool touch(SqliteConnection& connection, std::int64_t article, ServerTime now) {
 }
 
 /// The id that the first arrival of this request made; absent when the request is new or has no key.
-ServerResult<std::optional<std::int64_t>> madeBefore(SqliteConnection& connection,
-                                                     const PublishRequest& request) {
+ServerResult<std::optional<std::int64_t>> madeBefore(SqliteConnection& connection, const PublishRequest& request) {
     using Made = std::optional<std::int64_t>;
     if (request.key.empty()) return Made();
-    SqliteStatement row =
-        connection.prepare("SELECT made_id FROM published_requests WHERE user_id = ? AND request_key = ?",
-                           request.user, request.key);
+    SqliteStatement row = connection.prepare(
+        "SELECT made_id FROM published_requests WHERE user_id = ? AND request_key = ?", request.user, request.key);
     if (row.step()) return Made(row.integer(0));
     if (row.failed()) return connection.failure();
     return Made();
@@ -45,10 +42,8 @@ ServerResult<std::optional<std::int64_t>> madeBefore(SqliteConnection& connectio
 
 bool remember(SqliteConnection& connection, const PublishRequest& request, std::int64_t id) {
     if (request.key.empty()) return true;
-    const ServerTime life =
-        std::chrono::duration_cast<std::chrono::milliseconds>(ServerLimits::repeatLife).count();
-    return connection.prepare("DELETE FROM published_requests WHERE published < ?", request.now - life)
-               .run() &&
+    const ServerTime life = std::chrono::duration_cast<std::chrono::milliseconds>(ServerLimits::repeatLife).count();
+    return connection.prepare("DELETE FROM published_requests WHERE published < ?", request.now - life).run() &&
            connection
                .prepare("INSERT INTO published_requests (user_id, request_key, made_id, published) "
                         "VALUES (?, ?, ?, ?)",
@@ -86,12 +81,12 @@ ServerResult<std::int64_t> articleOfMedium(SqliteConnection& connection, MediumK
 /// Checks the sum of the article's captions after a change of one of them.
 ServerResult<void> requireCaptionRoom(SqliteConnection& connection, std::int64_t article) {
     // LENGTH counts the characters of a text, but the bytes of a blob.
-    auto bytes = numberOf(
-        connection,
-        connection.prepare(
-            "SELECT (SELECT COALESCE(SUM(LENGTH(CAST(text AS BLOB))), 0) FROM images WHERE article_id = ?) + "
-            "(SELECT COALESCE(SUM(LENGTH(CAST(text AS BLOB))), 0) FROM videos WHERE article_id = ?)",
-            article, article));
+    auto bytes =
+        numberOf(connection,
+                 connection.prepare(
+                     "SELECT (SELECT COALESCE(SUM(LENGTH(CAST(text AS BLOB))), 0) FROM images WHERE article_id = ?) + "
+                     "(SELECT COALESCE(SUM(LENGTH(CAST(text AS BLOB))), 0) FROM videos WHERE article_id = ?)",
+                     article, article));
     if (!bytes) return bytes.failure();
     if (*bytes > ServerLimits::captionBytesPerArticle) {
         return ServerFailure{ServerFault::tooLarge, "The captions of the article are too long."};
@@ -101,16 +96,14 @@ ServerResult<void> requireCaptionRoom(SqliteConnection& connection, std::int64_t
 
 /// Checks the author and the limits of the article, runs `insert` and returns the new medium's id.
 template <typename Insert>
-ServerResult<std::int64_t> insertMedium(SqliteConnection& connection, MediumKind kind,
-                                        const PublishRequest& request, const MediumPlace& place,
-                                        Insert insert) {
+ServerResult<std::int64_t> insertMedium(SqliteConnection& connection, MediumKind kind, const PublishRequest& request,
+                                        const MediumPlace& place, Insert insert) {
     auto isAuthor = requireAuthor(connection, place.article, request.user);
     if (!isAuthor) return isAuthor.failure();
-    auto count =
-        numberOf(connection,
-                 kind == MediumKind::image
-                     ? connection.prepare("SELECT COUNT(*) FROM images WHERE article_id = ?", place.article)
-                     : connection.prepare("SELECT COUNT(*) FROM videos WHERE article_id = ?", place.article));
+    auto count = numberOf(connection,
+                          kind == MediumKind::image
+                              ? connection.prepare("SELECT COUNT(*) FROM images WHERE article_id = ?", place.article)
+                              : connection.prepare("SELECT COUNT(*) FROM videos WHERE article_id = ?", place.article));
     if (!count) return count.failure();
     if (*count >= ServerLimits::mediaPerArticle) {
         return ServerFailure{ServerFault::tooLarge, "The article cannot hold more."};
@@ -148,36 +141,34 @@ ServerResult<void> SqliteArticleStore::updateArticle(std::int64_t id, const Publ
     return transact<void>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<void> {
         auto isAuthor = requireAuthor(connection, id, request.user);
         if (!isAuthor) return isAuthor;
-        SqliteStatement update =
-            connection.prepare("UPDATE articles SET title = ?, text = ?, modified = ? WHERE id = ?", title,
-                               text, request.now, id);
+        SqliteStatement update = connection.prepare(
+            "UPDATE articles SET title = ?, text = ?, modified = ? WHERE id = ?", title, text, request.now, id);
         if (!update.run()) return connection.failure();
         return {};
     });
 }
 
 ServerResult<void> SqliteArticleStore::checkAuthor(std::int64_t article, std::int64_t user) const {
-    return transact<void>(
-        Kind::read, [&](SqliteConnection& connection) { return requireAuthor(connection, article, user); });
+    return transact<void>(Kind::read,
+                          [&](SqliteConnection& connection) { return requireAuthor(connection, article, user); });
 }
 
-ServerResult<PublishedId> SqliteArticleStore::addImage(const PublishRequest& request,
-                                                       const MediumPlace& place, const StoredImage& image) {
+ServerResult<PublishedId> SqliteArticleStore::addImage(const PublishRequest& request, const MediumPlace& place,
+                                                       const StoredImage& image) {
     return transact<PublishedId>(Kind::write, [&](SqliteConnection& connection) {
         return once(connection, request, [&] {
             return insertMedium(connection, MediumKind::image, request, place, [&] {
                 return connection.prepare(
                     "INSERT INTO images (article_id, position, file, thumbnail, width, height, text) "
                     "VALUES (?, ?, ?, ?, ?, ?, ?) RETURNING id",
-                    place.article, place.position, image.file, image.thumbnail, image.width, image.height,
-                    image.text);
+                    place.article, place.position, image.file, image.thumbnail, image.width, image.height, image.text);
             });
         });
     });
 }
 
-ServerResult<PublishedId> SqliteArticleStore::addVideo(const PublishRequest& request,
-                                                       const MediumPlace& place, const StoredVideo& video) {
+ServerResult<PublishedId> SqliteArticleStore::addVideo(const PublishRequest& request, const MediumPlace& place,
+                                                       const StoredVideo& video) {
     return transact<PublishedId>(Kind::write, [&](SqliteConnection& connection) {
         return once(connection, request, [&] {
             return insertMedium(connection, MediumKind::video, request, place, [&] {
@@ -192,8 +183,7 @@ ServerResult<PublishedId> SqliteArticleStore::addVideo(const PublishRequest& req
     });
 }
 
-ServerResult<void> SqliteArticleStore::changeMedium(MediumKind kind, std::int64_t id,
-                                                    const PublishRequest& request,
+ServerResult<void> SqliteArticleStore::changeMedium(MediumKind kind, std::int64_t id, const PublishRequest& request,
                                                     const MediumChange& change) {
     return transact<void>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<void> {
         auto article = articleOfMedium(connection, kind, id, request.user);
@@ -208,10 +198,9 @@ ServerResult<void> SqliteArticleStore::changeMedium(MediumKind kind, std::int64_
             if (!hasRoom) return hasRoom;
         }
         if (change.position) {
-            SqliteStatement update =
-                connection.prepare(isImage ? "UPDATE images SET position = ? WHERE id = ?"
-                                           : "UPDATE videos SET position = ? WHERE id = ?",
-                                   *change.position, id);
+            SqliteStatement update = connection.prepare(isImage ? "UPDATE images SET position = ? WHERE id = ?"
+                                                                : "UPDATE videos SET position = ? WHERE id = ?",
+                                                        *change.position, id);
             if (!update.run()) return connection.failure();
         }
         if (!touch(connection, *article, request.now)) return connection.failure();
@@ -219,8 +208,7 @@ ServerResult<void> SqliteArticleStore::changeMedium(MediumKind kind, std::int64_
     });
 }
 
-ServerResult<Names> SqliteArticleStore::removeMedium(MediumKind kind, std::int64_t id,
-                                                     const PublishRequest& request) {
+ServerResult<Names> SqliteArticleStore::removeMedium(MediumKind kind, std::int64_t id, const PublishRequest& request) {
     return transact<Names>(Kind::write, [&](SqliteConnection& connection) -> ServerResult<Names> {
         auto article = articleOfMedium(connection, kind, id, request.user);
         if (!article) return article.failure();

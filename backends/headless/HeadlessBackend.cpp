@@ -162,8 +162,7 @@ void HeadlessBackend::apply(const Mutation& mutation) {
         break;
     }
     case Mutation::Type::destroy: {
-        require(known->parent == 0 && mutation.tag != root_, mutation,
-                "only what is in no parent is destroyed");
+        require(known->parent == 0 && mutation.tag != root_, mutation, "only what is in no parent is destroyed");
         require(known->children.empty(), mutation, "children have left before");
         nodes_.erase(mutation.tag);
         break;
@@ -180,8 +179,7 @@ void HeadlessBackend::checkComplete(const std::vector<ViewTag>& created) {
     for (const Mutation& mutation : last_.mutations) {
         if (mutation.type != Mutation::Type::remove) continue;
         const Node* const present = node(mutation.tag);
-        require(!present || present->parent != 0, mutation,
-                "a view that leaves is inserted again or destroyed");
+        require(!present || present->parent != 0, mutation, "a view that leaves is inserted again or destroyed");
     }
 }
 
@@ -279,8 +277,8 @@ std::string HeadlessBackend::dump() const {
     std::ostringstream out;
     visitTree(root_, 0, [&](const Node& n, int depth) {
         const CGRect& f = n.state->frame;
-        out << std::string(static_cast<std::size_t>(depth) * 2, ' ') << '#' << n.tag << " (" << f.origin.x
-            << ", " << f.origin.y << ", " << f.size.width << ", " << f.size.height << ')';
+        out << std::string(static_cast<std::size_t>(depth) * 2, ' ') << '#' << n.tag << " (" << f.origin.x << ", "
+            << f.origin.y << ", " << f.size.width << ", " << f.size.height << ')';
         if (n.state->boundsOrigin != CGPoint{}) {
             out << " scrolled (" << n.state->boundsOrigin.x << ", " << n.state->boundsOrigin.y << ')';
         }

@@ -23,8 +23,7 @@ class HeadlessPlatform final {
 public:
     static constexpr double frameInterval = 1.0 / 60;
 
-    explicit HeadlessPlatform(CGSize size = {375, 667},
-                              UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::phone);
+    explicit HeadlessPlatform(CGSize size = {375, 667}, UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::phone);
     ~HeadlessPlatform();
     HeadlessPlatform(const HeadlessPlatform&) = delete;
     HeadlessPlatform& operator=(const HeadlessPlatform&) = delete;

@@ -38,8 +38,7 @@ Character next(std::string_view text) {
 }
 
 /// Breaks one paragraph (a text without line breaks) into lines.
-void breakParagraph(std::string_view text, CGFloat pointSize, CGFloat width,
-                    std::vector<std::string>& lines) {
+void breakParagraph(std::string_view text, CGFloat pointSize, CGFloat width, std::vector<std::string>& lines) {
     std::string line, word;  // the line up to its last possible break, and the part after that
     CGFloat lineWidth = 0, wordWidth = 0;
     const auto endLine = [&] {
@@ -92,8 +91,7 @@ CGFloat HeadlessTextMeasurer::lineWidth(std::string_view line, const UIFont& fon
     return ems * font.pointSize;
 }
 
-std::vector<std::string> HeadlessTextMeasurer::lines(std::string_view text, const UIFont& font,
-                                                     CGFloat width) {
+std::vector<std::string> HeadlessTextMeasurer::lines(std::string_view text, const UIFont& font, CGFloat width) {
     std::vector<std::string> result;
     if (text.empty()) return result;
     for (;;) {
@@ -104,8 +102,7 @@ std::vector<std::string> HeadlessTextMeasurer::lines(std::string_view text, cons
     }
 }
 
-TextMetrics HeadlessTextMeasurer::measure(std::string_view text, const UIFont& font, CGFloat width,
-                                          int maximumLines) {
+TextMetrics HeadlessTextMeasurer::measure(std::string_view text, const UIFont& font, CGFloat width, int maximumLines) {
     TextMetrics metrics{.size = {}, .lineHeight = lineHeight(font)};
     std::string oneLine;
     if (maximumLines == 1) {
@@ -132,9 +129,8 @@ std::string HeadlessLocale::shortDateAndTime(NSDate date) const {
     const hh_mm_ss clock{time - day};
     const auto hour = clock.hours().count();
     char text[64];
-    std::snprintf(text, sizeof text, "%u/%u/%02d, %d:%02d %s", unsigned(calendar.month()),
-                  unsigned(calendar.day()), ((int(calendar.year()) % 100) + 100) % 100,
-                  static_cast<int>(hour % 12 == 0 ? 12 : hour % 12),
+    std::snprintf(text, sizeof text, "%u/%u/%02d, %d:%02d %s", unsigned(calendar.month()), unsigned(calendar.day()),
+                  ((int(calendar.year()) % 100) + 100) % 100, static_cast<int>(hour % 12 == 0 ? 12 : hour % 12),
                   static_cast<int>(clock.minutes().count()), hour < 12 ? "AM" : "PM");
     return text;
 }

@@ -15,8 +15,7 @@ namespace ostrel {
 /// wide characters, and within a word that is longer than a line.
 class HeadlessTextMeasurer final : public TextMeasurer {
 public:
-    TextMetrics measure(std::string_view text, const UIFont& font, CGFloat width,
-                        int maximumLines = 0) override;
+    TextMetrics measure(std::string_view text, const UIFont& font, CGFloat width, int maximumLines = 0) override;
     CGFloat lineHeight(const UIFont& font) override { return 1.4 * font.pointSize; }
 
     /// The lines that `measure` counts, without their line breaks.

@@ -85,16 +85,14 @@ std::size_t VirtualRunLoop::runTurn(std::size_t ranBefore) {
     assert(isMainThread());
     const std::size_t ran = ranBefore + tasks_.runTurn(clock_->elapsed());
     if (ran > maximumTasks) {
-        throw std::runtime_error("The run loop does not come to rest: " + std::to_string(ran) +
-                                 " tasks ran.");
+        throw std::runtime_error("The run loop does not come to rest: " + std::to_string(ran) + " tasks ran.");
     }
     return ran;
 }
 
 std::size_t VirtualRunLoop::runWhileDue(std::size_t ranBefore) {
     std::size_t ran = ranBefore;
-    for (auto due = tasks_.nextDue(); due && *due <= clock_->elapsed(); due = tasks_.nextDue())
-        ran = runTurn(ran);
+    for (auto due = tasks_.nextDue(); due && *due <= clock_->elapsed(); due = tasks_.nextDue()) ran = runTurn(ran);
     return ran;
 }
 
@@ -115,9 +113,7 @@ void VirtualRunLoop::advance(double seconds) {
     clock_->moveTo(target);
 }
 
-int VirtualRunLoop::threadsAwake() const {
-    return std::max(0, NSThread::runningCount() - clock_->sleepingThreads());
-}
+int VirtualRunLoop::threadsAwake() const { return std::max(0, NSThread::runningCount() - clock_->sleepingThreads()); }
 
 void VirtualRunLoop::waitUntilAtMostAwake(int threads, double realSeconds) {
     const auto end = realTimeIn(realSeconds);

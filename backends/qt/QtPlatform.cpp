@@ -36,8 +36,7 @@ bool systemReducesMotion() {
         const QVariant animations = settings.value(QStringLiteral("Settings/gtk-enable-animations"));
         if (animations.isValid() && !animations.toBool()) return true;
     }
-    const QString kde =
-        QStandardPaths::locate(QStandardPaths::GenericConfigLocation, QStringLiteral("kdeglobals"));
+    const QString kde = QStandardPaths::locate(QStandardPaths::GenericConfigLocation, QStringLiteral("kdeglobals"));
     if (!kde.isEmpty()) {
         const QSettings settings(kde, QSettings::IniFormat);
         const QVariant factor = settings.value(QStringLiteral("KDE/AnimationDurationFactor"));
@@ -54,8 +53,7 @@ bool reducesMotion() {
 /// Opens web and mail addresses only: an article must not be able to open a file or start a program of this machine.
 bool openAddress(const std::string& address) {
     const QUrl url(toQString(address), QUrl::StrictMode);
-    static const QStringList schemes{QStringLiteral("http"), QStringLiteral("https"),
-                                     QStringLiteral("mailto")};
+    static const QStringList schemes{QStringLiteral("http"), QStringLiteral("https"), QStringLiteral("mailto")};
     return url.isValid() && schemes.contains(url.scheme()) && QDesktopServices::openUrl(url);
 }
 

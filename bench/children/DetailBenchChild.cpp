@@ -35,8 +35,8 @@ public:
         std::string list;
         for (int i = 0; i < images; ++i) {
             list += std::string(i ? "," : "") + R"({"image":")" + std::to_string(i) +
-                    R"(","thumbnail":"","image_width":4000,"image_height":3000,"text":"Picture )" +
-                    std::to_string(i) + "\"}";
+                    R"(","thumbnail":"","image_width":4000,"image_height":3000,"text":"Picture )" + std::to_string(i) +
+                    "\"}";
         }
         const std::string article =
             R"({"id":1,"title":"A hundred pictures","text":"All of them.","images":[)" + list + "]}";
@@ -46,8 +46,7 @@ public:
         RunLoop::main().perform([this, url, handler = std::move(handler)] {
             if (url.empty()) return handler({}, false, "no address");
             ++answered_;
-            handler(Data::mapFile(folder_ + "/" + std::to_string(std::stoi(url) % files) + ".jpg"), true,
-                    std::nullopt);
+            handler(Data::mapFile(folder_ + "/" + std::to_string(std::stoi(url) % files) + ".jpg"), true, std::nullopt);
         });
         return {};
     }
@@ -65,9 +64,8 @@ int runDetailChild(int argc, char** argv) {
     QtPlatform::install({});
     if (argc < 5) return 2;
     const std::string what = argv[3];
-    const std::string bundle = QDir(QCoreApplication::applicationDirPath() + "/../share/ostrel-article")
-                                   .canonicalPath()
-                                   .toStdString();
+    const std::string bundle =
+        QDir(QCoreApplication::applicationDirPath() + "/../share/ostrel-article").canonicalPath().toStdString();
     NSBundle::setMainBundlePath(bundle);
     NSBundle::registerBundle(OstrelArticleBundleIdentifier, bundle);
     auto server = std::make_shared<DetailServer>(argv[4]);

@@ -42,8 +42,7 @@ public:
     explicit EditorServer(const std::string& picture) : picture_(Data::mapFile(picture)) {}
 
     Data request(const std::string&, OstrelRequestManager::Handler handler) override {
-        RunLoop::main().perform(
-            [this, handler = std::move(handler)] { handler(picture_, true, std::nullopt); });
+        RunLoop::main().perform([this, handler = std::move(handler)] { handler(picture_, true, std::nullopt); });
         return {};
     }
 
@@ -262,9 +261,8 @@ int runEditorChild(int argc, char** argv) {
     if (argc < 5) return 2;
     const std::string what = argv[3];
     const int images = std::stoi(argv[4]);
-    const std::string bundle = QDir(QCoreApplication::applicationDirPath() + "/../share/ostrel-article")
-                                   .canonicalPath()
-                                   .toStdString();
+    const std::string bundle =
+        QDir(QCoreApplication::applicationDirPath() + "/../share/ostrel-article").canonicalPath().toStdString();
     NSBundle::setMainBundlePath(bundle);
     NSBundle::registerBundle(OstrelArticleBundleIdentifier, bundle);
     UIDevice::currentDevice().setUserInterfaceIdiom(UIUserInterfaceIdiom::phone);

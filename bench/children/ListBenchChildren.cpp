@@ -46,8 +46,7 @@ bool movesExactlyOnePoint(ListBenchWindow& bench, double offset) {
     const int width = std::min(before.width(), ListBenchWindow::width - 12);
     if (before.isNull() || before.size() != after.size()) return false;
     for (int y = 0; y + 1 < before.height(); ++y) {
-        if (memcmp(after.constScanLine(y), before.constScanLine(y + 1),
-                   static_cast<std::size_t>(width) * 4) != 0) {
+        if (memcmp(after.constScanLine(y), before.constScanLine(y + 1), static_cast<std::size_t>(width) * 4) != 0) {
             std::fprintf(stderr, "at %.1f, line %d did not move by one point\n", from, y);
             return false;
         }
@@ -70,7 +69,8 @@ int runScrollChild(int argc, char** argv) {
     FrameMeter meter(bench.window());
     const double points = step == "still" ? 0 : std::stod(step);
     const auto frames = meter.frames(measuredFrames, warmUpFrames, [&](int frame) {
-        // Starts from the offset that the list has, because the list corrects it when the height of a row becomes known.
+        // Starts from the offset that the list has, because the list corrects it when the height of a row becomes
+        // known.
         offset = bench.table().contentOffset().y + (points > 0 ? points : frame % 2 ? -1 : 1);
         scrollTo(bench, offset);
     });
@@ -92,8 +92,8 @@ int runMillionChild(int argc, char** argv) {
     scrollTo(bench, std::floor(end * 0.7));
     if (!bench.settle()) return 1;
     FrameMeter meter(bench.window());
-    const auto frames = meter.frames(measuredFrames, warmUpFrames,
-                                     [&](int) { scrollTo(bench, bench.table().contentOffset().y + 40); });
+    const auto frames =
+        meter.frames(measuredFrames, warmUpFrames, [&](int) { scrollTo(bench, bench.table().contentOffset().y + 40); });
     return report(FrameMeter::median(frames) * 1000);
 }
 

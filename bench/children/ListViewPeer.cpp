@@ -58,12 +58,9 @@ class ArticleModel final : public QAbstractListModel {
 public:
     explicit ArticleModel(std::size_t count) {
         for (const Value& record : Value::parse(samplePage(count, 0))["results"].elements()) {
-            const auto text = [&](const char* key) {
-                return QString::fromStdString(record[key].text().value_or(""));
-            };
+            const auto text = [&](const char* key) { return QString::fromStdString(record[key].text().value_or("")); };
             QString body = text("text");
-            if (!text("title").isEmpty())
-                body = text("title") + "\n" + body.replace("\r\n", " ").replace('\n', ' ');
+            if (!text("title").isEmpty()) body = text("title") + "\n" + body.replace("\r\n", " ").replace('\n', ' ');
             rows_.push_back({text("auth_name"), body, "3/4/26, 5:06 AM", text("liked"), text("comment")});
         }
     }

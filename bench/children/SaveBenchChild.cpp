@@ -28,7 +28,8 @@ namespace {
 /// Seconds.
 constexpr double longestSave = 300;
 
-/// A window with the empty own list of a new user and, pushed over it, an editor filled with `images`, over a real server.
+/// A window with the empty own list of a new user and, pushed over it, an editor filled with `images`, over a real
+/// server.
 class SaveWindow final {
 public:
     explicit SaveWindow(const std::string& address)
@@ -98,7 +99,8 @@ double timeToRow(SaveWindow& window) {
     return shown;
 }
 
-/// Seconds from the click until the article was read back, or the seconds of the longest turn of the main loop in that time.
+/// Seconds from the click until the article was read back, or the seconds of the longest turn of the main loop in that
+/// time.
 double savePictures(SaveWindow& window, bool asksForTurns) {
     // Wakes the event loop, so that no turn contains a long wait.
     QTimer tick;

@@ -64,8 +64,8 @@ private:
 
 }  // namespace
 
-/// upload <time|memory> <address> <clip> <still>: makes an article, uploads the clip and prints the seconds, or the most
-/// memory that was resident; then removes the article.
+/// upload <time|memory> <address> <clip> <still>: makes an article, uploads the clip and prints the seconds, or the
+/// most memory that was resident; then removes the article.
 int runUploadChild(int argc, char** argv) {
     if (argc < 7) return 2;
     const std::string what = argv[3], clip = argv[5], still = argv[6];
@@ -88,9 +88,8 @@ int runUploadChild(int argc, char** argv) {
     if (!uploaded) return 1;
     std::printf("%.6f\n", what == "memory" ? peakBytes() : passed.count());
     std::fflush(stdout);
-    uploader.answerTo([&](OstrelServer& server, AnswerHandler handler) {
-        server.request("article/remove?id=" + *id, handler);
-    });
+    uploader.answerTo(
+        [&](OstrelServer& server, AnswerHandler handler) { server.request("article/remove?id=" + *id, handler); });
     return 0;
 }
 

@@ -41,8 +41,7 @@ std::string virtualDisplay() {
     return server.display();
 }
 
-std::optional<double> childMeasure(BenchRenderer renderer, const std::vector<std::string>& arguments,
-                                   int seconds) {
+std::optional<double> childMeasure(BenchRenderer renderer, const std::vector<std::string>& arguments, int seconds) {
     QProcess child;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("QSG_RENDER_LOOP", "basic");

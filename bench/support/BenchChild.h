@@ -9,17 +9,17 @@ namespace ostrel {
 /// How a child draws: with Qt's software renderer without a display, or with OpenGL (llvmpipe) on a virtual X server.
 enum class BenchRenderer { software, openGl };
 
-/// Runs `ostrel-bench --child <arguments>` as a child process and returns the last number that the child prints; none when
-/// the child failed or took longer than `seconds`.
+/// Runs `ostrel-bench --child <arguments>` as a child process and returns the last number that the child prints; none
+/// when the child failed or took longer than `seconds`.
 std::optional<double> childMeasure(BenchRenderer renderer, const std::vector<std::string>& arguments,
                                    int seconds = 120);
 
-/// The name of the display of a virtual X server, which the first call starts and which ends with this process. Empty when
-/// Xvfb cannot be started.
+/// The name of the display of a virtual X server, which the first call starts and which ends with this process. Empty
+/// when Xvfb cannot be started.
 std::string virtualDisplay();
 
-// Each is one side of a benchmark, run in a child process: it measures, prints a number to standard output and returns the
-// exit status.
+// Each is one side of a benchmark, run in a child process: it measures, prints a number to standard output and returns
+// the exit status.
 int runScrollChild(int argc, char** argv);
 int runListViewChild(int argc, char** argv);
 int runMillionChild(int argc, char** argv);

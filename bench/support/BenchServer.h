@@ -14,9 +14,7 @@ public:
     /// `count` records; beyond 10,000 they repeat.
     explicit BenchServer(std::size_t count);
 
-    std::shared_ptr<const OstrelServerHtmlResultObject> parseResult(const std::string&) override {
-        return result_;
-    }
+    std::shared_ptr<const OstrelServerHtmlResultObject> parseResult(const std::string&) override { return result_; }
 
     std::shared_ptr<const OstrelServerUserObject> currentUser() const override { return user_; }
     void request(const std::string& path, AnswerHandler handler) override;

@@ -41,8 +41,7 @@ void FrameMeter::waitUntil(Clock::time_point next, bool forFrame) {
     wake.setTimerType(Qt::PreciseTimer);
     // Waits longer than one frame takes only when the frame has not been shown yet.
     const auto latest = next + 10 * refresh;
-    for (auto now = Clock::now(); now < next || (forFrame && shown_ == 0 && now < latest);
-         now = Clock::now()) {
+    for (auto now = Clock::now(); now < next || (forFrame && shown_ == 0 && now < latest); now = Clock::now()) {
         wake.start(std::chrono::ceil<std::chrono::milliseconds>(
             std::max<std::chrono::nanoseconds>(next - now, std::chrono::milliseconds(1))));
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);

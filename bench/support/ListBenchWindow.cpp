@@ -10,12 +10,10 @@ namespace ostrel {
 ListBenchWindow::ListBenchWindow(std::size_t count, bool own)
     : ListBenchWindow(std::make_shared<BenchServer>(count), count, own) {}
 
-ListBenchWindow::ListBenchWindow(std::shared_ptr<OstrelServerFramework> framework, std::size_t count,
-                                 bool own)
+ListBenchWindow::ListBenchWindow(std::shared_ptr<OstrelServerFramework> framework, std::size_t count, bool own)
     : count_(count) {
-    const std::string path = QDir(QCoreApplication::applicationDirPath() + "/../share/ostrel-article")
-                                 .canonicalPath()
-                                 .toStdString();
+    const std::string path =
+        QDir(QCoreApplication::applicationDirPath() + "/../share/ostrel-article").canonicalPath().toStdString();
     NSBundle::setMainBundlePath(path);
     NSBundle::registerBundle(OstrelArticleBundleIdentifier, path);
     OstrelServerFramework::install(std::move(framework));

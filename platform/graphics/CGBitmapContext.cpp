@@ -30,8 +30,8 @@ std::uint32_t loadPixel(const std::uint8_t* at) {
 void blend(std::uint8_t* pixel, const std::array<double, 4>& source) {
     const double rest = 1 - source[3] / 255;
     for (std::size_t channel = 0; channel < 4; ++channel)
-        pixel[channel] = static_cast<std::uint8_t>(
-            std::lround(std::clamp(source[channel] + pixel[channel] * rest, 0.0, 255.0)));
+        pixel[channel] =
+            static_cast<std::uint8_t>(std::lround(std::clamp(source[channel] + pixel[channel] * rest, 0.0, 255.0)));
 }
 
 }  // namespace
@@ -45,9 +45,7 @@ std::unique_ptr<CGBitmapContext> CGBitmapContext::make(int width, int height) {
 
 CGBitmapContext::CGBitmapContext(std::shared_ptr<CGImage> canvas) : canvas_(std::move(canvas)) {}
 
-void CGBitmapContext::concatenate(const CGAffineTransform& change) {
-    transform_ = joined(change, transform_);
-}
+void CGBitmapContext::concatenate(const CGAffineTransform& change) { transform_ = joined(change, transform_); }
 
 void CGBitmapContext::drawImage(const CGRect& rect, const CGImage& image) {
     // From the picture's pixels (rows from the top) to the rectangle, whose smallest y is the picture's lower
@@ -90,13 +88,12 @@ bool CGBitmapContext::drawByQuarters(const CGAffineTransform& toCanvas, const CG
             const int endY = std::min(blockY + block, image.height());
             const int endX = std::min(blockX + block, image.width());
             for (int y = blockY; y < endY; ++y) {
-                const std::uint8_t* source =
-                    image.row(y) + static_cast<std::size_t>(blockX) * CGImage::bytesPerPixel;
+                const std::uint8_t* source = image.row(y) + static_cast<std::size_t>(blockX) * CGImage::bytesPerPixel;
                 for (int x = blockX; x < endX; ++x, source += CGImage::bytesPerPixel) {
                     const std::int64_t toX = firstX + a * x + c * y, toY = firstY + b * x + d * y;
                     if (toX < 0 || toY < 0 || toX >= canvas_->width() || toY >= canvas_->height()) continue;
-                    std::uint8_t* target = canvas_->row(static_cast<int>(toY)) +
-                                           static_cast<std::size_t>(toX) * CGImage::bytesPerPixel;
+                    std::uint8_t* target =
+                        canvas_->row(static_cast<int>(toY)) + static_cast<std::size_t>(toX) * CGImage::bytesPerPixel;
                     const std::uint32_t pixel = loadPixel(source);
                     std::memcpy(target, &pixel, sizeof pixel);
                 }
@@ -126,8 +123,7 @@ void CGBitmapContext::drawInterpolated(const CGAffineTransform& toCanvas, const 
                     const double weight = (row ? lower : 1 - lower) * (column ? right : 1 - right);
                     const std::uint8_t* pixel =
                         image.row(sourceY) + static_cast<std::size_t>(sourceX) * CGImage::bytesPerPixel;
-                    for (std::size_t channel = 0; channel < 4; ++channel)
-                        sum[channel] += weight * pixel[channel];
+                    for (std::size_t channel = 0; channel < 4; ++channel) sum[channel] += weight * pixel[channel];
                 }
             }
             blend(target, sum);

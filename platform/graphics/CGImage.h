@@ -26,9 +26,7 @@ public:
     int width() const { return width_; }
     int height() const { return height_; }
     std::size_t bytesPerRow() const { return static_cast<std::size_t>(width_) * bytesPerPixel; }
-    const std::uint8_t* row(int y) const {
-        return pixels_.get() + static_cast<std::size_t>(y) * bytesPerRow();
-    }
+    const std::uint8_t* row(int y) const { return pixels_.get() + static_cast<std::size_t>(y) * bytesPerRow(); }
     std::uint8_t* row(int y) { return pixels_.get() + static_cast<std::size_t>(y) * bytesPerRow(); }
     /// Whether no pixel is transparent.
     bool isOpaque() const;

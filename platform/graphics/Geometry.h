@@ -29,8 +29,7 @@ struct CGRect {
     CGSize size;
 
     constexpr CGRect() = default;
-    constexpr CGRect(CGFloat x, CGFloat y, CGFloat width, CGFloat height)
-        : origin{x, y}, size{width, height} {}
+    constexpr CGRect(CGFloat x, CGFloat y, CGFloat width, CGFloat height) : origin{x, y}, size{width, height} {}
     constexpr CGRect(CGPoint o, CGSize s) : origin(o), size(s) {}
 
     CGFloat minX() const { return origin.x; }
@@ -49,12 +48,9 @@ struct CGRect {
     }
     CGRect intersection(const CGRect& r) const {
         const CGFloat x = std::max(minX(), r.minX()), y = std::max(minY(), r.minY());
-        return {x, y, std::max(0.0, std::min(maxX(), r.maxX()) - x),
-                std::max(0.0, std::min(maxY(), r.maxY()) - y)};
+        return {x, y, std::max(0.0, std::min(maxX(), r.maxX()) - x), std::max(0.0, std::min(maxY(), r.maxY()) - y)};
     }
-    CGRect offsetBy(CGFloat dx, CGFloat dy) const {
-        return {origin.x + dx, origin.y + dy, size.width, size.height};
-    }
+    CGRect offsetBy(CGFloat dx, CGFloat dy) const { return {origin.x + dx, origin.y + dy, size.width, size.height}; }
     CGRect insetBy(const UIEdgeInsets& i) const {
         return {origin.x + i.left, origin.y + i.top, std::max(0.0, size.width - i.left - i.right),
                 std::max(0.0, size.height - i.top - i.bottom)};

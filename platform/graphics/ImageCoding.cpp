@@ -107,8 +107,7 @@ Data CGImage::jpeg(double quality) const {
     const int percent = static_cast<int>(std::lround(std::clamp(quality, 0.0, 1.0) * 100));
     const bool isWritten = writeRows(writer, errors, *this, percent, &bytes, &size);
     jpeg_destroy_compress(&writer);
-    const Data data =
-        isWritten ? Data::copy(std::string_view(reinterpret_cast<const char*>(bytes), size)) : Data();
+    const Data data = isWritten ? Data::copy(std::string_view(reinterpret_cast<const char*>(bytes), size)) : Data();
     std::free(bytes);
     return data;
 }
@@ -121,8 +120,7 @@ Data CGImage::png() const {
         for (int x = 0; x < width_; ++x, pixel += bytesPerPixel, at += bytesPerPixel) {
             const unsigned alpha = pixel[3];
             for (std::size_t channel = 0; channel < 3; ++channel) {
-                const unsigned value =
-                    alpha ? std::min(255u, (pixel[channel] * 255u + alpha / 2) / alpha) : 0;
+                const unsigned value = alpha ? std::min(255u, (pixel[channel] * 255u + alpha / 2) / alpha) : 0;
                 straight[at + channel] = static_cast<char>(value);
             }
             straight[at + 3] = static_cast<char>(alpha);
@@ -136,8 +134,7 @@ Data CGImage::png() const {
     writer.flags = PNG_IMAGE_FLAG_FAST;
     png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(writer);
     std::string bytes(size, '\0');
-    const bool isWritten =
-        png_image_write_to_memory(&writer, bytes.data(), &size, 0, straight.data(), 0, nullptr);
+    const bool isWritten = png_image_write_to_memory(&writer, bytes.data(), &size, 0, straight.data(), 0, nullptr);
     png_image_free(&writer);
     if (!isWritten) return {};
     bytes.resize(size);

@@ -39,10 +39,9 @@ private:
     mutable bool failed_ = false;
 };
 
-std::optional<ImageHeader> checked(const Bytes& bytes, ImageFormat format, std::int64_t width,
-                                   std::int64_t height, int orientation = 1) {
-    if (bytes.failed() || width < 1 || height < 1 || width > largestSide || height > largestSide)
-        return std::nullopt;
+std::optional<ImageHeader> checked(const Bytes& bytes, ImageFormat format, std::int64_t width, std::int64_t height,
+                                   int orientation = 1) {
+    if (bytes.failed() || width < 1 || height < 1 || width > largestSide || height > largestSide) return std::nullopt;
     ImageHeader header{.format = format, .orientation = orientation};
     // Orientations 5 to 8 turn the picture by 90 degrees.
     header.pixelWidth = static_cast<int>(orientation >= 5 ? height : width);
@@ -54,9 +53,7 @@ std::optional<ImageHeader> checked(const Bytes& bytes, ImageFormat format, std::
 int tiffOrientation(const Bytes& tiff) {
     const bool little = tiff.has(0, std::string_view("II*\0", 4));
     if (!little && !tiff.has(0, std::string_view("MM\0*", 4))) return 1;
-    const auto short_ = [&](std::size_t offset) {
-        return little ? tiff.little16(offset) : tiff.big16(offset);
-    };
+    const auto short_ = [&](std::size_t offset) { return little ? tiff.little16(offset) : tiff.big16(offset); };
     const std::size_t directory = little ? tiff.little32(4) : tiff.big32(4);
     if (directory >= tiff.size()) return 1;
     const unsigned entries = short_(directory);
@@ -121,12 +118,10 @@ std::optional<ImageHeader> readJpeg(const Bytes& bytes) {
         if (marker == 0xD8 || marker == 0xD9 || marker == 0xDA || marker == 0) return std::nullopt;
         const std::size_t length = bytes.big16(at + 2);
         if (length < 2) return std::nullopt;
-        const bool isFrame =
-            marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
+        const bool isFrame = marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
         if (isFrame) {
             if (length < 8) return std::nullopt;
-            auto header =
-                checked(bytes, ImageFormat::jpeg, bytes.big16(at + 7), bytes.big16(at + 5), orientation);
+            auto header = checked(bytes, ImageFormat::jpeg, bytes.big16(at + 7), bytes.big16(at + 5), orientation);
             const bool isSequential = marker <= 0xC1;
             if (header && !(isSequential && isInOneScan(bytes, at + 2 + length, bytes.byte(at + 9)))) {
                 header->coefficientBytes = jpegCoefficientBytes(bytes, at);
@@ -146,8 +141,7 @@ std::optional<ImageHeader> readJpeg(const Bytes& bytes) {
 std::optional<ImageHeader> readWebP(const Bytes& bytes) {
     constexpr std::size_t payload = 20;
     if (bytes.has(12, "VP8X")) {
-        return checked(bytes, ImageFormat::webp, bytes.little24(payload + 4) + 1,
-                       bytes.little24(payload + 7) + 1);
+        return checked(bytes, ImageFormat::webp, bytes.little24(payload + 4) + 1, bytes.little24(payload + 7) + 1);
     }
     if (bytes.has(12, "VP8L")) {
         const unsigned sizes = bytes.little32(payload + 1);

@@ -70,11 +70,9 @@ private:
             const int at = std::min(static_cast<int>(left), side_ - 1);
             const float beyond = at + 1 < side_ ? std::max(0.0f, float(left + double(scale) - (at + 1))) : 0;
             float* const to = line_.data() + std::size_t(at) * 4;
-            for (int channel = 0; channel < 4; ++channel)
-                to[channel] += float(pixel[channel]) * (scale - beyond);
+            for (int channel = 0; channel < 4; ++channel) to[channel] += float(pixel[channel]) * (scale - beyond);
             if (beyond > 0) {
-                for (int channel = 0; channel < 4; ++channel)
-                    to[4 + channel] += float(pixel[channel]) * beyond;
+                for (int channel = 0; channel < 4; ++channel) to[4 + channel] += float(pixel[channel]) * beyond;
             }
         }
     }
@@ -119,8 +117,7 @@ bool startJpeg(jpeg_decompress_struct& reader, detail::JpegErrors& errors, const
     return jpeg_start_decompress(&reader);
 }
 
-bool readJpeg(jpeg_decompress_struct& reader, detail::JpegErrors& errors, SquareReducer& reducer,
-              std::uint8_t* row) {
+bool readJpeg(jpeg_decompress_struct& reader, detail::JpegErrors& errors, SquareReducer& reducer, std::uint8_t* row) {
     if (setjmp(errors.escape)) return false;
     while (!reducer.isDone() && reader.output_scanline < reader.output_height) {
         JSAMPROW rows = row;
@@ -137,8 +134,7 @@ std::shared_ptr<const CGImage> reduceJpeg(const Data& data, int side) {
     jpeg_create_decompress(&reader);
     std::shared_ptr<const CGImage> result;
     if (startJpeg(reader, errors, data, side)) {
-        SquareReducer reducer(static_cast<int>(reader.output_width), static_cast<int>(reader.output_height),
-                              side);
+        SquareReducer reducer(static_cast<int>(reader.output_width), static_cast<int>(reader.output_height), side);
         std::vector<std::uint8_t> row(std::size_t{reader.output_width} * CGImage::bytesPerPixel);
         if (reducer.isReady() && readJpeg(reader, errors, reducer, row.data())) result = reducer.take();
     }
@@ -190,10 +186,8 @@ std::shared_ptr<const CGImage> reduceWhole(const CGImage& image, int side) {
     return reducer.take();
 }
 
-std::shared_ptr<const CGImage> reducePng(const Data& data, const ImageHeader& header, int side,
-                                         bool* isInterlaced) {
-    png_structp reader =
-        png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, PngSource::fail, PngSource::warn);
+std::shared_ptr<const CGImage> reducePng(const Data& data, const ImageHeader& header, int side, bool* isInterlaced) {
+    png_structp reader = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, PngSource::fail, PngSource::warn);
     png_infop info = reader ? png_create_info_struct(reader) : nullptr;
     PngSource source{data.span()};
     std::shared_ptr<const CGImage> result;
@@ -209,12 +203,10 @@ std::shared_ptr<const CGImage> reducePng(const Data& data, const ImageHeader& he
     return result;
 }
 
-std::shared_ptr<const CGImage> turnSquare(std::shared_ptr<const CGImage> image,
-                                          const CGAffineTransform& transform) {
+std::shared_ptr<const CGImage> turnSquare(std::shared_ptr<const CGImage> image, const CGAffineTransform& transform) {
     const auto part = [](CGFloat value) { return value > 0.5 ? 1 : value < -0.5 ? -1 : 0; };
     const int a = part(transform.a), b = part(transform.b), c = part(transform.c), d = part(transform.d);
-    const bool isTurn =
-        a * d - b * c != 0 && std::abs(a) + std::abs(c) == 1 && std::abs(b) + std::abs(d) == 1;
+    const bool isTurn = a * d - b * c != 0 && std::abs(a) + std::abs(c) == 1 && std::abs(b) + std::abs(d) == 1;
     if (!image || !isTurn || (a == 1 && d == 1)) return image;
     const int side = image->width();
     auto result = CGImage::make(side, side);
@@ -225,8 +217,7 @@ std::shared_ptr<const CGImage> turnSquare(std::shared_ptr<const CGImage> image,
             const int u = 2 * x - side + 1;
             const int toX = (a * u + c * v + side - 1) / 2, toY = (b * u + d * v + side - 1) / 2;
             std::memcpy(result->row(toY) + static_cast<std::size_t>(toX) * CGImage::bytesPerPixel,
-                        image->row(y) + static_cast<std::size_t>(x) * CGImage::bytesPerPixel,
-                        CGImage::bytesPerPixel);
+                        image->row(y) + static_cast<std::size_t>(x) * CGImage::bytesPerPixel, CGImage::bytesPerPixel);
         }
     }
     return result;
@@ -259,8 +250,7 @@ std::shared_ptr<const CGImage> squareThumbnail(const Data& data, int side, std::
     if (header->format == ImageFormat::jpeg) result = reduceJpeg(data, side);
     if (header->format == ImageFormat::png) result = reducePng(data, *header, side, &needsWhole);
     if (needsWhole) {
-        if (pixels * std::int64_t{CGImage::bytesPerPixel} > mostBytesKept)
-            return fail("The picture is too large.");
+        if (pixels * std::int64_t{CGImage::bytesPerPixel} > mostBytesKept) return fail("The picture is too large.");
         const auto whole = CGImage::decode(data);
         result = whole ? reduceWhole(*whole, side) : nullptr;
     }
@@ -268,8 +258,7 @@ std::shared_ptr<const CGImage> squareThumbnail(const Data& data, int side, std::
     return result ? result : fail("The picture is damaged.");
 }
 
-std::shared_ptr<const CGImage> squareThumbnail(const CGImage& image, const CGAffineTransform& transform,
-                                               int side) {
+std::shared_ptr<const CGImage> squareThumbnail(const CGImage& image, const CGAffineTransform& transform, int side) {
     return turnSquare(reduceWhole(image, side), transform);
 }
 

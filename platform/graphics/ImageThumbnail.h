@@ -15,7 +15,6 @@ namespace ostrel {
 std::shared_ptr<const CGImage> squareThumbnail(const Data& data, int side, std::string* error = nullptr);
 
 /// The same for a bitmap that `transform` (quarter turns, mirrored or not) makes upright.
-std::shared_ptr<const CGImage> squareThumbnail(const CGImage& image, const CGAffineTransform& transform,
-                                               int side);
+std::shared_ptr<const CGImage> squareThumbnail(const CGImage& image, const CGAffineTransform& transform, int side);
 
 }  // namespace ostrel

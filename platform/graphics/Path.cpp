@@ -41,8 +41,8 @@ Path& Path::arc(CGFloat cx, CGFloat cy, CGFloat radius, CGFloat from, CGFloat to
     for (int i = 0; i < pieces; ++i) {
         const CGFloat next = angle + step;
         const CGPoint end{cx + radius * std::cos(next), cy + radius * std::sin(next)};
-        cubicTo(start.x - handle * std::sin(angle), start.y + handle * std::cos(angle),
-                end.x + handle * std::sin(next), end.y - handle * std::cos(next), end.x, end.y);
+        cubicTo(start.x - handle * std::sin(angle), start.y + handle * std::cos(angle), end.x + handle * std::sin(next),
+                end.y - handle * std::cos(next), end.x, end.y);
         angle = next;
         start = end;
     }

@@ -17,8 +17,7 @@ std::shared_ptr<TextMeasurer>& installed() {
 
 TextMeasurer& TextMeasurer::shared() {
     if (!installed()) {
-        std::fputs("No text measurer is installed; a backend does that before the first window is made.\n",
-                   stderr);
+        std::fputs("No text measurer is installed; a backend does that before the first window is made.\n", stderr);
         std::abort();
     }
     return *installed();

@@ -39,8 +39,7 @@ public:
 
     /// Lays `text` out in lines of at most `width` points, with the font's leading, and in at most
     /// `maximumLines` lines when that is above 0. Empty text has size 0 by 0 and no lines.
-    virtual TextMetrics measure(std::string_view text, const UIFont& font, CGFloat width,
-                                int maximumLines = 0) = 0;
+    virtual TextMetrics measure(std::string_view text, const UIFont& font, CGFloat width, int maximumLines = 0) = 0;
     virtual CGFloat lineHeight(const UIFont& font) = 0;
     /// Announces that `measure` will soon be called with these arguments; a backend may measure on another
     /// thread before.

@@ -46,8 +46,7 @@ struct Paragraph {
         if (line <= 0) return 0;
         if (line >= lines) return text.size();
         if (text.size() > longestSearched) {
-            std::size_t place =
-                text.size() * static_cast<std::size_t>(line) / static_cast<std::size_t>(lines);
+            std::size_t place = text.size() * static_cast<std::size_t>(line) / static_cast<std::size_t>(lines);
             while (place > 0 && isContinuation(text[place])) --place;
             return place;
         }
@@ -82,8 +81,8 @@ struct Paragraph {
             const CGFloat free = std::max(0.0, room - widthTo(end));
             x -= alignment == NSTextAlignment::center ? free / 2 : free;
         }
-        const auto after = std::partition_point(places.begin(), places.end(),
-                                                [&](std::size_t place) { return widthTo(place) <= x; });
+        const auto after =
+            std::partition_point(places.begin(), places.end(), [&](std::size_t place) { return widthTo(place) <= x; });
         if (after == places.begin()) return begin;
         if (after == places.end()) return end;
         const std::size_t left = *(after - 1);
@@ -102,12 +101,9 @@ std::size_t TextMeasurer::offsetAtPoint(std::string_view text, const TextLayout&
     if (point.y < 0) return 0;
     CGFloat top = 0;
     for (std::size_t begin = 0;;) {
-        const std::size_t end =
-            oneLine ? text.size() : std::min(text.find_first_of("\r\n", begin), text.size());
-        const TextMetrics metrics =
-            measure(text.substr(begin, end - begin), font, width, layout.maximumLines);
-        const Paragraph paragraph{*this, text.substr(begin, end - begin), font, width,
-                                  std::max(1, metrics.lineCount)};
+        const std::size_t end = oneLine ? text.size() : std::min(text.find_first_of("\r\n", begin), text.size());
+        const TextMetrics metrics = measure(text.substr(begin, end - begin), font, width, layout.maximumLines);
+        const Paragraph paragraph{*this, text.substr(begin, end - begin), font, width, std::max(1, metrics.lineCount)};
         const CGFloat height = std::max(metrics.size.height, lineHeight(font));
         if (point.y < top + height) {
             const int lines = paragraph.lines;

@@ -7,8 +7,7 @@ struct UIColor {
     float red = 0, green = 0, blue = 0, alpha = 0;
 
     static constexpr UIColor rgb(int hex, float alpha = 1) {
-        return {float((hex >> 16) & 255) / 255.0f, float((hex >> 8) & 255) / 255.0f,
-                float(hex & 255) / 255.0f, alpha};
+        return {float((hex >> 16) & 255) / 255.0f, float((hex >> 8) & 255) / 255.0f, float(hex & 255) / 255.0f, alpha};
     }
     static constexpr UIColor clear() { return {}; }
     static constexpr UIColor white() { return {1, 1, 1, 1}; }

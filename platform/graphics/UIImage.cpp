@@ -71,10 +71,8 @@ std::shared_ptr<const CGImage> upright(std::shared_ptr<const CGImage> image, int
         for (int x = 0; x < result->width(); ++x) {
             // Whether the upright picture counts the stored rows and columns from their end.
             const int along = isTurned ? y : x, across = isTurned ? x : y;
-            const bool isRightFirst =
-                orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
-            const bool isBottomFirst =
-                orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
+            const bool isRightFirst = orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
+            const bool isBottomFirst = orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
             const int storedX = isRightFirst ? width - 1 - along : along;
             const int storedY = isBottomFirst ? height - 1 - across : across;
             std::memcpy(result->row(y) + static_cast<std::size_t>(x) * CGImage::bytesPerPixel,
@@ -99,8 +97,7 @@ UIImage::UIImage(std::vector<Representation> representations, ImageHeader header
 UIImage::UIImage(Path path, CGSize size)
     : path_(std::make_unique<Path>(std::move(path))), size_(size), identifier_(nextIdentifier()) {}
 
-UIImage::UIImage(std::shared_ptr<const CGImage> bitmap)
-    : bitmap_(std::move(bitmap)), identifier_(nextIdentifier()) {
+UIImage::UIImage(std::shared_ptr<const CGImage> bitmap) : bitmap_(std::move(bitmap)), identifier_(nextIdentifier()) {
     assert(bitmap_);
     header_ = {.format = bitmap_->isOpaque() ? ImageFormat::jpeg : ImageFormat::png,
                .pixelWidth = bitmap_->width(),
@@ -138,8 +135,7 @@ std::shared_ptr<const UIImage> UIImage::systemImageNamed(std::string_view name) 
     if (auto present = fileCache().find(key)) return present;
     auto path = symbolPath(name);
     if (!path) return nullptr;
-    return fileCache().insert(
-        key, std::make_shared<const UIImage>(std::move(*path), CGSize{symbolSize, symbolSize}));
+    return fileCache().insert(key, std::make_shared<const UIImage>(std::move(*path), CGSize{symbolSize, symbolSize}));
 }
 
 const UIImage::Representation& UIImage::representation(CGFloat scale) const {

@@ -10,8 +10,7 @@ class AVAsset final {
 public:
     /// Null with the reason in `error`, when given, if the address leads to no media file or no backend is
     /// installed.
-    static std::shared_ptr<const AVAsset> assetWithURL(const NSURL& url,
-                                                       std::optional<NSError>* error = nullptr);
+    static std::shared_ptr<const AVAsset> assetWithURL(const NSURL& url, std::optional<NSError>* error = nullptr);
 
     const NSURL& URL() const { return url_; }
     CMTime duration() const { return file_->duration(); }

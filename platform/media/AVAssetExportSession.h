@@ -16,8 +16,7 @@ inline constexpr std::string_view AVFileTypeMPEG4 = "public.mpeg-4";
 class AVAssetExportSession final {
 public:
     /// The presets to which the asset can be converted; empty without an asset.
-    static std::vector<std::string> exportPresetsCompatibleWithAsset(
-        const std::shared_ptr<const AVAsset>& asset);
+    static std::vector<std::string> exportPresetsCompatibleWithAsset(const std::shared_ptr<const AVAsset>& asset);
     AVAssetExportSession(std::shared_ptr<const AVAsset> asset, std::string presetName);
     ~AVAssetExportSession();
 

@@ -9,13 +9,11 @@ namespace ostrel {
 class AVAssetImageGenerator final {
 public:
     /// Null without an asset, and when the backend cannot extract pictures of its file.
-    static std::shared_ptr<AVAssetImageGenerator> assetImageGeneratorWithAsset(
-        std::shared_ptr<const AVAsset> asset);
+    static std::shared_ptr<AVAssetImageGenerator> assetImageGeneratorWithAsset(std::shared_ptr<const AVAsset> asset);
 
     /// The frame that is shown at `time`; null with the reason in `error`, when given. Decodes on the calling
     /// thread.
-    std::shared_ptr<const CGImage> copyCGImageAtTime(CMTime time,
-                                                     std::optional<NSError>* error = nullptr) const {
+    std::shared_ptr<const CGImage> copyCGImageAtTime(CMTime time, std::optional<NSError>* error = nullptr) const {
         return asset_->file()->copyImage(time, error);
     }
 

@@ -95,8 +95,7 @@ private:
 
 }  // namespace
 
-MediaLibrary::Contents MediaLibrary::contents(bool pictures, bool clips,
-                                              const std::atomic<bool>& isStopped) const {
+MediaLibrary::Contents MediaLibrary::contents(bool pictures, bool clips, const std::atomic<bool>& isStopped) const {
     Search search(pictures, clips, isStopped);
     std::vector<std::string> folders;
     if (pictures) folders = folders_.pictures;
@@ -112,8 +111,7 @@ MediaLibrary::Contents MediaLibrary::contents(bool pictures, bool clips,
 const std::vector<std::string>& MediaLibrary::extensions(MediaKind kind) {
     static const std::vector<std::string> pictures{"jpg", "jpeg", "jpe", "jfif", "png", "gif", "webp"};
     // The containers that media backends can read.
-    static const std::vector<std::string> clips{"mov", "mp4", "m4v", "qt",  "3gp",
-                                                "3g2", "avi", "mkv", "webm"};
+    static const std::vector<std::string> clips{"mov", "mp4", "m4v", "qt", "3gp", "3g2", "avi", "mkv", "webm"};
     return kind == MediaKind::picture ? pictures : clips;
 }
 

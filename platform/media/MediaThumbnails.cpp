@@ -15,8 +15,8 @@ std::size_t costOf(const MediaThumbnail& thumbnail) {
     constexpr std::size_t bookkeeping = 512;
     if (!thumbnail.image) return bookkeeping;
     const ImageHeader& header = thumbnail.image->header();
-    return bookkeeping + static_cast<std::size_t>(header.pixelWidth) *
-                             static_cast<std::size_t>(header.pixelHeight) * CGImage::bytesPerPixel;
+    return bookkeeping + static_cast<std::size_t>(header.pixelWidth) * static_cast<std::size_t>(header.pixelHeight) *
+                             CGImage::bytesPerPixel;
 }
 
 MediaThumbnail unusable(std::string problem) {
@@ -93,19 +93,18 @@ void MediaThumbnails::startNext() {
         Request& request = requests_.at(last->second);
         waiting_.erase(last);
         ++running_;
-        NSThread::detachNewThread([weak = weak_from_this(), item = request.item, number = request.number,
-                                   side = side_] {
-            MediaThumbnail made = make(item, side);
-            if (!RunLoop::hasMain()) return;
-            RunLoop::main().perform([weak, path = item.path, number, side, made = std::move(made)]() mutable {
-                if (const auto self = weak.lock()) self->finished(path, number, side, std::move(made));
+        NSThread::detachNewThread(
+            [weak = weak_from_this(), item = request.item, number = request.number, side = side_] {
+                MediaThumbnail made = make(item, side);
+                if (!RunLoop::hasMain()) return;
+                RunLoop::main().perform([weak, path = item.path, number, side, made = std::move(made)]() mutable {
+                    if (const auto self = weak.lock()) self->finished(path, number, side, std::move(made));
+                });
             });
-        });
     }
 }
 
-void MediaThumbnails::finished(const std::string& path, std::uint64_t number, int side,
-                               MediaThumbnail thumbnail) {
+void MediaThumbnails::finished(const std::string& path, std::uint64_t number, int side, MediaThumbnail thumbnail) {
     --running_;
     if (side == side_) kept_.insert(path, thumbnail, costOf(thumbnail));
     const auto found = requests_.find(path);

@@ -56,8 +56,7 @@ ReaderApplication::~ReaderApplication() {
 bool ReaderApplication::open(std::string* error) {
     if (!installResources(error) || !prepareHome(options_.homeFolder, error)) return false;
     framework_ = HttpServerFramework::create(
-        {.baseAddress = serverAddress_, .userAgent = "OstrelReader/1.0", .sessionStore = sessionStore_},
-        error);
+        {.baseAddress = serverAddress_, .userAgent = "OstrelReader/1.0", .sessionStore = sessionStore_}, error);
     if (!framework_) return false;
     OstrelServerFramework::install(framework_);
     UIDevice::currentDevice().setUserInterfaceIdiom(options_.idiom);

@@ -11,9 +11,9 @@
 
 namespace ostrel {
 
-/// A complete host in one object. Shows an embedder what is made in which order: the resources, the server framework, the
-/// media backend, the window with its screens, the sink of the log; and in which order all of it ends. At most one exists
-/// at a time. A program that uses the window by itself reaches it through the accessors below. Main thread.
+/// A complete host in one object. Shows an embedder what is made in which order: the resources, the server framework,
+/// the media backend, the window with its screens, the sink of the log; and in which order all of it ends. At most one
+/// exists at a time. A program that uses the window by itself reaches it through the accessors below. Main thread.
 class ReaderApplication final {
 public:
     /// `sessionStore` null: the session lasts as long as the process.
@@ -25,7 +25,8 @@ public:
     bool open(std::string* error);
     /// Opens the log's own window, or brings it to the front.
     void showLogWindow();
-    /// Prints "first list painted" and ends the event loop once everybody's articles are on screen; for measuring starts.
+    /// Prints "first list painted" and ends the event loop once everybody's articles are on screen; for measuring
+    /// starts.
     void quitAfterFirstList();
 
     // Valid once `open` has succeeded.

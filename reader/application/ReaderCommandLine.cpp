@@ -8,9 +8,8 @@
 namespace ostrel {
 
 void addWindowOptions(CLI::App& app, ReaderOptions& options) {
-    static const std::map<std::string, UIUserInterfaceIdiom> idioms{{"phone", UIUserInterfaceIdiom::phone},
-                                                                    {"pad", UIUserInterfaceIdiom::pad},
-                                                                    {"mac", UIUserInterfaceIdiom::mac}};
+    static const std::map<std::string, UIUserInterfaceIdiom> idioms{
+        {"phone", UIUserInterfaceIdiom::phone}, {"pad", UIUserInterfaceIdiom::pad}, {"mac", UIUserInterfaceIdiom::mac}};
     app.add_option("--idiom", options.idiomName, "The device to be: phone, pad or mac")
         ->check(CLI::IsMember({"phone", "pad", "mac"}))
         ->each([&options](const std::string& name) {
@@ -19,8 +18,7 @@ void addWindowOptions(CLI::App& app, ReaderOptions& options) {
         ->capture_default_str();
     app.add_option("--language", options.language, "Language of the texts: en or zh-Hans")->type_name("TAG");
     app.add_option("--width", options.width, "Width of the window in points")->check(CLI::Range(200, 10000));
-    app.add_option("--height", options.height, "Height of the window in points")
-        ->check(CLI::Range(200, 10000));
+    app.add_option("--height", options.height, "Height of the window in points")->check(CLI::Range(200, 10000));
     app.add_option("--scale", options.scale, "Device pixels per point")->check(CLI::Range(0.5, 4.0));
 }
 

@@ -71,9 +71,9 @@ bool prepareHome(const std::string& folder, std::string* error) {
 
 void installMedia(const ReaderOptions& options) {
     MediaBackend::install(std::make_shared<FfmpegMediaBackend>());
-    MediaLibrary::install(std::make_shared<const MediaLibrary>(MediaLibrary::Folders{
-        .pictures = pickerFolders(options.picturesFolder, QStandardPaths::PicturesLocation),
-        .clips = pickerFolders(options.videosFolder, QStandardPaths::MoviesLocation)}));
+    MediaLibrary::install(std::make_shared<const MediaLibrary>(
+        MediaLibrary::Folders{.pictures = pickerFolders(options.picturesFolder, QStandardPaths::PicturesLocation),
+                              .clips = pickerFolders(options.videosFolder, QStandardPaths::MoviesLocation)}));
 }
 
 }  // namespace ostrel

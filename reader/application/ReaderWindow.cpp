@@ -6,8 +6,7 @@
 namespace ostrel {
 
 ReaderWindow::ReaderWindow(const std::string& title, QSize size, QSize leastSize)
-    : rootView_(
-          make<UIWindow>(CGSize{static_cast<CGFloat>(size.width()), static_cast<CGFloat>(size.height())})),
+    : rootView_(make<UIWindow>(CGSize{static_cast<CGFloat>(size.width()), static_cast<CGFloat>(size.height())})),
       quickWindow_(std::make_unique<QQuickWindow>()),
       view_(new QtWindowView(rootView_, quickWindow_->contentItem())) {
     quickWindow_->setTitle(QString::fromStdString(title));

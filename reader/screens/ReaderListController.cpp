@@ -60,8 +60,7 @@ void ReaderListController::showHint() {
         hint_->setTextAlignment(NSTextAlignment::center);
         tableView()->addSubview(hint_);
     }
-    hint_->setText(
-        readerText(isMySelfOnly() ? "You have not written an article yet." : "There are no articles yet."));
+    hint_->setText(readerText(isMySelfOnly() ? "You have not written an article yet." : "There are no articles yet."));
     hint_->setHidden(false);
     placeHint();
 }

@@ -9,8 +9,8 @@
 
 namespace ostrel {
 
-/// The module's list with a sentence where there are no rows, as in a new user's own list. Shows an embedder how a screen
-/// of the module is extended by overrides. Main thread.
+/// The module's list with a sentence where there are no rows, as in a new user's own list. Shows an embedder how a
+/// screen of the module is extended by overrides. Main thread.
 class ReaderListController final : public UIArticleListTableViewController {
 public:
     ~ReaderListController() override;

@@ -13,9 +13,7 @@ constexpr CGFloat timeWidth = 66, linePadding = 5;
 
 UIFont lineFont() { return UIFont::system(13); }
 
-CGFloat textWidth(CGFloat rowWidth) {
-    return std::max(0.0, rowWidth - timeWidth - 2 * ReaderLogCell::margin);
-}
+CGFloat textWidth(CGFloat rowWidth) { return std::max(0.0, rowWidth - timeWidth - 2 * ReaderLogCell::margin); }
 
 CGFloat textHeight(const std::string& text, CGFloat rowWidth) {
     const CGFloat width = std::max(1.0, textWidth(rowWidth));

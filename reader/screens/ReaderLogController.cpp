@@ -82,8 +82,7 @@ void ReaderLogController::viewDidLoad() {
     reload();
 }
 
-std::shared_ptr<UIButton> ReaderLogController::addButton(const char* title,
-                                                         void (ReaderLogController::*action)()) {
+std::shared_ptr<UIButton> ReaderLogController::addButton(const char* title, void (ReaderLogController::*action)()) {
     auto button = make<UIButton>(UIButton::Type::system);
     button->setTitle(readerText(title));
     button->setTitleFont(UIFont::system(15));
@@ -135,8 +134,8 @@ void ReaderLogController::reload() {
 void ReaderLogController::scrollToEnd() {
     if (lines_.empty() || !view()->window()) return;
     isScrolling_ = true;
-    // The first pass shows the last rows, which replaces their estimated heights by measured ones and so moves the end; the
-    // second pass scrolls to the end after that.
+    // The first pass shows the last rows, which replaces their estimated heights by measured ones and so moves the end;
+    // the second pass scrolls to the end after that.
     for (int pass = 0; pass < 2; ++pass) {
         view()->layoutIfNeeded();
         table_->scrollToRowAtIndexPath({0, static_cast<std::int64_t>(lines_.size()) - 1}, false);

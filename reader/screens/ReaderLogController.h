@@ -11,9 +11,9 @@
 
 namespace ostrel {
 
-/// Shows the log: a row for each line, newest last. The table follows new lines until the user scrolls away from the end;
-/// all lines can be copied and cleared. Shows an embedder a screen of its own over the platform: a table with its data
-/// source, a toolbar, the pasteboard. Main thread.
+/// Shows the log: a row for each line, newest last. The table follows new lines until the user scrolls away from the
+/// end; all lines can be copied and cleared. Shows an embedder a screen of its own over the platform: a table with its
+/// data source, a toolbar, the pasteboard. Main thread.
 class ReaderLogController final : public UIViewController,
                                   public UITableViewDataSource,
                                   public UITableViewDelegate,
@@ -33,8 +33,7 @@ public:
     void viewDidLayoutSubviews() override;
     std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
     CGFloat tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
-    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
-                                                                    NSIndexPath path) override;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
     void scrollViewDidScroll(UIScrollView& scroll) override;
 
 private:

@@ -54,8 +54,7 @@ void ReaderMessageCell::show(const UserNotification& message) {
     date_->setText(message.date ? NSStringForDate::date(*message.date) : "");
     title_->setText(message.title);
     text_->setText(message.text);
-    setAccessibility(AccessibilityRole::listItem,
-                     message.senderName + ", " + message.title + ", " + message.text);
+    setAccessibility(AccessibilityRole::listItem, message.senderName + ", " + message.title + ", " + message.text);
     setNeedsLayout();
 }
 
@@ -65,8 +64,7 @@ void ReaderMessageCell::layoutSubviews() {
     const CGFloat indent = dot_->isHidden() ? 0 : dotSize + 6;
     dot_->setFrame({sideMargin, padding + (headHeight - dotSize) / 2, dotSize, dotSize});
     const CGFloat dateWidth = std::min(width / 2, std::ceil(date_->sizeThatFits({width, headHeight}).width));
-    sender_->setFrame(
-        {sideMargin + indent, padding, std::max(0.0, width - indent - dateWidth - 8), headHeight});
+    sender_->setFrame({sideMargin + indent, padding, std::max(0.0, width - indent - dateWidth - 8), headHeight});
     date_->setFrame({sideMargin + width - dateWidth, padding, dateWidth, headHeight});
     CGFloat y = padding + headHeight;
     const auto place = [&](UILabel& label, const UIFont& font, int lines) {

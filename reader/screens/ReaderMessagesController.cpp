@@ -38,8 +38,7 @@ void ReaderMessagesController::load() {
     });
 }
 
-void ReaderMessagesController::show(const UserNotificationPage& page,
-                                    const std::optional<std::string>& error) {
+void ReaderMessagesController::show(const UserNotificationPage& page, const std::optional<std::string>& error) {
     isLoading_ = false;
     if (error) {
         if (messages_.empty()) setHint(*error);
@@ -84,8 +83,7 @@ std::int64_t ReaderMessagesController::tableViewNumberOfRowsInSection(UITableVie
 }
 
 CGFloat ReaderMessagesController::tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) {
-    return ReaderMessageCell::heightFor(messages_.at(static_cast<std::size_t>(path.row)),
-                                        table.frame().width());
+    return ReaderMessageCell::heightFor(messages_.at(static_cast<std::size_t>(path.row)), table.frame().width());
 }
 
 std::shared_ptr<UITableViewCell> ReaderMessagesController::tableViewCellForRowAtIndexPath(UITableView& table,

@@ -13,9 +13,9 @@ namespace ostrel {
 
 class HttpServerFramework;
 
-/// The signed-in user's messages from other readers, newest first. Further pages are loaded as the user scrolls to their
-/// end; messages that were shown are marked as read. Shows an embedder a screen that asks the server framework itself.
-/// Main thread.
+/// The signed-in user's messages from other readers, newest first. Further pages are loaded as the user scrolls to
+/// their end; messages that were shown are marked as read. Shows an embedder a screen that asks the server framework
+/// itself. Main thread.
 class ReaderMessagesController final : public UITableViewController {
 public:
     explicit ReaderMessagesController(std::shared_ptr<HttpServerFramework> framework);
@@ -29,8 +29,7 @@ public:
     std::int64_t numberOfSectionsInTableView(UITableView& table) override;
     std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
     CGFloat tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
-    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
-                                                                    NSIndexPath path) override;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
 
 private:
     void load();

@@ -42,8 +42,7 @@ void ReaderRootController::initialise() {
         lists_[index]->loadFailed = [weak = weakSelf()](const std::string& reason) {
             const auto self = weak.lock();
             if (!self) return;
-            self->showNotice(
-                replacingOccurrences(readerText("The articles could not be loaded. %@"), "%@", reason));
+            self->showNotice(replacingOccurrences(readerText("The articles could not be loaded. %@"), "%@", reason));
         };
         lists_[index]->setIsMySelfOnly(index == 1);
         navigations_[index] = make<UINavigationController>(lists_[index]);
@@ -155,9 +154,8 @@ void ReaderRootController::showAccount() {
         showLogin();
         return;
     }
-    auto sheet =
-        make<UIAlertController>(replacingOccurrences(readerText("Signed in as %@"), "%@", user->name), "",
-                                UIAlertController::Style::actionSheet);
+    auto sheet = make<UIAlertController>(replacingOccurrences(readerText("Signed in as %@"), "%@", user->name), "",
+                                         UIAlertController::Style::actionSheet);
     sheet->addAction({readerText("Messages"), UIAlertAction::Style::defaultStyle, [weak = weakSelf()] {
                           if (const auto self = weak.lock()) self->showMessages();
                       }});
@@ -193,10 +191,9 @@ void ReaderRootController::showLogin() {
             self->login_ = nullptr;
         });
     auto navigation = make<UINavigationController>(login_);
-    navigation->modalPresentationStyle =
-        UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone
-            ? UIModalPresentationStyle::overFullScreen
-            : UIModalPresentationStyle::formSheet;
+    navigation->modalPresentationStyle = UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone
+                                             ? UIModalPresentationStyle::overFullScreen
+                                             : UIModalPresentationStyle::formSheet;
     presentViewController(navigation, true);
 }
 
@@ -244,8 +241,8 @@ bool ReaderRootController::pressesBegan(const UIPress& press) {
         lists_[selected_]->handleRefresh();
         return true;
     }
-    // A key that is pressed while the tabs, or no view, have the focus is offered to the screen beside the tabs. A key that
-    // this screen does not take comes back here through the responder chain: `offersKey_` ends the circle.
+    // A key that is pressed while the tabs, or no view, have the focus is offered to the screen beside the tabs. A key
+    // that this screen does not take comes back here through the responder chain: `offersKey_` ends the circle.
     if (!std::exchange(offersKey_, true)) {
         const auto screen = navigations_[selected_]->topViewController();
         const bool taken = !presentedViewController() && screen && screen->view()->pressesBegan(press);

@@ -14,8 +14,8 @@ class ReaderLog;
 class ReaderNotice;
 
 /// The host's frame around the module: everybody's articles and the user's own, each in a navigation controller, chosen
-/// by tabs at the lower edge of narrow windows and in a sidebar of wide ones; and the account. Shows an embedder how the
-/// module's list is contained, how its failures reach the user, and how a user signs in and out. Main thread.
+/// by tabs at the lower edge of narrow windows and in a sidebar of wide ones; and the account. Shows an embedder how
+/// the module's list is contained, how its failures reach the user, and how a user signs in and out. Main thread.
 class ReaderRootController final : public UIViewController {
 public:
     /// Windows at least this wide, in points, have the sidebar (pad and Mac idiom).

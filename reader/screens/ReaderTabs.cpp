@@ -16,12 +16,7 @@ std::shared_ptr<const UIImage> articlesSymbol() {
     Path path;
     path.moveTo(4, 5).lineTo(17, 5).lineTo(17, 19).lineTo(6, 19).cubicTo(4.9, 19, 4, 18.1, 4, 17).close();
     path.moveTo(17, 9).lineTo(20, 9).lineTo(20, 17).cubicTo(20, 18.1, 19.1, 19, 18, 19).lineTo(16, 19);
-    path.moveTo(7.5, 9)
-        .lineTo(13.5, 9)
-        .moveTo(7.5, 12.2)
-        .lineTo(13.5, 12.2)
-        .moveTo(7.5, 15.4)
-        .lineTo(11.5, 15.4);
+    path.moveTo(7.5, 9).lineTo(13.5, 9).moveTo(7.5, 12.2).lineTo(13.5, 12.2).moveTo(7.5, 15.4).lineTo(11.5, 15.4);
     return symbol(std::move(path));
 }
 
@@ -36,10 +31,7 @@ std::shared_ptr<const UIImage> helpSymbol() {
 std::shared_ptr<const UIImage> myArticlesSymbol() {
     Path path;
     path.moveTo(19, 12.5).lineTo(19, 17.5).cubicTo(19, 18.6, 18.1, 19.5, 17, 19.5).lineTo(6.5, 19.5);
-    path.cubicTo(5.4, 19.5, 4.5, 18.6, 4.5, 17.5)
-        .lineTo(4.5, 7)
-        .cubicTo(4.5, 5.9, 5.4, 5, 6.5, 5)
-        .lineTo(11.5, 5);
+    path.cubicTo(5.4, 19.5, 4.5, 18.6, 4.5, 17.5).lineTo(4.5, 7).cubicTo(4.5, 5.9, 5.4, 5, 6.5, 5).lineTo(11.5, 5);
     path.moveTo(9.5, 14.5).lineTo(10.1, 11.6).lineTo(18, 3.7).lineTo(20.3, 6).lineTo(12.4, 13.9).close();
     return symbol(std::move(path));
 }

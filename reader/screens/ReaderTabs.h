@@ -9,8 +9,9 @@
 
 namespace ostrel {
 
-/// The tabs of the reader, as a bar at the lower edge or as a sidebar at the left; the account is the last of them. Shows an
-/// embedder a view of several controls that tells its owner, through handlers, which one was chosen. Main thread.
+/// The tabs of the reader, as a bar at the lower edge or as a sidebar at the left; the account is the last of them.
+/// Shows an embedder a view of several controls that tells its owner, through handlers, which one was chosen. Main
+/// thread.
 class ReaderTabs final : public UIView {
 public:
     static constexpr CGFloat barHeight = 54;

@@ -21,8 +21,8 @@ bool ArticleServerProcess::launch(int port, std::string* error) {
     const QString program = QCoreApplication::applicationDirPath() + "/ostrel-article-server";
     process_.setProcessChannelMode(QProcess::SeparateChannels);
     const QString samples = QCoreApplication::applicationDirPath() + "/../share/ostrel-article/samples";
-    process_.start(program, {"--data", QString::fromStdString(dataFolder_), "--port", QString::number(port),
-                             "--sample", samples, "--exit-with-parent"});
+    process_.start(program, {"--data", QString::fromStdString(dataFolder_), "--port", QString::number(port), "--sample",
+                             samples, "--exit-with-parent"});
     if (!process_.waitForStarted(5000)) {
         if (error) *error = "The article server \"" + program.toStdString() + "\" cannot be started.";
         return false;
@@ -35,8 +35,7 @@ bool ArticleServerProcess::launch(int port, std::string* error) {
     while (accounts_.size() < 2 && since.elapsed() < startTimeout) {
         while (process_.canReadLine()) {
             const QString line = QString::fromUtf8(process_.readLine()).trimmed();
-            if (const auto at = line.indexOf("listening on "); at >= 0)
-                address_ = line.mid(at + 13).toStdString();
+            if (const auto at = line.indexOf("listening on "); at >= 0) address_ = line.mid(at + 13).toStdString();
             if (line.startsWith("sample account: ")) {
                 const QStringList parts = line.mid(16).split(" / ");
                 if (parts.size() == 2) accounts_.push_back({parts[0].toStdString(), parts[1].toStdString()});

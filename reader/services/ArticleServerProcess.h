@@ -7,8 +7,8 @@
 
 namespace ostrel {
 
-/// The article server as a child process on a loopback port that the system chooses. The server ends with this object, and
-/// also when this process dies. An embedder whose server runs elsewhere needs none. Main thread.
+/// The article server as a child process on a loopback port that the system chooses. The server ends with this object,
+/// and also when this process dies. An embedder whose server runs elsewhere needs none. Main thread.
 class ArticleServerProcess final {
 public:
     /// How long a start may take, in milliseconds: the first start writes the sample articles.
@@ -16,8 +16,8 @@ public:
 
     ~ArticleServerProcess();
 
-    /// Starts the server on `dataFolder` and blocks until the server listens. False with a sentence in `error` when it does
-    /// not.
+    /// Starts the server on `dataFolder` and blocks until the server listens. False with a sentence in `error` when it
+    /// does not.
     bool start(const std::string& dataFolder, std::string* error);
     /// Ends the server and blocks until its process is gone. No operation when the server does not run.
     void stop();

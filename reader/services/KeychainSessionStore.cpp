@@ -15,8 +15,7 @@ void logFailure(const char* what, const QKeychain::Job& job) {
 }
 }  // namespace
 
-KeychainSessionStore::KeychainSessionStore(const std::string& name)
-    : key_(QString::fromStdString("session " + name)) {}
+KeychainSessionStore::KeychainSessionStore(const std::string& name) : key_(QString::fromStdString("session " + name)) {}
 
 void KeychainSessionStore::load(LoadHandler handler) {
     auto* job = new QKeychain::ReadPasswordJob(service, this);
@@ -39,8 +38,7 @@ void KeychainSessionStore::save(const std::string& cookieText) {
 void KeychainSessionStore::clear() {
     auto* job = new QKeychain::DeletePasswordJob(service, this);
     job->setKey(key_);
-    connect(job, &QKeychain::Job::finished, this,
-            [job] { logFailure("the session cannot be removed", *job); });
+    connect(job, &QKeychain::Job::finished, this, [job] { logFailure("the session cannot be removed", *job); });
     job->start();
 }
 

@@ -35,8 +35,7 @@ void Session::change(std::shared_ptr<const OstrelServerUserObject> user, std::sh
         ++generation_;
     }
     keepCookies();
-    if (changed)
-        NSNotificationCenter::defaultCenter().postNotification("Current_User_Changed_Notification_Name");
+    if (changed) NSNotificationCenter::defaultCenter().postNotification("Current_User_Changed_Notification_Name");
 }
 
 void Session::begin(std::shared_ptr<const OstrelServerUserObject> user, std::shared_ptr<CookieJar> jar) {
@@ -63,21 +62,20 @@ void Session::keepCookies() {
 
 void Session::restoreCookies(std::function<void()> done) {
     isRestoring_ = true;
-    store_->load(
-        [session = weak_from_this(), before = generation(), done = std::move(done)](const std::string& text) {
-            if (const auto self = session.lock()) {
-                self->isRestoring_ = false;
-                if (self->generation() == before) {
-                    self->jar()->add(text);
-                    self->keptCookies_ = withoutExpiry(text);
-                    self->keptAt_ = Clock::shared().monotonicSeconds();
-                } else {
-                    // A user signed in or out while the store was loading; the store's cookies are out of date.
-                    self->keepCookies();
-                }
+    store_->load([session = weak_from_this(), before = generation(), done = std::move(done)](const std::string& text) {
+        if (const auto self = session.lock()) {
+            self->isRestoring_ = false;
+            if (self->generation() == before) {
+                self->jar()->add(text);
+                self->keptCookies_ = withoutExpiry(text);
+                self->keptAt_ = Clock::shared().monotonicSeconds();
+            } else {
+                // A user signed in or out while the store was loading; the store's cookies are out of date.
+                self->keepCookies();
             }
-            done();
-        });
+        }
+        done();
+    });
 }
 
 }  // namespace ostrel

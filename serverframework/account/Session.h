@@ -33,8 +33,8 @@ public:
     void begin(std::shared_ptr<const OstrelServerUserObject> user, std::shared_ptr<CookieJar> jar);
     /// Main thread. Signs the user out and removes the session's cookie from the jar and the store.
     void end();
-    /// Main thread. Saves the cookies in the store when they have changed or when the saved ones are an hour old: the server
-    /// postpones their expiry with each use.
+    /// Main thread. Saves the cookies in the store when they have changed or when the saved ones are an hour old: the
+    /// server postpones their expiry with each use.
     void keepCookies();
     /// Main thread. Fills the jar from the store, then calls `done`. Until then nothing is saved, because saving would
     /// replace the cookies that have not been loaded yet.

@@ -10,10 +10,10 @@
 
 namespace ostrel {
 
-/// Gets the user who signed in, or null and an English sentence for the application's user. When a session is restored and
-/// nobody was signed in, both are absent.
-using SignInHandler = std::function<void(std::shared_ptr<const OstrelServerUserObject> user,
-                                         const std::optional<std::string>& error)>;
+/// Gets the user who signed in, or null and an English sentence for the application's user. When a session is restored
+/// and nobody was signed in, both are absent.
+using SignInHandler =
+    std::function<void(std::shared_ptr<const OstrelServerUserObject> user, const std::optional<std::string>& error)>;
 
 /// Signs users in and up, for login screens. Handlers are called once, on the main thread, after the call has returned.
 class SignInService {

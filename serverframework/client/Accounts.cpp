@@ -51,8 +51,8 @@ void Accounts::enter(const std::string& path, const std::string& name, const std
                    handler = std::move(handler)](const JudgedAnswer& answer) {
                       const auto user = userOf(answer);
                       const auto accounts = self.lock();
-                      const bool isLate = !accounts || accounts->session_->generation() != generation ||
-                                          accounts->attempts_ != attempt;
+                      const bool isLate =
+                          !accounts || accounts->session_->generation() != generation || accounts->attempts_ != attempt;
                       if (isLate) {
                           // A later sign-in or sign-out counts, or the caller abandoned this one.
                           if (handler) handler(nullptr, std::string(cancelledText));

@@ -23,8 +23,7 @@ public:
     void restore(SignInHandler handler);
 
 private:
-    void enter(const std::string& path, const std::string& name, const std::string& password,
-               SignInHandler handler);
+    void enter(const std::string& path, const std::string& name, const std::string& password, SignInHandler handler);
 
     const std::shared_ptr<HttpServerConnection> server_;
     const std::shared_ptr<Session> session_;

@@ -27,12 +27,13 @@ struct JudgedAnswer {
 
 using JudgedHandler = std::function<void(const JudgedAnswer&)>;
 
-/// Judges and parses the answers that arrive on a thread of its own, calls their handlers on the main thread, and frees the
-/// answers on its own thread again. Answers that wait in the main run loop are delivered even after this object has gone.
+/// Judges and parses the answers that arrive on a thread of its own, calls their handlers on the main thread, and frees
+/// the answers on its own thread again. Answers that wait in the main run loop are delivered even after this object has
+/// gone.
 class AnswerDesk final : public std::enable_shared_from_this<AnswerDesk> {
 public:
-    /// The handlers of one request. Other threads only keep them: they are called, except for `progress`, and destroyed on
-    /// the main thread.
+    /// The handlers of one request. Other threads only keep them: they are called, except for `progress`, and destroyed
+    /// on the main thread.
     struct Ticket {
         JudgedHandler handler;
         ProgressHandler progress;
@@ -47,8 +48,8 @@ private:
     SerialWorker worker_;
 };
 
-/// Judges an answer. A failed transfer and a status of 400 or more are errors; the error is the server's own sentence when a
-/// refusal has one.
+/// Judges an answer. A failed transfer and a status of 400 or more are errors; the error is the server's own sentence
+/// when a refusal has one.
 JudgedAnswer judge(HttpAnswer answer);
 
 }  // namespace ostrel

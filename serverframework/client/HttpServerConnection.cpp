@@ -32,8 +32,8 @@ HttpAnswer refusalAnswer(std::string error) {
     return answer;
 }
 
-/// A header with a different key for each POST, by which a server recognises a request that arrives twice: libcurl sends a
-/// request once more when a kept connection turns out to be closed.
+/// A header with a different key for each POST, by which a server recognises a request that arrives twice: libcurl
+/// sends a request once more when a kept connection turns out to be closed.
 std::string idempotencyKeyLine() {
     static constexpr char digits[] = "0123456789abcdef";
     constexpr int length = 32;
@@ -47,8 +47,7 @@ std::string idempotencyKeyLine() {
 
 HttpServerConnection::HttpServerConnection(Settings settings, std::shared_ptr<Session> session,
                                            std::shared_ptr<HttpTransport> transport,
-                                           std::shared_ptr<UploadQueue> uploads,
-                                           std::shared_ptr<AnswerDesk> desk)
+                                           std::shared_ptr<UploadQueue> uploads, std::shared_ptr<AnswerDesk> desk)
     : settings_(std::move(settings)),
       session_(std::move(session)),
       transport_(std::move(transport)),
@@ -80,8 +79,7 @@ HttpRequest HttpServerConnection::answeredRequest(std::string address) const {
     return request;
 }
 
-HttpServerConnection::Ticket HttpServerConnection::ticketFor(OnUnauthorized onUnauthorized,
-                                                             JudgedHandler handler) {
+HttpServerConnection::Ticket HttpServerConnection::ticketFor(OnUnauthorized onUnauthorized, JudgedHandler handler) {
     auto ticket = std::make_shared<AnswerDesk::Ticket>();
     ticket->handler = [server = weak_from_this(), generation = session_->generation(), onUnauthorized,
                        handler = std::move(handler)](const JudgedAnswer& answer) {
@@ -91,8 +89,7 @@ HttpServerConnection::Ticket HttpServerConnection::ticketFor(OnUnauthorized onUn
     return ticket;
 }
 
-std::optional<std::string> HttpServerConnection::addressOf(const std::string& path,
-                                                           std::string* error) const {
+std::optional<std::string> HttpServerConnection::addressOf(const std::string& path, std::string* error) const {
     auto address = settings_.base.join(path, error);
     if (!address || address->size() <= settings_.limits.maximumAddressBytes) return address;
     *error = "The address of the request is too long.";
@@ -110,9 +107,8 @@ void HttpServerConnection::send(Sending sending, JudgedHandler handler) {
         request.form = formBody(*sending.form);
         request.headers.push_back(idempotencyKeyLine());
     }
-    transport_->start(std::move(request), [desk = desk_, ticket](HttpAnswer answer) {
-        desk->deliver(std::move(answer), ticket);
-    });
+    transport_->start(std::move(request),
+                      [desk = desk_, ticket](HttpAnswer answer) { desk->deliver(std::move(answer), ticket); });
 }
 
 void HttpServerConnection::takeNote(const JudgedAnswer& answer, std::uint64_t generation,
@@ -138,20 +134,16 @@ void HttpServerConnection::postURL(const std::string& path, const FormFields& fi
     send(std::move(sending), textsOnly(std::move(handler)));
 }
 
-std::shared_ptr<Transfer> HttpServerConnection::postManyDataURL(const std::string& path,
-                                                                const UploadBody& body, AnswerHandler handler,
-                                                                ProgressHandler progress) {
+std::shared_ptr<Transfer> HttpServerConnection::postManyDataURL(const std::string& path, const UploadBody& body,
+                                                                AnswerHandler handler, ProgressHandler progress) {
     const Ticket ticket = ticketFor(OnUnauthorized::endSession, textsOnly(std::move(handler)));
     ticket->progress = std::move(progress);
     UploadQueue::Order order;
     order.body = std::make_shared<const UploadBody>(body);
-    order.refuse = [desk = desk_, ticket](const std::string& error) {
-        desk->deliver(refusalAnswer(error), ticket);
-    };
+    order.refuse = [desk = desk_, ticket](const std::string& error) { desk->deliver(refusalAnswer(error), ticket); };
     order.cancel = [transport = transport_](std::uint64_t number) { transport->cancel(number); };
-    order.send = [server = weak_from_this(), desk = desk_, path, ticket,
-                  generation = session_->generation()](std::shared_ptr<PreparedUpload> prepared,
-                                                       ProgressHandler shown, Task ended) -> std::uint64_t {
+    order.send = [server = weak_from_this(), desk = desk_, path, ticket, generation = session_->generation()](
+                     std::shared_ptr<PreparedUpload> prepared, ProgressHandler shown, Task ended) -> std::uint64_t {
         if (const auto self = server.lock())
             return self->sendUpload({path, ticket, generation}, std::move(prepared), std::move(shown),
                                     std::move(ended));
@@ -162,12 +154,11 @@ std::shared_ptr<Transfer> HttpServerConnection::postManyDataURL(const std::strin
     return uploads_->add(std::move(order));
 }
 
-std::uint64_t HttpServerConnection::sendUpload(const UploadTarget& target,
-                                               std::shared_ptr<PreparedUpload> prepared,
+std::uint64_t HttpServerConnection::sendUpload(const UploadTarget& target, std::shared_ptr<PreparedUpload> prepared,
                                                ProgressHandler shown, Task ended) {
     const Ticket& ticket = target.ticket;
-    // `ended` is called before the answer is delivered, so that the handler no longer finds the upload listed as work in
-    // progress.
+    // `ended` is called before the answer is delivered, so that the handler no longer finds the upload listed as work
+    // in progress.
     const auto unsent = [&](std::string error) -> std::uint64_t {
         ended();
         desk_->deliver(refusalAnswer(std::move(error)), ticket);
@@ -187,11 +178,10 @@ std::uint64_t HttpServerConnection::sendUpload(const UploadTarget& target,
             if (ticket->progress) ticket->progress(fraction);
         };
     }
-    return transport_->start(std::move(request),
-                             [desk = desk_, ticket, ended = std::move(ended)](HttpAnswer answer) {
-                                 ended();
-                                 desk->deliver(std::move(answer), ticket);
-                             });
+    return transport_->start(std::move(request), [desk = desk_, ticket, ended = std::move(ended)](HttpAnswer answer) {
+        ended();
+        desk->deliver(std::move(answer), ticket);
+    });
 }
 
 void HttpServerConnection::loadUserFace(const std::string& userId, FaceHandler handler) {
@@ -225,8 +215,7 @@ void HttpServerConnection::fetchFace(const std::string& userId, const std::strin
     });
 }
 
-void HttpServerConnection::notificationUserID(const Value& userId, const std::string& title,
-                                              const std::string& text) {
+void HttpServerConnection::notificationUserID(const Value& userId, const std::string& title, const std::string& text) {
     Sending sending;
     sending.path = "account/notify";
     sending.form = FormFields{{"user_id", userId.text().value_or("")}, {"title", title}, {"text", text}};

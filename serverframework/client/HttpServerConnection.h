@@ -16,8 +16,7 @@
 namespace ostrel {
 
 /// The connection to the application's own server: makes the requests of the boundary with the session's cookies.
-class HttpServerConnection final : public OstrelServer,
-                                   public std::enable_shared_from_this<HttpServerConnection> {
+class HttpServerConnection final : public OstrelServer, public std::enable_shared_from_this<HttpServerConnection> {
 public:
     struct Settings {
         BaseAddress base;
@@ -34,23 +33,20 @@ public:
         std::shared_ptr<CookieJar> jar;
     };
 
-    HttpServerConnection(Settings settings, std::shared_ptr<Session> session,
-                         std::shared_ptr<HttpTransport> transport, std::shared_ptr<UploadQueue> uploads,
-                         std::shared_ptr<AnswerDesk> desk);
+    HttpServerConnection(Settings settings, std::shared_ptr<Session> session, std::shared_ptr<HttpTransport> transport,
+                         std::shared_ptr<UploadQueue> uploads, std::shared_ptr<AnswerDesk> desk);
     /// The second phase of construction makes the parts that refer back to this object.
     void initialise();
 
-    /// Sends a request. Before the handler is called, a 401 answer ends the session that the request was made with, unless
-    /// `onUnauthorized` says otherwise. Any thread.
+    /// Sends a request. Before the handler is called, a 401 answer ends the session that the request was made with,
+    /// unless `onUnauthorized` says otherwise. Any thread.
     void send(Sending sending, JudgedHandler handler);
 
-    std::shared_ptr<const OstrelServerUserObject> currentUser() const override {
-        return session_->currentUser();
-    }
+    std::shared_ptr<const OstrelServerUserObject> currentUser() const override { return session_->currentUser(); }
     void request(const std::string& path, AnswerHandler handler) override;
     void postURL(const std::string& path, const FormFields& fields, AnswerHandler handler) override;
-    std::shared_ptr<Transfer> postManyDataURL(const std::string& path, const UploadBody& body,
-                                              AnswerHandler handler, ProgressHandler progress) override;
+    std::shared_ptr<Transfer> postManyDataURL(const std::string& path, const UploadBody& body, AnswerHandler handler,
+                                              ProgressHandler progress) override;
     void loadUserFace(const std::string& userId, FaceHandler handler) override;
     void notificationUserID(const Value& userId, const std::string& title, const std::string& text) override;
 
@@ -70,8 +66,7 @@ private:
     };
     std::uint64_t sendUpload(const UploadTarget& target, std::shared_ptr<PreparedUpload> prepared,
                              ProgressHandler shown, Task ended);
-    void fetchFace(const std::string& userId, const std::string& entityTag,
-                   std::function<void(HttpAnswer)> done);
+    void fetchFace(const std::string& userId, const std::string& entityTag, std::function<void(HttpAnswer)> done);
     void takeNote(const JudgedAnswer& answer, std::uint64_t generation, OnUnauthorized onUnauthorized);
 
     const Settings settings_;

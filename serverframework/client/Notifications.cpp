@@ -42,9 +42,8 @@ UserNotificationPage pageOf(const ParsedAnswer& result) {
 Notifications::Notifications(std::shared_ptr<HttpServerConnection> server, std::shared_ptr<Session> session)
     : server_(std::move(server)), session_(std::move(session)) {}
 
-void Notifications::ask(
-    HttpServerConnection::Sending sending,
-    std::function<void(const ParsedAnswer*, const std::optional<std::string>& error)> handler) {
+void Notifications::ask(HttpServerConnection::Sending sending,
+                        std::function<void(const ParsedAnswer*, const std::optional<std::string>& error)> handler) {
     server_->send(std::move(sending), [session = session_, generation = session_->generation(),
                                        handler = std::move(handler)](const JudgedAnswer& answer) {
         std::optional<std::string> error = answer.error;

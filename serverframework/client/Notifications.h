@@ -11,9 +11,9 @@
 
 namespace ostrel {
 
-/// Loads the signed-in user's messages, which a host shows. Handlers are called once, on the main thread, after the call has
-/// returned. When the user signed out before the answer arrived, the error is "cancelled": no user sees another user's
-/// messages. Main thread.
+/// Loads the signed-in user's messages, which a host shows. Handlers are called once, on the main thread, after the
+/// call has returned. When the user signed out before the answer arrived, the error is "cancelled": no user sees
+/// another user's messages. Main thread.
 class Notifications final : public std::enable_shared_from_this<Notifications> {
 public:
     Notifications(std::shared_ptr<HttpServerConnection> server, std::shared_ptr<Session> session);

@@ -20,8 +20,8 @@ public:
     /// Reads parsed JSON. An absent `document` means that the text was no JSON; `error` then says why. Never null.
     static std::shared_ptr<const ParsedAnswer> of(const Value& document, const std::string& error);
 
-    /// The member "error": the text of a string, the JSON of another type, absent for null. "The answer cannot be read: " and
-    /// the reason when the text cannot be read.
+    /// The member "error": the text of a string, the JSON of another type, absent for null. "The answer cannot be read:
+    /// " and the reason when the text cannot be read.
     const std::optional<std::string>& errString() const override { return errString_; }
     /// True when the member "success" is true or a number other than 0.
     bool success() const override { return success_; }

@@ -10,8 +10,8 @@ namespace ostrel {
 /// Connections and single transfers, whatever is requested.
 struct TransportLimits {
     double connectTimeoutSeconds = 10;
-    /// A transfer that is slower than its `HttpRequest::minimumSpeed` for so long is given up. The whole transfer may take
-    /// any time.
+    /// A transfer that is slower than its `HttpRequest::minimumSpeed` for so long is given up. The whole transfer may
+    /// take any time.
     int stallTimeoutSeconds = 30;
     /// Two more than media and uploads can take together, so that the other requests never wait for them.
     int connectionsPerHost = 14;
@@ -29,8 +29,8 @@ struct TransportLimits {
 
 /// Requests to the application's own server.
 struct RequestLimits {
-    /// The address of a request, which a caption can make long. libcurl takes at most 1 MiB of a request's head; the rest
-    /// is left to the headers.
+    /// The address of a request, which a caption can make long. libcurl takes at most 1 MiB of a request's head; the
+    /// rest is left to the headers.
     std::size_t maximumAddressBytes = 1'000'000;
     /// A longer text of an answer is an error.
     std::size_t maximumAnswerBytes = std::size_t{32} << 20;
@@ -43,7 +43,8 @@ struct UploadLimits {
     int simultaneous = 6;
     /// Threads that make files: encoding a picture keeps one processor busy.
     int makers = 2;
-    /// An upload with fewer bytes of files is not listed as work in progress: it ends before anybody has read its title.
+    /// An upload with fewer bytes of files is not listed as work in progress: it ends before anybody has read its
+    /// title.
     std::uint64_t shownBytes = std::uint64_t{256} << 10;
 };
 

@@ -91,7 +91,8 @@ void CookieJar::addLine(const std::string& line) {
 void CookieJar::add(std::string_view text) {
     const auto lines = split(text, '\n');
     if (lines.front() != origin_) return;
-    // In "http://[::1]:80" the host stands between the slashes and the last colon; cookies have it without the brackets.
+    // In "http://[::1]:80" the host stands between the slashes and the last colon; cookies have it without the
+    // brackets.
     std::string_view host = std::string_view(origin_).substr(origin_.find("://") + 3);
     host = host.substr(0, host.rfind(':'));
     if (host.front() == '[') host = host.substr(1, host.size() - 2);

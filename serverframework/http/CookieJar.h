@@ -9,9 +9,9 @@
 
 namespace ostrel {
 
-/// The cookies of one server (RFC 6265), kept by libcurl and shared by the requests that are made with this jar. A request
-/// keeps its jar until the request has ended, and signing out makes a new jar: an answer that arrives after a sign-out
-/// therefore cannot bring the old session back. Any thread.
+/// The cookies of one server (RFC 6265), kept by libcurl and shared by the requests that are made with this jar. A
+/// request keeps its jar until the request has ended, and signing out makes a new jar: an answer that arrives after a
+/// sign-out therefore cannot bring the old session back. Any thread.
 class CookieJar final {
 public:
     /// `origin`: "http://host:port" of the only server whose cookies `add` accepts.
@@ -20,11 +20,11 @@ public:
     CookieJar(const CookieJar&) = delete;
     CookieJar& operator=(const CookieJar&) = delete;
 
-    /// The cookies as a text for a store: a line with the origin, then one line for each cookie in the format of Netscape's
-    /// cookie file. Empty when there are no cookies.
+    /// The cookies as a text for a store: a line with the origin, then one line for each cookie in the format of
+    /// Netscape's cookie file. Empty when there are no cookies.
     std::string text() const;
-    /// Adds the cookies of a text that `text()` returned. Leaves out a text of another origin, cookies of another host and
-    /// malformed lines.
+    /// Adds the cookies of a text that `text()` returned. Leaves out a text of another origin, cookies of another host
+    /// and malformed lines.
     void add(std::string_view text);
     bool has(std::string_view name) const;
     /// A new jar with all cookies except the one with this name.

@@ -60,8 +60,8 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-/// The value of the header `name` (in lower case) when `line` is that header. The case of header names does not matter (RFC
-/// 9110, section 5.1).
+/// The value of the header `name` (in lower case) when `line` is that header. The case of header names does not matter
+/// (RFC 9110, section 5.1).
 std::optional<std::string_view> headerValue(std::string_view line, std::string_view name) {
     if (line.size() <= name.size() || line[name.size()] != ':') return std::nullopt;
     for (std::size_t i = 0; i < name.size(); ++i) {
@@ -108,8 +108,7 @@ void* HttpTransfer::prepare() {
     curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
-    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS,
-                     static_cast<long>(limits_.connectTimeoutSeconds * 1000));
+    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits_.connectTimeoutSeconds * 1000));
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, static_cast<long>(request_.minimumSpeed));
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, static_cast<long>(limits_.stallTimeoutSeconds));
     curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(request_.maximumSeconds * 1000));
@@ -144,8 +143,7 @@ void* HttpTransfer::prepare() {
 
 bool HttpTransfer::addBody() {
     if (request_.form) {
-        curl_easy_setopt(handle_, CURLOPT_POSTFIELDSIZE_LARGE,
-                         static_cast<curl_off_t>(request_.form->size()));
+        curl_easy_setopt(handle_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request_.form->size()));
         curl_easy_setopt(handle_, CURLOPT_POSTFIELDS, request_.form->c_str());
         return true;
     }
@@ -277,10 +275,10 @@ void HttpTransfer::readCachingHeader(std::string_view line) {
     add("content-type", answer_.contentType);
 }
 
-int HttpTransfer::reportProgress(void* self, std::int64_t, std::int64_t, std::int64_t total,
-                                 std::int64_t sent) {
+int HttpTransfer::reportProgress(void* self, std::int64_t, std::int64_t, std::int64_t total, std::int64_t sent) {
     auto& transfer = *static_cast<HttpTransfer*>(self);
-    // The last step, 1, is reported when the answer confirms that the whole body arrived, not when the last byte was sent.
+    // The last step, 1, is reported when the answer confirms that the whole body arrived, not when the last byte was
+    // sent.
     transfer.hasSentAll_ = total > 0 && sent >= total;
     if (total <= 0 || transfer.hasSentAll_) return 0;
     const double fraction = static_cast<double>(sent) / static_cast<double>(total);
@@ -339,8 +337,8 @@ std::string HttpTransfer::sentenceFor(int result) const {
     case CURLE_SSL_ISSUER_ERROR:
     case CURLE_SSL_INVALIDCERTSTATUS:
     case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
-        return std::string("No secure connection to the server: ") +
-               curl_easy_strerror(static_cast<CURLcode>(result)) + ".";
+        return std::string("No secure connection to the server: ") + curl_easy_strerror(static_cast<CURLcode>(result)) +
+               ".";
     case CURLE_GOT_NOTHING: return "The server closed the connection without an answer.";
     case CURLE_SEND_ERROR: return "The connection to the server was lost.";
     case CURLE_RECV_ERROR:
@@ -355,8 +353,7 @@ std::string HttpTransfer::sentenceFor(int result) const {
     case CURLE_FILESIZE_EXCEEDED: return "The answer is larger than " + sizeText(request_.maximumBytes) + ".";
     case CURLE_OUT_OF_MEMORY: return "There is not enough memory for the request.";
     case CURLE_URL_MALFORMAT: return "The address is not valid.";
-    default:
-        return std::string("The request failed: ") + curl_easy_strerror(static_cast<CURLcode>(result)) + ".";
+    default: return std::string("The request failed: ") + curl_easy_strerror(static_cast<CURLcode>(result)) + ".";
     }
 }
 

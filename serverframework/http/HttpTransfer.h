@@ -50,8 +50,8 @@ struct HttpRequest {
     double maximumSeconds = 0;
     bool takesCompressed = false;
     bool usesProxy = true;
-    /// Gets the fraction of the body that was sent, which never falls, at most `progressPerSecond` times a second. Gets 1
-    /// once, when the answer has arrived and the whole body was sent. Network thread.
+    /// Gets the fraction of the body that was sent, which never falls, at most `progressPerSecond` times a second. Gets
+    /// 1 once, when the answer has arrived and the whole body was sent. Network thread.
     ProgressHandler progress;
 };
 
@@ -66,8 +66,8 @@ struct HttpAnswer {
     /// The part of the body that arrived, even when there is an error.
     std::string body;
     std::string entityTag;
-    /// The headers that decide for how long an answer may be kept (RFC 9111), unchanged. Several lines of one header are
-    /// joined to a list.
+    /// The headers that decide for how long an answer may be kept (RFC 9111), unchanged. Several lines of one header
+    /// are joined to a list.
     std::string lastModified;
     std::string cacheControl;
     std::string expires;
@@ -86,23 +86,23 @@ std::string statusSentence(const HttpAnswer& answer);
 /// The error of a request that was cancelled, by its caller or because the framework was destroyed.
 inline constexpr const char* cancelledText = "cancelled";
 
-/// One request that is being made: its handle of libcurl, the body that it sends and the answer that it gathers. Network
-/// thread, except for construction.
+/// One request that is being made: its handle of libcurl, the body that it sends and the answer that it gathers.
+/// Network thread, except for construction.
 class HttpTransfer final {
 public:
-    HttpTransfer(std::uint64_t id, HttpRequest request, HttpCompletion completion,
-                 const TransportLimits& limits);
+    HttpTransfer(std::uint64_t id, HttpRequest request, HttpCompletion completion, const TransportLimits& limits);
     ~HttpTransfer();
     HttpTransfer(const HttpTransfer&) = delete;
     HttpTransfer& operator=(const HttpTransfer&) = delete;
 
     std::uint64_t id() const { return id_; }
-    /// Sets up a CURL* and returns it; null when the request cannot be made, for which `finish` then reports the reason.
+    /// Sets up a CURL* and returns it; null when the request cannot be made, for which `finish` then reports the
+    /// reason.
     void* prepare();
     void* handle() const { return handle_; }
 
-    /// True when the answer that has ended redirects the request within its origin and the limits; the handle is then set up
-    /// for the new address. `result` is the CURLcode of the transfer.
+    /// True when the answer that has ended redirects the request within its origin and the limits; the handle is then
+    /// set up for the new address. `result` is the CURLcode of the transfer.
     bool redirect(int result);
     /// Calls the completion with the answer and the error for `result`, a CURLcode. Once.
     void finish(int result);
@@ -135,8 +135,8 @@ private:
     /// The sentence for a failure that this object found and that libcurl only knows as an abort.
     std::string ownError_;
     std::size_t headerBytes_ = 0;
-    /// True once the empty line after the headers has arrived. libcurl takes an answer whose head is cut short for a whole
-    /// one.
+    /// True once the empty line after the headers has arrived. libcurl takes an answer whose head is cut short for a
+    /// whole one.
     bool hasWholeHead_ = false;
     /// The bytes that went to the sink or, of a refusal, were dropped.
     std::size_t sinkBytes_ = 0;

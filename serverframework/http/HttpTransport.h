@@ -11,9 +11,9 @@
 
 namespace ostrel {
 
-/// Carries all requests over libcurl's multi interface on one network thread. Connections are kept open and, where a server
-/// offers HTTP/2, shared by requests. Every completion is called exactly once: on the network thread, or, when `start` is
-/// called after `stop`, by `start` itself.
+/// Carries all requests over libcurl's multi interface on one network thread. Connections are kept open and, where a
+/// server offers HTTP/2, shared by requests. Every completion is called exactly once: on the network thread, or, when
+/// `start` is called after `stop`, by `start` itself.
 class HttpTransport final {
 public:
     explicit HttpTransport(TransportLimits limits);

@@ -11,14 +11,15 @@
 
 namespace ostrel {
 
-/// Reads the bytes of one file of an upload in order, and from the start once more when the request is repeated. One thread
-/// at a time.
+/// Reads the bytes of one file of an upload in order, and from the start once more when the request is repeated. One
+/// thread at a time.
 class UploadFileReader {
 public:
     virtual ~UploadFileReader() = default;
 
     std::size_t size() const { return size_; }
-    /// Copies the next bytes and returns their number, 0 at the end. Absent when the file was cut short after it was opened.
+    /// Copies the next bytes and returns their number, 0 at the end. Absent when the file was cut short after it was
+    /// opened.
     virtual std::optional<std::size_t> read(char* to, std::size_t most) = 0;
     void rewind(std::size_t offset) { offset_ = offset; }
 
@@ -43,8 +44,8 @@ struct PreparedUpload {
     std::string title;
     std::uint64_t fileBytes = 0;
 
-    /// Makes and opens the files of `body`; blocks, perhaps for long. Null, with a sentence in `error`, when a file cannot be
-    /// made or opened.
+    /// Makes and opens the files of `body`; blocks, perhaps for long. Null, with a sentence in `error`, when a file
+    /// cannot be made or opened.
     static std::shared_ptr<PreparedUpload> prepare(const UploadBody& body, std::string* error);
 };
 

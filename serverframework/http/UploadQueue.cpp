@@ -9,12 +9,11 @@
 
 namespace ostrel {
 
-/// One upload, which waits, is prepared and is sent. The queue holds it while it waits, the transport's completion while it
-/// is sent, and the caller as long as the caller may cancel it.
+/// One upload, which waits, is prepared and is sent. The queue holds it while it waits, the transport's completion
+/// while it is sent, and the caller as long as the caller may cancel it.
 class UploadQueue::Upload final : public Transfer, public std::enable_shared_from_this<Upload> {
 public:
-    Upload(std::weak_ptr<UploadQueue> queue, Order order)
-        : queue_(std::move(queue)), order_(std::move(order)) {}
+    Upload(std::weak_ptr<UploadQueue> queue, Order order) : queue_(std::move(queue)), order_(std::move(order)) {}
 
     void cancel() override {
         std::shared_ptr<UploadQueue> queue;
@@ -51,8 +50,8 @@ public:
         ProgressHandler progress;
         if (prepared->fileBytes >= shownBytes) progress = publish(*prepared);
         state_ = State::sent;
-        // The mutex stays locked, so that `cancel` on another thread finds the number. A transport that has stopped calls
-        // the last argument in here; it calls nothing else.
+        // The mutex stays locked, so that `cancel` on another thread finds the number. A transport that has stopped
+        // calls the last argument in here; it calls nothing else.
         number_ = order_.send(std::move(prepared), std::move(progress), [self = shared_from_this(), ended] {
             if (self->progress_) self->progress_->unpublish();
             ended();
@@ -121,8 +120,7 @@ void UploadQueue::stop() {
 void UploadQueue::run() {
     std::unique_lock lock(mutex_);
     while (true) {
-        changed_.wait(
-            lock, [this] { return stopping_ || (!waiting_.empty() && underWay_ < limits_.simultaneous); });
+        changed_.wait(lock, [this] { return stopping_ || (!waiting_.empty() && underWay_ < limits_.simultaneous); });
         if (stopping_) return;
         std::shared_ptr<Upload> upload = std::move(waiting_.front());
         waiting_.pop_front();

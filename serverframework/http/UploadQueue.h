@@ -25,7 +25,8 @@ public:
     /// What an upload consists of and what the queue calls for it: either `send` or `refuse`, once, on any thread.
     struct Order {
         std::shared_ptr<const UploadBody> body;
-        /// Sends the upload and returns the number by which `cancel` ends it. Calls `ended` once, when the upload is over.
+        /// Sends the upload and returns the number by which `cancel` ends it. Calls `ended` once, when the upload is
+        /// over.
         std::function<std::uint64_t(std::shared_ptr<PreparedUpload>, ProgressHandler, Task ended)> send;
         /// Ends the upload with an error before it is sent.
         std::function<void(const std::string& error)> refuse;
@@ -38,7 +39,8 @@ public:
 
     /// Cancelling the returned transfer refuses an upload that waits and ends an upload that is being sent. Any thread.
     std::shared_ptr<Transfer> add(Order order);
-    /// Refuses the uploads that wait and those that are added later. The transport ends the uploads that are being sent.
+    /// Refuses the uploads that wait and those that are added later. The transport ends the uploads that are being
+    /// sent.
     void stop();
 
 private:

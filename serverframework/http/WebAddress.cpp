@@ -46,16 +46,15 @@ std::optional<Origin> originOf(CURLU* url) {
     const auto scheme = partOf(url, CURLUPART_SCHEME);
     const auto host = partOf(url, CURLUPART_HOST);
     const auto port = partOf(url, CURLUPART_PORT, CURLU_DEFAULT_PORT);
-    if (!scheme || !host || host->empty() || !port || (*scheme != "http" && *scheme != "https"))
-        return std::nullopt;
+    if (!scheme || !host || host->empty() || !port || (*scheme != "http" && *scheme != "https")) return std::nullopt;
     if (partOf(url, CURLUPART_USER) || partOf(url, CURLUPART_PASSWORD)) return std::nullopt;
     const std::string name = lowered(*host);
     return Origin{*scheme + "://" + name + ":" + *port, name};
 }
 
 bool isUnreserved(unsigned char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
-           c == '.' || c == '_' || c == '~';
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '.' ||
+           c == '_' || c == '~';
 }
 
 void appendEncoded(std::string& to, unsigned char c) {
@@ -75,8 +74,7 @@ std::optional<BaseAddress> BaseAddress::parse(const std::string& text, std::stri
     const Url url = parsed(text);
     const auto origin = url ? originOf(url.get()) : std::nullopt;
     if (!origin) {
-        setError(error,
-                 "The server's address must be an http or https address, such as \"https://example.org\".");
+        setError(error, "The server's address must be an http or https address, such as \"https://example.org\".");
         return std::nullopt;
     }
     if (partOf(url.get(), CURLUPART_QUERY) || partOf(url.get(), CURLUPART_FRAGMENT)) {

@@ -13,9 +13,9 @@ public:
     /// information, query and fragment.
     static std::optional<BaseAddress> parse(const std::string& text, std::string* error);
 
-    /// The absolute address of a relative path, which may begin with one "/" and carry a query. The path is not changed,
-    /// except that bytes which no address may hold (blanks, non-ASCII) are percent-encoded. Absent, with a sentence in
-    /// `error`, for an absolute address and for a path with control characters.
+    /// The absolute address of a relative path, which may begin with one "/" and carry a query. The path is not
+    /// changed, except that bytes which no address may hold (blanks, non-ASCII) are percent-encoded. Absent, with a
+    /// sentence in `error`, for an absolute address and for a path with control characters.
     std::optional<std::string> join(std::string_view path, std::string* error) const;
 
     /// Scheme, host and port, "http://127.0.0.1:8080"; with the port even when it is the scheme's default.
@@ -30,8 +30,8 @@ private:
     std::string prefix_;
 };
 
-/// The origin of an absolute http or https address as `BaseAddress::origin` writes it. Absent for any other text and for an
-/// address with user information.
+/// The origin of an absolute http or https address as `BaseAddress::origin` writes it. Absent for any other text and
+/// for an address with user information.
 std::optional<std::string> originOfAddress(const std::string& address);
 
 /// True when `reference` names its own scheme ("http://…", "mailto:…") or host ("//…"), so that it is not a path.
@@ -42,8 +42,8 @@ bool hasControlCharacters(std::string_view text);
 /// True for "localhost" and for the loopback addresses of IPv4 and IPv6; IPv6 is written in brackets, as in an address.
 bool isLoopbackHost(std::string_view host);
 
-/// Percent-encoding (RFC 3986, section 2.1): unreserved characters stay, every other byte becomes "%XX". A blank becomes
-/// "%20", which decoders of queries and of forms read alike.
+/// Percent-encoding (RFC 3986, section 2.1): unreserved characters stay, every other byte becomes "%XX". A blank
+/// becomes "%20", which decoders of queries and of forms read alike.
 std::string percentEncoded(std::string_view text);
 
 }  // namespace ostrel

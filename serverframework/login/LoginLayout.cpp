@@ -5,9 +5,7 @@
 
 namespace ostrel {
 
-CGFloat LoginLayout::columnWidth(CGSize bounds) {
-    return std::clamp(bounds.width - 2 * margin, 0.0, maximumWidth);
-}
+CGFloat LoginLayout::columnWidth(CGSize bounds) { return std::clamp(bounds.width - 2 * margin, 0.0, maximumWidth); }
 
 LoginLayout LoginLayout::make(CGSize bounds, const Texts& texts) {
     constexpr CGFloat modeHeight = 34;
@@ -32,8 +30,8 @@ LoginLayout LoginLayout::make(CGSize bounds, const Texts& texts) {
     layout.button = place(20, buttonHeight);
 
     const CGFloat top = std::clamp(std::floor((bounds.height - y) / 3), 24.0, 140.0);
-    for (CGRect* frame : {&layout.heading, &layout.subtitle, &layout.mode, &layout.card, &layout.hint,
-                          &layout.error, &layout.button}) {
+    for (CGRect* frame :
+         {&layout.heading, &layout.subtitle, &layout.mode, &layout.card, &layout.hint, &layout.error, &layout.button}) {
         frame->origin.y += top;
     }
     layout.contentHeight = layout.button.maxY() + 24;

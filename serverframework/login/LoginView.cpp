@@ -19,10 +19,9 @@ struct Words {
 };
 
 const Words& wordsOf(LoginView::Mode mode) {
-    static constexpr Words signIn = {"Welcome back", "Sign in to write, like and comment.", "Sign In",
-                                     "Signing In…"};
-    static constexpr Words create = {"Create your account", "A name and a password are all it takes.",
-                                     "Create Account", "Creating Account…"};
+    static constexpr Words signIn = {"Welcome back", "Sign in to write, like and comment.", "Sign In", "Signing In…"};
+    static constexpr Words create = {"Create your account", "A name and a password are all it takes.", "Create Account",
+                                     "Creating Account…"};
     return mode == LoginView::Mode::signIn ? signIn : create;
 }
 
@@ -32,8 +31,7 @@ CGFloat heightOf(const UILabel& label, CGFloat width) {
 
 }  // namespace
 
-std::shared_ptr<UILabel> LoginView::addLabel(const std::shared_ptr<UIView>& to, const UIFont& font,
-                                             UIColor color) {
+std::shared_ptr<UILabel> LoginView::addLabel(const std::shared_ptr<UIView>& to, const UIFont& font, UIColor color) {
     auto label = make<UILabel>();
     label->setFont(font);
     label->setTextColor(color);
@@ -81,8 +79,7 @@ void LoginView::initialise() {
     passwordField_->setAccessibility(AccessibilityRole::textField, "Password");
 
     hint_ = addLabel(scroll_, UIFont::system(13), UIColor::secondaryLabel());
-    hint_->setText("At least " + std::to_string(SignInService::shortestPassword) +
-                   " characters for the password.");
+    hint_->setText("At least " + std::to_string(SignInService::shortestPassword) + " characters for the password.");
     errorLabel_ = addLabel(scroll_, UIFont::system(15), UIColor::destructive());
 
     button_ = make<UIButton>();

@@ -12,7 +12,8 @@
 
 namespace ostrel {
 
-/// The view of the login screen. It knows looks and geometry only; the controller sets its texts and state. Main thread.
+/// The view of the login screen. It knows looks and geometry only; the controller sets its texts and state. Main
+/// thread.
 class LoginView final : public UIView {
 public:
     enum class Mode { signIn, createAccount };

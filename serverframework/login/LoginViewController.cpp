@@ -17,8 +17,8 @@ std::string trimmed(const std::string& text) {
 
 /// The number of characters in valid UTF-8: the bytes that are no continuation bytes.
 std::size_t characterCount(const std::string& text) {
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
 }  // namespace
@@ -38,8 +38,8 @@ void LoginViewController::viewDidLoad() {
             if (const auto screen = self.lock()) (screen.get()->*action)();
         };
     };
-    navigationItem().setLeftBarButtonItem(std::make_shared<UIBarButtonItem>(
-        UIBarButtonItem::SystemItem::cancel, act(&LoginViewController::cancel)));
+    navigationItem().setLeftBarButtonItem(
+        std::make_shared<UIBarButtonItem>(UIBarButtonItem::SystemItem::cancel, act(&LoginViewController::cancel)));
 
     loginView_->modeControl()->addTarget(
         [self] {
@@ -59,8 +59,7 @@ void LoginViewController::viewDidLoad() {
             if (const auto screen = self.lock()) screen->loginView_->passwordField()->becomeFirstResponder();
         },
         UIControlEvent::editingDidEndOnExit);
-    loginView_->passwordField()->addTarget(act(&LoginViewController::submit),
-                                           UIControlEvent::editingDidEndOnExit);
+    loginView_->passwordField()->addTarget(act(&LoginViewController::submit), UIControlEvent::editingDidEndOnExit);
     loginView_->button()->addTarget(act(&LoginViewController::submit), UIControlEvent::touchUpInside);
     setMode(LoginView::Mode::signIn);
 }
@@ -102,8 +101,7 @@ void LoginViewController::submit() {
     }
     loginView_->setBusy(true);
     const auto answer = [self = weak_from_this()](const auto& user, const auto& failure) {
-        if (const auto screen = self.lock())
-            static_cast<LoginViewController&>(*screen).answered(user, failure);
+        if (const auto screen = self.lock()) static_cast<LoginViewController&>(*screen).answered(user, failure);
     };
     const std::string name = trimmed(loginView_->nameField()->text());
     const std::string& password = loginView_->passwordField()->text();

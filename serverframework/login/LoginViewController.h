@@ -11,9 +11,9 @@
 
 namespace ostrel {
 
-/// The login screen, which signs in or creates an account. It calls its handler once: with the user after a success, when
-/// the caller dismisses the screen, or with "cancelled" when the user closed the screen, which dismisses itself. The screen
-/// shows a failure and keeps the typed texts. Main thread.
+/// The login screen, which signs in or creates an account. It calls its handler once: with the user after a success,
+/// when the caller dismisses the screen, or with "cancelled" when the user closed the screen, which dismisses itself.
+/// The screen shows a failure and keeps the typed texts. Main thread.
 class LoginViewController final : public UIViewController {
 public:
     /// The screen does not keep the service alive; when it has gone, the screen says that the server cannot be reached.
@@ -34,10 +34,8 @@ private:
     void setMode(LoginView::Mode mode);
     /// A sentence on what is wrong with the input, and moves the focus there; absent when the input can be sent.
     std::optional<std::string> complaint();
-    void answered(const std::shared_ptr<const OstrelServerUserObject>& user,
-                  const std::optional<std::string>& error);
-    void finish(bool succeeded, const std::shared_ptr<const OstrelServerUserObject>& user,
-                const std::string& message);
+    void answered(const std::shared_ptr<const OstrelServerUserObject>& user, const std::optional<std::string>& error);
+    void finish(bool succeeded, const std::shared_ptr<const OstrelServerUserObject>& user, const std::string& message);
 
     const std::weak_ptr<SignInService> service_;
     LoginHandler handler_;

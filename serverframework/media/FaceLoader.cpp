@@ -69,8 +69,7 @@ void FaceLoader::answered(const std::string& userId, HttpAnswer answer) {
         kept->askedAt = now;
     } else {
         image = answer.status == 200 && !answer.body.empty() ? Data::take(std::move(answer.body)) : Data();
-        cache_.insert(userId, {image, image ? answer.entityTag : std::string(), now},
-                      image.size() + bookkeeping);
+        cache_.insert(userId, {image, image ? answer.entityTag : std::string(), now}, image.size() + bookkeeping);
     }
     const auto found = waiting_.find(userId);
     if (found == waiting_.end()) return;

@@ -14,13 +14,14 @@
 
 namespace ostrel {
 
-/// Loads the avatars of users and keeps them in memory by user id. A kept avatar is shown for a while without asking the
-/// server; after that the server confirms it by its entity tag (RFC 9110, section 13.1.2). Requests of one user's avatar
-/// that overlap are joined. Main thread.
+/// Loads the avatars of users and keeps them in memory by user id. A kept avatar is shown for a while without asking
+/// the server; after that the server confirms it by its entity tag (RFC 9110, section 13.1.2). Requests of one user's
+/// avatar that overlap are joined. Main thread.
 class FaceLoader final : public std::enable_shared_from_this<FaceLoader> {
 public:
     using Limits = FaceLimits;
-    /// Asks the server for a face. `entityTag` is that of the kept face, or empty. Calls `done` once, on the main thread.
+    /// Asks the server for a face. `entityTag` is that of the kept face, or empty. Calls `done` once, on the main
+    /// thread.
     using Fetch = std::function<void(const std::string& userId, const std::string& entityTag,
                                      std::function<void(HttpAnswer)> done)>;
 

@@ -40,8 +40,7 @@ std::size_t onDisk(std::size_t bytes) { return (bytes + blockBytes - 1) / blockB
 /// Opens a file and locks it until the object's end, unless another process holds the lock.
 class FileLock final {
 public:
-    explicit FileLock(const std::string& path, int flags)
-        : descriptor_(::open(path.c_str(), flags | O_CLOEXEC, 0600)) {
+    explicit FileLock(const std::string& path, int flags) : descriptor_(::open(path.c_str(), flags | O_CLOEXEC, 0600)) {
         isHeld_ = descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
     }
     FileLock(const FileLock&) = delete;
@@ -64,8 +63,7 @@ struct KeptFile {
 
 }  // namespace
 
-MediaDiskCache::MediaDiskCache(std::string folder, Limits limits)
-    : folder_(std::move(folder)), limits_(limits) {}
+MediaDiskCache::MediaDiskCache(std::string folder, Limits limits) : folder_(std::move(folder)), limits_(limits) {}
 
 std::string MediaDiskCache::defaultFolder() {
     const char* set = std::getenv("XDG_CACHE_HOME");
@@ -77,8 +75,7 @@ std::string MediaDiskCache::defaultFolder() {
 bool MediaDiskCache::isChecked(const std::string& path, const Checked& facts) const {
     const std::lock_guard lock(mutex_);
     const auto found = checked_.find(path);
-    return found != checked_.end() && found->second.inode == facts.inode &&
-           found->second.checksum == facts.checksum;
+    return found != checked_.end() && found->second.inode == facts.inode && found->second.checksum == facts.checksum;
 }
 
 void MediaDiskCache::noteChecked(const std::string& path, const Checked& facts) {
@@ -122,8 +119,7 @@ MediaDiskCache::Lookup MediaDiskCache::find(const std::string& url, Checking che
 
 std::optional<bool> MediaDiskCache::isIntact(const MediumFile& medium, const std::string& path,
                                              std::uint64_t inode) const {
-    if (medium.body.size() <= limits_.readAtOnce)
-        return MediumFile::checksumOf(medium.body) == medium.checksum;
+    if (medium.body.size() <= limits_.readAtOnce) return MediumFile::checksumOf(medium.body) == medium.checksum;
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return std::nullopt;
     std::optional<bool> intact;
@@ -149,8 +145,8 @@ void MediaDiskCache::keep(const std::string& url, const MediumFacts& facts, cons
                           std::optional<PartialFile> file) {
     const std::lock_guard lock(writing_);
     if (data.isNull() || data.size() > limits_.maximumBytes / 2) return;
-    const auto checksum = file ? MediumFile::checksumOf(file->descriptor(), data.size())
-                               : std::optional(MediumFile::checksumOf(data));
+    const auto checksum =
+        file ? MediumFile::checksumOf(file->descriptor(), data.size()) : std::optional(MediumFile::checksumOf(data));
     if (!checksum) return;
     const std::string trailer = MediumFile::trailer(url, facts, data.size(), *checksum);
     const std::size_t size = onDisk(data.size() + trailer.size());
@@ -214,8 +210,7 @@ void MediaDiskCache::sweep(std::size_t bytes) {
             kept.push_back({path, secondsOf(status.st_atim), size});
             total += size;
         } else if (name.ends_with(PartialFile::extension) &&
-                   now - secondsOf(status.st_mtim) > limits_.leftOverSeconds &&
-                   FileLock(path, O_RDWR).isHeld()) {
+                   now - secondsOf(status.st_mtim) > limits_.leftOverSeconds && FileLock(path, O_RDWR).isHeld()) {
             ::unlink(path.c_str());
         }
     }

@@ -14,10 +14,10 @@
 
 namespace ostrel {
 
-/// Keeps media in a folder of files with a bound on their total size; the media used longest ago are removed first. Several
-/// processes may share the folder: a file gets its name when it is complete, is never written to afterwards, and is
-/// checked before it is used. Damaged files are removed. Any thread; all operations block, and only `find` of a small
-/// medium is short.
+/// Keeps media in a folder of files with a bound on their total size; the media used longest ago are removed first.
+/// Several processes may share the folder: a file gets its name when it is complete, is never written to afterwards,
+/// and is checked before it is used. Damaged files are removed. Any thread; all operations block, and only `find` of a
+/// small medium is short.
 class MediaDiskCache final {
 public:
     using Limits = MediaDiskLimits;
@@ -40,10 +40,9 @@ public:
     Lookup find(const std::string& url, Checking checking);
     /// A file in the cache's folder for a medium that is arriving; absent when it cannot be made.
     std::optional<PartialFile> newFile() const;
-    /// Keeps a medium. `file`, when given, already holds its bytes. A medium that is larger than half of the bound is not
-    /// kept, nor is a medium for which the disk has no room.
-    void keep(const std::string& url, const MediumFacts& facts, const Data& data,
-              std::optional<PartialFile> file);
+    /// Keeps a medium. `file`, when given, already holds its bytes. A medium that is larger than half of the bound is
+    /// not kept, nor is a medium for which the disk has no room.
+    void keep(const std::string& url, const MediumFacts& facts, const Data& data, std::optional<PartialFile> file);
     /// Notes until when a kept medium is fresh.
     void refresh(const std::string& url, const MediumFacts& facts);
     void remove(const std::string& url);
@@ -56,8 +55,7 @@ private:
 
     std::string pathFor(const std::string& url) const { return folder_ + "/" + MediumFile::nameFor(url); }
     /// Whether the bytes of the medium are those that were written. Absent when another file has replaced this one.
-    std::optional<bool> isIntact(const MediumFile& medium, const std::string& path,
-                                 std::uint64_t inode) const;
+    std::optional<bool> isIntact(const MediumFile& medium, const std::string& path, std::uint64_t inode) const;
     bool isChecked(const std::string& path, const Checked& facts) const;
     void noteChecked(const std::string& path, const Checked& facts);
     void makeRoom(std::size_t bytes);

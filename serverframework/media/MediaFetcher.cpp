@@ -12,8 +12,8 @@ namespace ostrel {
 
 namespace {
 
-/// What a mapped medium costs in memory, in bytes: the tables of the mapping. The bytes themselves belong to the system's
-/// file cache.
+/// What a mapped medium costs in memory, in bytes: the tables of the mapping. The bytes themselves belong to the
+/// system's file cache.
 constexpr std::size_t costOfMapped = std::size_t{64} * 1024;
 
 /// What keeping a medium costs in memory, in bytes.
@@ -67,8 +67,7 @@ MediaFetcher::MediaFetcher(Limits limits, std::string userAgent, std::shared_ptr
 
 MediaFetcher::~MediaFetcher() {
     worker_.stop();
-    for (auto& [url, fetch] : fetches_)
-        deliver(std::move(fetch.handlers), Data(), std::string(cancelledText));
+    for (auto& [url, fetch] : fetches_) deliver(std::move(fetch.handlers), Data(), std::string(cancelledText));
 }
 
 void MediaFetcher::deliver(Handlers handlers, const Data& data, const std::optional<std::string>& error) {
@@ -136,9 +135,7 @@ std::optional<Data> MediaFetcher::join(const std::string& url, Handler& handler)
     return shownAtOnce(fetch.kept);
 }
 
-bool MediaFetcher::livesOnDisk(const Data& data) const {
-    return disk_ && data.size() > limits_.bodyInMemoryBytes;
-}
+bool MediaFetcher::livesOnDisk(const Data& data) const { return disk_ && data.size() > limits_.bodyInMemoryBytes; }
 
 void MediaFetcher::remember(const std::string& url, const Medium& medium) {
     // A large medium is found on the disk as fast. Its mapping here would keep its room on the disk after its removal.
@@ -182,12 +179,10 @@ void MediaFetcher::check(const std::string& url, std::uint64_t number) {
 
 bool MediaFetcher::hasFreeLane() {
     const double now = Clock::shared().monotonicSeconds();
-    const auto slow =
-        static_cast<int>(std::count_if(underWay_.begin(), underWay_.end(), [&](const auto& fetch) {
-            return now - fetch.second >= limits_.slowSeconds;
-        }));
-    return static_cast<int>(underWay_.size()) - std::min(slow, limits_.simultaneousSlow) <
-           limits_.simultaneous;
+    const auto slow = static_cast<int>(std::count_if(underWay_.begin(), underWay_.end(), [&](const auto& fetch) {
+        return now - fetch.second >= limits_.slowSeconds;
+    }));
+    return static_cast<int>(underWay_.size()) - std::min(slow, limits_.simultaneousSlow) < limits_.simultaneous;
 }
 
 void MediaFetcher::wakeLater() {
@@ -256,8 +251,8 @@ HttpRequest MediaFetcher::requestFor(const std::string& url, const std::optional
     return request;
 }
 
-void MediaFetcher::arrived(const std::string& url, std::uint64_t number,
-                           const std::shared_ptr<MediumBody>& body, HttpAnswer answer) {
+void MediaFetcher::arrived(const std::string& url, std::uint64_t number, const std::shared_ptr<MediumBody>& body,
+                           HttpAnswer answer) {
     std::optional<Medium> kept;
     bool isWanted = false;
     {
@@ -268,7 +263,8 @@ void MediaFetcher::arrived(const std::string& url, std::uint64_t number,
         if (isWanted) kept = found->second.kept;
     }
     if (isWanted) {
-        // The medium is kept before the fetch is removed, so that a request in between joins the fetch or finds the medium.
+        // The medium is kept before the fetch is removed, so that a request in between joins the fetch or finds the
+        // medium.
         const Outcome outcome = judge(url, kept, body, answer);
         Handlers handlers;
         {
@@ -281,8 +277,8 @@ void MediaFetcher::arrived(const std::string& url, std::uint64_t number,
         }
         deliver(std::move(handlers), outcome.data, outcome.error);
     }
-    // After a cancelled answer the transport may have stopped; starting the next fetch here would then recurse. A task of
-    // the main run loop starts it instead.
+    // After a cancelled answer the transport may have stopped; starting the next fetch here would then recurse. A task
+    // of the main run loop starts it instead.
     if (!answer.cancelled) return startNext();
     if (!RunLoop::hasMain()) return;
     RunLoop::main().perform([fetcher = weak_from_this()] {
@@ -323,13 +319,11 @@ MediaFetcher::Outcome MediaFetcher::judge(const std::string& url, const std::opt
     return {Data(), std::move(error)};
 }
 
-void MediaFetcher::keep(const std::string& url, const Medium& medium,
-                        const std::shared_ptr<MediumBody>& body) {
+void MediaFetcher::keep(const std::string& url, const Medium& medium, const std::shared_ptr<MediumBody>& body) {
     {
         const std::lock_guard lock(mutex_);
         // A large medium is found here until its file has its name.
-        memory_.insert(url, medium,
-                       costOf(url, livesOnDisk(medium.data) ? costOfMapped : medium.data.size()));
+        memory_.insert(url, medium, costOf(url, livesOnDisk(medium.data) ? costOfMapped : medium.data.size()));
     }
     if (!disk_) return;
     worker_.post([this, url, medium, body] {

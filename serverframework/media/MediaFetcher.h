@@ -22,10 +22,10 @@ namespace ostrel {
 
 /// Fetches media by absolute address, with a memory cache over a disk cache, both bounded. A kept medium is returned at
 /// once, even when it is no longer fresh; the server is then asked whether the medium has changed (entity tag or
-/// modification date, RFC 9110, section 13), and the handler gets the current medium. A kept medium stays valid when the
-/// server fails or cannot be reached, but not when the server says that the medium is gone. Requests of one address that
-/// overlap are joined, and the address that was requested last is fetched first. No cookies are sent, because an address
-/// in a record may lead to any server.
+/// modification date, RFC 9110, section 13), and the handler gets the current medium. A kept medium stays valid when
+/// the server fails or cannot be reached, but not when the server says that the medium is gone. Requests of one address
+/// that overlap are joined, and the address that was requested last is fetched first. No cookies are sent, because an
+/// address in a record may lead to any server.
 class MediaFetcher final : public OstrelRequestManager, public std::enable_shared_from_this<MediaFetcher> {
 public:
     using Limits = MediaLimits;
@@ -74,8 +74,8 @@ private:
                            const std::shared_ptr<MediumBody>& body) const;
     void arrived(const std::string& url, std::uint64_t number, const std::shared_ptr<MediumBody>& body,
                  HttpAnswer answer);
-    Outcome judge(const std::string& url, const std::optional<Medium>& kept,
-                  const std::shared_ptr<MediumBody>& body, const HttpAnswer& answer);
+    Outcome judge(const std::string& url, const std::optional<Medium>& kept, const std::shared_ptr<MediumBody>& body,
+                  const HttpAnswer& answer);
     void keep(const std::string& url, const Medium& medium, const std::shared_ptr<MediumBody>& body);
     void forget(const std::string& url);
 

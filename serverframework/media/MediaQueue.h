@@ -9,8 +9,8 @@
 
 namespace ostrel {
 
-/// The order in which media are fetched: the media requested last come first, because they are on screen now. Media that
-/// were requested together, as the rows of one screen do it, keep their order. Not synchronised.
+/// The order in which media are fetched: the media requested last come first, because they are on screen now. Media
+/// that were requested together, as the rows of one screen do it, keep their order. Not synchronised.
 class MediaQueue final {
 public:
     /// Requests with at most so much time between them belong together.

@@ -12,8 +12,8 @@
 
 namespace ostrel {
 
-/// Gathers the body of a medium: a small body in memory, a larger one in a file, so that memory stays bounded whatever a
-/// server sends. One thread at a time.
+/// Gathers the body of a medium: a small body in memory, a larger one in a file, so that memory stays bounded whatever
+/// a server sends. One thread at a time.
 class MediumBody final : public BodySink {
 public:
     using OpenFile = std::function<std::optional<PartialFile>()>;
@@ -23,8 +23,8 @@ public:
     bool write(std::string_view bytes) override;
     const std::string& failure() const override { return failure_; }
 
-    /// The whole body, after the last `write`. Null when the body cannot be read; `failure` then says why. A large body is its
-    /// mapped file, whose bytes must not be overwritten as long as the data lives.
+    /// The whole body, after the last `write`. Null when the body cannot be read; `failure` then says why. A large body
+    /// is its mapped file, whose bytes must not be overwritten as long as the data lives.
     Data finish();
     /// Hands over the file of a large body; absent when the body is in memory.
     std::optional<PartialFile> takeFile() { return std::exchange(file_, std::nullopt); }

@@ -26,8 +26,8 @@ std::string lowerCase(std::string_view text) {
     return result;
 }
 
-/// The directives of a Cache-Control list, with names in lower case and values without their quotes. A comma within quotes
-/// does not separate directives.
+/// The directives of a Cache-Control list, with names in lower case and values without their quotes. A comma within
+/// quotes does not separate directives.
 std::map<std::string, std::string> directivesOf(std::string_view list) {
     std::map<std::string, std::string> directives;
     while (!list.empty()) {

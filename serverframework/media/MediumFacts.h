@@ -22,9 +22,9 @@ struct MediumFacts {
     bool isFreshAt(std::int64_t now) const { return now < freshUntil; }
 };
 
-/// The facts of an answer with the status 200 or 304 that arrived at `now` (seconds since 1970), by the rules for a cache of
-/// one user (RFC 9111, sections 3 and 4.2, within `FreshnessLimits`). Absent when the answer must not be kept. When the
-/// server says nothing, an answer is fresh for a tenth of the medium's age.
+/// The facts of an answer with the status 200 or 304 that arrived at `now` (seconds since 1970), by the rules for a
+/// cache of one user (RFC 9111, sections 3 and 4.2, within `FreshnessLimits`). Absent when the answer must not be kept.
+/// When the server says nothing, an answer is fresh for a tenth of the medium's age.
 std::optional<MediumFacts> mediumFactsOf(const HttpAnswer& answer, std::int64_t now);
 
 }  // namespace ostrel

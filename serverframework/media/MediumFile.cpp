@@ -83,8 +83,7 @@ std::optional<MediumFile> MediumFile::read(const Data& file) {
     std::memcpy(&footer, bytes.data() + bytes.size() - sizeof footer, sizeof footer);
     if (footer.mark != magic) return std::nullopt;
     // A sum of three numbers of 32 bits fits into 64 bits.
-    const std::uint64_t texts =
-        std::uint64_t{footer.urlSize} + footer.entityTagSize + footer.lastModifiedSize;
+    const std::uint64_t texts = std::uint64_t{footer.urlSize} + footer.entityTagSize + footer.lastModifiedSize;
     const std::uint64_t rest = bytes.size() - sizeof footer;
     if (texts > longestText * 3 || texts > rest || footer.bodySize != rest - texts) return std::nullopt;
     std::string_view text = bytes.substr(footer.bodySize, texts);

@@ -39,9 +39,7 @@ protected:
         NSBundle::registerBundle(OstrelArticleBundleIdentifier, folder);
         OstrelArticleBundle = nullptr;
     }
-    static void useIdiom(UIUserInterfaceIdiom idiom) {
-        UIDevice::currentDevice().setUserInterfaceIdiom(idiom);
-    }
+    static void useIdiom(UIUserInterfaceIdiom idiom) { UIDevice::currentDevice().setUserInterfaceIdiom(idiom); }
     void show(std::shared_ptr<UIViewController> root) {
         platform.window().setRootViewController(std::move(root));
         platform.settle();
@@ -53,8 +51,7 @@ protected:
     /// What the window's outermost screen presents, when it is a `Screen`.
     template <class Screen>
     std::shared_ptr<Screen> presented() {
-        return std::dynamic_pointer_cast<Screen>(
-            platform.window().rootViewController()->presentedViewController());
+        return std::dynamic_pointer_cast<Screen>(platform.window().rootViewController()->presentedViewController());
     }
     /// The log since the last call.
     Lines logged() {

@@ -100,8 +100,8 @@ std::int64_t ServerTest::userId(const std::string& name) {
     return *added;
 }
 
-std::int64_t ServerTest::addArticle(const std::string& author, const std::string& title,
-                                    const std::string& text, bool openComment) {
+std::int64_t ServerTest::addArticle(const std::string& author, const std::string& title, const std::string& text,
+                                    bool openComment) {
     StoredArticle article;
     article.authorId = userId(author);
     article.title = title;

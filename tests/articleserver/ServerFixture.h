@@ -49,8 +49,8 @@ protected:
 
     Answer get(const std::string& path, const std::string& cookies = {}, httplib::Headers headers = {});
     Answer post(const std::string& path, const httplib::Params& form, const std::string& cookies = {});
-    Answer upload(const std::string& path, const httplib::MultipartFormDataItems& parts,
-                  const std::string& cookies, httplib::Headers headers = {});
+    Answer upload(const std::string& path, const httplib::MultipartFormDataItems& parts, const std::string& cookies,
+                  httplib::Headers headers = {});
 
     /// Signs a user up and returns the session cookie.
     std::string signUp(const std::string& name, const std::string& password = "long enough");
@@ -62,8 +62,7 @@ protected:
     std::filesystem::path mediaFolder() const { return folder_.path("media"); }
     /// The number of files in the media folder, also of partial ones.
     std::size_t mediaCount() const {
-        return static_cast<std::size_t>(
-            std::distance(std::filesystem::directory_iterator(mediaFolder()), {}));
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(mediaFolder()), {}));
     }
     /// Writes a file with a valid name into the media folder.
     std::string addMedia(const std::string& bytes, const std::string& extension);

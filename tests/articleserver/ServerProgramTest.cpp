@@ -24,8 +24,8 @@ int portIn(const std::string& line) {
 TEST(ServerProgramTest, ServesTheSamplesUntilItIsTold) {
     TemporaryFolder folder;
     for (int number : {SIGTERM, SIGINT}) {
-        ChildProcess server({binary, "--data", folder.path("new/data"), "--port", "0", "--sample",
-                             OSTREL_RESOURCE_DIR "/samples"});
+        ChildProcess server(
+            {binary, "--data", folder.path("new/data"), "--port", "0", "--sample", OSTREL_RESOURCE_DIR "/samples"});
         httplib::Client client("127.0.0.1", portIn(server.line()));
         client.set_keep_alive(true);
         EXPECT_EQ(server.line(), "sample account: Ada Fern / snowdrop-teapot");
@@ -43,8 +43,7 @@ TEST(ServerProgramTest, ServesTheSamplesUntilItIsTold) {
 TEST(ServerProgramTest, AFullDiskIsAnErrorAndLeavesNoHalfFile) {
     TemporaryFolder folder;
     // Blocks of 512 bytes: no file may have more than 2 MiB.
-    ChildProcess server(
-        {"/bin/sh", "-c", "ulimit -f 4096; exec \"$0\" --data \"$1\" --port 0", binary, folder.path()});
+    ChildProcess server({"/bin/sh", "-c", "ulimit -f 4096; exec \"$0\" --data \"$1\" --port 0", binary, folder.path()});
     httplib::Client client("127.0.0.1", portIn(server.line()));
     const auto signedUp =
         client.Post("/account/sign_up", httplib::Params{{"name", "Ada"}, {"password", "long enough"}});
@@ -83,15 +82,12 @@ TEST(ServerProgramTest, MistakesGetOneSentenceAndAStatus) {
     for (const Case& tried :
          {Case{{"--data", data, "--port", port}, 1, "Cannot listen on 127.0.0.1 port " + port},
           Case{{"--data", used.path()}, 1, "Another server is using the data folder"},
-          Case{{"--data", file + "/below"}, 1, "data folder"},
-          Case{{"--data", "/proc/nowhere"}, 1, "data folder"},
+          Case{{"--data", file + "/below"}, 1, "data folder"}, Case{{"--data", "/proc/nowhere"}, 1, "data folder"},
           Case{{"--data", data, "--public-url", "ftp://x"}, 1, "public address"},
           Case{{"--data", data, "--host", "not.an.address.invalid"}, 1, "Cannot listen"},
           Case{{"--data", data, "--sample", file + "/below"}, 1, "Cannot read the sample file"},
-          Case{{"--data", data, "--sample"}, 2, "--sample"},
-          Case{{"--data", data, "--port", "65536"}, 2, "--port"},
-          Case{{"--data", data, "--port", "-1"}, 2, "--port"},
-          Case{{"--data", data, "--port", "http"}, 2, "--port"},
+          Case{{"--data", data, "--sample"}, 2, "--sample"}, Case{{"--data", data, "--port", "65536"}, 2, "--port"},
+          Case{{"--data", data, "--port", "-1"}, 2, "--port"}, Case{{"--data", data, "--port", "http"}, 2, "--port"},
           Case{{"--data", data, "--unknown"}, 2, "--unknown"}, Case{{"--port", "0"}, 2, "--data"}}) {
         std::vector<std::string> arguments = {binary};
         arguments.insert(arguments.end(), tried.arguments.begin(), tried.arguments.end());

@@ -47,8 +47,7 @@ class DjangoTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
         // Debian's interpreter, which has Debian's Django.
-        django_ = std::make_unique<ChildProcess>(
-            std::vector<std::string>{"/usr/bin/python3", OSTREL_DJANGO_SERVER});
+        django_ = std::make_unique<ChildProcess>(std::vector<std::string>{"/usr/bin/python3", OSTREL_DJANGO_SERVER});
         port_ = std::atoi(django_->line(60'000).c_str());
     }
     static void TearDownTestSuite() { django_.reset(); }
@@ -74,8 +73,7 @@ protected:
         const Dictionary values(decoded[key]);
         EXPECT_EQ(decoded[key].keys().size(), sent.size()) << key;
         for (const auto& [name, text] : sent)
-            EXPECT_TRUE(values[name].string() == hexadecimal(text))
-                << key << " " << name << ", " << text.size();
+            EXPECT_TRUE(values[name].string() == hexadecimal(text)) << key << " " << name << ", " << text.size();
     }
 
     /// Sends all of them at once, as a save does, and looks at each as it arrived.
@@ -169,19 +167,16 @@ TEST_F(DjangoTest, everyRequestArrivesAsItWasMeant) {
                   {{"title", text}, {"text", ""}}),
              get(ArticleRequest::setImageCaption(id, caption), imagePath, {{"id", "42"}, {"text", caption}}),
              get(ArticleRequest::setVideoCaption(id, caption), videoPath, {{"id", "42"}, {"text", caption}}),
-             post(ArticleRequest::uploadImage(
-                      "42", 5, UploadFile::madeBy([everyByte] { return Data::copy(everyByte); }), text),
+             post(ArticleRequest::uploadImage("42", 5,
+                                              UploadFile::madeBy([everyByte] { return Data::copy(everyByte); }), text),
                   imagePath, query, imageForm, {{"image.jpg", everyByte}}),
              post(ArticleRequest::uploadVideo("42", 5, Data::copy("still"), UploadFile::atPath(clip), fields),
-                  videoPath, query, videoForm,
-                  {{"thumbnail.jpg", "still"}, {"video.mp4", everyByte + everyByte}})});
+                  videoPath, query, videoForm, {{"thumbnail.jpg", "still"}, {"video.mp4", everyByte + everyByte}})});
     }
     exchange(all);
 
     std::optional<std::string> error;
-    ArticleRequest::setImageCaption(id, longText).send([&](const ArticleAnswer& answer) {
-        error = answer.error;
-    });
+    ArticleRequest::setImageCaption(id, longText).send([&](const ArticleAnswer& answer) { error = answer.error; });
     EXPECT_TRUE(loop_->run([&] { return error.has_value(); }, 20));
     EXPECT_EQ(error, "The address of the request is too long.");
 }

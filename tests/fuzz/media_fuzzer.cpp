@@ -35,8 +35,7 @@ struct Place {
     }
 
     void fill(const unsigned char* data, std::size_t size) const {
-        if (::ftruncate(descriptor, 0) != 0 ||
-            ::pwrite(descriptor, data, size, 0) != static_cast<ssize_t>(size))
+        if (::ftruncate(descriptor, 0) != 0 || ::pwrite(descriptor, data, size, 0) != static_cast<ssize_t>(size))
             std::abort();
     }
 
@@ -57,8 +56,7 @@ void convert(const Place& place, const std::shared_ptr<const AVAsset>& asset) {
         ended.get_future().wait();
         NSThread::waitForAll(10);
         const bool isCompleted = session.status() == AVAssetExportSessionStatus::completed;
-        if (isCompleted == session.error().has_value() || isCompleted != std::filesystem::exists(out))
-            std::abort();
+        if (isCompleted == session.error().has_value() || isCompleted != std::filesystem::exists(out)) std::abort();
         if (isCompleted) {
             std::shared_ptr<const UIImage> image;
             float seconds = 0;

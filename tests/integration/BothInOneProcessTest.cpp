@@ -18,8 +18,8 @@ TEST(BothInOneProcessTest, TheFrameworkTalksToAServerOfItsOwnProcess) {
 
     const auto loop = std::make_shared<SystemRunLoop>();
     RunLoop::installMain(loop);
-    auto framework = HttpServerFramework::create(
-        {.baseAddress = (*server)->url(), .mediaCacheFolder = folder.path("cache")});
+    auto framework =
+        HttpServerFramework::create({.baseAddress = (*server)->url(), .mediaCacheFolder = folder.path("cache")});
     ASSERT_TRUE(framework);
     OstrelServerFramework::install(framework);
 
@@ -41,13 +41,12 @@ TEST(BothInOneProcessTest, TheFrameworkTalksToAServerOfItsOwnProcess) {
                                         [&](const auto&, const auto& error) { finish(error); });
     wait();
     std::vector<Dictionary> articles;
-    OstrelServer::shareServer().request(
-        "/article/my_articles_json.html", [&](const auto& answer, const auto& error) {
-            if (answer) {
-                articles = OstrelServerHtmlResultObject::initWithHtml(*answer)->resultsArray();
-            }
-            finish(error);
-        });
+    OstrelServer::shareServer().request("/article/my_articles_json.html", [&](const auto& answer, const auto& error) {
+        if (answer) {
+            articles = OstrelServerHtmlResultObject::initWithHtml(*answer)->resultsArray();
+        }
+        finish(error);
+    });
     wait();
     ASSERT_EQ(articles.size(), 1U);
     EXPECT_EQ(articles[0]["title"].string(), "Harbour");

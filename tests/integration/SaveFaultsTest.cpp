@@ -15,8 +15,7 @@ protected:
     SaveFaultsTest() {
         for (const char* path : {"image_remove", "video_remove", "image_update", "video_update",
                                  "update_article_json.html", "article_42_json.html"}) {
-            web.on(std::string("/article/") + path,
-                   [this](const Request& request) { return answerTo(request); });
+            web.on(std::string("/article/") + path, [this](const Request& request) { return answerTo(request); });
         }
         startFramework(web.address());
     }
@@ -121,8 +120,7 @@ TEST_F(SaveFaultsTest, ARequestThatIsNeverAnsweredHoldsTheSaveUntilTheFrameworkE
 }
 
 TEST_F(SaveFaultsTest, FiveHundredPicturesArriveWithFewConnections) {
-    push(make<UIArticleEditViewController>(UIArticleEditViewController::Images(500, picture()), "", "",
-                                           false));
+    push(make<UIArticleEditViewController>(UIArticleEditViewController::Images(500, picture()), "", "", false));
     editor->save();
     waitForSaves(1);
     EXPECT_EQ(web.requestCount("/article/image_update"), 500u);

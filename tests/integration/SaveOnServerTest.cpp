@@ -13,19 +13,16 @@ namespace {
 class SaveOnServerTest : public SaveOverHttpTest {
 protected:
     SaveOnServerTest()
-        : process_(
-              {OSTREL_ARTICLE_SERVER_BINARY, "--data", data_.path(), "--port", "0", "--exit-with-parent"}) {
+        : process_({OSTREL_ARTICLE_SERVER_BINARY, "--data", data_.path(), "--port", "0", "--exit-with-parent"}) {
         const std::string line = process_.line();
         const std::size_t address = line.find("http://");
         if (address == std::string::npos) throw std::runtime_error("The article server said: " + line);
         startFramework(line.substr(address));
         bool signedIn = false;
-        framework->signUp("Ada", "long enough",
-                          [&](const auto& user, const auto&) { signedIn = user != nullptr; });
+        framework->signUp("Ada", "long enough", [&](const auto& user, const auto&) { signedIn = user != nullptr; });
         EXPECT_TRUE(waitFor([&] { return signedIn; }));
-        EXPECT_EQ(
-            sqlite3_open_v2(data_.path("articles.sqlite").c_str(), &database_, SQLITE_OPEN_READONLY, nullptr),
-            SQLITE_OK);
+        EXPECT_EQ(sqlite3_open_v2(data_.path("articles.sqlite").c_str(), &database_, SQLITE_OPEN_READONLY, nullptr),
+                  SQLITE_OK);
     }
     ~SaveOnServerTest() override {
         endFramework();
@@ -37,8 +34,7 @@ protected:
         Lines all;
         const auto add = [](void* to, int count, char** columns, char**) {
             std::string row;
-            for (int i = 0; i < count; ++i)
-                row += std::string(i ? "|" : "") + (columns[i] ? columns[i] : "NULL");
+            for (int i = 0; i < count; ++i) row += std::string(i ? "|" : "") + (columns[i] ? columns[i] : "NULL");
             static_cast<Lines*>(to)->push_back(std::move(row));
             return 0;
         };
@@ -81,10 +77,8 @@ TEST_F(SaveOnServerTest, AnArticleLivesFromCreationToRemovalAsTheEditorSays) {
     waitForSaves(1);
     EXPECT_EQ(posted.back(), "NOTIFICATION_KEY_NEW_ARTICLE Зима 冬");
     EXPECT_EQ(rows("SELECT title, text FROM articles"), Lines{"Зима 冬|a&b=c+%\r\n😀 שלום"});
-    EXPECT_EQ(rows(imageRows),
-              (Lines{row(0, "one & only", wide), row(1, "", other), row(2, "three", small)}));
-    EXPECT_EQ(rows("SELECT position, text, duration, latitude, altitude FROM videos"),
-              Lines{"0||13.0|+31.2304|"});
+    EXPECT_EQ(rows(imageRows), (Lines{row(0, "one & only", wide), row(1, "", other), row(2, "three", small)}));
+    EXPECT_EQ(rows("SELECT position, text, duration, latitude, altitude FROM videos"), Lines{"0||13.0|+31.2304|"});
     EXPECT_EQ(mediaFiles(), 8u) << "each with its small picture";
     const Lines video = rows("SELECT file FROM videos");
     EXPECT_TRUE(Data::mapFile(data_.path("media/" + video.at(0))).view() == Data::mapFile(clip).view());
@@ -107,8 +101,8 @@ TEST_F(SaveOnServerTest, AnArticleLivesFromCreationToRemovalAsTheEditorSays) {
     EXPECT_EQ(editor->uploadTasksNum(), 7);
     waitForSaves(2);
     EXPECT_EQ(posted.back(), "NOTIFICATION_KEY_UPDATE ");
-    EXPECT_EQ(rows(imageRows), (Lines{row(0, "three", small), row(1, "now with text 👋 &value=9", other),
-                                      row(2, "last", wide)}));
+    EXPECT_EQ(rows(imageRows),
+              (Lines{row(0, "three", small), row(1, "now with text 👋 &value=9", other), row(2, "last", wide)}));
     EXPECT_EQ(mediaFiles(), 8u) << "what was removed leaves no file";
     EXPECT_EQ(lastRecord["id"], created["id"]);
     EXPECT_EQ(errorFile(), "");
@@ -119,8 +113,7 @@ TEST_F(SaveOnServerTest, AnArticleLivesFromCreationToRemovalAsTheEditorSays) {
         EXPECT_FALSE(answer.error) << *answer.error;
     });
     ASSERT_TRUE(waitFor([&] { return removed; }));
-    EXPECT_EQ(rows("SELECT id FROM articles UNION SELECT id FROM images UNION SELECT id FROM videos"),
-              Lines{});
+    EXPECT_EQ(rows("SELECT id FROM articles UNION SELECT id FROM images UNION SELECT id FROM videos"), Lines{});
     EXPECT_EQ(mediaFiles(), 0u);
 }
 

@@ -40,8 +40,7 @@ protected:
         return limits;
     }
 
-    HttpServerFramework& start(HttpServerFramework::Limits limits = {},
-                               std::shared_ptr<SessionStore> store = nullptr) {
+    HttpServerFramework& start(HttpServerFramework::Limits limits = {}, std::shared_ptr<SessionStore> store = nullptr) {
         return startAt(server_.address(), limits, std::move(store));
     }
     HttpServerFramework& startAt(const std::string& address, HttpServerFramework::Limits limits = {},
@@ -60,9 +59,7 @@ protected:
     HttpServerFramework& framework() { return framework_ ? *framework_ : start(); }
     OstrelServer& client() { return framework().shareServer(); }
 
-    bool runUntil(const std::function<bool()>& isDone, double seconds = 20) {
-        return loop_->run(isDone, seconds);
-    }
+    bool runUntil(const std::function<bool()>& isDone, double seconds = 20) { return loop_->run(isDone, seconds); }
 
     Texts get(const std::string& path) {
         return await([&](AnswerHandler handler) { client().request(path, std::move(handler)); });
@@ -115,9 +112,9 @@ protected:
 
     /// Signs in by a scripted answer that sets the session's cookie to `session`.
     void signIn(const std::string& session = "secret") {
-        server_.on("/account/sign_in", answer(R"({"success":true,"user":{"id":7,"name":"Ada"}})", 200,
-                                              "Set-Cookie: ostrel_session=" + session +
-                                                  "; Path=/; HttpOnly; Max-Age=2592000\r\n"));
+        server_.on("/account/sign_in",
+                   answer(R"({"success":true,"user":{"id":7,"name":"Ada"}})", 200,
+                          "Set-Cookie: ostrel_session=" + session + "; Path=/; HttpOnly; Max-Age=2592000\r\n"));
         bool done = false;
         framework().signIn("Ada", "password", [&](const auto& user, const auto& error) {
             done = true;

@@ -48,13 +48,12 @@ public:
     }
 
     /// Moving bars and a tone. `size` as "640x360".
-    std::string plain(
-        const std::string& name, const std::string& size, double seconds = 1,
-        const std::string& encoding = "-c:v libx264 -preset ultrafast -pix_fmt yuv420p -c:a aac",
-        int framesPerSecond = 30) {
+    std::string plain(const std::string& name, const std::string& size, double seconds = 1,
+                      const std::string& encoding = "-c:v libx264 -preset ultrafast -pix_fmt yuv420p -c:a aac",
+                      int framesPerSecond = 30) {
         const std::string length = ":d=" + std::to_string(seconds);
-        return make(name, "-f lavfi -i testsrc2=s=" + size + ":r=" + std::to_string(framesPerSecond) +
-                              length + " -f lavfi -i sine=440:r=44100" + length + " -shortest " + encoding);
+        return make(name, "-f lavfi -i testsrc2=s=" + size + ":r=" + std::to_string(framesPerSecond) + length +
+                              " -f lavfi -i sine=440:r=44100" + length + " -shortest " + encoding);
     }
 
 private:

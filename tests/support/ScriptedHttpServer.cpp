@@ -90,8 +90,7 @@ ScriptedHttpServer::~ScriptedHttpServer() {
     ::close(listener_);
 }
 
-ScriptedHttpServer::Answer ScriptedHttpServer::answer(std::string_view body, int status,
-                                                      std::string_view headers) {
+ScriptedHttpServer::Answer ScriptedHttpServer::answer(std::string_view body, int status, std::string_view headers) {
     Answer result;
     result.bytes = "HTTP/1.1 " + std::to_string(status) + (status == 200 ? " OK" : " Reason") +
                    "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n";
@@ -128,10 +127,9 @@ std::vector<ScriptedHttpServer::Request> ScriptedHttpServer::requests() const {
 
 std::size_t ScriptedHttpServer::requestCount(std::string_view path) const {
     const std::lock_guard lock(mutex_);
-    return static_cast<std::size_t>(
-        std::count_if(requests_.begin(), requests_.end(), [&](const Request& request) {
-            return std::string_view(request.target).substr(0, request.target.find('?')) == path;
-        }));
+    return static_cast<std::size_t>(std::count_if(requests_.begin(), requests_.end(), [&](const Request& request) {
+        return std::string_view(request.target).substr(0, request.target.find('?')) == path;
+    }));
 }
 
 void ScriptedHttpServer::acceptConnections() {
@@ -192,8 +190,7 @@ bool ScriptedHttpServer::readHead(Connection& connection, Request& request) {
         const std::size_t begin = lineEnd + 2;
         lineEnd = std::min(head.find("\r\n", begin), head.size());
         const std::size_t colon = head.find(':', begin);
-        request.headers[lowered(head.substr(begin, colon - begin))] =
-            head.substr(colon + 2, lineEnd - colon - 2);
+        request.headers[lowered(head.substr(begin, colon - begin))] = head.substr(colon + 2, lineEnd - colon - 2);
     }
     request.bodyFingerprint = fingerprint({});
     return true;
@@ -202,8 +199,7 @@ bool ScriptedHttpServer::readHead(Connection& connection, Request& request) {
 bool ScriptedHttpServer::readBody(Connection& connection, Request& request) {
     const auto length = request.headers.find("content-length");
     std::size_t left = length == request.headers.end() ? 0 : std::stoull(length->second);
-    if (left > 0 && request.headers.count("expect") &&
-        !sendAll(connection.socket, "HTTP/1.1 100 Continue\r\n\r\n")) {
+    if (left > 0 && request.headers.count("expect") && !sendAll(connection.socket, "HTTP/1.1 100 Continue\r\n\r\n")) {
         return false;
     }
     while (left > 0) {

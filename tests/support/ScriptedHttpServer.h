@@ -19,8 +19,8 @@ namespace ostrel {
 /// FNV-1a of 64 bits, to compare bodies too large to keep; pass the former result to go on.
 std::uint64_t fingerprint(std::string_view bytes, std::uint64_t from = 14695981039346656037ULL);
 
-/// A server on 127.0.0.1 that sends what a test wrote down, faults of every kind included: it writes raw bytes and knows
-/// no more of HTTP than to find the end of a request. Listens as soon as it is made.
+/// A server on 127.0.0.1 that sends what a test wrote down, faults of every kind included: it writes raw bytes and
+/// knows no more of HTTP than to find the end of a request. Listens as soon as it is made.
 class ScriptedHttpServer final {
 public:
     struct Request {

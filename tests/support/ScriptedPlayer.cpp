@@ -21,9 +21,8 @@ void ScriptedPlayer::finish() {
 
 void ScriptedPlayer::play() {
     calls.push_back("play");
-    control = currentStatus == AVPlayerStatus::readyToPlay
-                  ? AVPlayerTimeControlStatus::playing
-                  : AVPlayerTimeControlStatus::waitingToPlayAtSpecifiedRate;
+    control = currentStatus == AVPlayerStatus::readyToPlay ? AVPlayerTimeControlStatus::playing
+                                                           : AVPlayerTimeControlStatus::waitingToPlayAtSpecifiedRate;
 }
 
 void ScriptedPlayer::pause() {
@@ -58,8 +57,7 @@ ScriptedPlayers::~ScriptedPlayers() { PlayerFactory::install(nullptr); }
 std::vector<std::string> ScriptedPlayers::urls() const { return urls_; }
 
 std::size_t ScriptedPlayers::alive() const {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(made_, [](const auto& player) { return !player.expired(); }));
+    return static_cast<std::size_t>(std::ranges::count_if(made_, [](const auto& player) { return !player.expired(); }));
 }
 
 std::size_t ScriptedPlayers::playing() const {

@@ -65,16 +65,14 @@ public:
     OstrelRequestManager& requestManager() override { return *this; }
     std::shared_ptr<const OstrelServerHtmlResultObject> parseResult(const std::string& html) override;
     std::shared_ptr<UIViewController> loginController(LoginHandler handler) override;
-    std::optional<NSDate> dateFromServerText(std::string_view text) override {
-        return NSDate::fromISO8601(text);
-    }
+    std::optional<NSDate> dateFromServerText(std::string_view text) override { return NSDate::fromISO8601(text); }
     std::string encodeForQuery(std::string_view text) override { return "<" + std::string(text) + ">"; }
 
     std::shared_ptr<const OstrelServerUserObject> currentUser() const override { return user; }
     void request(const std::string& path, AnswerHandler handler) override;
     void postURL(const std::string& path, const FormFields& fields, AnswerHandler handler) override;
-    std::shared_ptr<Transfer> postManyDataURL(const std::string& path, const UploadBody& body,
-                                              AnswerHandler handler, ProgressHandler progress) override;
+    std::shared_ptr<Transfer> postManyDataURL(const std::string& path, const UploadBody& body, AnswerHandler handler,
+                                              ProgressHandler progress) override;
     void loadUserFace(const std::string& userId, FaceHandler handler) override;
     void notificationUserID(const Value& userId, const std::string& title, const std::string& text) override {
         messages.push_back({userId, title, text});

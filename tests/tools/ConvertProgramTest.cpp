@@ -45,23 +45,21 @@ protected:
             const rlimit limit{largestFile, largestFile};
             ::setrlimit(RLIMIT_FSIZE, &limit);
         }
-        if (!std::freopen(output.c_str(), "w", stdout) || !std::freopen(errors.c_str(), "w", stderr))
-            ::_exit(99);
+        if (!std::freopen(output.c_str(), "w", stdout) || !std::freopen(errors.c_str(), "w", stderr)) ::_exit(99);
         ::execv(texts[0], texts.data());
         ::_exit(98);
     }
 
-    /// A second of small pictures, for what does not depend on the clip: its conversion takes little more than a start of
-    /// the program.
+    /// A second of small pictures, for what does not depend on the clip: its conversion takes little more than a start
+    /// of the program.
     static std::string smallClip() { return ClipMaker::shared().plain("small.mov", "160x90"); }
     /// A clip as a camera writes it that was turned by 90 degrees.
     static std::string cameraClip() {
         ClipMaker::shared().plain("landscape.mov", "320x180", 2);
         return ClipMaker::shared().make(
-            "clip.mov",
-            "-i {landscape.mov} -c copy -metadata:s:v:0 rotate=270 -movflags use_metadata_tags "
-            "-metadata com.apple.quicktime.location.ISO6709=+31.2304+121.4737+012.345/ "
-            "-metadata com.apple.quicktime.model='Camera 7' -metadata creation_time=2026-11-21T02:32:38Z");
+            "clip.mov", "-i {landscape.mov} -c copy -metadata:s:v:0 rotate=270 -movflags use_metadata_tags "
+                        "-metadata com.apple.quicktime.location.ISO6709=+31.2304+121.4737+012.345/ "
+                        "-metadata com.apple.quicktime.model='Camera 7' -metadata creation_time=2026-11-21T02:32:38Z");
     }
     static bool isWhole(const std::string& path) {
         const std::string command = "ffmpeg -nostdin -v error -xerror -i '" + path + "' -f null - 2>&1";
@@ -84,9 +82,8 @@ TEST_F(ConvertProgramTest, TellsTheFactsThatTheEditorReads) {
     const Ended ended =
         run({cameraClip(), folder.path("out/a.mp4"), "--json", "--thumbnail", folder.path("out/a.png")});
     ASSERT_EQ(ended.status, 0) << folder.read("errors");
-    EXPECT_EQ(
-        nlohmann::json::parse(ended.output),
-        nlohmann::json::parse(R"({"duration":2,"width":180,"height":320,"orientation":"up","turned":"right",
+    EXPECT_EQ(nlohmann::json::parse(ended.output),
+              nlohmann::json::parse(R"({"duration":2,"width":180,"height":320,"orientation":"up","turned":"right",
                   "date":"2026-11-21T02:32:38Z","latitude":"+31.2304","longitude":"+121.4737","altitude":"+012.345",
                   "model":"Camera 7","software":null,"preset":"medium"})"));
     EXPECT_TRUE(isWhole(folder.path("out/a.mp4")));
@@ -138,8 +135,7 @@ TEST_F(ConvertProgramTest, AKillAtAnyMomentLeavesNoFileThatIsNotWhole) {
     const std::string out = folder.path("out/a.mp4");
     const auto begin = std::chrono::steady_clock::now();
     ASSERT_EQ(run({smallClip(), out}).status, 0);
-    const auto whole =
-        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - begin);
+    const auto whole = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - begin);
     std::filesystem::remove(out);
     const unsigned seed = std::random_device()();
     SCOPED_TRACE(testing::Message() << "seed " << seed);
@@ -151,8 +147,7 @@ TEST_F(ConvertProgramTest, AKillAtAnyMomentLeavesNoFileThatIsNotWhole) {
     int finished = 0;
     for (int i = 0; i < kills; ++i) {
         const pid_t child = start({smallClip(), out});
-        std::this_thread::sleep_for(
-            std::chrono::microseconds(i % 2 == 0 ? anyMoment(random) : lateMoment(random)));
+        std::this_thread::sleep_for(std::chrono::microseconds(i % 2 == 0 ? anyMoment(random) : lateMoment(random)));
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
         for (const std::string& name : made()) {

@@ -19,8 +19,7 @@ constexpr int postMilliseconds = 30000;
 
 UIArticleEditViewController* EditorGuide::editor() {
     const auto navigation = reader_.root().myArticles().navigationController();
-    return navigation ? dynamic_cast<UIArticleEditViewController*>(navigation->topViewController().get())
-                      : nullptr;
+    return navigation ? dynamic_cast<UIArticleEditViewController*>(navigation->topViewController().get()) : nullptr;
 }
 
 UIArticleEditMediaTableViewCell* EditorGuide::strip(Strip kind) {
@@ -34,13 +33,11 @@ std::size_t EditorGuide::itemCount(Strip kind) {
     auto* const screen = editor();
     if (!screen) return 0;
     if (kind == Strip::images) {
-        return screen->imagesCell() && screen->imagesCell()->imagesArray()
-                   ? screen->imagesCell()->imagesArray()->size()
-                   : 0;
+        return screen->imagesCell() && screen->imagesCell()->imagesArray() ? screen->imagesCell()->imagesArray()->size()
+                                                                           : 0;
     }
-    return screen->videosCell() && screen->videosCell()->videosArray()
-               ? screen->videosCell()->videosArray()->size()
-               : 0;
+    return screen->videosCell() && screen->videosCell()->videosArray() ? screen->videosCell()->videosArray()->size()
+                                                                       : 0;
 }
 
 UICollectionViewCell* EditorGuide::tile(Strip kind, std::size_t index) {
@@ -48,8 +45,7 @@ UICollectionViewCell* EditorGuide::tile(Strip kind, std::size_t index) {
     for (int i = 0; i < 30 && editor(); ++i) {
         double above = 1;
         if (auto* const row = strip(kind)) {
-            const auto cell =
-                row->collectionView()->cellForItemAtIndexPath({0, static_cast<std::int64_t>(index)});
+            const auto cell = row->collectionView()->cellForItemAtIndexPath({0, static_cast<std::int64_t>(index)});
             const CGRect rect = window_.rectOf(cell ? static_cast<UIView&>(*cell) : *row);
             if (cell && row->window() && rect.minY() >= top && rect.maxY() <= bottom) return cell.get();
             above = rect.minY() < top ? -1 : 1;
@@ -151,8 +147,7 @@ void EditorGuide::post() {
     const CGFloat width = reader_.rootView().frame().width();
     check(editor()->navigationItem().rightBarButtonItem()->isEnabled(), "POST is enabled");
     press({width - 36, 22});
-    check(window_.waitFor([&] { return editor() == nullptr; }, postMilliseconds),
-          "the editor closes when all is sent");
+    check(window_.waitFor([&] { return editor() == nullptr; }, postMilliseconds), "the editor closes when all is sent");
     window_.settle();
 }
 

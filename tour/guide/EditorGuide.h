@@ -11,8 +11,8 @@ class UIArticleEditMediaTableViewCell;
 class UIArticleEditViewController;
 class UICollectionViewCell;
 
-/// What a part of the tour needs to write an article: what the editor shows, and what a person does with it. The editor is
-/// on top of the user's own list. Main thread.
+/// What a part of the tour needs to write an article: what the editor shows, and what a person does with it. The editor
+/// is on top of the user's own list. Main thread.
 class EditorGuide : public TourGuide {
 protected:
     using TourGuide::TourGuide;

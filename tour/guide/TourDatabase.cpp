@@ -18,8 +18,7 @@ TourDatabase::~TourDatabase() { sqlite3_close(database_); }
 std::vector<std::string> TourDatabase::texts(const std::string& sql, const std::vector<std::string>& values) {
     std::vector<std::string> rows;
     sqlite3_stmt* statement = nullptr;
-    if (!database_ || sqlite3_prepare_v2(database_, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK)
-        return rows;
+    if (!database_ || sqlite3_prepare_v2(database_, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) return rows;
     for (std::size_t i = 0; i < values.size(); ++i) {
         sqlite3_bind_text(statement, static_cast<int>(i + 1), values[i].c_str(), -1, SQLITE_TRANSIENT);
     }

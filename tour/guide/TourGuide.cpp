@@ -21,9 +21,7 @@ TourGuide::TourGuide(const TourOptions& options, ReaderApplication& reader, Arti
       input_(reader.window()),
       steps_(steps) {}
 
-std::string idOf(const UIArticleListTableViewCell& row) {
-    return row.articleDictionary()["id"].text().value_or("");
-}
+std::string idOf(const UIArticleListTableViewCell& row) { return row.articleDictionary()["id"].text().value_or(""); }
 
 void TourGuide::step(const char* name, const std::function<void()>& body) {
     TourStep& current = steps_.emplace_back();
@@ -37,15 +35,12 @@ void TourGuide::step(const char* name, const std::function<void()>& body) {
     std::snprintf(number, sizeof number, "%02zu", steps_.size());
     current.picture = std::string(number) + "-" + name + ".png";
     check(window_.savePicture(options_.folder + "/" + current.picture), "a picture is written");
-    std::printf("%s %s (%.0f ms)\n", current.ok() ? "ok    " : "FAILED", current.picture.c_str(),
-                current.milliseconds);
+    std::printf("%s %s (%.0f ms)\n", current.ok() ? "ok    " : "FAILED", current.picture.c_str(), current.milliseconds);
     for (const auto& failure : current.failed) std::printf("       not so: %s\n", failure.c_str());
     std::fflush(stdout);
 }
 
-void TourGuide::savePicture(const std::string& name) const {
-    window_.savePicture(options_.folder + "/" + name);
-}
+void TourGuide::savePicture(const std::string& name) const { window_.savePicture(options_.folder + "/" + name); }
 
 bool TourGuide::check(bool held, const std::string& what) {
     (held ? steps_.back().held : steps_.back().failed).push_back(what);
@@ -109,9 +104,8 @@ void TourGuide::openTab(const char* title) {
 }
 
 void TourGuide::fill(const char* name, const std::string& text) {
-    UIView* field = window_.find([&](UIView& view) {
-        return dynamic_cast<UITextField*>(&view) && view.accessibility().label == name;
-    });
+    UIView* field = window_.find(
+        [&](UIView& view) { return dynamic_cast<UITextField*>(&view) && view.accessibility().label == name; });
     press(field, std::string("the field ") + name);
     window_.settle();
     input_.key(Qt::Key_A, {}, Qt::ControlModifier);

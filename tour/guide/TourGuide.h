@@ -15,7 +15,8 @@
 
 namespace ostrel {
 
-/// What every part of the tour needs: steps with checks and pictures, and what a person does with the window. Main thread.
+/// What every part of the tour needs: steps with checks and pictures, and what a person does with the window. Main
+/// thread.
 class TourGuide {
 public:
     /// Adds to `steps`, which all parts of the tour share, so that their pictures are numbered in one sequence.

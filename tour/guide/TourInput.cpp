@@ -19,8 +19,8 @@ constexpr int millisecondsBetweenKeys = 8;
 TourInput::TourInput(QQuickWindow& window)
     : window_(window),
       touchscreen_(new QPointingDevice("tour touchscreen", 1000, QInputDevice::DeviceType::TouchScreen,
-                                       QPointingDevice::PointerType::Finger,
-                                       QInputDevice::Capability::Position, 5, 0)) {
+                                       QPointingDevice::PointerType::Finger, QInputDevice::Capability::Position, 5,
+                                       0)) {
     QWindowSystemInterface::registerInputDevice(touchscreen_);
 }
 
@@ -42,8 +42,8 @@ QPoint TourInput::native(CGPoint point) const {
 
 void TourInput::mouse(CGPoint point, Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type) {
     const QPointF local = native(point);
-    QWindowSystemInterface::handleMouseEvent(&window_, local, window_.handle()->mapToGlobal(local.toPoint()),
-                                             buttons, button, type);
+    QWindowSystemInterface::handleMouseEvent(&window_, local, window_.handle()->mapToGlobal(local.toPoint()), buttons,
+                                             button, type);
 }
 
 void TourInput::moveMouse(CGPoint point) {
@@ -65,8 +65,8 @@ void TourInput::drag(CGPoint from, CGPoint to, int milliseconds, int restFor, in
     for (int i = 1; i <= steps; ++i) {
         pass(std::max(1, milliseconds / steps));
         const double part = static_cast<double>(i) / steps;
-        mouse({from.x + (to.x - from.x) * part, from.y + (to.y - from.y) * part}, Qt::LeftButton,
-              Qt::NoButton, QEvent::MouseMove);
+        mouse({from.x + (to.x - from.x) * part, from.y + (to.y - from.y) * part}, Qt::LeftButton, Qt::NoButton,
+              QEvent::MouseMove);
     }
     pass(restFor);
     mouse(to, Qt::NoButton, Qt::LeftButton, QEvent::MouseButtonRelease);

@@ -11,8 +11,8 @@ class QPointingDevice;
 
 namespace ostrel {
 
-/// Sends events through Qt's window system interface, so that Qt handles them like those of a real device. Points are in
-/// the coordinates of the window, times in milliseconds. Main thread.
+/// Sends events through Qt's window system interface, so that Qt handles them like those of a real device. Points are
+/// in the coordinates of the window, times in milliseconds. Main thread.
 class TourInput final {
 public:
     /// How long a button or a finger stays down.

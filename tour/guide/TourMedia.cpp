@@ -41,8 +41,7 @@ QImage painted(const Scene& scene) {
         const double base = height * (0.62 + 0.12 * hill);
         for (int x = 0; x <= 60; ++x) {
             const double at = x / 60.0 * 6.3;
-            ridge << QPointF(width * x / 60,
-                             base + height * 0.05 * std::sin(at * (1 + 0.4 * hill) + 2.1 * hill));
+            ridge << QPointF(width * x / 60, base + height * 0.05 * std::sin(at * (1 + 0.4 * hill) + 2.1 * hill));
         }
         ridge << QPointF(width, height);
         painter.setBrush(scene.land.darker(100 + 35 * hill));
@@ -55,8 +54,7 @@ QImage painted(const Scene& scene) {
 bool setAge(const QString& path, int minutes) {
     QFile file(path);
     return file.open(QIODevice::ReadWrite) &&
-           file.setFileTime(QDateTime::currentDateTime().addSecs(-60 * minutes),
-                            QFileDevice::FileModificationTime);
+           file.setFileTime(QDateTime::currentDateTime().addSecs(-60 * minutes), QFileDevice::FileModificationTime);
 }
 
 }  // namespace

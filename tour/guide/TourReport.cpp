@@ -17,8 +17,7 @@ bool writeTourReport(const std::string& path, const std::string& idiom, const st
                         {"checked", step.held},
                         {"failed", step.failed}});
     }
-    const bool ok =
-        !steps.empty() && std::all_of(steps.begin(), steps.end(), [](const TourStep& s) { return s.ok(); });
+    const bool ok = !steps.empty() && std::all_of(steps.begin(), steps.end(), [](const TourStep& s) { return s.ok(); });
     std::ofstream file(path);
     file << nlohmann::json{{"idiom", idiom}, {"ok", ok}, {"steps", list}}.dump(2) << "\n";
     return file.good();

@@ -86,7 +86,8 @@ bool TourWindow::waitFor(const std::function<bool()>& condition, int millisecond
 bool TourWindow::settle(int milliseconds) const {
     QElapsedTimer since;
     since.start();
-    // The window must be at rest in three looks in a row, because a view that comes to rest may start another animation.
+    // The window must be at rest in three looks in a row, because a view that comes to rest may start another
+    // animation.
     for (int quiet = 0; quiet < 3;) {
         if (since.elapsed() > milliseconds) return false;
         TourInput::pass(millisecondsBetweenLooks);

@@ -12,8 +12,8 @@
 
 namespace ostrel {
 
-/// Looks at the window as a person does: finds the views on screen, and waits for them. Events are sent by TourInput. Main
-/// thread.
+/// Looks at the window as a person does: finds the views on screen, and waits for them. Events are sent by TourInput.
+/// Main thread.
 class TourWindow final {
 public:
     explicit TourWindow(ReaderApplication& reader) : reader_(reader) {}

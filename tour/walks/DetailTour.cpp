@@ -47,8 +47,7 @@ void DetailTour::run() {
 
 UIArticleViewController* DetailTour::screen() {
     const auto navigation = reader_.root().allArticles().navigationController();
-    return navigation ? dynamic_cast<UIArticleViewController*>(navigation->topViewController().get())
-                      : nullptr;
+    return navigation ? dynamic_cast<UIArticleViewController*>(navigation->topViewController().get()) : nullptr;
 }
 
 bool DetailTour::isWhole(const UIView& view) {
@@ -94,17 +93,16 @@ void DetailTour::articleOpens() {
     listOffset_ = reader_.root().allArticles().tableView()->contentOffset().y;
     const CGRect row = window_.rectOf(*rowOf(articleId_));
     press({row.minX() + 140, row.minY() + 30});
-    check(window_.waitFor([&] { return screen() && !screen()->resultDict()["id"].isNull(); }),
-          "the article has come");
+    check(window_.waitFor([&] { return screen() && !screen()->resultDict()["id"].isNull(); }), "the article has come");
     window_.settle();
     const auto title = database_.texts("SELECT title FROM articles WHERE id = ?", {articleId_});
     check(!title.empty() && window_.text(title.front()) != nullptr, "its title is on screen");
     if (!screen()) return;
-    for (const auto& [table, shown] : {std::pair{"images", screen()->imagesArray().size()},
-                                       std::pair{"videos", screen()->videosArray().size()},
-                                       std::pair{"comments", screen()->commentsArray().size()}}) {
-        const auto stored = database_.number(
-            std::string("SELECT count(*) FROM ") + table + " WHERE article_id = ?", {articleId_});
+    for (const auto& [table, shown] :
+         {std::pair{"images", screen()->imagesArray().size()}, std::pair{"videos", screen()->videosArray().size()},
+          std::pair{"comments", screen()->commentsArray().size()}}) {
+        const auto stored =
+            database_.number(std::string("SELECT count(*) FROM ") + table + " WHERE article_id = ?", {articleId_});
         check(static_cast<std::int64_t>(shown) == stored, std::string("all its ") + table + " are listed");
     }
 }
@@ -119,8 +117,7 @@ void DetailTour::textIsSelected() {
         input_.click(word);
     } else {
         hold(word);
-        check(window_.waitFor([&] { return window_.text("Copy") != nullptr; }),
-              "a long press offers to copy");
+        check(window_.waitFor([&] { return window_.text("Copy") != nullptr; }), "a long press offers to copy");
     }
     const auto& selection = text->textTextView()->selection();
     check(selection && !selection->isEmpty(), "a word of it is selected");
@@ -136,8 +133,7 @@ void DetailTour::textIsCopied() {
         press(window_.text("Copy"), "Copy");
     }
     const auto copied = [] { return QGuiApplication::clipboard()->text().toStdString(); };
-    check(window_.waitFor(
-              [&] { return !copied().empty() && text->text().find(copied()) != std::string::npos; }),
+    check(window_.waitFor([&] { return !copied().empty() && text->text().find(copied()) != std::string::npos; }),
           "the word is on the clipboard");
     window_.settle();
     const auto* title = window_.first<UIArticleViewTitleTableViewCell>();
@@ -150,8 +146,7 @@ void DetailTour::pictureComes() {
     UIArticleViewImageTableViewCell* row = nullptr;
     const bool found = scrollUntil([&] {
         row = window_.first<UIArticleViewImageTableViewCell>();
-        return row &&
-               window_.rectOf(*row).maxY() <= reader_.rootView().frame().height() - ReaderTabs::barHeight;
+        return row && window_.rectOf(*row).maxY() <= reader_.rootView().frame().height() - ReaderTabs::barHeight;
     });
     if (!check(found, "the picture's row is on screen")) return;
     check(window_.waitFor([&] { return row->fullImageHasCompleted(); }), "the full picture is loaded");
@@ -173,10 +168,7 @@ void DetailTour::videoPlays() {
         return player && player->currentItem() ? player->currentTime().seconds() : 0;
     };
     check(window_.waitFor(
-              [&] {
-                  return row->player() &&
-                         row->player()->timeControlStatus() == AVPlayerTimeControlStatus::playing;
-              },
+              [&] { return row->player() && row->player()->timeControlStatus() == AVPlayerTimeControlStatus::playing; },
               videoMilliseconds),
           "it plays");
     check(window_.waitFor([&] { return position() > 0.5; }, videoMilliseconds), "its time goes on");
@@ -191,8 +183,7 @@ void DetailTour::spacePauses() {
     auto* row = window_.first<UIArticleVideoTableViewCell>();
     if (!check(row && row->player(), "the film is on screen")) return;
     input_.key(Qt::Key_Space, " ");
-    check(window_.waitFor(
-              [&] { return row->player()->timeControlStatus() == AVPlayerTimeControlStatus::paused; }),
+    check(window_.waitFor([&] { return row->player()->timeControlStatus() == AVPlayerTimeControlStatus::paused; }),
           "the space bar pauses it");
 }
 
@@ -203,8 +194,7 @@ void DetailTour::authorIsAddressed() {
     auto* title = window_.first<UIArticleViewTitleTableViewCell>();
     if (!check(title != nullptr, "the title is on screen")) return;
     hold(window_.centerOf(*title));
-    check(window_.waitFor([&] { return window_.text("Touch Author") != nullptr; }),
-          "a long press asks for a message");
+    check(window_.waitFor([&] { return window_.text("Touch Author") != nullptr; }), "a long press asks for a message");
     window_.settle();
     auto* field = window_.first<UITextField>();
     press(field, "the message's field");
@@ -216,10 +206,9 @@ void DetailTour::authorIsAddressed() {
 void DetailTour::authorGetsAMessage() {
     press(window_.text("Touch"), "Touch");
     check(window_.waitFor([&] {
-        return database_.number(
-                   "SELECT count(*) FROM notifications n JOIN articles a ON a.author_id = n.recipient_id "
-                   "WHERE a.id = ? AND n.text = ?",
-                   {articleId_, message}) == 1;
+        return database_.number("SELECT count(*) FROM notifications n JOIN articles a ON a.author_id = n.recipient_id "
+                                "WHERE a.id = ? AND n.text = ?",
+                                {articleId_, message}) == 1;
     }),
           "the message is in the database, for the author");
 }
@@ -252,8 +241,7 @@ void DetailTour::commentIsTyped() {
     check(window_.waitFor([&] { return window_.text("Reply") != nullptr; }), "the composer opens");
     window_.settle();
     input_.type(comment);
-    check(window_.waitFor([&] { return window_.textContaining(comment) != nullptr; }),
-          "it holds what was typed");
+    check(window_.waitFor([&] { return window_.textContaining(comment) != nullptr; }), "it holds what was typed");
 }
 
 void DetailTour::commentIsSent() {
@@ -291,12 +279,10 @@ void DetailTour::authorReadsTheMessage() {
     signIn(account.name, account.password);
     check(window_.waitFor([&] { return reader_.framework().shareServer().currentUser() != nullptr; }),
           "the author is signed in");
-    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }),
-          "the login screen has left");
+    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }), "the login screen has left");
     window_.settle();
     openTab(account.name.c_str());
-    check(window_.waitFor([&] { return window_.text(readerText("Messages")) != nullptr; }),
-          "there are messages");
+    check(window_.waitFor([&] { return window_.text(readerText("Messages")) != nullptr; }), "there are messages");
     window_.settle();
     press(window_.text(readerText("Messages")), "Messages");
     check(window_.waitFor([&] { return window_.text(message) != nullptr; }), "the author sees the message");

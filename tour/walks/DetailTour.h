@@ -8,8 +8,8 @@ namespace ostrel {
 
 class UIArticleViewController;
 
-/// The tour of one article: its pictures, its video, its comments, and the message to its author. Follows the tour of the
-/// list, which leaves its new account signed in.
+/// The tour of one article: its pictures, its video, its comments, and the message to its author. Follows the tour of
+/// the list, which leaves its new account signed in.
 class DetailTour final : public TourGuide {
 public:
     using TourGuide::TourGuide;

@@ -59,24 +59,21 @@ void ListTour::everybodysArticles() {
     auto& list = reader_.root().allArticles();
     const auto ids = database_.texts(newestIds);
     check(ids.size() == 20, "the database has more than one page of articles");
-    check(window_.waitFor([&] { return listShows(list, ids); }),
-          "the first page is the newest twenty of the database");
+    check(window_.waitFor([&] { return listShows(list, ids); }), "the first page is the newest twenty of the database");
     window_.settle();
     const auto rows = window_.all<UIArticleListTableViewCell>();
     check(rows.size() >= 3, "several rows are on screen");
     for (auto* row : rows) {
         const std::string id = idOf(*row);
-        const auto author = database_.texts(
-            "SELECT u.name FROM articles a JOIN users u ON u.id = a.author_id WHERE a.id = ?", {id});
-        check(!author.empty() && row->authNameLabel()->text() == author.front(),
-              "article " + id + " names its author");
+        const auto author =
+            database_.texts("SELECT u.name FROM articles a JOIN users u ON u.id = a.author_id WHERE a.id = ?", {id});
+        check(!author.empty() && row->authNameLabel()->text() == author.front(), "article " + id + " names its author");
         check(!row->timeLabel()->text().empty(), "article " + id + " tells its age");
         check(row->authFaceImageView()->image() != nullptr, "article " + id + " has an avatar");
         const auto likes = database_.texts("SELECT count(*) FROM likes WHERE article_id = ?", {id});
         check(!likes.empty() && row->likeButton()->currentTitle() == likes.front(),
               "article " + id + " shows its likes");
-        check(row->likeButton()->imageForState(UIControlState::normal) != nullptr,
-              "the like button has its icon");
+        check(row->likeButton()->imageForState(UIControlState::normal) != nullptr, "the like button has its icon");
     }
     check(list.moreArticlesURLString().has_value(), "there is a further page");
 }
@@ -99,10 +96,8 @@ void ListTour::likeTwiceCountsOnce() {
     if (!check(row && idOf(*row) == likedId_, "the liked row is still there")) return;
     press(row->likeButton().get(), "the like button");
     TourInput::pass(300);
-    check(row->likeButton()->currentTitle() == likedBefore_,
-          "a second like of the same visitor changes nothing");
-    check(database_.number("SELECT count(*) FROM likes WHERE article_id = ?", {likedId_}) ==
-              std::stoll(likedBefore_),
+    check(row->likeButton()->currentTitle() == likedBefore_, "a second like of the same visitor changes nothing");
+    check(database_.number("SELECT count(*) FROM likes WHERE article_id = ?", {likedId_}) == std::stoll(likedBefore_),
           "nor in the database");
 }
 
@@ -110,13 +105,11 @@ void ListTour::commentNeedsALogin() {
     UIArticleListTableViewCell* open = nullptr;
     for (auto* row : window_.all<UIArticleListTableViewCell>()) {
         const CGRect button = window_.rectOf(*row->commentButton());
-        if (row->commentButton()->isEnabled() && button.maxY() < reader_.rootView().frame().height() - 60)
-            open = row;
+        if (row->commentButton()->isEnabled() && button.maxY() < reader_.rootView().frame().height() - 60) open = row;
     }
     if (!check(open != nullptr, "an article open for comments is on screen")) return;
     press(open->commentButton().get(), "the comment button");
-    check(window_.waitFor([&] { return window_.text("Prohibit") != nullptr; }),
-          "the alert is titled Prohibit");
+    check(window_.waitFor([&] { return window_.text("Prohibit") != nullptr; }), "the alert is titled Prohibit");
     check(window_.text("Can't comment before login.") != nullptr, "it says why");
     check(window_.text("Login") != nullptr, "it offers the login");
     window_.settle();
@@ -168,8 +161,7 @@ void ListTour::refreshKeepsTheList() {
     }
     const CGSize size = reader_.rootView().frame().size;
     input_.swipe({size.width * 0.6, 160}, {size.width * 0.6, 560}, 250, 120);
-    check(window_.waitFor([&] { return list.articlesArray().size() == 20; }),
-          "pulling loads the first page again");
+    check(window_.waitFor([&] { return list.articlesArray().size() == 20; }), "pulling loads the first page again");
     check(window_.waitFor([&] { return list.refreshControl() && !list.refreshControl()->isRefreshing(); }),
           "the wheel stops");
     window_.settle();
@@ -180,8 +172,7 @@ void ListTour::keyRefreshes() {
     auto& list = reader_.root().allArticles();
     const auto before = list.lastLoadDate();
     input_.key(Qt::Key_F, "f");
-    check(window_.waitFor([&] { return list.lastLoadDate() > before; }),
-          "the F key loads the first page again");
+    check(window_.waitFor([&] { return list.lastLoadDate() > before; }), "the F key loads the first page again");
     check(window_.waitFor([&] { return list.articlesArray().size() == 20; }), "which has twenty articles");
 }
 
@@ -219,14 +210,10 @@ void ListTour::ownerSeesOwnArticles() {
                                      "u.name = ? ORDER BY a.id DESC LIMIT 20",
                                      {account.name});
     check(!ids.empty(), "the account has articles");
-    check(window_.waitFor([&] { return listShows(list, ids); }),
-          "the list shows exactly the account's own articles");
-    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }),
-          "the login screen has left");
-    check(window_.waitFor([&] { return window_.text(account.name) != nullptr; }),
-          "the account's name is shown");
-    check(list.navigationItem().rightBarButtonItem() &&
-              list.navigationItem().rightBarButtonItem()->isEnabled(),
+    check(window_.waitFor([&] { return listShows(list, ids); }), "the list shows exactly the account's own articles");
+    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }), "the login screen has left");
+    check(window_.waitFor([&] { return window_.text(account.name) != nullptr; }), "the account's name is shown");
+    check(list.navigationItem().rightBarButtonItem() && list.navigationItem().rightBarButtonItem()->isEnabled(),
           "the add button is enabled");
     window_.waitFor([&] { return !list.refreshControl() || !list.refreshControl()->isRefreshing(); });
     // The list is loaded once more when the login screen has left, and a reload would close the buttons of a row.
@@ -251,20 +238,16 @@ void ListTour::ownerDeletesAnArticle() {
     auto& list = reader_.root().myArticles();
     const auto before = list.articlesArray().size();
     press(window_.text("Delete"), "Delete");
-    check(window_.waitFor([&] { return list.articlesArray().size() == before - 1; }),
-          "the row leaves at once");
-    check(window_.waitFor([&] {
-        return database_.number("SELECT count(*) FROM articles WHERE id = ?", {deletedId_}) == 0;
-    }),
+    check(window_.waitFor([&] { return list.articlesArray().size() == before - 1; }), "the row leaves at once");
+    check(window_.waitFor(
+              [&] { return database_.number("SELECT count(*) FROM articles WHERE id = ?", {deletedId_}) == 0; }),
           "the article has left the database");
-    check(database_.number("SELECT count(*) FROM likes WHERE article_id = ?", {deletedId_}) == 0,
-          "its likes too");
+    check(database_.number("SELECT count(*) FROM likes WHERE article_id = ?", {deletedId_}) == 0, "its likes too");
 }
 
 void ListTour::signingOutAsksAgain() {
     openTab(server_.accounts().front().name.c_str());
-    check(window_.waitFor([&] { return window_.text("Sign Out") != nullptr; }),
-          "the account offers to sign out");
+    check(window_.waitFor([&] { return window_.text("Sign Out") != nullptr; }), "the account offers to sign out");
     window_.settle();
     savePicture("account.png");
     press(window_.text("Sign Out"), "Sign Out");
@@ -284,8 +267,7 @@ void ListTour::nameTakenIsTold() {
     press(window_.text("Create Account"), "Create Account");
     window_.settle();
     signIn(server_.accounts().front().name, newPassword);
-    check(window_.waitFor([&] { return window_.text("The name is taken.") != nullptr; }),
-          "a taken name is told");
+    check(window_.waitFor([&] { return window_.text("The name is taken.") != nullptr; }), "a taken name is told");
 }
 
 void ListTour::newAccountIsEmpty() {
@@ -299,8 +281,7 @@ void ListTour::newAccountIsEmpty() {
     check(database_.number("SELECT count(*) FROM users WHERE password_hash LIKE '$argon2id$%' AND name = ?",
                            {newName}) == 1,
           "its password is kept as an argon2id hash");
-    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }),
-          "the login screen leaves");
+    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }), "the login screen leaves");
     window_.settle();
     check(reader_.root().myArticles().articlesArray().empty(), "a new account has no articles");
     check(window_.textContaining("Share your own articles") == nullptr, "the prompt has left");
@@ -314,9 +295,8 @@ void ListTour::secondUserLikes() {
     const std::string id = idOf(*row);
     const auto before = database_.number("SELECT count(*) FROM likes WHERE article_id = ?", {id});
     press(row->likeButton().get(), "the like button");
-    check(window_.waitFor([&] {
-        return database_.number("SELECT count(*) FROM likes WHERE article_id = ?", {id}) == before + 1;
-    }),
+    check(window_.waitFor(
+              [&] { return database_.number("SELECT count(*) FROM likes WHERE article_id = ?", {id}) == before + 1; }),
           "a second user's like is counted too");
     check(window_.waitFor([&] { return row->likeButton()->currentTitle() == std::to_string(before + 1); }),
           "and shown");
@@ -326,8 +306,7 @@ void ListTour::noConnectionIsTold() {
     const auto shown = reader_.root().allArticles().articlesArray().size();
     server_.stop();
     input_.key(Qt::Key_F, "f");
-    check(window_.waitFor([&] { return window_.textContaining("The server cannot be reached") != nullptr; },
-                          15000),
+    check(window_.waitFor([&] { return window_.textContaining("The server cannot be reached") != nullptr; }, 15000),
           "a lost server is told");
     check(reader_.root().allArticles().articlesArray().size() == shown, "what was on screen stays");
 }
@@ -350,8 +329,7 @@ void ListTour::windowResizes() {
                              ? before.transposed()
                              : QSize(before.width() * 3 / 4, before.height());
     reader_.window().resize(turned);
-    check(window_.waitFor(
-              [&] { return static_cast<int>(reader_.rootView().frame().width()) == turned.width(); }),
+    check(window_.waitFor([&] { return static_cast<int>(reader_.rootView().frame().width()) == turned.width(); }),
           "the views follow the window");
     window_.settle();
     for (auto* row : window_.all<UIArticleListTableViewCell>()) {
@@ -362,8 +340,7 @@ void ListTour::windowResizes() {
     check(!window_.all<UIArticleListTableViewCell>().empty(), "rows are on screen");
     savePicture("turned.png");
     reader_.window().resize(before);
-    check(window_.waitFor(
-              [&] { return static_cast<int>(reader_.rootView().frame().width()) == before.width(); }),
+    check(window_.waitFor([&] { return static_cast<int>(reader_.rootView().frame().width()) == before.width(); }),
           "and back");
 }
 

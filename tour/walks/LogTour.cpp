@@ -52,9 +52,8 @@ void LogTour::workIsListed() {
     check(window_.waitFor([&] { return window_.text(second_->localizedDescription()) != nullptr; }),
           "a press lists all of it");
     window_.settle();
-    press(window_.find([&](UIView& view) {
-        return view.accessibility().label == "Cancel, " + first_->localizedDescription();
-    }),
+    press(window_.find(
+              [&](UIView& view) { return view.accessibility().label == "Cancel, " + first_->localizedDescription(); }),
           "the button that cancels");
     check(window_.waitFor([&] { return cancelled_ == 1; }), "the work was told to end");
 }
@@ -90,8 +89,8 @@ void LogTour::logShowsLines() {
     const auto lines = reader_.log().lines();
     check(!lines.empty() && lines.back().text == logged, "the log holds the line");
     TourInput::pass(500);
-    check(reader_.logWindow() && reader_.logWindow()->grabWindow().save(
-                                     QString::fromStdString(options_.folder + "/log-window.png")),
+    check(reader_.logWindow() &&
+              reader_.logWindow()->grabWindow().save(QString::fromStdString(options_.folder + "/log-window.png")),
           "a picture of it is written");
 }
 
@@ -101,8 +100,7 @@ void LogTour::logCloses() {
     } else {
         press(window_.text(readerText("Close")), "the button that closes the log");
     }
-    check(window_.waitFor([&] { return !reader_.logWindow() && window_.text(logged) == nullptr; }),
-          "the log has gone");
+    check(window_.waitFor([&] { return !reader_.logWindow() && window_.text(logged) == nullptr; }), "the log has gone");
 }
 
 }  // namespace ostrel

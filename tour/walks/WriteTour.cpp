@@ -65,13 +65,11 @@ void WriteTour::run() {
 
 UIArticleViewController* WriteTour::article() {
     const auto navigation = reader_.root().myArticles().navigationController();
-    return navigation ? dynamic_cast<UIArticleViewController*>(navigation->topViewController().get())
-                      : nullptr;
+    return navigation ? dynamic_cast<UIArticleViewController*>(navigation->topViewController().get()) : nullptr;
 }
 
 std::vector<std::string> WriteTour::storedCaptions() {
-    return database_.texts("SELECT text FROM images WHERE article_id = ? ORDER BY position, id",
-                           {articleId_});
+    return database_.texts("SELECT text FROM images WHERE article_id = ? ORDER BY position, id", {articleId_});
 }
 
 std::string WriteTour::storedText(const std::string& column) {
@@ -104,12 +102,10 @@ void WriteTour::signOut() {
         openTab(name.c_str());
         break;
     }
-    check(window_.waitFor([&] { return window_.text("Sign Out") != nullptr; }),
-          "the account offers to sign out");
+    check(window_.waitFor([&] { return window_.text("Sign Out") != nullptr; }), "the account offers to sign out");
     window_.settle();
     press(window_.text("Sign Out"), "Sign Out");
-    check(window_.waitFor([&] { return !reader_.framework().shareServer().currentUser(); }),
-          "nobody is signed in");
+    check(window_.waitFor([&] { return !reader_.framework().shareServer().currentUser(); }), "nobody is signed in");
     window_.settle();
     openTab("Sign In");
     check(window_.waitFor([&] { return window_.first<UITextField>() != nullptr; }), "the login screen opens");
@@ -125,10 +121,8 @@ void WriteTour::writerSignsUp() {
     signIn(writerName, writerPassword);
     check(window_.waitFor([&] { return reader_.framework().shareServer().currentUser() != nullptr; }),
           "the account is made");
-    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }),
-          "the login screen leaves");
-    check(database_.number("SELECT count(*) FROM users WHERE name = ?", {writerName}) == 1,
-          "the database has it");
+    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }), "the login screen leaves");
+    check(database_.number("SELECT count(*) FROM users WHERE name = ?", {writerName}) == 1, "the database has it");
     window_.settle();
     openTab("My Articles");
     filesBefore_ = mediaFiles();
@@ -140,8 +134,7 @@ void WriteTour::editorOpens() {
     check(window_.waitFor([&] { return editor() != nullptr; }), "the add button opens the editor");
     window_.settle();
     if (!editor()) return;
-    check(!editor()->navigationItem().rightBarButtonItem()->isEnabled(),
-          "POST is disabled until something changes");
+    check(!editor()->navigationItem().rightBarButtonItem()->isEnabled(), "POST is disabled until something changes");
     check(itemCount(Strip::images) == 0 && itemCount(Strip::videos) == 0, "both strips are empty");
 }
 
@@ -150,16 +143,13 @@ void WriteTour::titleAndTextAreTyped() {
     press(editor()->titleField().get(), "the title");
     window_.settle();
     input_.type(title);
-    check(window_.waitFor([&] { return editor()->titleField()->text() == title; }),
-          "the title holds what was typed");
+    check(window_.waitFor([&] { return editor()->titleField()->text() == title; }), "the title holds what was typed");
     check(editor()->navigationItem().rightBarButtonItem()->isEnabled(), "POST is enabled");
     input_.key(Qt::Key_Return, "\r");
-    check(window_.waitFor([&] { return editor()->textTextField()->isFirstResponder(); }),
-          "Return leads to the text");
+    check(window_.waitFor([&] { return editor()->textTextField()->isFirstResponder(); }), "Return leads to the text");
     window_.settle();
     input_.type(text);
-    check(window_.waitFor([&] { return editor()->textTextField()->text() == text; }),
-          "the text holds both scripts");
+    check(window_.waitFor([&] { return editor()->textTextField()->text() == text; }), "the text holds both scripts");
 }
 
 void WriteTour::pickerShowsPictures() {
@@ -210,16 +200,15 @@ void WriteTour::scrollingEndsIt() {
 void WriteTour::articleIsPosted() {
     if (!check(editor() != nullptr, "the editor is open")) return;
     post();
-    const auto ids = database_.texts(
-        "SELECT a.id FROM articles a JOIN users u ON u.id = a.author_id WHERE u.name = ?", {writerName});
+    const auto ids = database_.texts("SELECT a.id FROM articles a JOIN users u ON u.id = a.author_id WHERE u.name = ?",
+                                     {writerName});
     if (!check(ids.size() == 1, "the database has the article")) return;
     articleId_ = ids.front();
     check(storedText("title") == title, "with its title");
     check(storedText("text") == text, "and its text");
     check(storedCaptions() == std::vector<std::string>{captions[2], captions[1], captions[0]},
           "its pictures are in the order shown");
-    check(database_.number("SELECT count(*) FROM videos WHERE article_id = ? AND height > width",
-                           {articleId_}) == 1,
+    check(database_.number("SELECT count(*) FROM videos WHERE article_id = ? AND height > width", {articleId_}) == 1,
           "its clip is upright");
     check(mediaFiles() > filesBefore_, "their files are there");
 }
@@ -256,8 +245,7 @@ void WriteTour::clipPlays() {
     press({rect.midX(), std::min(rect.midY(), bottom - 30)});
     check(window_.waitFor(
               [&] {
-                  return row->player() && row->player()->currentItem() &&
-                         row->player()->currentTime().seconds() > 0.3;
+                  return row->player() && row->player()->currentItem() && row->player()->currentTime().seconds() > 0.3;
               },
               15000),
           "it plays");
@@ -301,8 +289,8 @@ void WriteTour::picturesAreChanged() {
         if (options_.reader.idiom == UIUserInterfaceIdiom::mac) {
             input_.wheel({reader_.rootView().frame().width() / 2, 200}, 3);
         } else {
-            input_.swipe({reader_.rootView().frame().width() / 2, 200},
-                         {reader_.rootView().frame().width() / 2, 320}, 120, 120);
+            input_.swipe({reader_.rootView().frame().width() / 2, 200}, {reader_.rootView().frame().width() / 2, 320},
+                         120, 120);
         }
         window_.settle();
     }
@@ -322,15 +310,13 @@ void WriteTour::changesArePosted() {
     check(storedText("text") == std::string(text) + addition, "the database has the new text");
     check(storedCaptions() == std::vector<std::string>{captions[2], laterCaption, captions[0]},
           "one picture has gone, another is between");
-    check(mediaFiles() == files,
-          "the files of the removed picture have left, those of the new one are there");
+    check(mediaFiles() == files, "the files of the removed picture have left, those of the new one are there");
 }
 
 void WriteTour::rowIsUpdated() {
     auto* const row = rowOf(articleId_);
     if (!check(row != nullptr, "the row is there")) return;
-    check(row->articleDictionary()["text"].string() == std::string(text) + addition,
-          "and shows the new text");
+    check(row->articleDictionary()["text"].string() == std::string(text) + addition, "and shows the new text");
 }
 
 void WriteTour::readerLikes() {
@@ -339,8 +325,7 @@ void WriteTour::readerLikes() {
     signIn(account.name, account.password);
     check(window_.waitFor([&] { return reader_.framework().shareServer().currentUser() != nullptr; }),
           "a reader is signed in");
-    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }),
-          "the login screen has left");
+    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }), "the login screen has left");
     window_.settle();
     openTab("Articles");
     // An earlier part of the tour left an article open in this tab.
@@ -354,9 +339,8 @@ void WriteTour::readerLikes() {
     auto* const row = rowOf(articleId_);
     if (!row) return;
     press(row->likeButton().get(), "the like button");
-    check(window_.waitFor([&] {
-        return database_.number("SELECT count(*) FROM likes WHERE article_id = ?", {articleId_}) == 1;
-    }),
+    check(window_.waitFor(
+              [&] { return database_.number("SELECT count(*) FROM likes WHERE article_id = ?", {articleId_}) == 1; }),
           "the like is in the database");
 }
 
@@ -367,8 +351,7 @@ void WriteTour::readerComments() {
     check(window_.waitFor([&] { return window_.text("Reply") != nullptr; }), "the composer opens");
     window_.settle();
     input_.type(comment);
-    check(window_.waitFor([&] { return window_.textContaining(comment) != nullptr; }),
-          "it holds what was typed");
+    check(window_.waitFor([&] { return window_.textContaining(comment) != nullptr; }), "it holds what was typed");
     press(window_.text("Reply"), "Reply");
     check(window_.waitFor([&] {
         return database_.number("SELECT count(*) FROM comments WHERE article_id = ? AND text = ?",
@@ -397,11 +380,9 @@ void WriteTour::pageIsPublic() {
     const QString picture = QString::fromStdString(options_.folder) + "/page.png";
     QFile::remove(picture);
     QProcess process;
-    process.start(browser,
-                  {"--headless", "--no-sandbox", "--disable-gpu", "--hide-scrollbars",
-                   "--window-size=420,1400", "--screenshot=" + picture, QString::fromStdString(url)});
-    check(window_.waitFor([&] { return process.state() == QProcess::NotRunning; }, 40000),
-          "a browser opens it");
+    process.start(browser, {"--headless", "--no-sandbox", "--disable-gpu", "--hide-scrollbars",
+                            "--window-size=420,1400", "--screenshot=" + picture, QString::fromStdString(url)});
+    check(window_.waitFor([&] { return process.state() == QProcess::NotRunning; }, 40000), "a browser opens it");
     if (process.state() != QProcess::NotRunning) process.kill();
     process.waitForFinished(2000);
     check(QFileInfo(picture).size() > 0, "and draws it");
@@ -415,8 +396,8 @@ void WriteTour::otherStyles() {
     for (const auto& [style, file] : {std::pair{1, "/grid.png"}, std::pair{2, "/large.png"}}) {
         std::vector<std::shared_ptr<const UIImage>> pictures;
         for (int i = 0; i < 4; ++i) {
-            const QString path = QString::fromStdString(options_.reader.picturesFolder) + "/" +
-                                 QString::fromUtf8(pictureFiles[i]);
+            const QString path =
+                QString::fromStdString(options_.reader.picturesFolder) + "/" + QString::fromUtf8(pictureFiles[i]);
             pictures.push_back(UIImage::imageWithData(Data::mapFile(path.toStdString())));
         }
         auto screen = make<UIArticleEditViewController>(std::move(pictures), title, text, false);
@@ -435,8 +416,7 @@ void WriteTour::otherStyles() {
 void WriteTour::articleIsDeleted() {
     signOut();
     signIn(writerName, writerPassword);
-    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }),
-          "the login screen has left");
+    check(window_.waitFor([&] { return window_.first<UITextField>() == nullptr; }), "the login screen has left");
     window_.settle();
     openTab("My Articles");
     check(window_.waitFor([&] { return rowOf(articleId_) != nullptr; }), "the writer sees the article");
@@ -453,9 +433,8 @@ void WriteTour::articleIsDeleted() {
     check(window_.waitFor([&] { return window_.text("Delete") != nullptr; }), "Delete is offered");
     window_.settle();
     press(window_.text("Delete"), "Delete");
-    check(window_.waitFor([&] {
-        return database_.number("SELECT count(*) FROM articles WHERE id = ?", {articleId_}) == 0;
-    }),
+    check(window_.waitFor(
+              [&] { return database_.number("SELECT count(*) FROM articles WHERE id = ?", {articleId_}) == 0; }),
           "the article has left the database");
     check(window_.waitFor([&] { return mediaFiles() == filesBefore_; }), "and its files the disk");
 }

@@ -10,8 +10,8 @@ namespace ostrel {
 
 class UIArticleViewController;
 
-/// The whole life of an article: a new user writes it with pictures and a clip, posts, reads and changes it; another user
-/// likes it and comments on it; a browser shows its page; its author removes it. Last part of the tour.
+/// The whole life of an article: a new user writes it with pictures and a clip, posts, reads and changes it; another
+/// user likes it and comments on it; a browser shows its page; its author removes it. Last part of the tour.
 class WriteTour final : public EditorGuide {
 public:
     using EditorGuide::EditorGuide;

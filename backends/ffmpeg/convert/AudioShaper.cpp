@@ -58,9 +58,8 @@ bool AudioShaper::prepare(const AVFrame& frame, std::optional<NSError>* error) {
         return false;
     }
     SwrContext* resampler = nullptr;
-    int status =
-        swr_alloc_set_opts2(&resampler, &layout_, format, sampleRate_, &from,
-                            static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
+    int status = swr_alloc_set_opts2(&resampler, &layout_, format, sampleRate_, &from,
+                                     static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
     av_channel_layout_uninit(&from);
     resampler_.reset(resampler);
     if (status >= 0) status = swr_init(resampler);
@@ -82,10 +81,8 @@ bool AudioShaper::put(const AVFrame& frame, double seconds, std::optional<NSErro
     if (std::isfinite(seconds)) {
         const double gap = seconds - static_cast<double>(written_ + pending) / sampleRate_;
         if (gap > tolerance) {
-            const double room =
-                static_cast<double>(std::max<std::int64_t>(0, longestSamples_ - written_ - pending));
-            if (!addSilence(static_cast<std::int64_t>(std::min(gap * sampleRate_, room)), error))
-                return false;
+            const double room = static_cast<double>(std::max<std::int64_t>(0, longestSamples_ - written_ - pending));
+            if (!addSilence(static_cast<std::int64_t>(std::min(gap * sampleRate_, room)), error)) return false;
         } else if (gap < -tolerance) {
             const double overlap = std::min(-gap * frame.sample_rate, static_cast<double>(frame.nb_samples));
             skipped = static_cast<int>(overlap);
@@ -116,11 +113,10 @@ bool AudioShaper::convert(const std::uint8_t* const* samples, int count, std::op
         if (status >= 0) status = av_frame_get_buffer(out.get(), 0);
     }
     if (status >= 0)
-        status = swr_convert(resampler_.get(), out->extended_data, room,
-                             const_cast<const std::uint8_t**>(samples), count);
+        status =
+            swr_convert(resampler_.get(), out->extended_data, room, const_cast<const std::uint8_t**>(samples), count);
     if (status > 0) {
-        const auto fitting =
-            static_cast<int>(std::clamp<std::int64_t>(longestSamples_ - written_, 0, status));
+        const auto fitting = static_cast<int>(std::clamp<std::int64_t>(longestSamples_ - written_, 0, status));
         status = av_audio_fifo_write(fifo_, reinterpret_cast<void**>(out->extended_data), fitting);
         if (status >= 0) written_ += fitting;
     }
@@ -136,14 +132,12 @@ bool AudioShaper::addSilence(std::int64_t count, std::optional<NSError>* error) 
     silence->format = format;
     silence->nb_samples = samplesPerPortion;
     silence->sample_rate = sampleRate_;
-    if (av_channel_layout_copy(&silence->ch_layout, &layout_) < 0 ||
-        av_frame_get_buffer(silence.get(), 0) < 0 ||
+    if (av_channel_layout_copy(&silence->ch_layout, &layout_) < 0 || av_frame_get_buffer(silence.get(), 0) < 0 ||
         av_samples_set_silence(silence->extended_data, 0, samplesPerPortion, channels_, format) < 0)
         return false;
     while (count > 0) {
         const int part = static_cast<int>(std::min<std::int64_t>(count, samplesPerPortion));
-        if (av_audio_fifo_write(fifo_, reinterpret_cast<void**>(silence->extended_data), part) < 0)
-            return false;
+        if (av_audio_fifo_write(fifo_, reinterpret_cast<void**>(silence->extended_data), part) < 0) return false;
         written_ += part;
         count -= part;
         if (!handOn(false, error)) return false;
@@ -164,8 +158,7 @@ bool AudioShaper::handOn(bool isLast, std::optional<NSError>* error) {
             if (status >= 0) status = av_frame_get_buffer(portion.get(), 0);
         }
         if (status >= 0)
-            status = av_audio_fifo_read(fifo_, reinterpret_cast<void**>(portion->extended_data),
-                                        samplesPerPortion);
+            status = av_audio_fifo_read(fifo_, reinterpret_cast<void**>(portion->extended_data), samplesPerPortion);
         if (status < 0) {
             if (error) *error = ffmpegError("The sound cannot be converted", status);
             return false;

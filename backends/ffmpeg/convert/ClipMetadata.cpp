@@ -78,8 +78,7 @@ void copyCaptureMetadata(const AVFormatContext& from, AVFormatContext& to) {
         const auto seconds = static_cast<std::time_t>(date->secondsSince1970);
         std::tm parts{};
         std::array<char, 64> text{};
-        if (::gmtime_r(&seconds, &parts) &&
-            std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts)) {
+        if (::gmtime_r(&seconds, &parts) && std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts)) {
             set("creation_time", text.data());
             const char* stated = find(from, dateNames[0]);
             set(dateNames[0], stated ? stated : text.data());

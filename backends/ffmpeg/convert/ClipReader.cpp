@@ -55,9 +55,8 @@ ClipReader::ClipReader(std::unique_ptr<InputReader> reader, const ExportPreset& 
       decoded_(av_frame_alloc()),
       filtered_(av_frame_alloc()) {}
 
-std::unique_ptr<ClipReader> ClipReader::open(std::shared_ptr<const InputFile> file,
-                                             const ExportPreset& preset, const std::atomic<bool>& interrupted,
-                                             std::optional<NSError>* error) {
+std::unique_ptr<ClipReader> ClipReader::open(std::shared_ptr<const InputFile> file, const ExportPreset& preset,
+                                             const std::atomic<bool>& interrupted, std::optional<NSError>* error) {
     if (file->isCutShort()) {
         if (error) *error = NSError{"The clip is incomplete: the file ends too early."};
         return nullptr;
@@ -110,8 +109,7 @@ bool ClipReader::openStreams(std::optional<NSError>* error) {
 
 double ClipReader::duration() const {
     const AVFormatContext& format = reader_->format();
-    return format.duration > 0 ? std::min(longestSeconds, static_cast<double>(format.duration) / AV_TIME_BASE)
-                               : 0;
+    return format.duration > 0 ? std::min(longestSeconds, static_cast<double>(format.duration) / AV_TIME_BASE) : 0;
 }
 
 double ClipReader::frameRate() const {
@@ -234,18 +232,17 @@ std::string ClipReader::filterChain(const AVFrame& frame) {
     if (scaledSize_.width == 0) {
         AVFrame* unchanged = const_cast<AVFrame*>(&frame);
         const AVRational aspect = av_guess_sample_aspect_ratio(&reader_->format(), video_, unchanged);
-        scaledSize_ = fittedSize({frame.width, frame.height},
-                                 aspect.num > 0 && aspect.den > 0 ? av_q2d(aspect) : 1, preset_.box);
+        scaledSize_ =
+            fittedSize({frame.width, frame.height}, aspect.num > 0 && aspect.den > 0 ? av_q2d(aspect) : 1, preset_.box);
     }
     colours_ = ColourTreatment::of(frame);
-    isPlain_ =
-        isPlainPicture(frame) && !isInterlaced_ && colours_.filters.empty() && colours_.scaleOptions.empty();
+    isPlain_ = isPlainPicture(frame) && !isInterlaced_ && colours_.filters.empty() && colours_.scaleOptions.empty();
     std::string chain;
     if (isInterlaced_) chain += "bwdif=mode=send_frame:parity=auto:deint=interlaced,";
     // Pictures are scaled before they are turned: turning a third of the side length is a ninth of the work.
     const std::string size = std::to_string(scaledSize_.width) + ":" + std::to_string(scaledSize_.height);
-    chain += isPlain_ ? "zscale=" + size + plainScaleOptions
-                      : "scale=" + size + ":flags=bicubic" + colours_.scaleOptions;
+    chain +=
+        isPlain_ ? "zscale=" + size + plainScaleOptions : "scale=" + size + ":flags=bicubic" + colours_.scaleOptions;
     if (!colours_.filters.empty()) chain += "," + colours_.filters;
     if (const std::string filters = turn.filters(); !filters.empty()) chain += "," + filters;
     return chain + ",format=yuv420p,setsar=1";
@@ -289,10 +286,9 @@ bool ClipReader::decodeAudio(const AVPacket* packet) {
     }
     while (avcodec_receive_frame(audioDecoder_.get(), decoded_.get()) >= 0) {
         const std::int64_t time = decoded_->best_effort_timestamp;
-        const double seconds = time == AV_NOPTS_VALUE
-                                   ? std::nan("")
-                                   : static_cast<double>(time) * av_q2d(audio_->time_base) -
-                                         static_cast<double>(start_) / AV_TIME_BASE;
+        const double seconds = time == AV_NOPTS_VALUE ? std::nan("")
+                                                      : static_cast<double>(time) * av_q2d(audio_->time_base) -
+                                                            static_cast<double>(start_) / AV_TIME_BASE;
         std::optional<NSError> problem;
         const bool isPut = shaper_->put(*decoded_, seconds, &problem);
         av_frame_unref(decoded_.get());

@@ -17,8 +17,7 @@ class ClipReader final {
 public:
     /// Null when the clip cannot be read. `interrupted` ends all work early; it must outlive the reader.
     static std::unique_ptr<ClipReader> open(std::shared_ptr<const InputFile> file, const ExportPreset& preset,
-                                            const std::atomic<bool>& interrupted,
-                                            std::optional<NSError>* error);
+                                            const std::atomic<bool>& interrupted, std::optional<NSError>* error);
 
     /// Reads to the end, then closes `queue`. Absent on success, and when the queue was stopped.
     std::optional<NSError> readInto(FrameQueue& queue);

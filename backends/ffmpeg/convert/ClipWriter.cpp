@@ -26,8 +26,7 @@ struct ReadBack {
 /// would wait for each other.
 int encodingThreads() {
     constexpr unsigned coresForOne = 4, largestThreadCount = 4;
-    return static_cast<int>(
-        std::clamp(std::thread::hardware_concurrency() / coresForOne, 1U, largestThreadCount));
+    return static_cast<int>(std::clamp(std::thread::hardware_concurrency() / coresForOne, 1U, largestThreadCount));
 }
 
 std::int64_t moved(std::int64_t& position, std::int64_t size, std::int64_t offset, int whence) {
@@ -65,8 +64,7 @@ ClipWriter::~ClipWriter() = default;
 
 std::unique_ptr<ClipWriter> ClipWriter::make(OutputFile& output, const AVFormatContext& source,
                                              const ExportPreset& preset, const Settings& settings,
-                                             const std::atomic<bool>& interrupted,
-                                             std::optional<NSError>* error) {
+                                             const std::atomic<bool>& interrupted, std::optional<NSError>* error) {
     auto writer = std::make_unique<ClipWriter>(output, preset, settings, interrupted);
     int status = writer->openMultiplexer(source);
     if (status >= 0 && settings.hasAudio) status = writer->openAudioEncoder();
@@ -106,13 +104,11 @@ int ClipWriter::openMultiplexer(const AVFormatContext& source) {
     // To put the index in front, the multiplexer reads the file that it is writing by its name.
     format->url = av_strdup("");
     format->opaque = this;
-    format->io_open = [](AVFormatContext* self, AVIOContext** io, const char*, int flags,
-                         AVDictionary**) -> int {
+    format->io_open = [](AVFormatContext* self, AVIOContext** io, const char*, int flags, AVDictionary**) -> int {
         if (flags & AVIO_FLAG_WRITE) return AVERROR(EPERM);
         auto* bytes = static_cast<unsigned char*>(av_malloc(bufferSize));
         auto* reading = new ReadBack{&static_cast<ClipWriter*>(self->opaque)->output_};
-        *io =
-            bytes ? avio_alloc_context(bytes, bufferSize, 0, reading, readBack, nullptr, seekBack) : nullptr;
+        *io = bytes ? avio_alloc_context(bytes, bufferSize, 0, reading, readBack, nullptr, seekBack) : nullptr;
         if (*io) return 0;
         av_free(bytes);
         delete reading;
@@ -181,8 +177,7 @@ int ClipWriter::openVideoEncoder(const AVFrame& first) {
 int ClipWriter::writeHeader() {
     FfmpegOptions options;
     // QuickTime metadata keys store place, model and software unchanged.
-    options.set("movflags",
-                settings_.optimizesForNetworkUse ? "+faststart+use_metadata_tags" : "+use_metadata_tags");
+    options.set("movflags", settings_.optimizesForNetworkUse ? "+faststart+use_metadata_tags" : "+use_metadata_tags");
     options.set("video_track_timescale", std::to_string(outputTicks));
     const int status = avformat_write_header(format_.get(), options.get());
     if (status < 0) return status;
@@ -200,8 +195,7 @@ std::optional<NSError> ClipWriter::put(const AVFrame& frame, bool isVideo) {
         status = openVideoEncoder(frame);
         if (status >= 0) status = writeHeader();
     }
-    if (status >= 0)
-        status = isVideo ? encode(*video_, *videoStream_, &frame) : encode(*audio_, *audioStream_, &frame);
+    if (status >= 0) status = isVideo ? encode(*video_, *videoStream_, &frame) : encode(*audio_, *audioStream_, &frame);
     if (status < 0) return ffmpegError("The clip cannot be written", status);
     if (isVideo) time_ = frame.pts;
     return std::nullopt;

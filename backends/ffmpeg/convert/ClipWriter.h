@@ -24,8 +24,7 @@ public:
     /// metadata.
     static std::unique_ptr<ClipWriter> make(OutputFile& output, const AVFormatContext& source,
                                             const ExportPreset& preset, const Settings& settings,
-                                            const std::atomic<bool>& interrupted,
-                                            std::optional<NSError>* error);
+                                            const std::atomic<bool>& interrupted, std::optional<NSError>* error);
     ~ClipWriter();
 
     /// Encodes a frame; absent on success. The first picture decides the size and colours of the clip.

@@ -58,8 +58,7 @@ void FfmpegExport::end(std::optional<NSError> error) {
     {
         const std::lock_guard lock(mutex_);
         if (error) {
-            status =
-                isCancelled_ ? AVAssetExportSessionStatus::cancelled : AVAssetExportSessionStatus::failed;
+            status = isCancelled_ ? AVAssetExportSessionStatus::cancelled : AVAssetExportSessionStatus::failed;
             error_ = isCancelled_ ? NSError{"The conversion was cancelled.", ECANCELED} : std::move(*error);
         }
     }

@@ -17,8 +17,8 @@ class ClipWriter;
 /// One export: a thread that decodes, a thread that encodes, and a queue between them.
 class FfmpegExport final : public MediaExport, public std::enable_shared_from_this<FfmpegExport> {
 public:
-    FfmpegExport(std::shared_ptr<const InputFile> source, const ExportPreset& preset,
-                 MediaExportRequest request, std::shared_ptr<OutputFiles> files);
+    FfmpegExport(std::shared_ptr<const InputFile> source, const ExportPreset& preset, MediaExportRequest request,
+                 std::shared_ptr<OutputFiles> files);
 
     void start(std::function<void()> completion) override;
     void cancel() override;

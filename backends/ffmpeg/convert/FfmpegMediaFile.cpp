@@ -111,8 +111,7 @@ CodecPointer openDecoder(const AVStream& stream, int threads, std::optional<NSEr
     if (!decoder)
         return fail(NSError{std::string("The clip is in a format that cannot be read (") +
                             avcodec_get_name(parameters.codec_id) + ")."});
-    if (parameters.codec_type == AVMEDIA_TYPE_VIDEO &&
-        !isPictureSizeSupported(parameters.width, parameters.height))
+    if (parameters.codec_type == AVMEDIA_TYPE_VIDEO && !isPictureSizeSupported(parameters.width, parameters.height))
         return fail(NSError{"The clip's pictures are " + std::to_string(parameters.width) + " by " +
                             std::to_string(parameters.height) + " pixels, which is not supported."});
     CodecPointer codec(avcodec_alloc_context3(decoder));
@@ -176,8 +175,7 @@ std::shared_ptr<const CGImage> imageOfFrame(const AVFrame& decoded, std::optiona
         return fail(NSError{"The picture cannot be converted."});
     if (wide) {
         for (int y = 0; y < frame.height; ++y)
-            std::memcpy(image->row(y), wide->data[0] + std::ptrdiff_t{y} * wide->linesize[0],
-                        image->bytesPerRow());
+            std::memcpy(image->row(y), wide->data[0] + std::ptrdiff_t{y} * wide->linesize[0], image->bytesPerRow());
     }
     return image;
 }
@@ -201,8 +199,7 @@ std::vector<std::string> FfmpegMediaFile::exportPresets() const {
     const int video = reader_->videoStream();
     if (video < 0) return {};
     const AVCodecParameters& parameters = *reader_->format().streams[video]->codecpar;
-    if (!decoderFor(parameters.codec_id) || !isPictureSizeSupported(parameters.width, parameters.height))
-        return {};
+    if (!decoderFor(parameters.codec_id) || !isPictureSizeSupported(parameters.width, parameters.height)) return {};
     std::vector<std::string> names;
     for (const ExportPreset& preset : exportPresetTable()) {
         if (preset.isSupportedByBuild()) names.emplace_back(preset.name);
@@ -219,8 +216,7 @@ std::shared_ptr<const CGImage> FfmpegMediaFile::copyImage(CMTime time, std::opti
     }
     // The beginning of the index may lack the wanted frame, because an edit list can begin anywhere.
     if (!frame) {
-        const auto whole =
-            InputReader::open(reader_->sharedFile(), InputReader::Detail::streams, nullptr, error);
+        const auto whole = InputReader::open(reader_->sharedFile(), InputReader::Detail::streams, nullptr, error);
         if (whole) frame = frameAt(*whole, time, error);
     }
     if (!frame) return nullptr;

@@ -9,8 +9,7 @@ namespace ostrel {
 CGAffineTransform transformOfDisplayMatrix(const std::int32_t* matrix) {
     if (!matrix) return {};
     constexpr double one = 65536;
-    return {matrix[0] / one, matrix[1] / one, matrix[3] / one,
-            matrix[4] / one, matrix[6] / one, matrix[7] / one};
+    return {matrix[0] / one, matrix[1] / one, matrix[3] / one, matrix[4] / one, matrix[6] / one, matrix[7] / one};
 }
 
 PictureTurn PictureTurn::nearestTo(const CGAffineTransform& transform) {

@@ -36,8 +36,8 @@ bool isRgb(const AVFrame& frame) {
 
 }  // namespace
 
-std::unique_ptr<VideoGraph> VideoGraph::make(const AVFrame& first, AVRational timeBase,
-                                             const std::string& chain, std::optional<NSError>* error) {
+std::unique_ptr<VideoGraph> VideoGraph::make(const AVFrame& first, AVRational timeBase, const std::string& chain,
+                                             std::optional<NSError>* error) {
     const auto fail = [&](int code) -> std::unique_ptr<VideoGraph> {
         if (error) *error = ffmpegError("The pictures cannot be scaled", code);
         return nullptr;
@@ -61,8 +61,8 @@ std::unique_ptr<VideoGraph> VideoGraph::make(const AVFrame& first, AVRational ti
     av_free(parameters);
     if (status >= 0) status = avfilter_init_str(graph->source_, nullptr);
     if (status < 0) return fail(status);
-    status = avfilter_graph_create_filter(&graph->sink_, avfilter_get_by_name("buffersink"), "out", nullptr,
-                                          nullptr, graph->graph_.get());
+    status = avfilter_graph_create_filter(&graph->sink_, avfilter_get_by_name("buffersink"), "out", nullptr, nullptr,
+                                          graph->graph_.get());
     if (status < 0) return fail(status);
 
     InOutPointer outputs = linkTo(graph->source_, "in"), inputs = linkTo(graph->sink_, "out");
@@ -85,8 +85,8 @@ std::unique_ptr<VideoGraph> VideoGraph::make(const AVFrame& first, AVRational ti
 }
 
 bool VideoGraph::takes(const AVFrame& frame) const {
-    return frame.width == width_ && frame.height == height_ && frame.format == format_ &&
-           frame.colorspace == matrix_ && frame.color_range == range_ && frame.color_trc == transfer_;
+    return frame.width == width_ && frame.height == height_ && frame.format == format_ && frame.colorspace == matrix_ &&
+           frame.color_range == range_ && frame.color_trc == transfer_;
 }
 
 int VideoGraph::push(AVFrame* frame) {
@@ -112,14 +112,13 @@ AVColorSpace matrixOf(const AVFrame& frame) {
 
 ColourTreatment ColourTreatment::of(const AVFrame& frame) {
     ColourTreatment treatment;
-    const bool isPq = frame.color_trc == AVCOL_TRC_SMPTE2084,
-               isHlg = frame.color_trc == AVCOL_TRC_ARIB_STD_B67;
+    const bool isPq = frame.color_trc == AVCOL_TRC_SMPTE2084, isHlg = frame.color_trc == AVCOL_TRC_ARIB_STD_B67;
     const bool isWide = frame.color_primaries == AVCOL_PRI_BT2020 || frame.colorspace == AVCOL_SPC_BT2020_NCL;
     const std::string range = frame.color_range == AVCOL_RANGE_JPEG ? "pc" : "tv";
     // zscale knows the matrices by the names of ITU-T H.273.
     const std::string matrix = frame.colorspace == AVCOL_SPC_BT709 ? "709" : "2020_ncl";
-    const std::string source = std::string("rangein=") + (range == "pc" ? "full" : "limited") +
-                               ":matrixin=" + matrix + ":primariesin=2020";
+    const std::string source =
+        std::string("rangein=") + (range == "pc" ? "full" : "limited") + ":matrixin=" + matrix + ":primariesin=2020";
     if (isRgb(frame)) {
         treatment.scaleOptions = ":out_color_matrix=bt709:out_range=tv";
         return treatment;
@@ -136,9 +135,8 @@ ColourTreatment ColourTreatment::of(const AVFrame& frame) {
         return treatment;
     }
     if (isWide) {
-        treatment.filters =
-            "format=yuv420p10,zscale=" + source +
-            ":transferin=709:transfer=709:primaries=709:matrix=709:range=limited,format=yuv420p";
+        treatment.filters = "format=yuv420p10,zscale=" + source +
+                            ":transferin=709:transfer=709:primaries=709:matrix=709:range=limited,format=yuv420p";
         return treatment;
     }
     // Only the range of the samples is changed; the tags describe their matrix.

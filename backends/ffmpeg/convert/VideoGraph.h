@@ -10,8 +10,8 @@ namespace ostrel {
 class VideoGraph final {
 public:
     /// Null when the chain cannot filter frames like `first`. `chain`: in libavfilter's notation.
-    static std::unique_ptr<VideoGraph> make(const AVFrame& first, AVRational timeBase,
-                                            const std::string& chain, std::optional<NSError>* error);
+    static std::unique_ptr<VideoGraph> make(const AVFrame& first, AVRational timeBase, const std::string& chain,
+                                            std::optional<NSError>* error);
 
     /// True when `frame` has the size, format and colour that the graph was made for.
     bool takes(const AVFrame& frame) const;

@@ -14,8 +14,7 @@ NSError ffmpegError(const std::string& what, int code) {
     // Error numbers of the system are small; the library's own ones consist of four letters.
     constexpr int largestSystemError = 4096;
     const int systemError = AVUNERROR(code);
-    return {what + ": " + text.data() + ".",
-            systemError > 0 && systemError < largestSystemError ? systemError : 0};
+    return {what + ": " + text.data() + ".", systemError > 0 && systemError < largestSystemError ? systemError : 0};
 }
 
 }  // namespace ostrel

@@ -50,14 +50,13 @@ private:
             std::int64_t length = bigEndian32(start.data());
             std::int64_t header = 8;
             if (length == 1) {
-                length = static_cast<std::int64_t>(bigEndian32(start.data() + 8)) << 32 |
-                         bigEndian32(start.data() + 12);
+                length =
+                    static_cast<std::int64_t>(bigEndian32(start.data() + 8)) << 32 | bigEndian32(start.data() + 12);
                 header = 16;
             }
             if (length == 0) length = end - offset;
             if (length < header || length > end - offset) break;
-            enter({reinterpret_cast<const char*>(start.data()) + 4, 4}, parent, offset, header,
-                  offset + length);
+            enter({reinterpret_cast<const char*>(start.data()) + 4, 4}, parent, offset, header, offset + length);
             offset += length;
         }
     }
@@ -151,16 +150,14 @@ private:
 
 std::vector<BytePatch> beginningOfIndex(const InputFile& file) {
     std::array<std::uint8_t, 8> start{};
-    if (file.read(0, start.data(), static_cast<int>(start.size())) != static_cast<int>(start.size()))
-        return {};
+    if (file.read(0, start.data(), static_cast<int>(start.size())) != static_cast<int>(start.size())) return {};
     const std::string_view type(reinterpret_cast<const char*>(start.data()) + 4, 4);
     constexpr std::array<std::string_view, 6> firstBoxes{"ftyp", "moov", "wide", "mdat", "free", "skip"};
     if (std::find(firstBoxes.begin(), firstBoxes.end(), type) == firstBoxes.end()) return {};
     return IndexWalk(file).patches();
 }
 
-void applyPatches(const std::vector<BytePatch>& patches, std::int64_t offset, std::uint8_t* bytes,
-                  int count) {
+void applyPatches(const std::vector<BytePatch>& patches, std::int64_t offset, std::uint8_t* bytes, int count) {
     for (const BytePatch& patch : patches) {
         for (std::size_t i = 0; i < patch.bytes.size(); ++i) {
             const std::int64_t at = patch.offset + static_cast<std::int64_t>(i) - offset;

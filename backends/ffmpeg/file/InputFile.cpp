@@ -136,8 +136,7 @@ std::shared_ptr<const InputFile> InputFile::open(const std::string& path, std::o
     if (path.empty()) return fail("The address leads to no file.", 0);
     // O_NONBLOCK: opening a pipe would otherwise block until its other end is opened.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0)
-        return fail("The file cannot be opened: " + std::string(std::strerror(errno)) + ".", errno);
+    if (descriptor < 0) return fail("The file cannot be opened: " + std::string(std::strerror(errno)) + ".", errno);
     struct stat status {};
     if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
         ::close(descriptor);
@@ -149,8 +148,7 @@ std::shared_ptr<const InputFile> InputFile::open(const std::string& path, std::o
 int InputFile::read(std::int64_t offset, std::uint8_t* bytes, int count) const {
     int got = 0;
     while (got < count) {
-        const ssize_t part =
-            ::pread(descriptor_, bytes + got, static_cast<std::size_t>(count - got), offset + got);
+        const ssize_t part = ::pread(descriptor_, bytes + got, static_cast<std::size_t>(count - got), offset + got);
         if (part < 0 && errno == EINTR) continue;
         if (part < 0) return got > 0 ? got : AVERROR(errno);
         if (part == 0) break;
@@ -161,15 +159,14 @@ int InputFile::read(std::int64_t offset, std::uint8_t* bytes, int count) const {
 
 bool InputFile::isUnchanged() const {
     struct stat status {};
-    return ::fstat(descriptor_, &status) == 0 && status.st_size == size_ &&
-           modificationTime(status) == modified_;
+    return ::fstat(descriptor_, &status) == 0 && status.st_size == size_ && modificationTime(status) == modified_;
 }
 
 bool InputFile::isAt(const std::string& path) const {
     struct stat ours {
     }, theirs{};
-    return ::fstat(descriptor_, &ours) == 0 && ::stat(path.c_str(), &theirs) == 0 &&
-           ours.st_dev == theirs.st_dev && ours.st_ino == theirs.st_ino;
+    return ::fstat(descriptor_, &ours) == 0 && ::stat(path.c_str(), &theirs) == 0 && ours.st_dev == theirs.st_dev &&
+           ours.st_ino == theirs.st_ino;
 }
 
 bool InputFile::isCutShort() const {
@@ -180,8 +177,7 @@ bool InputFile::isCutShort() const {
     };
     if (isAtOffset(0, "\x1A\x45\xDF\xA3")) return matroskaFileIsCutShort(*this);
     if (isAtOffset(0, "RIFF")) {
-        const std::uint64_t length =
-            start[4] | start[5] << 8 | start[6] << 16 | std::uint64_t{start[7]} << 24;
+        const std::uint64_t length = start[4] | start[5] << 8 | start[6] << 16 | std::uint64_t{start[7]} << 24;
         return length + 8 > static_cast<std::uint64_t>(size_);
     }
     return isoFileIsCutShort(*this);
@@ -221,8 +217,7 @@ int InputReader::isInterrupted(void* self) {
 }
 
 std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> file, Detail detail,
-                                               const std::atomic<bool>* interrupted,
-                                               std::optional<NSError>* error) {
+                                               const std::atomic<bool>* interrupted, std::optional<NSError>* error) {
     const auto fail = [&](NSError why) -> std::unique_ptr<InputReader> {
         if (error) *error = std::move(why);
         return nullptr;
@@ -241,9 +236,7 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
     format->pb = reader->io_.get();
     format->interrupt_callback = {isInterrupted, reader.get()};
     // A file may name other files, as playlists and reference files of QuickTime do; no such file is opened.
-    format->io_open = [](AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
-        return AVERROR(EPERM);
-    };
+    format->io_open = [](AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) { return AVERROR(EPERM); };
     FfmpegOptions options;
     options.set("format_whitelist", demultiplexers);
     options.set("codec_whitelist", decoderNames());
@@ -253,8 +246,7 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
     // The call frees the context when it fails.
     int status = avformat_open_input(&format, "", nullptr, options.get());
     // A shortened index may contradict other parts of the file; the whole index is tried then.
-    if (status < 0 && !reader->patches_.empty())
-        return open(reader->file_, Detail::streams, interrupted, error);
+    if (status < 0 && !reader->patches_.empty()) return open(reader->file_, Detail::streams, interrupted, error);
     if (status < 0) return fail(ffmpegError("This is no clip of a known kind", status));
     reader->format_.reset(format);
 
@@ -262,11 +254,10 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
     const int video = reader->videoStream();
     // The size of MPEG-4 Part 2 pictures is stated in the data only.
     const bool statesSize = video < 0 || format->streams[video]->codecpar->width > 0;
-    const bool statesAll = isIsoFile && detail == Detail::beginning && format->duration > 0 &&
-                           format->nb_streams > 0 && statesSize;
+    const bool statesAll =
+        isIsoFile && detail == Detail::beginning && format->duration > 0 && format->nb_streams > 0 && statesSize;
     // A length that is not stated is the sum of all samples, so that the whole index is needed.
-    if (!statesAll && !reader->patches_.empty())
-        return open(reader->file_, Detail::streams, interrupted, error);
+    if (!statesAll && !reader->patches_.empty()) return open(reader->file_, Detail::streams, interrupted, error);
     if (!statesAll) {
         status = avformat_find_stream_info(format, nullptr);
         if (status < 0) return fail(ffmpegError("The clip's streams cannot be read", status));
@@ -277,8 +268,7 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
 int InputReader::videoStream() const {
     for (unsigned i = 0; i < format_->nb_streams; ++i) {
         const AVStream& stream = *format_->streams[i];
-        const bool isStill =
-            stream.disposition & (AV_DISPOSITION_ATTACHED_PIC | AV_DISPOSITION_TIMED_THUMBNAILS);
+        const bool isStill = stream.disposition & (AV_DISPOSITION_ATTACHED_PIC | AV_DISPOSITION_TIMED_THUMBNAILS);
         if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !isStill) return static_cast<int>(i);
     }
     return -1;

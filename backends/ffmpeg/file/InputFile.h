@@ -55,8 +55,7 @@ public:
     /// Null when the file is not media of a known format. `interrupted`, when given, ends reading early; it must
     /// outlive the reader.
     static std::unique_ptr<InputReader> open(std::shared_ptr<const InputFile> file, Detail detail,
-                                             const std::atomic<bool>* interrupted,
-                                             std::optional<NSError>* error);
+                                             const std::atomic<bool>* interrupted, std::optional<NSError>* error);
 
     AVFormatContext& format() const { return *format_; }
     const std::shared_ptr<const InputFile>& sharedFile() const { return file_; }

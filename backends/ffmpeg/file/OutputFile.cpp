@@ -18,9 +18,7 @@ namespace {
 // The process's file mode creation mask takes bits away.
 constexpr mode_t newFileMode = 0666;
 
-NSError systemError(const std::string& what, int number) {
-    return {what + ": " + std::strerror(number) + ".", number};
-}
+NSError systemError(const std::string& what, int number) { return {what + ": " + std::strerror(number) + ".", number}; }
 
 std::string folderOf(const std::string& path) {
     const std::filesystem::path folder = std::filesystem::path(path).parent_path();

@@ -38,8 +38,7 @@ QImage blurredBackdrop(const QImage& image, double sigma) {
     if (image.isNull() || !(sigma > 0)) return image;
     const int reduction = std::clamp(static_cast<int>(sigma / leastSigma), 1, greatestReduction);
     const QSize size = QSize(std::max(1, image.width() / reduction), std::max(1, image.height() / reduction));
-    QImage small =
-        reduction > 1 ? image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation) : image.copy();
+    QImage small = reduction > 1 ? image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation) : image.copy();
     small.convertTo(QImage::Format_ARGB32_Premultiplied);
     std::vector<uchar> copy(static_cast<std::size_t>(std::max(size.width(), size.height())) * 4);
     uchar* const bits = small.bits();
@@ -50,10 +49,8 @@ QImage blurredBackdrop(const QImage& image, double sigma) {
         const auto radius = static_cast<int>(std::lround((std::sqrt(1 + 12 * variance / passes) - 1) / 2));
         if (radius < 1) continue;
         variance = std::max(0.0, variance - radius * (radius + 1) / 3.0);
-        for (int y = 0; y < size.height(); ++y)
-            blurPixelLine(bits + y * stride, size.width(), 4, radius, copy);
-        for (int x = 0; x < size.width(); ++x)
-            blurPixelLine(bits + x * 4, size.height(), stride, radius, copy);
+        for (int y = 0; y < size.height(); ++y) blurPixelLine(bits + y * stride, size.width(), 4, radius, copy);
+        for (int x = 0; x < size.width(); ++x) blurPixelLine(bits + x * 4, size.height(), stride, radius, copy);
     }
     return small;
 }

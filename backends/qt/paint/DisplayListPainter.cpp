@@ -29,14 +29,11 @@ QTransform toQTransform(const CGAffineTransform& t, CGPoint center) {
 
 /// The outline of a view, moved inwards by `inset` points.
 QPainterPath outlineOf(const ViewState& state, double inset = 0) {
-    const QRectF r =
-        QRectF(0, 0, state.frame.width(), state.frame.height()).adjusted(inset, inset, -inset, -inset);
+    const QRectF r = QRectF(0, 0, state.frame.width(), state.frame.height()).adjusted(inset, inset, -inset, -inset);
     return roundedPath(r, state.cornerRadius - inset, state.roundsTop, state.roundsBottom);
 }
 
-bool isRounded(const ViewState& state) {
-    return state.cornerRadius > 0 && (state.roundsTop || state.roundsBottom);
-}
+bool isRounded(const ViewState& state) { return state.cornerRadius > 0 && (state.roundsTop || state.roundsBottom); }
 
 QPainterPath toQPainterPath(const Path& path) {
     QPainterPath result;
@@ -57,8 +54,7 @@ public:
     ListPainter(const DisplayList& list, QImage& target, QPoint origin)
         : list_(list), target_(target), origin_(origin) {
         painter_.begin(&target_);
-        painter_.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
-                                QPainter::SmoothPixmapTransform);
+        painter_.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
         painter_.translate(list.margin - origin.x(), list.margin - origin.y());
         painter_.scale(list.scale, list.scale);
     }
@@ -66,14 +62,11 @@ public:
     void paintRoot() {
         const ViewState& root = state(0);
         if (list_.beneath) {
-            const auto pixels = [&](double points) {
-                return static_cast<int>(std::lround(points * list_.scale));
-            };
+            const auto pixels = [&](double points) { return static_cast<int>(std::lround(points * list_.scale)); };
             const QPoint origin(pixels(list_.beneathOrigin.x), pixels(list_.beneathOrigin.y));
             painter_.save();
             painter_.resetTransform();
-            painter_.drawImage(0, 0,
-                               paintDisplayList(*list_.beneath, QRect(origin + origin_, target_.size())));
+            painter_.drawImage(0, 0, paintDisplayList(*list_.beneath, QRect(origin + origin_, target_.size())));
             painter_.restore();
         }
         const bool cuts = root.clipsToBounds && isRounded(root) && list_.entries.size() > 1;
@@ -318,8 +311,8 @@ private:
         if (content.selectionEnd > content.selectionBegin) {
             const QRectF seen = visible(painter);
             const auto covered = block.coverOf(TextBlock::unitsOf(content.text, content.selectionBegin),
-                                               TextBlock::unitsOf(content.text, content.selectionEnd),
-                                               seen.top() - y, seen.bottom() - y);
+                                               TextBlock::unitsOf(content.text, content.selectionEnd), seen.top() - y,
+                                               seen.bottom() - y);
             for (const QRectF& part : covered) {
                 painter.fillRect(snapped(painter, part.translated(box.x(), y)), selectionColor);
             }
@@ -340,8 +333,7 @@ private:
         text.font = !isEmpty && input.secure ? bulletFont(input.font) : input.font;
         text.color = isEmpty ? input.placeholderColor : input.color;
         text.alignment = input.alignment;
-        text.lineBreakMode =
-            input.multiline ? NSLineBreakMode::byWordWrapping : NSLineBreakMode::byTruncatingTail;
+        text.lineBreakMode = input.multiline ? NSLineBreakMode::byWordWrapping : NSLineBreakMode::byTruncatingTail;
         text.numberOfLines = input.multiline ? 0 : 1;
         text.vertical = input.multiline ? TextContent::Vertical::top : TextContent::Vertical::center;
         text.insets = input.insets;
@@ -360,8 +352,8 @@ private:
         if (entry.pictureMissing) return;
         QImage picture = entry.picture;
         if (picture.isNull() && list_.pictures) {
-            const PictureKey key = PictureStore::keyFor(*content.image, placed.width() * list_.scale,
-                                                        placed.height() * list_.scale);
+            const PictureKey key =
+                PictureStore::keyFor(*content.image, placed.width() * list_.scale, placed.height() * list_.scale);
             picture = list_.pictures->obtain(*content.image, key);
         }
         if (picture.isNull()) return;
@@ -370,10 +362,8 @@ private:
         if (painter.transform().type() <= QTransform::TxScale) {
             // A picture that is shown pixel by pixel is not smoothed.
             const QRectF device = painter.transform().mapRect(target);
-            if (std::abs(device.width() - picture.width()) < 1 &&
-                std::abs(device.height() - picture.height()) < 1) {
-                const QRectF whole(std::round(device.x()), std::round(device.y()), picture.width(),
-                                   picture.height());
+            if (std::abs(device.width() - picture.width()) < 1 && std::abs(device.height() - picture.height()) < 1) {
+                const QRectF whole(std::round(device.x()), std::round(device.y()), picture.width(), picture.height());
                 target = painter.transform().inverted().mapRect(whole);
             }
         }
@@ -409,8 +399,8 @@ private:
         if (path.filled || path.strokeWidth <= 0) {
             painter.fillPath(outline, toQColor(tint));
         } else {
-            painter.strokePath(
-                outline, QPen(toQColor(tint), path.strokeWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+            painter.strokePath(outline,
+                               QPen(toQColor(tint), path.strokeWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         }
         painter.restore();
     }

@@ -70,9 +70,8 @@ bool PaintPool::isIdle() const {
 }
 
 bool PaintPool::takeJob(PaintJob& job, double farthest) {
-    const auto nearest =
-        std::min_element(jobs_.begin(), jobs_.end(),
-                         [](const PaintJob& a, const PaintJob& b) { return a.distance < b.distance; });
+    const auto nearest = std::min_element(jobs_.begin(), jobs_.end(),
+                                          [](const PaintJob& a, const PaintJob& b) { return a.distance < b.distance; });
     if (nearest == jobs_.end() || nearest->distance > farthest) return false;
     job = std::move(*nearest);
     jobs_.erase(nearest);

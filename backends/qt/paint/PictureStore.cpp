@@ -102,14 +102,12 @@ QImage PictureStore::obtain(const UIImage& image, const PictureKey& key) {
     return picture;
 }
 
-QImage PictureStore::request(const std::shared_ptr<const UIImage>& image, const PictureKey& key,
-                             bool& isKnown) {
+QImage PictureStore::request(const std::shared_ptr<const UIImage>& image, const PictureKey& key, bool& isKnown) {
     const std::lock_guard lock(mutex_);
     QImage picture;
     isKnown = find(key, picture);
     if (isKnown || underWay_ == key) return picture;
-    const auto same =
-        std::find_if(wanted_.begin(), wanted_.end(), [&](const Wanted& w) { return w.key == key; });
+    const auto same = std::find_if(wanted_.begin(), wanted_.end(), [&](const Wanted& w) { return w.key == key; });
     if (same != wanted_.end()) {
         std::rotate(same, same + 1, wanted_.end());
     } else {
@@ -138,9 +136,8 @@ std::size_t PictureStore::storedBytes() const {
 QImage PictureStore::decode(const UIImage& image, const PictureKey& key) {
     const double scale = key.width / std::max(image.size().width, 1e-6);
     const UIImage::Representation& representation = image.representation(scale);
-    const QByteArray bytes =
-        QByteArray::fromRawData(reinterpret_cast<const char*>(representation.data.bytes()),
-                                static_cast<qsizetype>(representation.data.size()));
+    const QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(representation.data.bytes()),
+                                                     static_cast<qsizetype>(representation.data.size()));
     // The representation for another scale may be a file of another format.
     const auto header = ImageHeader::read(representation.data);
     if (!header || decodingBytes(*header, key) > maximumDecodingBytes) return {};

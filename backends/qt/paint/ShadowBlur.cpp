@@ -38,10 +38,8 @@ QImage blurredShape(const QPainterPath& shape, QSize size, double sigma, const Q
         uchar* bits = mask.bits();
         const qsizetype stride = mask.bytesPerLine();
         for (int pass = 0; pass < 3; ++pass) {
-            for (int y = 0; y < size.height(); ++y)
-                blurAlphaLine(bits + y * stride, size.width(), 1, radius, copy);
-            for (int x = 0; x < size.width(); ++x)
-                blurAlphaLine(bits + x, size.height(), stride, radius, copy);
+            for (int y = 0; y < size.height(); ++y) blurAlphaLine(bits + y * stride, size.width(), 1, radius, copy);
+            for (int x = 0; x < size.width(); ++x) blurAlphaLine(bits + x, size.height(), stride, radius, copy);
         }
     }
     QImage result(size, QImage::Format_ARGB32_Premultiplied);

@@ -21,8 +21,7 @@ bool isSurfaceOfItsOwn(const ViewState& state) { return state.isSurface || state
 /// Whether nodes of its own show `content`, as for spinners, players and text under edit. The picture of the surface
 /// around such content does not depend on it.
 bool isLive(const ViewContent& content) {
-    if (std::holds_alternative<SpinnerContent>(content) || std::holds_alternative<PlayerContent>(content))
-        return true;
+    if (std::holds_alternative<SpinnerContent>(content) || std::holds_alternative<PlayerContent>(content)) return true;
     const auto* input = std::get_if<TextInputContent>(&content);
     return input && !isPainted(*input);
 }
@@ -179,9 +178,7 @@ void MountedTree::destroy(ViewTag tag) {
 void MountedTree::assignRoles(MountedView& view) {
     const bool inSurface = view.parent && view.parent->role != MountRole::structural;
     const bool isApart = isSurfaceOfItsOwn(*view.state) || (inSurface && view.isInFront);
-    const MountRole role = isApart     ? MountRole::surface
-                           : inSurface ? MountRole::painted
-                                       : MountRole::structural;
+    const MountRole role = isApart ? MountRole::surface : inSurface ? MountRole::painted : MountRole::structural;
     view.pictureDirty = true;
     if (role == MountRole::painted) view.surface.reset();
     view.role = role;

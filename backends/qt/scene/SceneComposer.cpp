@@ -69,8 +69,8 @@ bool SceneComposer::prepare(double now) {
     collectResults();
     walkTree();
     if (waiting_ > 0 && longestWait > 0) {
-        const auto end = std::chrono::steady_clock::now() +
-                         std::chrono::microseconds(static_cast<std::int64_t>(longestWait * 1e6));
+        const auto end =
+            std::chrono::steady_clock::now() + std::chrono::microseconds(static_cast<std::int64_t>(longestWait * 1e6));
         const std::uint64_t painted = statistics_.bandsPainted;
         while (waiting_ > 0 && pool_.helpUntil(end)) collectResults();
         if (statistics_.bandsPainted != painted) walkTree();
@@ -172,8 +172,8 @@ bool SceneComposer::walk(MountedView& view, const Place& place) {
     return true;
 }
 
-bool SceneComposer::walkChildren(MountedView& view, const Place& place, const Region& frame, bool isExact,
-                                 double restX, double restY) {
+bool SceneComposer::walkChildren(MountedView& view, const Place& place, const Region& frame, bool isExact, double restX,
+                                 double restY) {
     const ViewState& state = *view.state;
     const CGPoint origin = state.boundsOrigin;
     if (!view.scrolls && (origin.x != 0 || origin.y != 0)) view.scrolls = true;
@@ -291,8 +291,7 @@ bool SceneComposer::prepareRotation(MountedView& view, const Place& place, const
 void SceneComposer::prepareSpinner(MountedView& view) {
     const auto& spinner = std::get<SpinnerContent>(view.state->content);
     const CGSize size = view.state->frame.size;
-    const int side =
-        static_cast<int>(std::lround(std::clamp(std::min(size.width, size.height), 1.0, 64.0) * scale_));
+    const int side = static_cast<int>(std::lround(std::clamp(std::min(size.width, size.height), 1.0, 64.0) * scale_));
     view.want.spinnerKey = SpinnerPictures::keyFor(spinner, side);
     view.want.spinnerPhase = 0;
     if (!spinner.animating) return;
@@ -351,9 +350,7 @@ QSGNode* SceneComposer::synchronise(QSGNode* root, QQuickWindow& window) {
     return root;
 }
 
-bool SceneComposer::isSettled() const {
-    return waiting_ == 0 && !missesPictures_ && queue_.empty() && doomed_.empty();
-}
+bool SceneComposer::isSettled() const { return waiting_ == 0 && !missesPictures_ && queue_.empty() && doomed_.empty(); }
 
 CGRect SceneComposer::frameInWindow(const MountedView& view, CGRect& clip, double& alpha) const {
     CGRect frame = view.state->frame;

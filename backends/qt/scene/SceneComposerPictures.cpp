@@ -21,9 +21,7 @@ constexpr int bandHeight = 1024;
 constexpr int maximumPictureWidth = 8192;
 constexpr double maximumOverflow = 64;
 
-bool isRounded(const ViewState& state) {
-    return state.cornerRadius > 0 && (state.roundsTop || state.roundsBottom);
-}
+bool isRounded(const ViewState& state) { return state.cornerRadius > 0 && (state.roundsTop || state.roundsBottom); }
 
 bool paintsContent(const ViewContent& content) {
     if (const auto* text = std::get_if<TextContent>(&content)) return !text->text.empty();
@@ -97,16 +95,14 @@ void SceneComposer::refreshLook(MountedView& view) {
     if (view.look != LookKind::picture) view.surface.reset();
 }
 
-LookKind SceneComposer::preparePicture(MountedView& view, const Place& place, const Region& frame,
-                                       bool isExact) {
+LookKind SceneComposer::preparePicture(MountedView& view, const Place& place, const Region& frame, bool isExact) {
     const bool wasDirty = std::exchange(view.pictureDirty, false);
     if (wasDirty) refreshLook(view);
     if (view.look == LookKind::none) return LookKind::none;
     const ViewState& state = *view.state;
     const bool isVisible = !isExact || frame.intersects(place.clip);
     const CGRect inWindow{frame.x0, frame.y0, state.frame.width(), state.frame.height()};
-    const auto corners =
-        state.transform.isIdentity() ? cornersWithin(place.corners, inWindow, scale_) : std::nullopt;
+    const auto corners = state.transform.isIdentity() ? cornersWithin(place.corners, inWindow, scale_) : std::nullopt;
     if (view.look == LookKind::rect && !corners) {
         view.surface.reset();
         view.want.color = state.backgroundColor;
@@ -142,8 +138,7 @@ LookKind SceneComposer::preparePicture(MountedView& view, const Place& place, co
         Band& band = surface.bands[i];
         const double top = frame.y0 + (band.pixels.y() - surface.margin) / scale_;
         const double left = frame.x0 - surface.margin / scale_;
-        const Region area{left, top, left + band.pixels.width() / scale_,
-                          top + band.pixels.height() / scale_};
+        const Region area{left, top, left + band.pixels.width() / scale_, top + band.pixels.height() / scale_};
         const bool visible = !isExact || area.intersects(place.clip);
         band.distance = visible || !isExact ? 0 : std::max(area.distance(place.clip), 1e-3);
         if (band.distance > keptScreens * screen) {
@@ -156,8 +151,7 @@ LookKind SceneComposer::preparePicture(MountedView& view, const Place& place, co
                 band.submitted = surface.version;
                 band.dropped = false;
                 const auto number = static_cast<int>(i);
-                if (!pool_.submit(
-                        {surface.id, number, surface.version, surface.list, band.pixels, band.distance})) {
+                if (!pool_.submit({surface.id, number, surface.version, surface.list, band.pixels, band.distance})) {
                     ++outstanding_;
                 }
             }
@@ -204,8 +198,7 @@ void SceneComposer::takeList(MountedView& view, const Place& place) {
         if (state.backgroundColor.alpha >= 1 && !isRounded(state)) {
             list->isOpaque = true;
             list->ground = state.backgroundColor;
-        } else if (place.ground && !surface.groundRefused && view.role == MountRole::surface &&
-                   isAlone(view)) {
+        } else if (place.ground && !surface.groundRefused && view.role == MountRole::surface && isAlone(view)) {
             list->isOpaque = true;
             list->ground = *place.ground;
             surface.usesGround = true;
@@ -225,8 +218,8 @@ void SceneComposer::takeList(MountedView& view, const Place& place) {
     ++statistics_.listsTaken;
 }
 
-void SceneComposer::addEntries(DisplayList& list, Surface& surface, MountedView& view, bool isRoot,
-                               CGRect* overflow, CGPoint origin, Below below) {
+void SceneComposer::addEntries(DisplayList& list, Surface& surface, MountedView& view, bool isRoot, CGRect* overflow,
+                               CGPoint origin, Below below) {
     const std::size_t index = list.entries.size();
     list.entries.push_back({view.state, 0, {}, false});
     const auto* image = std::get_if<ImageContent>(&view.state->content);
@@ -235,8 +228,7 @@ void SceneComposer::addEntries(DisplayList& list, Surface& surface, MountedView&
         view.lastPicture = {};
     } else if (!image->image->isSymbol()) {
         const CGRect placed = placedImage(image->image->size(), view.state->frame.size, image->contentMode);
-        const PictureKey key =
-            PictureStore::keyFor(*image->image, placed.width() * scale_, placed.height() * scale_);
+        const PictureKey key = PictureStore::keyFor(*image->image, placed.width() * scale_, placed.height() * scale_);
         bool isKnown = true;
         QImage picture;
         if (!placed.isEmpty() && !PictureStore::isSmall(*image->image, key)) {
@@ -262,8 +254,7 @@ void SceneComposer::addEntries(DisplayList& list, Surface& surface, MountedView&
         const ViewState& state = *view.state;
         const double margin = shadowMargin(state.shadow);
         const CGRect covered = CGRect(origin, state.frame.size).insetBy(-margin, -margin);
-        const double x0 = std::min(overflow->minX(), covered.minX()),
-                     y0 = std::min(overflow->minY(), covered.minY());
+        const double x0 = std::min(overflow->minX(), covered.minX()), y0 = std::min(overflow->minY(), covered.minY());
         *overflow = {x0, y0, std::max(overflow->maxX(), covered.maxX()) - x0,
                      std::max(overflow->maxY(), covered.maxY()) - y0};
     }
@@ -274,8 +265,8 @@ void SceneComposer::addEntries(DisplayList& list, Surface& surface, MountedView&
             if (!isWanted || child->state->hidden) continue;
             const CGPoint at{origin.x - bounds.x + child->state->frame.minX(),
                              origin.y - bounds.y + child->state->frame.minY()};
-            addEntries(list, surface, *child, false,
-                       !isRoot && view.state->clipsToBounds ? nullptr : overflow, at, below);
+            addEntries(list, surface, *child, false, !isRoot && view.state->clipsToBounds ? nullptr : overflow, at,
+                       below);
         }
     }
     list.entries[index].end = list.entries.size();
@@ -296,8 +287,7 @@ void SceneComposer::takeBeneath(DisplayList& list, Surface& surface, const Mount
     addEntries(*beneath, surface, stand, true, nullptr, {});
     for (MountedView* sibling : parent.children) {
         if (sibling == &blur) break;
-        if (!sibling->state->hidden)
-            addEntries(*beneath, surface, *sibling, false, nullptr, {}, Below::everything);
+        if (!sibling->state->hidden) addEntries(*beneath, surface, *sibling, false, nullptr, {}, Below::everything);
     }
     beneath->entries.front().end = beneath->entries.size();
     list.beneath = std::move(beneath);
@@ -324,8 +314,7 @@ bool SceneComposer::isAlone(const MountedView& view) const {
     for (const MountedView* sibling : view.parent->children) {
         if (sibling == &view) return true;
         const ViewState& state = *sibling->state;
-        if (!state.hidden && sibling->look != LookKind::none && state.frame.intersects(view.state->frame))
-            return false;
+        if (!state.hidden && sibling->look != LookKind::none && state.frame.intersects(view.state->frame)) return false;
     }
     return true;
 }
@@ -341,8 +330,7 @@ bool SceneComposer::prepareVideo(MountedView& view, const Place& place, const Re
     }
     VideoPicture::Place shown;
     const auto pixels = [&](double points) {
-        return static_cast<int>(
-            std::clamp(std::floor(points * scale_ + 1e-6), 1.0, double(maximumPictureWidth)));
+        return static_cast<int>(std::clamp(std::floor(points * scale_ + 1e-6), 1.0, double(maximumPictureWidth)));
     };
     shown.bounds = {pixels(size.width), pixels(size.height)};
     shown.scale = scale_;
@@ -357,11 +345,10 @@ bool SceneComposer::prepareVideo(MountedView& view, const Place& place, const Re
     // picture is there.
     const CGSize exact{now.picture.width() / scale_, now.picture.height() / scale_};
     const CGRect fit = placedImage(exact, size, UIViewContentMode::scaleAspectFit);
-    const bool isExactSize = std::abs(fit.width() - exact.width) * scale_ < 1.5 &&
-                             std::abs(fit.height() - exact.height) * scale_ < 1.5;
+    const bool isExactSize =
+        std::abs(fit.width() - exact.width) * scale_ < 1.5 && std::abs(fit.height() - exact.height) * scale_ < 1.5;
     const CGSize placed = isExactSize ? exact : fit.size;
-    view.want.videoRect = {{snap((size.width - placed.width) / 2), snap((size.height - placed.height) / 2)},
-                           placed};
+    view.want.videoRect = {{snap((size.width - placed.width) / 2), snap((size.height - placed.height) / 2)}, placed};
     return true;
 }
 
@@ -378,12 +365,10 @@ bool SceneComposer::collectResults() {
         Band& band = surface.bands[index];
         const bool isCurrent = result.version == surface.version;
         // An outdated picture still replaces an older one.
-        if (!isCurrent && (band.painted > result.version || result.picture.size() != band.pixels.size()))
-            continue;
+        if (!isCurrent && (band.painted > result.version || result.picture.size() != band.pixels.size())) continue;
         if (isCurrent && band.painted != result.version && band.visible && waiting_ > 0) --waiting_;
         band.picture = std::move(result.picture);
-        band.place =
-            QRect(band.pixels.topLeft() - QPoint(surface.margin, surface.margin), band.picture.size());
+        band.place = QRect(band.pixels.topLeft() - QPoint(surface.margin, surface.margin), band.picture.size());
         band.painted = result.version;
         ++surface.shown;
         isSeen |= band.visible;
@@ -393,8 +378,7 @@ bool SceneComposer::collectResults() {
     for (const auto& [tag, view] : tree_.views()) {
         if (!view->surface || view->surface->missing.empty()) continue;
         const auto& missing = view->surface->missing;
-        if (std::find_first_of(missing.begin(), missing.end(), decoded.begin(), decoded.end()) !=
-            missing.end()) {
+        if (std::find_first_of(missing.begin(), missing.end(), decoded.begin(), decoded.end()) != missing.end()) {
             view->pictureDirty = true;
         }
     }

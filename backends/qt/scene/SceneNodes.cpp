@@ -41,8 +41,8 @@ QMatrix4x4 placementMatrix(const MountedView& view) {
         const CGSize size = view.state->frame.size;
         const auto cx = static_cast<float>(size.width / 2), cy = static_cast<float>(size.height / 2);
         matrix.translate(cx, cy);
-        matrix *= QMatrix4x4(float(t.a), float(t.c), 0, float(t.tx), float(t.b), float(t.d), 0, float(t.ty),
-                             0, 0, 1, 0, 0, 0, 0, 1);
+        matrix *= QMatrix4x4(float(t.a), float(t.c), 0, float(t.tx), float(t.b), float(t.d), 0, float(t.ty), 0, 0, 1, 0,
+                             0, 0, 0, 1);
         const float sine = std::sin(want.angle), cosine = std::cos(want.angle);
         matrix *= QMatrix4x4(cosine, -sine, 0, 0, sine, cosine, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1);
         matrix.translate(-cx, -cy);
@@ -106,21 +106,17 @@ void SceneNodes::apply(MountedView& view, std::vector<MountedView*>& unordered) 
         if (moved) view.nodes.placement->setMatrix(placementMatrix(view));
     }
     const bool resized = rebuilds || have.width != want.width || have.height != want.height;
-    if (rebuilds || lookChanged || (lookIsTop && moved) || (want.look == LookKind::rect && resized))
-        placeLook(view);
-    if (want.look == LookKind::rect && view.nodes.look &&
-        (rebuilds || lookChanged || !(have.color == want.color))) {
+    if (rebuilds || lookChanged || (lookIsTop && moved) || (want.look == LookKind::rect && resized)) placeLook(view);
+    if (want.look == LookKind::rect && view.nodes.look && (rebuilds || lookChanged || !(have.color == want.color))) {
         static_cast<QSGSimpleRectNode*>(view.nodes.look)->setColor(toQColor(want.color));
     }
     if (view.nodes.opacity && (rebuilds || have.alpha != want.alpha)) {
         view.nodes.opacity->setOpacity(static_cast<qreal>(want.alpha));
     }
     if (view.nodes.clip && resized) {
-        static_cast<RectClipNode*>(view.nodes.clip)
-            ->setRect(QRectF(0, 0, qreal(want.width), qreal(want.height)));
+        static_cast<RectClipNode*>(view.nodes.clip)->setRect(QRectF(0, 0, qreal(want.width), qreal(want.height)));
     }
-    if (view.nodes.content &&
-        (rebuilds || have.contentX != want.contentX || have.contentY != want.contentY)) {
+    if (view.nodes.content && (rebuilds || have.contentX != want.contentX || have.contentY != want.contentY)) {
         QMatrix4x4 matrix;
         matrix.translate(want.contentX, want.contentY);
         view.nodes.content->setMatrix(matrix);
@@ -168,8 +164,7 @@ QSGNode* SceneNodes::makeLook(MountedView& view) {
     auto* group = new QSGNode;
     for (const Band& band : view.surface->bands) {
         if (!band.visible || band.picture.isNull()) continue;
-        if (QSGImageNode* node = makeImageNode(window_, band.picture, filtering))
-            group->appendChildNode(node);
+        if (QSGImageNode* node = makeImageNode(window_, band.picture, filtering)) group->appendChildNode(node);
     }
     return group;
 }
@@ -179,8 +174,7 @@ void SceneNodes::placeLook(MountedView& view) {
     const NodeValues& want = view.want;
     const double x = want.placement ? 0 : double(want.x), y = want.placement ? 0 : double(want.y);
     if (want.look == LookKind::rect) {
-        static_cast<QSGSimpleRectNode*>(view.nodes.look)
-            ->setRect(x, y, qreal(want.width), qreal(want.height));
+        static_cast<QSGSimpleRectNode*>(view.nodes.look)->setRect(x, y, qreal(want.width), qreal(want.height));
         return;
     }
     const auto rectOf = [&](const Band& band) {
@@ -208,8 +202,7 @@ void SceneNodes::applySpinner(MountedView& view) {
         delete view.nodes.spinner;
         view.nodes.spinner = makeImageNode(window_, spinners_.picture(*spinner, side), QSGTexture::Nearest);
         if (!view.nodes.spinner) return;
-        QSGNode* parent =
-            view.nodes.opacity ? static_cast<QSGNode*>(view.nodes.opacity) : view.nodes.placement;
+        QSGNode* parent = view.nodes.opacity ? static_cast<QSGNode*>(view.nodes.opacity) : view.nodes.placement;
         parent->appendChildNode(view.nodes.spinner);
         const CGSize size = view.state->frame.size;
         const double points = side / scale_;
@@ -231,16 +224,14 @@ void SceneNodes::applyVideo(MountedView& view) {
         return;
     }
     const QImage& picture = view.video;
-    if (node && view.have.video && view.have.videoShown == want.videoShown &&
-        view.have.videoRect == want.videoRect)
+    if (node && view.have.video && view.have.videoShown == want.videoShown && view.have.videoRect == want.videoRect)
         return;
     const bool isExact = std::abs(want.videoRect.width() * scale_ - picture.width()) < 0.5;
     const auto filtering = isExact && !isTurnedOrScaled(view) ? QSGTexture::Nearest : QSGTexture::Linear;
     if (!node) {
         node = makeImageNode(window_, picture, filtering);
         if (!node) return;
-        QSGNode* parent =
-            view.nodes.opacity ? static_cast<QSGNode*>(view.nodes.opacity) : view.nodes.placement;
+        QSGNode* parent = view.nodes.opacity ? static_cast<QSGNode*>(view.nodes.opacity) : view.nodes.placement;
         if (view.nodes.look) {
             parent->insertChildNodeAfter(node, view.nodes.look);
         } else {

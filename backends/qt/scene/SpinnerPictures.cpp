@@ -14,8 +14,7 @@ constexpr int spokes = 8;
 constexpr std::size_t maximumPictures = 64;
 
 int progressStep(const SpinnerContent& spinner) {
-    return spinner.animating ? 255
-                             : static_cast<int>(std::lround(std::clamp(spinner.progress, 0.0, 1.0) * 64));
+    return spinner.animating ? 255 : static_cast<int>(std::lround(std::clamp(spinner.progress, 0.0, 1.0) * 64));
 }
 
 /// `strength` returns the opacity of a spoke; spoke 0 points up, the others follow clockwise.
@@ -50,8 +49,7 @@ const QImage& SpinnerPictures::picture(const SpinnerContent& spinner, int side) 
     if (found != pictures_.end()) return found->second;
     if (pictures_.size() >= maximumPictures) pictures_.clear();
 
-    QImage image(QSize(spinner.animating ? side * phaseCount : side, side),
-                 QImage::Format_ARGB32_Premultiplied);
+    QImage image(QSize(spinner.animating ? side * phaseCount : side, side), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -25,8 +25,7 @@ Families findFamilies() {
             break;
         }
     }
-    if (families.text.isEmpty())
-        families.text = QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
+    if (families.text.isEmpty()) families.text = QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
     for (const char* name : {"Courier New", "Noto Sans Mono", "DejaVu Sans Mono", "Noto Sans Mono CJK SC"}) {
         if (QFontDatabase::hasFamily(QLatin1String(name))) {
             families.monospace = QLatin1String(name);
@@ -37,8 +36,7 @@ Families findFamilies() {
         families.monospace = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
     }
     // Emoji in colour are preferred to black ones, so their families come first.
-    for (const char* name :
-         {"Apple Color Emoji", "Segoe UI Emoji", "Noto Color Emoji", "Noto Sans", "DejaVu Sans"}) {
+    for (const char* name : {"Apple Color Emoji", "Segoe UI Emoji", "Noto Color Emoji", "Noto Sans", "DejaVu Sans"}) {
         if (QFontDatabase::hasFamily(QLatin1String(name))) families.others.append(QLatin1String(name));
     }
     // QFont takes fractional sizes in points only; a font of 72 points (one inch) tells how many pixels an inch has

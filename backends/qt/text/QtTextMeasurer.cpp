@@ -114,8 +114,7 @@ void QtTextMeasurer::keep(Entry entry) {
     answers_.insert(hash, std::move(entry), cost);
 }
 
-TextMetrics QtTextMeasurer::measure(std::string_view text, const UIFont& font, CGFloat width,
-                                    int maximumLines) {
+TextMetrics QtTextMeasurer::measure(std::string_view text, const UIFont& font, CGFloat width, int maximumLines) {
     if (text.empty()) return {{}, 0, lineHeight(font)};
     const std::size_t hash = hashOf(text, font, width, maximumLines);
     if (const Entry* known = find(hash, text, font, width, maximumLines)) return known->metrics;

@@ -38,11 +38,11 @@ private:
     };
     class Ahead;
 
-    const Entry* find(std::size_t hash, std::string_view text, const UIFont& font, CGFloat width,
-                      int maximumLines);
+    const Entry* find(std::size_t hash, std::string_view text, const UIFont& font, CGFloat width, int maximumLines);
     void keep(Entry entry);
 
-    /// By hash; a new answer replaces the answer to another question with the same hash. The cost is the bytes of the text.
+    /// By hash; a new answer replaces the answer to another question with the same hash. The cost is the bytes of the
+    /// text.
     LeastRecentlyUsedCache<std::size_t, Entry> answers_;
     std::map<std::pair<std::string, CGFloat>, CGFloat> lineHeights_;
     // Null until the first text is to be measured ahead.

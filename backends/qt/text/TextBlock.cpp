@@ -46,8 +46,7 @@ QString lineText(std::string_view text, bool oneLine) {
     if (result.contains(u'\r')) result.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     const QChar lineBreak = oneLine ? QChar(u' ') : QChar(QChar::LineSeparator);
     for (QChar& c : result) {
-        if (c == u'\n' || c == u'\r' || c == QChar::ParagraphSeparator ||
-            (oneLine && c == QChar::LineSeparator)) {
+        if (c == u'\n' || c == u'\r' || c == QChar::ParagraphSeparator || (oneLine && c == QChar::LineSeparator)) {
             c = lineBreak;
         } else if (c == u'\t') {
             c = u' ';
@@ -65,8 +64,7 @@ TextBlock::TextBlock(std::string_view text, const QFont& font, const Options& op
     const double oneLine = lineHeight(font);
     boxWidth_ = limits.width;
     leastLineHeight_ = oneLine;
-    const double lines =
-        options.maximumLines > 0 ? options.maximumLines : std::ceil(options.height / oneLine) + 1;
+    const double lines = options.maximumLines > 0 ? options.maximumLines : std::ceil(options.height / oneLine) + 1;
     const double pixelSize = std::max(1, QFontInfo(font).pixelSize());
     // A character has up to four bytes.
     const double shownBytes = 4 * lines * (std::ceil(limits.width / (narrowestLetter * pixelSize)) + 16);
@@ -112,8 +110,7 @@ void TextBlock::layOut(const Options& options, double fontLineHeight) {
     layout_.endLayout();
     height_ = y;
     if (end < length) truncated_ = true;
-    const bool tooWide =
-        lineCount_ > 0 && layout_.lineAt(lineCount_ - 1).naturalTextWidth() > options.width + slack;
+    const bool tooWide = lineCount_ > 0 && layout_.lineAt(lineCount_ - 1).naturalTextWidth() > options.width + slack;
     if (cuts && lineCount_ > 0 && (truncated_ || tooWide)) {
         truncated_ = true;
         elide(start, top, options);
@@ -145,8 +142,7 @@ void TextBlock::elide(int start, double y, const Options& options) {
     static const QString ellipsis(QChar(0x2026));
     const double ellipsisWidth = lay(ellipsis).naturalTextWidth();
     QTextLine line = lay(shown);
-    int columns =
-        line.xToCursor(std::max(0.0, options.width - ellipsisWidth) + line.x(), QTextLine::CursorOnCharacter);
+    int columns = line.xToCursor(std::max(0.0, options.width - ellipsisWidth) + line.x(), QTextLine::CursorOnCharacter);
     for (;;) {
         while (columns > 0 && shown.at(columns - 1).isSpace()) --columns;
         line = lay(shown.left(columns) + ellipsis);
@@ -202,9 +198,8 @@ std::vector<QRectF> TextBlock::coverOf(int begin, int end, double top, double bo
         // In a line that mixes two directions of writing, the selected characters need not be neighbours on screen.
         std::vector<std::pair<double, double>> parts;
         for (int at = first; at < last; ++at) {
-            const auto [left, right] =
-                std::minmax({line.line.cursorToX(at - line.offset, QTextLine::Leading),
-                             line.line.cursorToX(at - line.offset, QTextLine::Trailing)});
+            const auto [left, right] = std::minmax({line.line.cursorToX(at - line.offset, QTextLine::Leading),
+                                                    line.line.cursorToX(at - line.offset, QTextLine::Trailing)});
             if (right <= left) continue;
             if (!parts.empty() && left <= parts.back().second + 0.5 && right >= parts.back().first - 0.5) {
                 parts.back() = {std::min(left, parts.back().first), std::max(right, parts.back().second)};

@@ -111,18 +111,13 @@ std::unique_ptr<TextEditor> TextEditor::make(QQuickItem& host, ViewTag tag, cons
         NSLog("Text cannot be edited: %@", toUtf8(recipe.errorString().simplified()));
         return nullptr;
     }
-    return std::unique_ptr<TextEditor>(
-        new TextEditor(host, tag, content.multiline, std::move(handlers), item));
+    return std::unique_ptr<TextEditor>(new TextEditor(host, tag, content.multiline, std::move(handlers), item));
 }
 
 void TextEditor::warmUp() { delete recipes().line.create(); }
 
 TextEditor::TextEditor(QQuickItem& host, ViewTag tag, bool multiline, Handlers handlers, QQuickItem* item)
-    : tag_(tag),
-      multiline_(multiline),
-      handlers_(std::move(handlers)),
-      clip_(new QQuickItem(&host)),
-      item_(item) {
+    : tag_(tag), multiline_(multiline), handlers_(std::move(handlers)), clip_(new QQuickItem(&host)), item_(item) {
     clip_->setClip(true);
     item_->setParentItem(clip_);
     item_->setParent(clip_);
@@ -266,8 +261,7 @@ void TextEditor::reportSelection() {
     if (!item_ || !handlers_.selectionChanged) return;
     const auto begin = static_cast<std::size_t>(std::max(0, item_->property("selectionStart").toInt()));
     const auto end = static_cast<std::size_t>(std::max(0, item_->property("selectionEnd").toInt()));
-    handlers_.selectionChanged({begin, end - std::min(begin, end)},
-                               item_->property("contentHeight").toDouble());
+    handlers_.selectionChanged({begin, end - std::min(begin, end)}, item_->property("contentHeight").toDouble());
 }
 
 void TextEditor::didAccept() {

@@ -105,16 +105,14 @@ public:
         // Called on the decoder's thread.
         connect(
             sink_, &QVideoSink::videoFrameChanged, sink_,
-            [picture = picture_](const QVideoFrame& frame) { picture->setFrame(frame); },
-            Qt::DirectConnection);
+            [picture = picture_](const QVideoFrame& frame) { picture->setFrame(frame); }, Qt::DirectConnection);
         connect(player_, &QMediaPlayer::mediaStatusChanged, this, &Worker::refresh);
         connect(player_, &QMediaPlayer::playbackStateChanged, this, &Worker::refresh);
         connect(player_, &QMediaPlayer::durationChanged, this, &Worker::refresh);
         connect(player_, &QMediaPlayer::positionChanged, this, &Worker::refresh);
-        connect(player_, &QMediaPlayer::errorOccurred, this,
-                [this](QMediaPlayer::Error error, const QString&) {
-                    if (error != QMediaPlayer::NoError) fail();
-                });
+        connect(player_, &QMediaPlayer::errorOccurred, this, [this](QMediaPlayer::Error error, const QString&) {
+            if (error != QMediaPlayer::NoError) fail();
+        });
         player_->setVideoSink(sink_);
         findOrientation(url_, picture_);
         player_->setSource(url_);
@@ -207,9 +205,8 @@ void QtPlayer::play() {
         report_->wantsPlay = true;
     }
     const auto number = issue();
-    QMetaObject::invokeMethod(worker_, [worker = worker_, number] {
-        worker->perform(number, [](QMediaPlayer& player) { player.play(); });
-    });
+    QMetaObject::invokeMethod(
+        worker_, [worker = worker_, number] { worker->perform(number, [](QMediaPlayer& player) { player.play(); }); });
 }
 
 void QtPlayer::pause() {

@@ -62,8 +62,8 @@ struct ContextCloser {
 /// The thread's context of the last conversion, kept because making one takes longer than converting a small frame.
 SwsContext* contextFor(QSize from, AVPixelFormat format, QSize to) {
     thread_local std::unique_ptr<SwsContext, ContextCloser> kept;
-    kept.reset(sws_getCachedContext(kept.release(), from.width(), from.height(), format, to.width(),
-                                    to.height(), AV_PIX_FMT_BGRA, SWS_BILINEAR, nullptr, nullptr, nullptr));
+    kept.reset(sws_getCachedContext(kept.release(), from.width(), from.height(), format, to.width(), to.height(),
+                                    AV_PIX_FMT_BGRA, SWS_BILINEAR, nullptr, nullptr, nullptr));
     return kept.get();
 }
 
@@ -111,8 +111,7 @@ QSize uprightSize(const QVideoFrame& frame, VideoOrientation orientation) {
 
 QSize fittingSize(QSize size, QSize bounds) {
     if (size.isEmpty() || bounds.isEmpty()) return {1, 1};
-    const double scale =
-        std::min(double(bounds.width()) / size.width(), double(bounds.height()) / size.height());
+    const double scale = std::min(double(bounds.width()) / size.width(), double(bounds.height()) / size.height());
     const auto side = [&](int length, int most) {
         return std::clamp(static_cast<int>(std::lround(length * scale)), 1, most);
     };

@@ -40,11 +40,11 @@ VideoOrientation orientationFrom(const std::int32_t* stored) {
 VideoOrientation orientationOf(const AVStream& stream) {
     VideoOrientation orientation;
     std::size_t size = 0;
-    const auto* matrix = reinterpret_cast<const std::int32_t*>(
-        av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size));
+    const auto* matrix =
+        reinterpret_cast<const std::int32_t*>(av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size));
     if (matrix && size >= 9 * sizeof(std::int32_t)) orientation = orientationFrom(matrix);
-    const AVRational aspect = stream.sample_aspect_ratio.num > 0 ? stream.sample_aspect_ratio
-                                                                 : stream.codecpar->sample_aspect_ratio;
+    const AVRational aspect =
+        stream.sample_aspect_ratio.num > 0 ? stream.sample_aspect_ratio : stream.codecpar->sample_aspect_ratio;
     // Other shapes of pixels are faults of the file and are ignored.
     constexpr double least = 0.25, most = 4;
     if (aspect.num > 0 && aspect.den > 0) {
@@ -59,9 +59,8 @@ VideoOrientation orientationOf(const AVStream& stream) {
 VideoOrientation videoOrientationOf(const std::string& url, double seconds) {
     AVFormatContext* context = avformat_alloc_context();
     if (!context) return {};
-    SteadyClock::time_point end =
-        SteadyClock::now() + std::chrono::duration_cast<SteadyClock::duration>(
-                                 std::chrono::duration<double>(std::max(0.0, seconds)));
+    SteadyClock::time_point end = SteadyClock::now() + std::chrono::duration_cast<SteadyClock::duration>(
+                                                           std::chrono::duration<double>(std::max(0.0, seconds)));
     context->interrupt_callback = {isTimeUp, &end};
     // The call frees the context when it fails.
     if (avformat_open_input(&context, url.c_str(), nullptr, nullptr) < 0) return {};

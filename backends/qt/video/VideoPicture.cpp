@@ -25,8 +25,7 @@ QThreadPool& converters() {
 /// Clears the pixels of the picture, which is centred in its bounds, beyond the round corners.
 void cutCorners(QImage& picture, const VideoPicture::Place& place) {
     const CornerClip& clip = *place.corners;
-    const QPointF origin((place.bounds.width() - picture.width()) / 2,
-                         (place.bounds.height() - picture.height()) / 2);
+    const QPointF origin((place.bounds.width() - picture.width()) / 2, (place.bounds.height() - picture.height()) / 2);
     const auto pixels = [&](double points) { return points * place.scale; };
     const QRectF rect(pixels(clip.rect.minX()) - origin.x(), pixels(clip.rect.minY()) - origin.y(),
                       pixels(clip.rect.width()), pixels(clip.rect.height()));
@@ -106,9 +105,7 @@ std::uint64_t VideoPicture::conversionCount() const {
 }
 
 void VideoPicture::startConverting() {
-    if (!isOutdated_ || !isTaken_ || isConverting_ || awaitsOrientation_ || !place_ ||
-        place_->bounds.isEmpty())
-        return;
+    if (!isOutdated_ || !isTaken_ || isConverting_ || awaitsOrientation_ || !place_ || place_->bounds.isEmpty()) return;
     isConverting_ = true;
     converters().start([self = shared_from_this()] { self->convert(); });
 }
@@ -129,8 +126,7 @@ void VideoPicture::convert() {
         orientation.quarterTurns = static_cast<int>(frame.rotationAngle()) / 90;
         orientation.mirrored = frame.mirrored();
     }
-    QImage picture =
-        convertedFrame(frame, fittingSize(uprightSize(frame, orientation), place.bounds), orientation);
+    QImage picture = convertedFrame(frame, fittingSize(uprightSize(frame, orientation), place.bounds), orientation);
     if (!picture.isNull() && place.corners) cutCorners(picture, place);
 
     lock.lock();

@@ -52,8 +52,7 @@ UITransferItems transferItems(const QMimeData* data) {
 void transferItemsWithPicture(const QMimeData* data, std::function<void(UITransferItems)> handler) {
     UITransferItems items = transferItems(data);
     const auto deliver = [](UITransferItems ready, std::function<void(UITransferItems)> to) {
-        RunLoop::main().perform(
-            [ready = std::move(ready), to = std::move(to)]() mutable { to(std::move(ready)); });
+        RunLoop::main().perform([ready = std::move(ready), to = std::move(to)]() mutable { to(std::move(ready)); });
     };
     if (!items.hasPicture || !items.filePaths.empty()) return deliver(std::move(items), std::move(handler));
     for (const char* const type : {"image/png", "image/jpeg"}) {
@@ -87,15 +86,14 @@ void chooseFiles(UIWindow* window, const UIFileRequest& request,
             patterns << QStringLiteral("*.") + toQString(extension)
                      << QStringLiteral("*.") + toQString(extension).toUpper();
         }
-        dialog->setNameFilters({toQString(request.kindName) + QStringLiteral(" (") +
-                                    patterns.join(QLatin1Char(' ')) + QLatin1Char(')'),
-                                QFileDialog::tr("All Files (*)")});
+        dialog->setNameFilters(
+            {toQString(request.kindName) + QStringLiteral(" (") + patterns.join(QLatin1Char(' ')) + QLatin1Char(')'),
+             QFileDialog::tr("All Files (*)")});
     }
     QObject::connect(dialog, &QDialog::finished, dialog, [dialog, handler = std::move(handler)](int result) {
         std::vector<std::string> paths;
         if (result == QDialog::Accepted) {
-            for (const QString& path : dialog->selectedFiles())
-                paths.push_back(QFile::encodeName(path).toStdString());
+            for (const QString& path : dialog->selectedFiles()) paths.push_back(QFile::encodeName(path).toStdString());
             folder = dialog->directory().absolutePath();
         }
         handler(std::move(paths));
@@ -103,8 +101,7 @@ void chooseFiles(UIWindow* window, const UIFileRequest& request,
     const auto* const view = window ? dynamic_cast<QtWindowView*>(window->backend()) : nullptr;
     dialog->setWindowModality(view ? Qt::WindowModal : Qt::ApplicationModal);
     dialog->winId();
-    if (view && view->window() && dialog->windowHandle())
-        dialog->windowHandle()->setTransientParent(view->window());
+    if (view && view->window() && dialog->windowHandle()) dialog->windowHandle()->setTransientParent(view->window());
     dialog->open();
 }
 

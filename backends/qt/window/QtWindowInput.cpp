@@ -77,8 +77,7 @@ void QtWindowView::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void QtWindowView::mouseReleaseEvent(QMouseEvent* event) {
-    const Qt::MouseButton button =
-        pointer_.button == UIButtonMask::secondary ? Qt::RightButton : Qt::LeftButton;
+    const Qt::MouseButton button = pointer_.button == UIButtonMask::secondary ? Qt::RightButton : Qt::LeftButton;
     if (!window_ || !pointerDown_ || event->button() != button) return;
     pointerDown_ = false;
     lastPressTime_ = inputTime();
@@ -217,8 +216,7 @@ void QtWindowView::dragEnterEvent(QDragEnterEvent* event) { dragMoveEvent(event)
 
 void QtWindowView::dragMoveEvent(QDragMoveEvent* event) {
     // The drop is a copy, never a move: the other program must keep its file.
-    const bool isTaken =
-        window_ && window_->sendDrag(transferItems(event->mimeData()), toPoint(event->position()));
+    const bool isTaken = window_ && window_->sendDrag(transferItems(event->mimeData()), toPoint(event->position()));
     if (isTaken) event->setDropAction(Qt::CopyAction);
     event->setAccepted(isTaken);
 }
@@ -234,10 +232,9 @@ void QtWindowView::dropEvent(QDropEvent* event) {
     event->setDropAction(Qt::CopyAction);
     event->setAccepted(isTaken);
     if (!isTaken) return;
-    transferItemsWithPicture(event->mimeData(),
-                             [weak = std::weak_ptr(window_), point](const UITransferItems& items) {
-                                 if (const auto window = weak.lock()) window->sendDrop(items, point);
-                             });
+    transferItemsWithPicture(event->mimeData(), [weak = std::weak_ptr(window_), point](const UITransferItems& items) {
+        if (const auto window = weak.lock()) window->sendDrop(items, point);
+    });
 }
 
 }  // namespace ostrel

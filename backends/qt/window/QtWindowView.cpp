@@ -38,9 +38,9 @@ constexpr double requestLead = 0.006;
 }  // namespace
 
 QtWindowView::QtWindowView(std::shared_ptr<UIWindow> window, QQuickItem* parent)
-    : QQuickItem(parent), window_(std::move(window)), composer_(std::make_unique<SceneComposer>([this] {
-          QCoreApplication::postEvent(this, new QEvent(workEvent));
-      })) {
+    : QQuickItem(parent),
+      window_(std::move(window)),
+      composer_(std::make_unique<SceneComposer>([this] { QCoreApplication::postEvent(this, new QEvent(workEvent)); })) {
     setFlag(ItemHasContents);
     setFlag(ItemIsFocusScope, false);
     setAcceptedMouseButtons(Qt::LeftButton | Qt::RightButton);
@@ -62,9 +62,7 @@ QtWindowView::~QtWindowView() {
 
 bool QtWindowView::isSettled() const { return !framesWanted_ && hasPaintedEverything(); }
 
-bool QtWindowView::hasPaintedEverything() const {
-    return !needsFlush_ && !nodesWaiting_ && composer_->isSettled();
-}
+bool QtWindowView::hasPaintedEverything() const { return !needsFlush_ && !nodesWaiting_ && composer_->isSettled(); }
 
 void QtWindowView::mount(const MountingTransaction& transaction) {
     if (transaction.number == 1) {

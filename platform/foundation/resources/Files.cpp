@@ -35,8 +35,7 @@ std::string homeOfSystem() {
     std::vector<char> buffer(16 * 1024);
     passwd entry{};
     passwd* found = nullptr;
-    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found &&
-        found->pw_dir) {
+    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found && found->pw_dir) {
         return found->pw_dir;
     }
     return "/";
@@ -62,8 +61,7 @@ struct Source {
         };
         descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
         struct stat status {};
-        if (descriptor < 0 || ::fstat(descriptor, &status) != 0)
-            return fail(std::generic_category().message(errno));
+        if (descriptor < 0 || ::fstat(descriptor, &status) != 0) return fail(std::generic_category().message(errno));
         if (!S_ISREG(status.st_mode)) return fail("it is no regular file");
         if (static_cast<std::uint64_t>(status.st_size) > limit)
             return fail("it is larger than " + std::to_string(limit >> 20) + " MiB");
@@ -120,8 +118,7 @@ Data readFile(const std::string& path, std::size_t limit, std::string* error) {
     bytes.reserve(source.size);
     if (source.read([&](std::string_view piece) { return bytes.append(piece), true; }))
         return Data::take(std::move(bytes));
-    if (error)
-        *error = "The file \"" + path + "\" cannot be read: " + std::generic_category().message(errno) + ".";
+    if (error) *error = "The file \"" + path + "\" cannot be read: " + std::generic_category().message(errno) + ".";
     return {};
 }
 
@@ -133,9 +130,7 @@ Data snapshotOfFile(const std::string& path, std::size_t limit, std::string* err
     auto copy = failure ? std::nullopt : PartialFile::create(folder.string());
     if (copy && source.read([&](std::string_view piece) { return copy->append(piece); }))
         return Data::mapFile(copy->path(), error);
-    if (error)
-        *error =
-            "The file \"" + path + "\" cannot be copied: " + std::generic_category().message(errno) + ".";
+    if (error) *error = "The file \"" + path + "\" cannot be copied: " + std::generic_category().message(errno) + ".";
     return {};
 }
 

@@ -82,8 +82,7 @@ std::vector<std::string> folderNames(std::string_view preferred) {
 std::map<std::string, std::string> languagesOfTable(const fs::path& bundle, const std::string& table) {
     std::map<std::string, std::string> languages;
     std::error_code failure;
-    for (fs::directory_iterator entry(bundle, failure), end; !failure && entry != end;
-         entry.increment(failure)) {
+    for (fs::directory_iterator entry(bundle, failure), end; !failure && entry != end; entry.increment(failure)) {
         const fs::path file = entry->path() / table;
         std::error_code missing;
         if (entry->path().extension() != ".lproj" || !fs::is_regular_file(file, missing)) continue;
@@ -167,8 +166,7 @@ const NSBundle::Table* NSBundle::tableNamed(std::string_view name) const {
 
 std::optional<NSBundle::Table> NSBundle::readTable(std::string_view name) const {
     const std::string file = std::string(name) + ".strings";
-    if (name.empty() || file.find_first_of(std::string_view("/\0", 2)) != std::string::npos)
-        return std::nullopt;
+    if (name.empty() || file.find_first_of(std::string_view("/\0", 2)) != std::string::npos) return std::nullopt;
     const auto languages = languagesOfTable(path_, file);
     if (languages.empty()) return std::nullopt;
 

@@ -32,8 +32,7 @@ public:
     /// The text for `key` in `table`, in the first preferred language that has the table, else in English,
     /// else in the first language by name. When the table or the key is missing: `defaultValue`, or the key
     /// itself when that is empty.
-    std::string localizedString(std::string_view key, std::string_view defaultValue,
-                                std::string_view table) const;
+    std::string localizedString(std::string_view key, std::string_view defaultValue, std::string_view table) const;
 
     explicit NSBundle(std::string path);
 

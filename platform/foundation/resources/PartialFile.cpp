@@ -46,8 +46,7 @@ bool PartialFile::append(std::string_view bytes) {
 std::optional<std::string> PartialFile::readBack() const {
     std::string bytes(size_, '\0');
     for (std::size_t done = 0; done < bytes.size();) {
-        const ssize_t count =
-            ::pread(descriptor_, bytes.data() + done, bytes.size() - done, static_cast<off_t>(done));
+        const ssize_t count = ::pread(descriptor_, bytes.data() + done, bytes.size() - done, static_cast<off_t>(done));
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) return std::nullopt;
         done += static_cast<std::size_t>(count);
@@ -64,8 +63,7 @@ bool PartialFile::synchronise() { return ::fdatasync(descriptor_) == 0; }
 
 bool PartialFile::moveTo(const std::string& path) {
     struct stat replaced {};
-    if (::stat(path.c_str(), &replaced) == 0 && ::fchmod(descriptor_, replaced.st_mode & 07777) != 0)
-        return false;
+    if (::stat(path.c_str(), &replaced) == 0 && ::fchmod(descriptor_, replaced.st_mode & 07777) != 0) return false;
     // Network file systems report late write errors when a descriptor is closed. The other one keeps the lock.
     const int copy = ::fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
     if (copy < 0 || ::close(copy) != 0 || ::rename(path_.c_str(), path.c_str()) != 0) return false;

@@ -8,10 +8,10 @@
 
 namespace ostrel {
 
-/// A file that is written under a hidden temporary name and then takes the place of another one, so that a reader sees the
-/// old content or the whole new one. The destructor removes a file that was not moved. The file is locked as long as the
-/// object lives (flock), so that a sweep can tell a file being written from one that a crash left behind. One thread at a
-/// time.
+/// A file that is written under a hidden temporary name and then takes the place of another one, so that a reader sees
+/// the old content or the whole new one. The destructor removes a file that was not moved. The file is locked as long
+/// as the object lives (flock), so that a sweep can tell a file being written from one that a crash left behind. One
+/// thread at a time.
 class PartialFile final {
 public:
     /// The end of the temporary name.
@@ -35,8 +35,8 @@ public:
     std::optional<std::string> readBack() const;
     /// Times of the last use and of the last change, in seconds since 1970.
     bool setTimes(double lastUsed, double modified);
-    /// Waits until the bytes are on the disk. After a crash the name of a file that was synchronised before it was moved
-    /// stands for all of its bytes.
+    /// Waits until the bytes are on the disk. After a crash the name of a file that was synchronised before it was
+    /// moved stands for all of its bytes.
     bool synchronise();
     /// Moves the file to `path`. A file that was there is replaced and its access mode is kept.
     bool moveTo(const std::string& path);

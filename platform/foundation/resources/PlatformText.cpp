@@ -69,8 +69,7 @@ constexpr std::pair<std::string_view, std::string_view> simplifiedChinese[] = {
 };
 
 std::string lowered(std::string text) {
-    std::ranges::transform(text, text.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
 }
 
@@ -83,8 +82,7 @@ bool isTagOf(std::string_view tag, std::string_view language) {
 bool isSimplifiedChinese(std::string_view tag) {
     if (!isTagOf(tag, "zh")) return false;
     if (isTagOf(tag, "zh-hans")) return true;
-    return !isTagOf(tag, "zh-hant") && !isTagOf(tag, "zh-tw") && !isTagOf(tag, "zh-hk") &&
-           !isTagOf(tag, "zh-mo");
+    return !isTagOf(tag, "zh-hant") && !isTagOf(tag, "zh-tw") && !isTagOf(tag, "zh-hk") && !isTagOf(tag, "zh-mo");
 }
 
 bool wantsChinese() {

@@ -57,8 +57,7 @@ private:
     /// Skips blanks and comments. False when a comment does not end.
     bool skipBlanks() {
         for (;;) {
-            while (!atEnd() &&
-                   std::string_view(" \t\r\n\f\v").find(file_[position_]) != std::string_view::npos) {
+            while (!atEnd() && std::string_view(" \t\r\n\f\v").find(file_[position_]) != std::string_view::npos) {
                 ++position_;
             }
             if (file_.substr(position_).starts_with("//")) {
@@ -136,8 +135,7 @@ private:
     }
 
     bool fail(const char* complaint, std::size_t where) {
-        const auto line =
-            1 + std::count(file_.begin(), file_.begin() + static_cast<std::ptrdiff_t>(where), '\n');
+        const auto line = 1 + std::count(file_.begin(), file_.begin() + static_cast<std::ptrdiff_t>(where), '\n');
         result_.error = "line " + std::to_string(line) + ": " + complaint + ".";
         return false;
     }

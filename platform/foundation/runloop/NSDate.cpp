@@ -95,8 +95,7 @@ std::optional<NSDate> NSDate::fromISO8601(std::string_view text) {
     const auto offset = readOffset(reader);
     if (!offset || !reader.isAtEnd()) return std::nullopt;
 
-    const std::chrono::year_month_day date{std::chrono::year(*year),
-                                           std::chrono::month(static_cast<unsigned>(*month)),
+    const std::chrono::year_month_day date{std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
                                            std::chrono::day(static_cast<unsigned>(*day))};
     if (!date.ok() || *hour > 23 || *minute > 59 || *second > 60) return std::nullopt;
     const std::int64_t days = std::chrono::sys_days(date).time_since_epoch().count();

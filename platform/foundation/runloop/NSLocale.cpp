@@ -49,15 +49,13 @@ public:
         std::string names;
         for (const char* variable : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
             // NOLINTNEXTLINE(concurrency-mt-unsafe): no code of this program changes the environment
-            if (const char* value = std::getenv(variable); value && *value)
-                names.append(value).append(1, ':');
+            if (const char* value = std::getenv(variable); value && *value) names.append(value).append(1, ':');
         }
         std::vector<std::string> tags;
         for (std::size_t start = 0; start < names.size();) {
             const std::size_t end = names.find(':', start);
             std::string tag = languageTag(std::string_view(names).substr(start, end - start));
-            if (!tag.empty() && std::find(tags.begin(), tags.end(), tag) == tags.end())
-                tags.push_back(std::move(tag));
+            if (!tag.empty() && std::find(tags.begin(), tags.end(), tag) == tags.end()) tags.push_back(std::move(tag));
             start = end + 1;
         }
         if (tags.empty()) tags.emplace_back("en");

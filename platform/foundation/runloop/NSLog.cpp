@@ -67,8 +67,7 @@ LogSink setLogSink(LogSink sink) {
     return sink;
 }
 
-std::string detail::fillPlaceholders(std::string_view format, const std::string* arguments,
-                                     std::size_t count) {
+std::string detail::fillPlaceholders(std::string_view format, const std::string* arguments, std::size_t count) {
     std::string line;
     std::size_t copied = 0;
     for (std::size_t next = 0; next < count; ++next) {

@@ -25,8 +25,8 @@ void NSNotificationCenter::addObserver(const void* observer, std::string name, H
 
 void NSNotificationCenter::removeObserver(const void* observer) {
     assert(isOnMainThread());
-    const auto firstRemoved = std::stable_partition(
-        entries_.begin(), entries_.end(), [&](const auto& entry) { return entry->observer != observer; });
+    const auto firstRemoved = std::stable_partition(entries_.begin(), entries_.end(),
+                                                    [&](const auto& entry) { return entry->observer != observer; });
     // Released only when the list is consistent again: the destructor of an object that a handler holds may
     // remove observers too.
     const std::vector<std::shared_ptr<Entry>> removed(firstRemoved, entries_.end());

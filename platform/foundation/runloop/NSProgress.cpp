@@ -76,8 +76,7 @@ struct NSProgress::List {
         const std::lock_guard lock(mutex);
         if (generation != ofGeneration) return;
         isTicking = isObserved && (!published.empty() || hasChanged);
-        if (isTicking)
-            RunLoop::main().performAfter(updateInterval, [ofGeneration] { list().tick(ofGeneration); });
+        if (isTicking) RunLoop::main().performAfter(updateInterval, [ofGeneration] { list().tick(ofGeneration); });
     }
 };
 
@@ -138,8 +137,7 @@ void NSProgress::publish() {
 void NSProgress::unpublish() {
     List& all = list();
     const std::lock_guard lock(all.mutex);
-    if (std::erase_if(all.published, [this](const auto& entry) { return entry.address == this; }) == 0)
-        return;
+    if (std::erase_if(all.published, [this](const auto& entry) { return entry.address == this; }) == 0) return;
     all.hasChanged = true;
     all.start();
 }

@@ -83,8 +83,7 @@ int NSThread::runningCount() {
 bool NSThread::waitForAll(double seconds) {
     Threads& all = threads();
     std::unique_lock lock(all.mutex);
-    return all.changed.wait_for(lock, std::chrono::duration<double>(seconds),
-                                [&] { return all.running == 0; });
+    return all.changed.wait_for(lock, std::chrono::duration<double>(seconds), [&] { return all.running == 0; });
 }
 
 }  // namespace ostrel

@@ -39,12 +39,9 @@ void RunLoop::installMain(std::shared_ptr<RunLoop> loop) {
 }
 
 NSTimer::NSTimer(double seconds, bool repeats, std::function<void(NSTimer&)> fire)
-    : seconds_(seconds >= shortestInterval ? seconds : shortestInterval),
-      repeats_(repeats),
-      fire_(std::move(fire)) {}
+    : seconds_(seconds >= shortestInterval ? seconds : shortestInterval), repeats_(repeats), fire_(std::move(fire)) {}
 
-std::shared_ptr<NSTimer> NSTimer::scheduledTimer(double seconds, bool repeats,
-                                                 std::function<void(NSTimer&)> fire) {
+std::shared_ptr<NSTimer> NSTimer::scheduledTimer(double seconds, bool repeats, std::function<void(NSTimer&)> fire) {
     auto timer = std::make_shared<NSTimer>(seconds, repeats, std::move(fire));
     timer->intended_ = Clock::shared().monotonicSeconds() + timer->seconds_;
     timer->schedule(timer->seconds_);

@@ -36,8 +36,7 @@ public:
 class NSTimer final : public std::enable_shared_from_this<NSTimer> {
 public:
     /// Intervals shorter than 0.0001 seconds are taken as 0.0001.
-    static std::shared_ptr<NSTimer> scheduledTimer(double seconds, bool repeats,
-                                                   std::function<void(NSTimer&)> fire);
+    static std::shared_ptr<NSTimer> scheduledTimer(double seconds, bool repeats, std::function<void(NSTimer&)> fire);
     void invalidate();
     bool isValid() const { return valid_; }
 

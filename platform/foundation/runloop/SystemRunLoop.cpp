@@ -26,8 +26,7 @@ bool SystemRunLoop::run(const std::function<bool()>& isDone, double seconds) {
         if (present >= end) return false;
         auto until = std::min(end, present + longestWait);
         if (const auto due = tasks_.nextDue()) {
-            until = std::min(
-                until, SteadyClock::time_point(std::chrono::nanoseconds(std::max<std::int64_t>(*due, 0))));
+            until = std::min(until, SteadyClock::time_point(std::chrono::nanoseconds(std::max<std::int64_t>(*due, 0))));
         }
         if (until > present) tasks_.waitForTask(until);
     }

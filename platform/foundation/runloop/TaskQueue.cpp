@@ -69,8 +69,7 @@ bool TaskQueue::runNext(Nanoseconds now, std::uint64_t firstOfNextTurn) {
         const std::lock_guard lock(mutex_);
         auto next = tasks_.begin();
         // Tasks added during this turn are skipped; they may be due earlier than older tasks.
-        while (next != tasks_.end() && next->first.first <= now && next->first.second >= firstOfNextTurn)
-            ++next;
+        while (next != tasks_.end() && next->first.first <= now && next->first.second >= firstOfNextTurn) ++next;
         if (next == tasks_.end() || next->first.first > now) return false;
         task = std::move(next->second);
         dueOf_.erase(next->first.second);

@@ -45,16 +45,12 @@ std::string withLargeNumbersQuoted(std::string_view json) {
             }
             ++position;
         } else if (c == '-' || (c >= '0' && c <= '9')) {
-            const std::size_t end =
-                std::min(json.find_first_not_of("+-.0123456789eE", position), json.size());
+            const std::size_t end = std::min(json.find_first_not_of("+-.0123456789eE", position), json.size());
             const std::string_view number = json.substr(position, end - position);
             const std::size_t next = json.find_first_not_of(" \t\r\n", end);
             const bool isKey = next != std::string_view::npos && json[next] == ':';
             if (!isKey && isJsonNumber(number) && isBeyondRange(number)) {
-                quoted.append(json.substr(copied, position - copied))
-                    .append(1, '"')
-                    .append(number)
-                    .append(1, '"');
+                quoted.append(json.substr(copied, position - copied)).append(1, '"').append(number).append(1, '"');
                 copied = end;
             }
             position = end;
@@ -117,8 +113,7 @@ JsonDocument::Strings allocateStrings(std::size_t length) {
 /// A document of exactly the size needed, with a copy of the tape. `makeStrings` gets the number of used
 /// bytes of the string buffer and returns the strings.
 template <class MakeStrings>
-std::shared_ptr<const JsonDocument> exactDocument(const simdjson::dom::document& parsed,
-                                                  MakeStrings makeStrings) {
+std::shared_ptr<const JsonDocument> exactDocument(const simdjson::dom::document& parsed, MakeStrings makeStrings) {
     const std::uint64_t* tape = parsed.tape.get();
     const std::size_t tapeLength = tape[0] & payloadMask;
     const std::size_t stringsLength =
@@ -202,9 +197,6 @@ std::shared_ptr<const JsonDocument> JsonDocument::parse(std::string_view json, s
 
 JsonDocument::JsonDocument(std::unique_ptr<std::uint64_t[]> tape, std::size_t tapeLength, Strings strings,
                            std::size_t stringsLength)
-    : tape_(std::move(tape)),
-      tapeLength_(tapeLength),
-      strings_(std::move(strings)),
-      stringsLength_(stringsLength) {}
+    : tape_(std::move(tape)), tapeLength_(tapeLength), strings_(std::move(strings)), stringsLength_(stringsLength) {}
 
 }  // namespace ostrel

@@ -56,8 +56,7 @@ bool isJsonNumber(std::string_view text) {
 double doubleOfText(std::string_view number) {
     double value = 0;
     const std::string_view unsignedPlus = number.starts_with('+') ? number.substr(1) : number;
-    const auto result =
-        std::from_chars(unsignedPlus.data(), unsignedPlus.data() + unsignedPlus.size(), value);
+    const auto result = std::from_chars(unsignedPlus.data(), unsignedPlus.data() + unsignedPlus.size(), value);
     if (result.ec != std::errc::result_out_of_range) return value;
     // from_chars does not tell overflow from underflow; strtod does, and needs the "C" locale.
     static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
@@ -75,8 +74,7 @@ std::int64_t leadingInteger(std::string_view text) {
     std::int64_t value = 0;
     const auto result = std::from_chars(rest.data(), rest.data() + rest.size(), value);
     if (result.ec == std::errc::result_out_of_range) {
-        return isNegative ? std::numeric_limits<std::int64_t>::min()
-                          : std::numeric_limits<std::int64_t>::max();
+        return isNegative ? std::numeric_limits<std::int64_t>::min() : std::numeric_limits<std::int64_t>::max();
     }
     return value;
 }

@@ -80,8 +80,7 @@ void appendJson(std::string& out, const Place& place) {
     case TapeKind::null: out += "null"; return;
     case TapeKind::array:
         out += '[';
-        for (std::size_t index = place.index + 1; index < place.end();
-             index = indexAfter(place.tape, index)) {
+        for (std::size_t index = place.index + 1; index < place.end(); index = indexAfter(place.tape, index)) {
             if (index > place.index + 1) out += ',';
             appendJson(out, place.at(index));
         }
@@ -125,8 +124,7 @@ bool isNumberKind(TapeKind kind) {
 /// Compares exactly, whereas a comparison of doubles would find 2^53 and 2^53 + 1 equal.
 bool equalNumbers(const Place& a, const Place& b) {
     if (a.kind() == TapeKind::real || b.kind() == TapeKind::real) {
-        if (a.kind() == b.kind())
-            return numberAt<double>(a.tape, a.index) == numberAt<double>(b.tape, b.index);
+        if (a.kind() == b.kind()) return numberAt<double>(a.tape, a.index) == numberAt<double>(b.tape, b.index);
         const Place& whole = a.kind() == TapeKind::real ? b : a;
         const Place& real = a.kind() == TapeKind::real ? a : b;
         const auto number = numberAt<double>(real.tape, real.index);
@@ -170,9 +168,7 @@ bool equal(const Place& a, const Place& b) {
     }
 }
 
-Place placeOf(const JsonDocument& document, std::size_t index) {
-    return {document.tape(), document.strings(), index};
-}
+Place placeOf(const JsonDocument& document, std::size_t index) { return {document.tape(), document.strings(), index}; }
 
 }  // namespace
 
@@ -195,9 +191,8 @@ Value Value::ofString(std::string_view text) {
     tape[0] = tapeWord(TapeKind::root, tapeLength);
     tape[1] = tapeWord(TapeKind::string, 0);
     tape[2] = tapeWord(TapeKind::root, 0);
-    return {
-        std::make_shared<const JsonDocument>(std::move(tape), tapeLength, std::move(strings), stringsLength),
-        rootValueIndex};
+    return {std::make_shared<const JsonDocument>(std::move(tape), tapeLength, std::move(strings), stringsLength),
+            rootValueIndex};
 }
 
 Value::Type Value::type() const {
@@ -268,8 +263,7 @@ std::size_t Value::count() const {
     if (stored < saturatedCount) return stored;
     std::size_t counted = 0;
     const std::size_t keyLength = isDictionary() ? 1 : 0;
-    for (std::size_t index = index_ + 1; index < place.end();
-         index = indexAfter(place.tape, index + keyLength)) {
+    for (std::size_t index = index_ + 1; index < place.end(); index = indexAfter(place.tape, index + keyLength)) {
         ++counted;
     }
     return counted;

@@ -20,8 +20,8 @@ CGFloat UICollectionViewDelegateFlowLayout::collectionViewLayoutMinimumLineSpaci
     return view.collectionViewLayout()->minimumLineSpacing;
 }
 
-UIEdgeInsets UICollectionViewDelegateFlowLayout::collectionViewLayoutInsetForSectionAtIndex(
-    UICollectionView& view, std::int64_t) {
+UIEdgeInsets UICollectionViewDelegateFlowLayout::collectionViewLayoutInsetForSectionAtIndex(UICollectionView& view,
+                                                                                            std::int64_t) {
     return view.collectionViewLayout()->sectionInset;
 }
 
@@ -71,9 +71,7 @@ std::int64_t UICollectionView::numberOfSections() const {
 
 std::int64_t UICollectionView::numberOfItemsInSection(std::int64_t section) const {
     const std::int64_t count = numberOfSections();
-    return section >= 0 && section < count
-               ? implementation_->sections[static_cast<std::size_t>(section)].count()
-               : 0;
+    return section >= 0 && section < count ? implementation_->sections[static_cast<std::size_t>(section)].count() : 0;
 }
 
 std::optional<NSIndexPath> UICollectionView::indexPathForItemAtPoint(CGPoint point) const {
@@ -148,8 +146,7 @@ void UICollectionView::visibleRectDidChange() {
 void UICollectionView::touchesBegan(const UITouch& touch) {
     const auto path = isDecelerating() ? std::nullopt : implementation_->pathOf(touch.view.lock().get());
     implementation_->pressed.reset();
-    if (path && touch.button == UIButtonMask::primary)
-        implementation_->pressed = implementation_->cells.at(*path);
+    if (path && touch.button == UIButtonMask::primary) implementation_->pressed = implementation_->cells.at(*path);
     UIScrollView::touchesBegan(touch);
 }
 
@@ -157,12 +154,10 @@ void UICollectionView::touchesEnded(const UITouch& touch) {
     const auto kept = shared_from_this();
     const auto cell = std::exchange(implementation_->pressed, {}).lock();
     UIScrollView::touchesEnded(touch);
-    const CGFloat way =
-        std::hypot(touch.location.x - touch.startLocation.x, touch.location.y - touch.startLocation.y);
+    const CGFloat way = std::hypot(touch.location.x - touch.startLocation.x, touch.location.y - touch.startLocation.y);
     const auto path = cell ? implementation_->pathOf(cell.get()) : std::nullopt;
     const auto delegate = implementation_->delegate.lock();
-    if (path && delegate && way <= tapTolerance)
-        delegate->collectionViewDidSelectItemAtIndexPath(*this, *path);
+    if (path && delegate && way <= tapTolerance) delegate->collectionViewDidSelectItemAtIndexPath(*this, *path);
 }
 
 bool UICollectionView::pressesBegan(const UIPress& press) {

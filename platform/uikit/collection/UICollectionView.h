@@ -35,8 +35,7 @@ class UICollectionViewDelegateFlowLayout {
 public:
     virtual ~UICollectionViewDelegateFlowLayout() = default;
     virtual CGSize collectionViewLayoutSizeForItemAtIndexPath(UICollectionView& view, NSIndexPath);
-    virtual CGFloat collectionViewLayoutMinimumLineSpacingForSectionAtIndex(UICollectionView& view,
-                                                                            std::int64_t);
+    virtual CGFloat collectionViewLayoutMinimumLineSpacingForSectionAtIndex(UICollectionView& view, std::int64_t);
     virtual UIEdgeInsets collectionViewLayoutInsetForSectionAtIndex(UICollectionView& view, std::int64_t);
     /// The position of an item that is dragged towards `proposed`; the default accepts `proposed`.
     virtual NSIndexPath collectionViewTargetIndexPathForMoveFromItemAtIndexPathToProposedIndexPath(
@@ -84,8 +83,7 @@ public:
     /// as they are afterwards; when `updates` returns, the data source has its new state. Numbers that do not agree
     /// are a mistake of the program: an assertion, without those a line in the log and `reloadData`. Calls nest.
     /// `completion` runs once, in a later turn; false when the animation was cut short.
-    void performBatchUpdates(const std::function<void()>& updates,
-                             std::function<void(bool finished)> completion = {});
+    void performBatchUpdates(const std::function<void()>& updates, std::function<void(bool finished)> completion = {});
     /// Outside of `performBatchUpdates`: a batch of its own, called after the data source has changed.
     void insertItemsAtIndexPaths(const std::vector<NSIndexPath>& paths);
     void deleteItemsAtIndexPaths(const std::vector<NSIndexPath>& paths);

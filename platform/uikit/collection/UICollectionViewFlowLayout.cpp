@@ -55,10 +55,9 @@ FlowSection::FlowSection(const Metrics& metrics, const std::vector<CGSize>& size
 }
 
 FlowSection::Range FlowSection::itemsBetween(CGFloat top, CGFloat bottom) const {
-    const auto first = std::partition_point(lines_.begin(), lines_.end(),
-                                            [&](const Line& line) { return line.bottom <= top; });
-    const auto end =
-        std::partition_point(first, lines_.end(), [&](const Line& line) { return line.top < bottom; });
+    const auto first =
+        std::partition_point(lines_.begin(), lines_.end(), [&](const Line& line) { return line.bottom <= top; });
+    const auto end = std::partition_point(first, lines_.end(), [&](const Line& line) { return line.top < bottom; });
     if (first == end) return {};
     return {first->first, std::prev(end)->end};
 }
@@ -73,8 +72,8 @@ std::size_t FlowSection::itemAt(CGPoint point) const {
 
 std::size_t FlowSection::itemNear(CGPoint point) const {
     if (lines_.empty()) return count();
-    auto line = std::partition_point(lines_.begin(), lines_.end(),
-                                     [&](const Line& other) { return other.bottom <= point.y; });
+    auto line =
+        std::partition_point(lines_.begin(), lines_.end(), [&](const Line& other) { return other.bottom <= point.y; });
     if (line == lines_.end()) --line;
     if (line != lines_.begin() && point.y < line->top) {
         const auto above = std::prev(line);
@@ -92,8 +91,8 @@ std::size_t FlowSection::itemNear(CGPoint point) const {
 }
 
 std::size_t FlowSection::lineOf(std::size_t item) const {
-    const auto line = std::partition_point(lines_.begin(), lines_.end(),
-                                           [&](const Line& other) { return other.end <= item; });
+    const auto line =
+        std::partition_point(lines_.begin(), lines_.end(), [&](const Line& other) { return other.end <= item; });
     return static_cast<std::size_t>(line - lines_.begin());
 }
 
@@ -103,9 +102,7 @@ std::size_t FlowSection::itemBeyond(std::size_t item, int lines) const {
     if (target < 0 || target >= static_cast<std::ptrdiff_t>(lines_.size())) return count();
     const Line& line = lines_[static_cast<std::size_t>(target)];
     std::size_t nearest = line.first;
-    const auto distance = [&](std::size_t other) {
-        return std::abs(frames_[other].midX() - frames_[item].midX());
-    };
+    const auto distance = [&](std::size_t other) { return std::abs(frames_[other].midX() - frames_[item].midX()); };
     for (std::size_t other = line.first; other < line.end; ++other) {
         if (distance(other) < distance(nearest)) nearest = other;
     }

@@ -10,9 +10,9 @@ namespace ostrel {
 /// The platform's scroll views are vertical.
 enum class UICollectionViewScrollDirection { vertical };
 
-/// Lays items out in lines from left to right, lines from top to bottom. The values here apply
-/// where the delegate gives none. The items of a full line are spread over the width, a single item is centred; the last line is
-/// aligned to the left, with the spacing of the lines above. Within a line items are centred on its height.
+/// Lays items out in lines from left to right, lines from top to bottom. The values here apply where the delegate gives
+/// none. The items of a full line are spread over the width, a single item is centred; the last line is aligned to the
+/// left, with the spacing of the lines above. Within a line items are centred on its height.
 class UICollectionViewFlowLayout final {
 public:
     UICollectionViewScrollDirection scrollDirection = UICollectionViewScrollDirection::vertical;

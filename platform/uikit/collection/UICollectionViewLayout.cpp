@@ -15,8 +15,7 @@ void UICollectionView::Implementation::askNumbers() {
     needsNumbers = false;
     sections.clear();
     const auto source = dataSource.lock();
-    const std::int64_t count =
-        source ? std::max<std::int64_t>(0, source->numberOfSectionsInCollectionView(view)) : 0;
+    const std::int64_t count = source ? std::max<std::int64_t>(0, source->numberOfSectionsInCollectionView(view)) : 0;
     for (std::int64_t number = 0; number < count; ++number) {
         Section& section = sections.emplace_back();
         section.sizes.resize(static_cast<std::size_t>(
@@ -42,13 +41,11 @@ void UICollectionView::Implementation::askSizes() {
                            layout.minimumInteritemSpacing};
         if (asked) {
             section.metrics.inset = asked->collectionViewLayoutInsetForSectionAtIndex(view, number);
-            section.metrics.lineSpacing =
-                asked->collectionViewLayoutMinimumLineSpacingForSectionAtIndex(view, number);
+            section.metrics.lineSpacing = asked->collectionViewLayoutMinimumLineSpacingForSectionAtIndex(view, number);
         }
         for (std::int64_t row = 0; row < section.count(); ++row) {
             section.sizes[static_cast<std::size_t>(row)] =
-                asked ? asked->collectionViewLayoutSizeForItemAtIndexPath(view, {number, row})
-                      : layout.itemSize;
+                asked ? asked->collectionViewLayoutSizeForItemAtIndexPath(view, {number, row}) : layout.itemSize;
         }
         section.top = y;
         arrange(section, number);
@@ -149,9 +146,8 @@ std::shared_ptr<UICollectionViewCell> UICollectionView::dequeueReusableCellWithR
         return cell;
     }
     Cell cell;
-    const auto pooled = std::find_if(self.pool.begin(), self.pool.end(), [&](const Cell& other) {
-        return other->reuseIdentifier_ == identifier;
-    });
+    const auto pooled = std::find_if(self.pool.begin(), self.pool.end(),
+                                     [&](const Cell& other) { return other->reuseIdentifier_ == identifier; });
     if (pooled != self.pool.end()) {
         cell = *pooled;
         self.pool.erase(pooled);
@@ -180,8 +176,8 @@ UICollectionView::Implementation::Cell UICollectionView::Implementation::askForC
     Cell cell = source ? source->collectionViewCellForItemAtIndexPath(view, path) : nullptr;
     askedPath.reset();
     if (!cell) {
-        NSLog("Collection view: the data source gave no cell for item %@ of section %@.",
-              std::to_string(path.row), std::to_string(path.section));
+        NSLog("Collection view: the data source gave no cell for item %@ of section %@.", std::to_string(path.row),
+              std::to_string(path.section));
         cell = make<UICollectionViewCell>(frameOf(path));
     }
     // The data source may hand out a cell of its own that already is in another place.
@@ -231,8 +227,7 @@ void UICollectionView::Implementation::insertCellView(NSIndexPath path, const Ce
     };
     const auto self = cells.find(path);
     std::ptrdiff_t target = -1;
-    for (auto next = std::next(self); next != cells.end() && target < 0; ++next)
-        target = indexWithout(next->second);
+    for (auto next = std::next(self); next != cells.end() && target < 0; ++next) target = indexWithout(next->second);
     for (auto previous = self; previous != cells.begin() && target < 0;) {
         --previous;
         const std::ptrdiff_t index = indexWithout(previous->second);
@@ -283,8 +278,8 @@ void UICollectionView::Implementation::layOutItems(const Transition* transition)
         const Cell cell = entry->second;
         const bool isMoved = movement && movement->cell == cell;
         const bool isGone = !exists(entry->first);
-        if (!isGone && (isMoved || holdsFocus(*cell) ||
-                        std::binary_search(wanted.begin(), wanted.end(), entry->first))) {
+        if (!isGone &&
+            (isMoved || holdsFocus(*cell) || std::binary_search(wanted.begin(), wanted.end(), entry->first))) {
             ++entry;
             continue;
         }

@@ -38,8 +38,7 @@ bool UICollectionView::beginInteractiveMovementForItemAtIndexPath(NSIndexPath pa
     // A view with a shadow needs an opaque background.
     cell->hasPlate_ = cell->backgroundColor().isClear();
     if (cell->hasPlate_) cell->setBackgroundColor(UIColor::systemBackground());
-    UIView::animate(liftDuration,
-                    [&] { cell->setTransform(CGAffineTransform::scale(liftedScale, liftedScale)); });
+    UIView::animate(liftDuration, [&] { cell->setTransform(CGAffineTransform::scale(liftedScale, liftedScale)); });
     return true;
 }
 
@@ -63,8 +62,8 @@ void UICollectionView::cancelInteractiveMovement() { implementation_->endMovemen
 NSIndexPath UICollectionView::Implementation::targetOf(NSIndexPath from, NSIndexPath proposed) const {
     const auto asked = delegate.lock();
     if (asked) {
-        proposed = asked->collectionViewTargetIndexPathForMoveFromItemAtIndexPathToProposedIndexPath(
-            view, from, proposed);
+        proposed =
+            asked->collectionViewTargetIndexPathForMoveFromItemAtIndexPathToProposedIndexPath(view, from, proposed);
     }
     return proposed.section == from.section && exists(proposed) ? proposed : from;
 }
@@ -75,8 +74,7 @@ void UICollectionView::Implementation::follow() {
     movement->cell->setCenter({point.x + movement->grip.x, point.y + movement->grip.y});
     const Section& section = sections[static_cast<std::size_t>(movement->from.section)];
     const std::size_t position = section.flow.itemNear({point.x, point.y - section.top});
-    const NSIndexPath target =
-        targetOf(movement->from, {movement->from.section, static_cast<std::int64_t>(position)});
+    const NSIndexPath target = targetOf(movement->from, {movement->from.section, static_cast<std::int64_t>(position)});
     if (target.row != movement->to) makeRoom(target.row);
 }
 
@@ -91,8 +89,7 @@ void UICollectionView::Implementation::makeRoom(std::int64_t position) {
     const bool isUniform = std::all_of(section.sizes.begin(), section.sizes.end(),
                                        [&](CGSize size) { return size == section.sizes.front(); });
     if (!isUniform) arrange(section, number);
-    Transition transition{
-        .duration = roomDuration, .oldFrame = {}, .gone = {}, .settling = {}, .completion = {}};
+    Transition transition{.duration = roomDuration, .oldFrame = {}, .gone = {}, .settling = {}, .completion = {}};
     transition.oldFrame = [&](NSIndexPath path) -> std::optional<CGRect> {
         if (path.section != number) return frameOf(path);
         const auto old = static_cast<std::size_t>(oldPositions[static_cast<std::size_t>(path.row)]);
@@ -160,8 +157,7 @@ void UICollectionView::Implementation::commitMove(NSIndexPath from, NSIndexPath 
     std::vector<std::int64_t> present;
     for (const Section& section : sections) present.push_back(section.count());
     if (needsNumbers || batchDepth > 0 || isLayingOut || wanted != present) needsNumbers = true;
-    Transition transition{
-        .duration = roomDuration, .oldFrame = {}, .gone = {}, .settling = cell, .completion = {}};
+    Transition transition{.duration = roomDuration, .oldFrame = {}, .gone = {}, .settling = cell, .completion = {}};
     transition.oldFrame = [this](NSIndexPath path) -> std::optional<CGRect> { return frameOf(path); };
     if (needsNumbers || !view.window()) {
         if (cell) {
@@ -186,8 +182,7 @@ std::pair<UIScrollView*, CGFloat> UICollectionView::Implementation::scrollWanted
         if (auto* const scroll = dynamic_cast<UIScrollView*>(above)) around.push_back(scroll);
     }
     for (UIScrollView* const scroll : around) {
-        const CGRect visible =
-            scroll->visibleRect().intersection(scroll->bounds().insetBy(scroll->contentInset()));
+        const CGRect visible = scroll->visibleRect().intersection(scroll->bounds().insetBy(scroll->contentInset()));
         const CGRect inWindow = scroll->convertRectToView(visible, nullptr).intersection(seen);
         if (inWindow.isEmpty()) continue;
         const CGFloat zone = std::min(edgeZone, inWindow.height() / 4);
@@ -216,11 +211,10 @@ bool UICollectionView::Implementation::scrollStep(double time) {
     if (!movement || !movement->scrolls || !view.window()) return false;
     const auto [scroll, speed] = scrollWanted();
     if (!scroll) return movement->scrolls = false;
-    const double seconds =
-        movement->lastFrame < 0 ? 0 : std::clamp(time - movement->lastFrame, 0.0, longestStep);
+    const double seconds = movement->lastFrame < 0 ? 0 : std::clamp(time - movement->lastFrame, 0.0, longestStep);
     movement->lastFrame = time;
-    const CGFloat y = std::clamp(scroll->contentOffset().y + speed * seconds, scroll->minimumOffsetY(),
-                                 scroll->maximumOffsetY());
+    const CGFloat y =
+        std::clamp(scroll->contentOffset().y + speed * seconds, scroll->minimumOffsetY(), scroll->maximumOffsetY());
     scroll->setContentOffset({scroll->contentOffset().x, y});
     if (movement) follow();
     return movement && movement->scrolls;
@@ -228,8 +222,7 @@ bool UICollectionView::Implementation::scrollStep(double time) {
 
 // By the keyboard
 
-std::optional<NSIndexPath> UICollectionView::Implementation::neighbour(NSIndexPath path,
-                                                                       UIKeyCode direction) const {
+std::optional<NSIndexPath> UICollectionView::Implementation::neighbour(NSIndexPath path, UIKeyCode direction) const {
     NSIndexPath target = path;
     const auto& flow = sections[static_cast<std::size_t>(path.section)].flow;
     const auto row = static_cast<std::size_t>(path.row);
@@ -292,8 +285,7 @@ bool UICollectionView::Implementation::moveByKeyboard(NSIndexPath from, NSIndexP
 bool UICollectionView::Implementation::handleKey(const UIPress& press) {
     UIWindow* const window = view.window();
     // While text is edited, keys that the editor leaves unused do not operate the items.
-    if (!window || window->firstResponder() || !window->focusedView() || movement || batchDepth > 0)
-        return false;
+    if (!window || window->firstResponder() || !window->focusedView() || movement || batchDepth > 0) return false;
     layout();
     const auto path = pathOf(window->focusedView());
     if (!path) return false;
@@ -307,8 +299,7 @@ bool UICollectionView::Implementation::handleKey(const UIPress& press) {
     case UIKeyCode::down: {
         const auto target = neighbour(*path, press.key.code);
         if (modifiers & (modifierShift | modifierCommand)) return false;
-        if (modifiers & (modifierAlternate | modifierControl))
-            return target && moveByKeyboard(*path, *target);
+        if (modifiers & (modifierAlternate | modifierControl)) return target && moveByKeyboard(*path, *target);
         if (!target) return false;
         focus(*target);
         return true;
@@ -321,8 +312,7 @@ bool UICollectionView::Implementation::handleKey(const UIPress& press) {
     case UIKeyCode::deleteBackward:
     case UIKeyCode::deleteForward: {
         // Delete removes an item only when the item visibly has the focus.
-        if (!itemHasFocus || !cells.at(*path)->showsFocus_ || press.isRepeat || modifiers || !asked)
-            return false;
+        if (!itemHasFocus || !cells.at(*path)->showsFocus_ || press.isRepeat || modifiers || !asked) return false;
         const auto kept = view.shared_from_this();
         if (!asked->collectionViewRemoveItemAtIndexPath(view, *path)) return false;
         layout();

@@ -70,8 +70,7 @@ std::vector<std::int64_t> UICollectionView::Implementation::wantedCounts() const
     const auto source = dataSource.lock();
     const std::int64_t count = source ? source->numberOfSectionsInCollectionView(view) : 0;
     for (std::int64_t section = 0; section < count; ++section) {
-        counts.push_back(
-            std::max<std::int64_t>(0, source->collectionViewNumberOfItemsInSection(view, section)));
+        counts.push_back(std::max<std::int64_t>(0, source->collectionViewNumberOfItemsInSection(view, section)));
     }
     return counts;
 }
@@ -96,9 +95,8 @@ const char* UICollectionView::Implementation::faultOf(const Batch& update,
         if (!isThere) return "what is inserted is there after the update";
         ++counts[static_cast<std::size_t>(path.section)];
     }
-    return counts == wanted
-               ? nullptr
-               : "the items after an update are those before it, less the deleted, and the inserted";
+    return counts == wanted ? nullptr
+                            : "the items after an update are those before it, less the deleted, and the inserted";
 }
 
 /// Runs in a later turn of the run loop, because the caller is still in the middle of its update.
@@ -131,15 +129,13 @@ void UICollectionView::Implementation::apply(Batch update) {
     const std::vector<Section> before = std::exchange(sections, {});
     std::map<NSIndexPath, CGRect> oldFrames;  // of items that stay, by new path
     std::map<NSIndexPath, Cell> shown = std::exchange(cells, {});
-    Transition transition{
-        .duration = updateDuration, .oldFrame = {}, .gone = {}, .settling = {}, .completion = {}};
+    Transition transition{.duration = updateDuration, .oldFrame = {}, .gone = {}, .settling = {}, .completion = {}};
     for (std::size_t i = 0; i < before.size(); ++i) {
         const auto number = static_cast<std::int64_t>(i);
         const Section& old = before[i];
         Section& section = sections.emplace_back();
         section.sizes.resize(static_cast<std::size_t>(wanted[i]));
-        const auto after =
-            rowsAfter(old.count(), rowsOf(update.deletes, number), rowsOf(update.inserts, number));
+        const auto after = rowsAfter(old.count(), rowsOf(update.deletes, number), rowsOf(update.inserts, number));
         for (std::int64_t row = 0; row < old.count(); ++row) {
             const std::int64_t to = after[static_cast<std::size_t>(row)];
             const auto cell = shown.find({number, row});

@@ -118,8 +118,8 @@ void UIButton::update() {
     imageView_->setTintColor(tint_);
     if (!backgrounds_.empty()) UIView::setBackgroundColor(backgroundColorForState(state));
 
-    const bool hasOwnLook = titles_.contains(state) || titleColors_.contains(state) ||
-                            images_.contains(state) || backgrounds_.contains(state);
+    const bool hasOwnLook = titles_.contains(state) || titleColors_.contains(state) || images_.contains(state) ||
+                            backgrounds_.contains(state);
     double alpha = 1;
     if (!hasOwnLook && state == UIControlState::disabled) alpha = disabledAlpha;
     if (!hasOwnLook && state == UIControlState::highlighted) alpha = pressedAlpha;
@@ -146,17 +146,14 @@ void UIButton::layoutSubviews() {
         image = {image.width * scale, image.height * scale};
     }
     const CGFloat padding = image.width > 0 && title.width > 0 ? padding_ : 0;
-    const CGFloat titleWidth =
-        std::clamp(title.width, 0.0, std::max(0.0, content.width() - image.width - padding));
+    const CGFloat titleWidth = std::clamp(title.width, 0.0, std::max(0.0, content.width() - image.width - padding));
     const CGFloat free = std::max(0.0, content.width() - image.width - padding - titleWidth);
     CGFloat x = content.minX();
     if (alignment_ == NSTextAlignment::center) x += free / 2;
     if (alignment_ == NSTextAlignment::right) x += free;
     // Whole points, so that lines and letters are sharp.
     x = std::round(x);
-    const auto top = [&](CGFloat height) {
-        return std::round(content.minY() + (content.height() - height) / 2);
-    };
+    const auto top = [&](CGFloat height) { return std::round(content.minY() + (content.height() - height) / 2); };
     imageView_->setFrame({x, top(image.height), image.width, image.height});
     titleLabel_->setFrame({x + image.width + padding, top(title.height), titleWidth, title.height});
 }

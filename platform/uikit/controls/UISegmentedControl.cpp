@@ -48,8 +48,7 @@ void UISegmentedControl::update() {
     for (std::size_t i = 0; i < labels_.size(); ++i) {
         labels_[i]->setFont(i == selectedIndex_ ? UIFont::mediumSystem(14) : UIFont::system(14));
     }
-    setDefaultAccessibility(AccessibilityRole::button,
-                            titles_.empty() ? std::string() : titles_[selectedIndex_]);
+    setDefaultAccessibility(AccessibilityRole::button, titles_.empty() ? std::string() : titles_[selectedIndex_]);
 }
 
 void UISegmentedControl::choose(std::size_t index) {
@@ -74,8 +73,7 @@ void UISegmentedControl::layoutSubviews() {
     const CGRect content = bounds().insetBy(inset, inset);
     const CGFloat width = content.width() / static_cast<CGFloat>(labels_.size());
     for (std::size_t i = 0; i < labels_.size(); ++i) {
-        const CGRect segment{content.minX() + width * static_cast<CGFloat>(i), content.minY(), width,
-                             content.height()};
+        const CGRect segment{content.minX() + width * static_cast<CGFloat>(i), content.minY(), width, content.height()};
         labels_[i]->setFrame(segment);
         if (i == selectedIndex_) thumb_->setFrame(segment);
     }
@@ -85,8 +83,7 @@ void UISegmentedControl::touchesEnded(const UITouch& touch) {
     const bool wasPressed = isHighlighted();
     UIControl::touchesEnded(touch);
     if (!wasPressed || titles_.empty() || bounds().width() <= 0) return;
-    const CGFloat part =
-        touch.locationInView(*this).x / bounds().width() * static_cast<CGFloat>(titles_.size());
+    const CGFloat part = touch.locationInView(*this).x / bounds().width() * static_cast<CGFloat>(titles_.size());
     choose(static_cast<std::size_t>(std::clamp(part, 0.0, static_cast<CGFloat>(titles_.size()) - 1)));
 }
 

@@ -28,9 +28,8 @@ std::vector<ViewTag> ViewMounter::removals(const Node& node, const std::vector<V
         const auto found = position.find(node.children[i]);
         if (found == position.end()) continue;
         wantedAt[i] = found->second;
-        const auto pile =
-            std::lower_bound(piles.begin(), piles.end(), wantedAt[i],
-                             [&](std::size_t top, std::size_t value) { return wantedAt[top] < value; });
+        const auto pile = std::lower_bound(piles.begin(), piles.end(), wantedAt[i],
+                                           [&](std::size_t top, std::size_t value) { return wantedAt[top] < value; });
         if (pile != piles.begin()) previous[i] = *(pile - 1);
         if (pile == piles.end()) {
             piles.push_back(i);
@@ -55,8 +54,7 @@ void ViewMounter::removeChild(ViewTag parent, std::size_t index, std::vector<Mut
     mutations.push_back(Mutation::remove(parent, child, index));
 }
 
-void ViewMounter::insertChildren(ViewTag parent, const std::vector<ViewTag>& wanted,
-                                 std::vector<Mutation>& mutations) {
+void ViewMounter::insertChildren(ViewTag parent, const std::vector<ViewTag>& wanted, std::vector<Mutation>& mutations) {
     Node& node = nodes_.at(parent);
     if (node.children == wanted) return;
     // The children that stayed are in the wanted order, so that one pass over both lists finds every

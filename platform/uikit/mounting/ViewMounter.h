@@ -53,8 +53,7 @@ private:
 };
 
 template <class IsInWindow>
-MountingTransaction ViewMounter::transaction(const std::vector<Change>& changes,
-                                             const IsInWindow& isInWindow) {
+MountingTransaction ViewMounter::transaction(const std::vector<Change>& changes, const IsInWindow& isInWindow) {
     MountingTransaction result;
     std::vector<Mutation>& mutations = result.mutations;
     for (const Change& change : changes) {
@@ -65,8 +64,7 @@ MountingTransaction ViewMounter::transaction(const std::vector<Change>& changes,
         for (auto tag = leaving.rbegin(); tag != leaving.rend(); ++tag) {
             const auto& children = nodes_.at(change.tag).children;
             removeChild(change.tag,
-                        static_cast<std::size_t>(std::find(children.begin(), children.end(), *tag) -
-                                                 children.begin()),
+                        static_cast<std::size_t>(std::find(children.begin(), children.end(), *tag) - children.begin()),
                         mutations);
             if (!isInWindow(*tag)) destroy(*tag, isInWindow, mutations);
         }

@@ -174,13 +174,10 @@ void MediaGridCell::layoutSubviews() {
     const CGSize size = bounds().size;
     picture_->setFrame({{}, size});
     shade_->setFrame({{}, size});
-    symbol_->setFrame(
-        {(size.width - symbolSize) / 2, (size.height - symbolSize) / 2, symbolSize, symbolSize});
+    symbol_->setFrame({(size.width - symbolSize) / 2, (size.height - symbolSize) / 2, symbolSize, symbolSize});
     wheel_->setFrame({(size.width - 20) / 2, (size.height - 20) / 2, 20, 20});
-    const CGFloat width =
-        std::ceil(length_->sizeThatFits({size.width, badgeHeight}).width) + 2 * badgePadding;
-    badge_->setFrame(
-        {size.width - badgeMargin - width, size.height - badgeMargin - badgeHeight, width, badgeHeight});
+    const CGFloat width = std::ceil(length_->sizeThatFits({size.width, badgeHeight}).width) + 2 * badgePadding;
+    badge_->setFrame({size.width - badgeMargin - width, size.height - badgeMargin - badgeHeight, width, badgeHeight});
     length_->setFrame({{}, badge_->frame().size});
 }
 

@@ -45,8 +45,7 @@ void MediaGridView::setFooterView(std::shared_ptr<UIView> footer) {
 void MediaGridView::setBusyPaths(std::set<std::string> paths) {
     busy_ = std::move(paths);
     for (const auto& view : subviews()) {
-        if (auto* cell = dynamic_cast<MediaGridCell*>(view.get()))
-            cell->setBusy(busy_.contains(cell->path()));
+        if (auto* cell = dynamic_cast<MediaGridCell*>(view.get())) cell->setBusy(busy_.contains(cell->path()));
     }
 }
 
@@ -72,8 +71,7 @@ void MediaGridView::setFrame(const CGRect& newFrame) {
 void MediaGridView::layoutSubviews() {
     const CGFloat scale = window() && window()->backend() ? window()->backend()->scale() : 1;
     // Of another size nothing is kept: what is shown is asked for anew.
-    if (thumbnails_->setSide(static_cast<int>(std::ceil(collectionViewLayout()->itemSize.width * scale))))
-        reloadData();
+    if (thumbnails_->setSide(static_cast<int>(std::ceil(collectionViewLayout()->itemSize.width * scale)))) reloadData();
     UICollectionView::layoutSubviews();
     if (footer_) footer_->setFrame({0, contentSize().height, bounds().width(), footer_->frame().height()});
 }
@@ -99,8 +97,8 @@ void MediaGridView::collectionViewDidSelectItemAtIndexPath(UICollectionView&, NS
 
 bool MediaGridView::pressesBegan(const UIPress& press) {
     const auto code = press.key.code;
-    const bool isArrow = code == UIKeyCode::left || code == UIKeyCode::right || code == UIKeyCode::up ||
-                         code == UIKeyCode::down;
+    const bool isArrow =
+        code == UIKeyCode::left || code == UIKeyCode::right || code == UIKeyCode::up || code == UIKeyCode::down;
     const UIView* const focused = window() ? window()->focusedView() : nullptr;
     if (isArrow && press.key.modifiers == modifierNone && window() && !focused) {
         for (const auto& cell : visibleCells()) {

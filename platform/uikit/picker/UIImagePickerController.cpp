@@ -12,8 +12,7 @@ void UIImagePickerControllerDelegate::imagePickerControllerDidCancel(UIImagePick
     picker.dismissViewControllerAnimated(true);
 }
 
-UIImagePickerController::UIImagePickerController()
-    : UIImagePickerController(make<UIImagePickerGridController>()) {}
+UIImagePickerController::UIImagePickerController() : UIImagePickerController(make<UIImagePickerGridController>()) {}
 
 UIImagePickerController::UIImagePickerController(std::shared_ptr<UIImagePickerGridController> grid)
     : UINavigationController(grid), grid_(std::move(grid)) {}
@@ -60,9 +59,7 @@ bool UIImagePickerController::pressesBegan(const UIPress& press) {
     return true;
 }
 
-bool UIImagePickerController::canTakeDrop(const UITransferItems& items, CGPoint) {
-    return grid_->takes(items);
-}
+bool UIImagePickerController::canTakeDrop(const UITransferItems& items, CGPoint) { return grid_->takes(items); }
 
 void UIImagePickerController::dropHoverDidChange(bool isInside) { grid_->setDropHover(isInside); }
 

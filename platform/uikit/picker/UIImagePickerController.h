@@ -25,7 +25,8 @@ enum class UIImagePickerControllerSourceType { photoLibrary = 0 };
 /// What the user picked.
 struct UIImagePickerMediaInfo {
     std::string mediaType;  ///< one of the picker's media types
-    /// Of a picture, never null then: its encoded bytes as they were when it was picked, decoded at the size it is shown.
+    /// Of a picture, never null then: its encoded bytes as they were when it was picked, decoded at the size it is
+    /// shown.
     std::shared_ptr<const UIImage> originalImage;
     /// Of a clip: the address of its file. Of a picture that came from a file: that file's; absent for a pasted one.
     std::optional<NSURL> mediaURL;
@@ -60,9 +61,7 @@ public:
     bool allowsEditing() const { return allowsEditing_; }
     void setAllowsEditing(bool allows) { allowsEditing_ = allows; }
     std::shared_ptr<UIImagePickerControllerDelegate> delegate() const { return delegate_.lock(); }
-    void setDelegate(std::weak_ptr<UIImagePickerControllerDelegate> delegate) {
-        delegate_ = std::move(delegate);
-    }
+    void setDelegate(std::weak_ptr<UIImagePickerControllerDelegate> delegate) { delegate_ = std::move(delegate); }
 
     /// Escape or "Cancel": tells the delegate; without one the picker is dismissed.
     bool cancelOperation() override;

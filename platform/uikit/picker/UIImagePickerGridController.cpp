@@ -46,7 +46,8 @@ struct UIImagePickerGridController::Choice {
 
     static Choice ofPicture(std::string path, const Data& data) {
         Choice choice{.path = std::move(path), .info = {}, .problem = {}};
-        // Its middle is decoded, small: a picture that cannot be decoded is found out here rather than when it is published.
+        // Its middle is decoded, small: a picture that cannot be decoded is found out here rather than when it is
+        // published.
         if (const auto thumbnail = MediaThumbnails::make(data, probeSide); !thumbnail.image) {
             choice.problem = thumbnail.problem;
             return choice;
@@ -112,8 +113,8 @@ void UIImagePickerGridController::viewDidLoad() {
         if (const auto self = weak.lock()) self->openOtherFile();
     };
     if (hasDialog) {
-        navigationItem().setRightBarButtonItem(std::make_shared<UIBarButtonItem>(
-            platformText("Browse…"), UIBarButtonItem::Style::plain, openOther));
+        navigationItem().setRightBarButtonItem(
+            std::make_shared<UIBarButtonItem>(platformText("Browse…"), UIBarButtonItem::Style::plain, openOther));
     }
 
     grid_ = make<MediaGridView>(thumbnails_);
@@ -194,9 +195,8 @@ void UIImagePickerGridController::search() {
     searchStopped_ = std::make_shared<std::atomic<bool>>(false);
     isSearching_ = true;
     updateWheel();
-    NSThread::detachNewThread([weak = weakSelf(), stopped = searchStopped_,
-                               library = MediaLibrary::installed(), pictures = wants(MediaKind::picture),
-                               clips = wants(MediaKind::clip)] {
+    NSThread::detachNewThread([weak = weakSelf(), stopped = searchStopped_, library = MediaLibrary::installed(),
+                               pictures = wants(MediaKind::picture), clips = wants(MediaKind::clip)] {
         MediaLibrary::Contents contents;
         if (library) contents = library->contents(pictures, clips, *stopped);
         if (*stopped || !RunLoop::hasMain()) return;
@@ -228,9 +228,8 @@ void UIImagePickerGridController::show(MediaLibrary::Contents contents) {
         emptyTitle_->setText(platformText(pictures && clips ? "No Photos or Videos"
                                           : clips           ? "No Videos"
                                                             : "No Photos"));
-        std::string sentence =
-            platformText(clips && !pictures ? "The clips in your videos folder appear here."
-                                            : "The pictures in your pictures folder appear here.");
+        std::string sentence = platformText(clips && !pictures ? "The clips in your videos folder appear here."
+                                                               : "The pictures in your pictures folder appear here.");
         if (!isPhone()) {
             sentence += " " + platformText(pictures ? "You can also drop a file here or paste a picture."
                                                     : "You can also drop a file here.");
@@ -257,11 +256,10 @@ void UIImagePickerGridController::viewDidLayoutSubviews() {
     emptySymbol_->setFrame({(width - 56) / 2, 0, 56, 56});
     emptyTitle_->setFrame({0, 66, width, titleHeight});
     emptyText_->setFrame({0, 74 + titleHeight, width, textHeight});
-    emptyButton_->setFrame(
-        {std::floor((width - buttonWidth) / 2), 94 + titleHeight + textHeight, buttonWidth, 44});
+    emptyButton_->setFrame({std::floor((width - buttonWidth) / 2), 94 + titleHeight + textHeight, buttonWidth, 44});
     const CGFloat height = emptyButton_->frame().maxY();
-    empty_->setFrame({std::floor((size.width - width) / 2),
-                      std::max(16.0, std::floor((size.height - height) * 0.4)), width, height});
+    empty_->setFrame({std::floor((size.width - width) / 2), std::max(16.0, std::floor((size.height - height) * 0.4)),
+                      width, height});
 }
 
 // Choosing
@@ -354,8 +352,7 @@ void UIImagePickerGridController::opened(std::vector<Choice> choices) {
     bool isAnyUsable = false;
     for (const Choice& choice : choices) {
         if (!choice.isUsable()) {
-            NSLog("image picker: %@: %@", choice.path.empty() ? "a pasted picture" : choice.path,
-                  choice.problem);
+            NSLog("image picker: %@: %@", choice.path.empty() ? "a pasted picture" : choice.path, choice.problem);
             continue;
         }
         isAnyUsable = true;
@@ -393,8 +390,8 @@ void UIImagePickerGridController::updateWheel() {
 void UIImagePickerGridController::showProblem(const std::string& problem) {
     const auto owner = picker();
     if (!owner || owner->presentedViewController()) return;
-    auto alert = make<UIAlertController>(platformText("This File Cannot Be Used"), problem,
-                                         UIAlertController::Style::alert);
+    auto alert =
+        make<UIAlertController>(platformText("This File Cannot Be Used"), problem, UIAlertController::Style::alert);
     alert->addAction({platformText("OK"), UIAlertAction::Style::defaultStyle, {}});
     owner->presentViewController(alert, true);
 }

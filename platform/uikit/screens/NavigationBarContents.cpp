@@ -14,14 +14,11 @@ constexpr CGFloat titleGap = 8;
 constexpr CGFloat touchTarget = 44;
 constexpr CGFloat slide = 60;
 
-CGFloat widthOf(const UIButton& button) {
-    return std::max(touchTarget, std::ceil(button.sizeThatFits({}).width));
-}
+CGFloat widthOf(const UIButton& button) { return std::max(touchTarget, std::ceil(button.sizeThatFits({}).width)); }
 
 }  // namespace
 
-NavigationBarContents::NavigationBarContents(Description description, UIColor tint,
-                                             std::function<void()> goBack)
+NavigationBarContents::NavigationBarContents(Description description, UIColor tint, std::function<void()> goBack)
     : description_(std::move(description)), tint_(tint), goBack_(std::move(goBack)) {}
 
 void NavigationBarContents::initialise() {
@@ -45,12 +42,10 @@ void NavigationBarContents::initialise() {
     refresh();
 }
 
-std::shared_ptr<UIButton> NavigationBarContents::buttonFor(
-    const std::shared_ptr<UIBarButtonItem>& item) const {
+std::shared_ptr<UIButton> NavigationBarContents::buttonFor(const std::shared_ptr<UIBarButtonItem>& item) const {
     auto button = make<UIButton>(UIButton::Type::system);
     button->setTintColor(tint_);
-    button->setTitleFont(item->style() == UIBarButtonItem::Style::done ? UIFont::mediumSystem(17)
-                                                                       : UIFont::system(17));
+    button->setTitleFont(item->style() == UIBarButtonItem::Style::done ? UIFont::mediumSystem(17) : UIFont::system(17));
     button->setContentInsets({0, edgeMargin, 0, edgeMargin});
     button->addTarget(
         [weak = std::weak_ptr(item)] {
@@ -63,8 +58,7 @@ std::shared_ptr<UIButton> NavigationBarContents::buttonFor(
 
 bool NavigationBarContents::update(const Description& description) {
     if (description.titleView != description_.titleView || description.left != description_.left ||
-        description.right != description_.right ||
-        description.back.has_value() != description_.back.has_value()) {
+        description.right != description_.right || description.back.has_value() != description_.back.has_value()) {
         return false;
     }
     description_ = description;
@@ -77,8 +71,7 @@ void NavigationBarContents::refresh() {
     title_->setHidden(description_.titleView != nullptr);
     title_->setAccessibility(AccessibilityRole::text, description_.title);
     if (back_) back_->setAccessibility(AccessibilityRole::button, platformText("Back"));
-    const auto show = [](const std::shared_ptr<UIButton>& button,
-                         const std::shared_ptr<UIBarButtonItem>& item) {
+    const auto show = [](const std::shared_ptr<UIButton>& button, const std::shared_ptr<UIBarButtonItem>& item) {
         if (!button) return;
         button->setImage(item->image());
         button->setTitle(item->image() ? "" : item->title());
@@ -125,8 +118,7 @@ void NavigationBarContents::layoutSubviews() {
                               ? middle.frame().size
                               : middle.sizeThatFits({room, size.height});
     const CGFloat width = std::min(std::ceil(wanted.width), room);
-    const CGFloat height =
-        description_.titleView ? std::min(std::ceil(wanted.height), size.height) : size.height;
+    const CGFloat height = description_.titleView ? std::min(std::ceil(wanted.height), size.height) : size.height;
     // The title stands in the middle of the bar, or as near to the middle as the buttons allow.
     const CGFloat x = std::max(low, std::min(std::floor((size.width - width) / 2), high - width));
     middle.setFrame({x, std::floor((size.height - height) / 2), width, height});

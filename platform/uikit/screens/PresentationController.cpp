@@ -40,8 +40,7 @@ CardLook lookOf(PresentationKind kind) {
     switch (kind) {
     case PresentationKind::cover: return {.isFilled = false};
     case PresentationKind::card: return {.radius = 12, .dims = true, .hasShadow = true};
-    case PresentationKind::sheet:
-        return {.radius = 14, .dims = true, .hasShadow = true, .roundsBottom = false};
+    case PresentationKind::sheet: return {.radius = 14, .dims = true, .hasShadow = true, .roundsBottom = false};
     case PresentationKind::bareSheet: return {.dims = true, .isFilled = false};
     case PresentationKind::popover: return {.radius = 12, .hasShadow = true};
     case PresentationKind::alert: return {.radius = 14, .dims = true, .hasShadow = true};
@@ -110,8 +109,7 @@ private:
     bool moving_ = false;
 };
 
-PresentationController::PresentationController(UIViewController& presenter,
-                                               std::shared_ptr<UIViewController> presented)
+PresentationController::PresentationController(UIViewController& presenter, std::shared_ptr<UIViewController> presented)
     : presenter_(&presenter), presented_(std::move(presented)) {}
 
 PresentationController::~PresentationController() {
@@ -124,9 +122,8 @@ void PresentationController::build(UIWindow& window) {
     const CardLook look = lookOf(kind_);
     container_ = make<Container>(*this);
     container_->setAutoresizingMask(flexibleWidth | flexibleHeight);
-    container_->setAccessibility(kind_ == PresentationKind::alert ? AccessibilityRole::alert
-                                                                  : AccessibilityRole::window,
-                                 presented_->title());
+    container_->setAccessibility(
+        kind_ == PresentationKind::alert ? AccessibilityRole::alert : AccessibilityRole::window, presented_->title());
     dim_ = make<UIView>();
     dim_->setUserInteractionEnabled(false);
     if (look.dims) dim_->setBackgroundColor(UIColor::black().withAlpha(dimAlpha));
@@ -347,9 +344,9 @@ void PresentationController::setNeedsLayout() {
 }
 
 void PresentationController::tappedBeside() {
-    const bool answers = kind_ == PresentationKind::popover || kind_ == PresentationKind::bareSheet ||
-                         (kind_ == PresentationKind::sheet &&
-                          presented_->modalPresentationStyle == UIModalPresentationStyle::popover);
+    const bool answers =
+        kind_ == PresentationKind::popover || kind_ == PresentationKind::bareSheet ||
+        (kind_ == PresentationKind::sheet && presented_->modalPresentationStyle == UIModalPresentationStyle::popover);
     if (!answers) return;
     const auto self = shared_from_this();
     // A tap beside a navigation stack closes the whole stack; Escape goes back by one screen.

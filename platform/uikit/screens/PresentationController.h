@@ -18,8 +18,8 @@ public:
 
     /// Once. `completion` runs after the screen did appear.
     void present(UIWindow& window, bool animated, std::function<void()> completion);
-    /// Dismisses the screen and everything that it presents itself. `completion` runs when the screen has left; a further
-    /// call during the dismissal only adds its completion. Each completion runs exactly once.
+    /// Dismisses the screen and everything that it presents itself. `completion` runs when the screen has left; a
+    /// further call during the dismissal only adds its completion. Each completion runs exactly once.
     void dismiss(bool animated, std::function<void()> completion);
     /// Ends a running animation at once; does nothing without one.
     void finish();

@@ -36,33 +36,27 @@ CGRect kept(const CGRect& rect, const CGRect& space) {
 }
 
 CGRect centred(CGSize size, const CGRect& space) {
-    return kept(
-        {{std::floor(space.midX() - size.width / 2), std::floor(space.midY() - size.height / 2)}, size},
-        space);
+    return kept({{std::floor(space.midX() - size.width / 2), std::floor(space.midY() - size.height / 2)}, size}, space);
 }
 
 CGRect besideAnchor(CGSize size, CGRect anchor, const CGRect& space, const CGRect& whole) {
     // An anchor that was scrolled out of the window places the popover at the edge by which the anchor left.
     anchor = anchor.intersects(whole) ? anchor.intersection(whole) : kept({anchor.origin, {}}, whole);
-    const CGFloat x = std::floor(anchor.midX() - size.width / 2),
-                  y = std::floor(anchor.midY() - size.height / 2);
+    const CGFloat x = std::floor(anchor.midX() - size.width / 2), y = std::floor(anchor.midY() - size.height / 2);
     struct Side {
         CGFloat room, needed;
         CGPoint origin;
     };
     const std::array<Side, 4> sides{{
         {space.maxY() - anchor.maxY() - popoverGap, size.height, {x, anchor.maxY() + popoverGap}},
-        {anchor.minY() - space.minY() - popoverGap,
-         size.height,
-         {x, anchor.minY() - popoverGap - size.height}},
+        {anchor.minY() - space.minY() - popoverGap, size.height, {x, anchor.minY() - popoverGap - size.height}},
         {space.maxX() - anchor.maxX() - popoverGap, size.width, {anchor.maxX() + popoverGap, y}},
         {anchor.minX() - space.minX() - popoverGap, size.width, {anchor.minX() - popoverGap - size.width, y}},
     }};
     const auto fits = std::ranges::find_if(sides, [](const Side& side) { return side.room >= side.needed; });
-    const auto& side =
-        fits != sides.end() ? *fits : *std::ranges::max_element(sides, {}, [](const Side& candidate) {
-            return candidate.room - candidate.needed;
-        });
+    const auto& side = fits != sides.end() ? *fits : *std::ranges::max_element(sides, {}, [](const Side& candidate) {
+        return candidate.room - candidate.needed;
+    });
     return kept({side.origin, size}, space);
 }
 

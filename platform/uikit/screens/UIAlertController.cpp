@@ -57,8 +57,7 @@ struct UIAlertController::Parts {
         CGFloat height = 0;
         if (title) height += std::ceil(title->sizeThatFits({room, CGFLOAT_MAX_TEXT}).height);
         if (message)
-            height +=
-                std::ceil(message->sizeThatFits({room, CGFLOAT_MAX_TEXT}).height) + (title ? lineGap : 0);
+            height += std::ceil(message->sizeThatFits({room, CGFLOAT_MAX_TEXT}).height) + (title ? lineGap : 0);
         height += static_cast<CGFloat>(fieldCount) * (fieldHeight + fieldGap);
         return height > 0 ? height + 2 * headerPadding : 0;
     }
@@ -140,8 +139,7 @@ void UIAlertController::build() {
         parts.header->addSubview(parts.title);
     }
     if (!message_.empty()) {
-        parts.message =
-            makeLabel(message_, UIFont::system(13), isAlert ? UIColor::label() : UIColor::secondaryLabel());
+        parts.message = makeLabel(message_, UIFont::system(13), isAlert ? UIColor::label() : UIColor::secondaryLabel());
         parts.header->addSubview(parts.message);
     }
     for (const auto& field : fields_) parts.header->addSubview(field);
@@ -198,8 +196,7 @@ void UIAlertController::build() {
     }
     parts.sideBySide = isAlert && parts.buttons.size() == 2 && fitsPair;
     // Titles that are too long for a pair stand one above the other, the cancelling action below.
-    if (isAlert && cancel && parts.buttons.size() == 2 && !fitsPair)
-        std::swap(parts.buttons[0], parts.buttons[1]);
+    if (isAlert && cancel && parts.buttons.size() == 2 && !fitsPair) std::swap(parts.buttons[0], parts.buttons[1]);
     for (const auto& line : parts.lines) parts.list->bringSubviewToFront(line);
     layout();
 }
@@ -258,8 +255,7 @@ void UIAlertController::layout() {
         if (parts.sideBySide) {
             const CGFloat x = number * width / count;
             parts.buttons[i]->setFrame({x, 0, width / count, parts.row});
-            parts.lines[i]->setFrame(i == 0 ? CGRect{0, 0, width, hairline}
-                                            : CGRect{x, 0, hairline, parts.row});
+            parts.lines[i]->setFrame(i == 0 ? CGRect{0, 0, width, hairline} : CGRect{x, 0, hairline, parts.row});
         } else {
             parts.buttons[i]->setFrame({0, number * parts.row, width, parts.row});
             parts.lines[i]->setFrame({0, number * parts.row, width, i > 0 || header > 0 ? hairline : 0});

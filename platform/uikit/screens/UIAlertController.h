@@ -12,8 +12,8 @@ struct UIAlertAction {
     std::function<void()> handler;  ///< runs after the alert has left
 };
 
-/// A short question in the middle of the window (alert) or a choice list at its lower edge, on wide windows in a popover
-/// (action sheet). Return presses the preferred action, Escape the cancelling one. Presented over full screen.
+/// A short question in the middle of the window (alert) or a choice list at its lower edge, on wide windows in a
+/// popover (action sheet). Return presses the preferred action, Escape the cancelling one. Presented over full screen.
 class UIAlertController : public UIViewController {
 public:
     enum class Style { alert, actionSheet };

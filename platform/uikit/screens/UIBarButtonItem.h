@@ -16,8 +16,7 @@ public:
 
     UIBarButtonItem(SystemItem item, std::function<void()> action);
     UIBarButtonItem(std::string title, Style style, std::function<void()> action);
-    UIBarButtonItem(std::shared_ptr<const UIImage> image, std::string accessibilityLabel,
-                    std::function<void()> action);
+    UIBarButtonItem(std::shared_ptr<const UIImage> image, std::string accessibilityLabel, std::function<void()> action);
 
     bool isEnabled() const { return enabled_; }
     void setEnabled(bool enabled);

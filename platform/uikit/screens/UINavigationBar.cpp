@@ -44,8 +44,7 @@ struct UINavigationBar::Parts {
     }
 };
 
-UINavigationBar::UINavigationBar(UINavigationController& owner)
-    : owner_(owner), parts_(std::make_shared<Parts>()) {}
+UINavigationBar::UINavigationBar(UINavigationController& owner) : owner_(owner), parts_(std::make_shared<Parts>()) {}
 
 CGFloat UINavigationBar::barHeight() {
     return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::mac ? 52 : 44;
@@ -112,9 +111,8 @@ void UINavigationBar::show(UIViewController* top, const std::optional<std::strin
         if (const auto owner = weak.lock())
             static_cast<UINavigationController&>(*owner).popViewControllerAnimated(true);
     };
-    parts_->present = {
-        top->weak_from_this(), back,
-        make<NavigationBarContents>(Parts::description(*top, back), parts_->tint, std::move(goBack))};
+    parts_->present = {top->weak_from_this(), back,
+                       make<NavigationBarContents>(Parts::description(*top, back), parts_->tint, std::move(goBack))};
     addSubview(parts_->present.contents);
     bringSubviewToFront(parts_->hairline);
     watch(*top);
@@ -122,8 +120,7 @@ void UINavigationBar::show(UIViewController* top, const std::optional<std::strin
     layoutIfNeeded();
 }
 
-void UINavigationBar::beginChange(UIViewController* top, const std::optional<std::string>& back,
-                                  bool forward) {
+void UINavigationBar::beginChange(UIViewController* top, const std::optional<std::string>& back, bool forward) {
     endChange(true);
     auto former = std::exchange(parts_->present, {});
     Parts::forget(former);
@@ -137,8 +134,7 @@ void UINavigationBar::beginChange(UIViewController* top, const std::optional<std
 
 void UINavigationBar::setChangeProgress(double progress) {
     if (!parts_->former) return;
-    if (parts_->present.contents)
-        parts_->present.contents->setDisplacement((1 - progress) * parts_->direction);
+    if (parts_->present.contents) parts_->present.contents->setDisplacement((1 - progress) * parts_->direction);
     parts_->former->contents->setDisplacement(-progress * parts_->direction);
 }
 

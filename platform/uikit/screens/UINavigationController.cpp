@@ -101,8 +101,7 @@ void UINavigationController::viewDidLoad() {
 void UINavigationController::layoutTop() {
     const CGSize size = view()->bounds().size;
     const UIWindow* const window = view()->window();
-    const CGFloat covered =
-        window ? std::max(0.0, window->safeAreaInsets().top - distanceFromTop(*view())) : 0;
+    const CGFloat covered = window ? std::max(0.0, window->safeAreaInsets().top - distanceFromTop(*view())) : 0;
     const CGFloat top = covered + UINavigationBar::barHeight();
     bar_->setFrame({0, 0, size.width, std::min(top, size.height)});
     const CGFloat extra = isAccessoryShown_ ? accessoryHeight_ : 0;
@@ -112,8 +111,7 @@ void UINavigationController::layoutTop() {
     const auto& shown = topViewController()->view();
     if (!shown->superview()) content_->addSubview(shown);
     for (const auto& screen : content_->subviews()) {
-        if (auto* const owner = dynamic_cast<UIViewController*>(screen->owner()))
-            screen->setFrame(screenFrame(*owner));
+        if (auto* const owner = dynamic_cast<UIViewController*>(screen->owner())) screen->setFrame(screenFrame(*owner));
     }
 }
 
@@ -164,8 +162,7 @@ std::optional<std::string> UINavigationController::backTitle() const {
 
 void UINavigationController::showBar() { bar_->show(stack_.back().get(), backTitle()); }
 
-void UINavigationController::pushViewController(const std::shared_ptr<UIViewController>& controller,
-                                                bool animated) {
+void UINavigationController::pushViewController(const std::shared_ptr<UIViewController>& controller, bool animated) {
     if (!controller) return;
     const auto self = weak_from_this().lock();
     const auto pushed = controller;

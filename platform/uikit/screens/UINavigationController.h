@@ -48,8 +48,8 @@ public:
     const std::shared_ptr<UIViewController>& topViewController() const { return stack_.back(); }
     const std::vector<std::shared_ptr<UIViewController>>& viewControllers() const { return stack_; }
     const std::shared_ptr<UINavigationBar>& navigationBar() const { return bar_; }
-    /// A view as wide as the bar and `height` points high that can be shown under it, above every screen of the stack; it
-    /// begins hidden. Null removes it.
+    /// A view as wide as the bar and `height` points high that can be shown under it, above every screen of the stack;
+    /// it begins hidden. Null removes it.
     void setAccessoryView(std::shared_ptr<UIView> view, CGFloat height);
     /// Shows or hides the accessory; the screens below move within `seconds`.
     void setAccessoryShown(bool shown, double seconds);

@@ -6,9 +6,7 @@
 namespace ostrel {
 
 /// A screen that is one table; it is the table's delegate and data source.
-class UITableViewController : public UIViewController,
-                              public UITableViewDataSource,
-                              public UITableViewDelegate {
+class UITableViewController : public UIViewController, public UITableViewDataSource, public UITableViewDelegate {
 public:
     explicit UITableViewController(UITableViewStyle style) : style_(style) {}
     ~UITableViewController() override;

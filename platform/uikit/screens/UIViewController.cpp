@@ -80,9 +80,7 @@ std::shared_ptr<UIViewController> UIWindow::rootViewController() const {
     return std::static_pointer_cast<UIViewController>(root_);
 }
 
-void UIWindow::setRootViewController(const std::shared_ptr<UIViewController>& controller) {
-    setRootOwner(controller);
-}
+void UIWindow::setRootViewController(const std::shared_ptr<UIViewController>& controller) { setRootOwner(controller); }
 
 void UIViewController::enterWindow(UIWindow& window) {
     const auto& view = this->view();
@@ -149,16 +147,14 @@ PresentationKind UIViewController::presentationKind() const {
     switch (modalPresentationStyle) {
     case UIModalPresentationStyle::fullScreen:
     case UIModalPresentationStyle::overFullScreen: return PresentationKind::cover;
-    case UIModalPresentationStyle::formSheet:
-        return isPhone ? PresentationKind::sheet : PresentationKind::card;
-    case UIModalPresentationStyle::popover:
-        return isPhone ? PresentationKind::sheet : PresentationKind::popover;
+    case UIModalPresentationStyle::formSheet: return isPhone ? PresentationKind::sheet : PresentationKind::card;
+    case UIModalPresentationStyle::popover: return isPhone ? PresentationKind::sheet : PresentationKind::popover;
     }
     return PresentationKind::cover;
 }
 
-void UIViewController::presentViewController(const std::shared_ptr<UIViewController>& controller,
-                                             bool animated, std::function<void()> completion) {
+void UIViewController::presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
+                                             std::function<void()> completion) {
     if (!controller) return NSLog("Attempt to present no screen.");
     const auto keptAlive = weak_from_this().lock();
     // A screen that is being dismissed ends its animation at once in favour of the new one.
@@ -219,8 +215,7 @@ void UIViewController::preferredContentSizeDidChange() {
 }
 
 bool UIViewController::cancelOperation() {
-    if (!presenting_ || modalPresentationStyle != UIModalPresentationStyle::popover ||
-        !isDismissableByUser()) {
+    if (!presenting_ || modalPresentationStyle != UIModalPresentationStyle::popover || !isDismissableByUser()) {
         return false;
     }
     dismissViewControllerAnimated(true);

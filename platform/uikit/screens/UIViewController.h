@@ -54,9 +54,9 @@ public:
     void removeFromParentViewController();
     /// This screen became a child of `parent`; null when it was removed or its parent was destroyed.
     virtual void didMoveToParentViewController(UIViewController* /*parent*/) {}
-    /// Sends the appearance calls: will and did appear (or disappear), each once per change; a call that changes nothing
-    /// is ignored. A change that is taken back before its end is reported as such: will disappear, will appear, did
-    /// appear.
+    /// Sends the appearance calls: will and did appear (or disappear), each once per change; a call that changes
+    /// nothing is ignored. A change that is taken back before its end is reported as such: will disappear, will appear,
+    /// did appear.
     void beginAppearanceTransition(bool appearing, bool animated);
     void endAppearanceTransition();
     bool isAppeared() const { return appearance_ == Appearance::appeared; }
@@ -75,13 +75,13 @@ public:
     CGSize preferredContentSize;
     /// To be called after a change of `preferredContentSize` while this screen is presented.
     void preferredContentSizeDidChange();
-    /// Shows `controller` over this screen. Logs a line and does nothing when this screen presents one already, is in no
-    /// window, or `controller` is presented elsewhere.
+    /// Shows `controller` over this screen. Logs a line and does nothing when this screen presents one already, is in
+    /// no window, or `controller` is presented elsewhere.
     void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                                std::function<void()> completion = {});
-    /// Dismisses what this screen presents, or, when it presents nothing, this screen or the presented one it is in, each
-    /// with all that lies above it. `completion` runs exactly once: after the last of them did disappear; in a later turn
-    /// when there is nothing to dismiss.
+    /// Dismisses what this screen presents, or, when it presents nothing, this screen or the presented one it is in,
+    /// each with all that lies above it. `completion` runs exactly once: after the last of them did disappear; in a
+    /// later turn when there is nothing to dismiss.
     void dismissViewControllerAnimated(bool animated, std::function<void()> completion = {});
     const std::shared_ptr<UIViewController>& presentedViewController() const { return presented_; }
     /// The screen that presented this one or its outermost parent; null when none did.

@@ -44,8 +44,7 @@ void setLine(UIView& line, const UIView& track, double fraction) {
     const CGRect all = track.frame();
     const CGRect wanted{all.minX(), all.minY(), std::round(all.width() * fraction * 2) / 2, all.height()};
     if (line.frame() == wanted) return;
-    if (wanted.width() < line.frame().width() || line.frame().origin != wanted.origin)
-        return line.setFrame(wanted);
+    if (wanted.width() < line.frame().width() || line.frame().origin != wanted.origin) return line.setFrame(wanted);
     UIView::animate(
         NSProgress::updateInterval * 1.5, [&] { line.setFrame(wanted); }, {}, UIViewAnimationCurve::linear);
 }
@@ -100,8 +99,8 @@ void WorkProgressBar::initialise() {
     line_->setBackgroundColor(UIColor::tint());
     line_->setUserInteractionEnabled(false);
     wheel_ = make<UIActivityIndicatorView>();
-    for (const std::shared_ptr<UIView>& view : std::initializer_list<std::shared_ptr<UIView>>{
-             track_, line_, title_, badge_, time_, wheel_, cancel_}) {
+    for (const std::shared_ptr<UIView>& view :
+         std::initializer_list<std::shared_ptr<UIView>>{track_, line_, title_, badge_, time_, wheel_, cancel_}) {
         addSubview(view);
     }
     const auto weak = std::weak_ptr(std::static_pointer_cast<WorkProgressBar>(shared_from_this()));
@@ -141,8 +140,7 @@ void WorkProgressBar::show(const std::vector<std::shared_ptr<NSProgress>>& work)
     time_->setText(stateText(first));
     cancel_->setHidden(!first.isCancellable());
     cancel_->setEnabled(!first.isCancelled());
-    cancel_->setAccessibility(AccessibilityRole::button,
-                              platformText("Cancel") + ", " + first.localizedDescription());
+    cancel_->setAccessibility(AccessibilityRole::button, platformText("Cancel") + ", " + first.localizedDescription());
     number_->setText(work.size() > 1 ? decimalText(static_cast<std::int64_t>(work.size())) : "");
     badge_->setHidden(work.size() < 2);
     std::string spoken = first.localizedDescription();
@@ -171,8 +169,7 @@ void WorkProgressBar::setShown(bool shown) {
     if (!owner) return;
     if (shown) {
         layoutIfNeeded();
-        line_->setFrame(
-            {track_->frame().origin, {track_->frame().width() * fraction_.value_or(0), lineHeight}});
+        line_->setFrame({track_->frame().origin, {track_->frame().width() * fraction_.value_or(0), lineHeight}});
     }
     owner->setAccessoryShown(shown, accessorySeconds);
 }
@@ -192,8 +189,7 @@ void WorkProgressBar::layoutSubviews() {
     time_->setFrame({high - timeWidth, 0, timeWidth, inside});
     CGFloat titleRoom = std::max(0.0, room - (timeWidth > 0 ? timeWidth + gap : 0));
     if (!badge_->isHidden()) {
-        const CGFloat width =
-            std::max(badgeHeight, std::ceil(number_->sizeThatFits({room, inside}).width) + 10);
+        const CGFloat width = std::max(badgeHeight, std::ceil(number_->sizeThatFits({room, inside}).width) + 10);
         titleRoom = std::max(0.0, titleRoom - width - gap);
         const CGFloat title = std::min(titleRoom, std::ceil(title_->sizeThatFits({titleRoom, inside}).width));
         badge_->setFrame({low + title + gap, (inside - badgeHeight) / 2, width, badgeHeight});
@@ -316,8 +312,8 @@ void WorkProgressListController::show(const std::vector<std::shared_ptr<NSProgre
         }
         return;
     }
-    preferredContentSize = {
-        listWidth, 2 * listMargin + rowHeight * static_cast<CGFloat>(std::min(work_.size(), mostRowsShown))};
+    preferredContentSize = {listWidth,
+                            2 * listMargin + rowHeight * static_cast<CGFloat>(std::min(work_.size(), mostRowsShown))};
     preferredContentSizeDidChange();
     tableView()->reloadData();
 }
@@ -326,12 +322,10 @@ std::int64_t WorkProgressListController::tableViewNumberOfRowsInSection(UITableV
     return static_cast<std::int64_t>(work_.size());
 }
 
-CGFloat WorkProgressListController::tableViewHeightForRowAtIndexPath(UITableView&, NSIndexPath) {
-    return rowHeight;
-}
+CGFloat WorkProgressListController::tableViewHeightForRowAtIndexPath(UITableView&, NSIndexPath) { return rowHeight; }
 
-std::shared_ptr<UITableViewCell> WorkProgressListController::tableViewCellForRowAtIndexPath(
-    UITableView& table, NSIndexPath path) {
+std::shared_ptr<UITableViewCell> WorkProgressListController::tableViewCellForRowAtIndexPath(UITableView& table,
+                                                                                            NSIndexPath path) {
     static const std::string identifier = "work";
     auto cell = std::static_pointer_cast<WorkCell>(table.dequeueReusableCell(identifier));
     if (!cell) cell = make<WorkCell>(UITableViewCellStyle::defaultStyle, identifier);

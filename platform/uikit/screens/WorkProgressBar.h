@@ -55,8 +55,8 @@ private:
     std::shared_ptr<UIActivityIndicatorView> wheel_;
 };
 
-/// The list of all work in progress: a row for each piece, with a button that cancels it. The screen closes when no work
-/// is left. Main thread.
+/// The list of all work in progress: a row for each piece, with a button that cancels it. The screen closes when no
+/// work is left. Main thread.
 class WorkProgressListController final : public UITableViewController {
 public:
     WorkProgressListController();
@@ -65,8 +65,7 @@ public:
     void viewDidAppear(bool animated) override;
     std::int64_t tableViewNumberOfRowsInSection(UITableView& table, std::int64_t section) override;
     CGFloat tableViewHeightForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
-    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
-                                                                    NSIndexPath path) override;
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table, NSIndexPath path) override;
     bool cancelOperation() override;
 
 private:

@@ -11,11 +11,11 @@
 namespace ostrel {
 
 /// A sequence of things one below the other, each with a height, kept as runs of equal ones in a counted tree with sums
-/// (a treap: priorities are drawn at random, so that the depth is logarithmic in the number of runs whatever the order of
-/// the changes). A million equal elements are one run; looking up, inserting and removing take O(log runs).
+/// (a treap: priorities are drawn at random, so that the depth is logarithmic in the number of runs whatever the order
+/// of the changes). A million equal elements are one run; looking up, inserting and removing take O(log runs).
 ///
-/// `Payload` is what an element knows; `CGFloat height(const Payload&)` is found by argument-dependent look-up. Heights are
-/// multiples of 1/64 point (see `roundedHeight`), so that every sum is exact in binary.
+/// `Payload` is what an element knows; `CGFloat height(const Payload&)` is found by argument-dependent look-up. Heights
+/// are multiples of 1/64 point (see `roundedHeight`), so that every sum is exact in binary.
 template <class Payload>
 class HeightRuns final {
 public:
@@ -69,8 +69,7 @@ public:
             first += left;
             place.top += node(n.left).totalHeight;
             if (index < first + n.number) {
-                return {index, place.top + n.each * static_cast<CGFloat>(index - first), &n.payload, first,
-                        n.number};
+                return {index, place.top + n.each * static_cast<CGFloat>(index - first), &n.payload, first, n.number};
             }
             first += n.number;
             place.top += n.each * static_cast<CGFloat>(n.number);
@@ -87,9 +86,9 @@ public:
         return k;
     }
 
-    /// The element that covers `offset`: its upper edge belongs to it, its lower edge does not. The first above all, the
-    /// last below. Elements without height are never found, unless all that follow to the end are such. Precondition:
-    /// count() > 0.
+    /// The element that covers `offset`: its upper edge belongs to it, its lower edge does not. The first above all,
+    /// the last below. Elements without height are never found, unless all that follow to the end are such.
+    /// Precondition: count() > 0.
     Place find(CGFloat offset) const {
         if (!(offset > 0)) offset = 0;
         if (offset >= total()) return at(count() - 1);
@@ -182,8 +181,7 @@ private:
     void sum(Index i) {
         Node& n = nodes_[i];
         n.totalCount = node(n.left).totalCount + n.number + node(n.right).totalCount;
-        n.totalHeight =
-            node(n.left).totalHeight + n.each * static_cast<CGFloat>(n.number) + node(n.right).totalHeight;
+        n.totalHeight = node(n.left).totalHeight + n.each * static_cast<CGFloat>(n.number) + node(n.right).totalHeight;
     }
 
     Index merged(Index a, Index b) {

@@ -8,9 +8,8 @@ CGFloat roundedHeight(CGFloat height) {
 }
 
 void RowHeights::insertSections(std::int64_t first, std::int64_t count, const Section& section) {
-    Record record{.header = roundedHeight(section.header),
-                  .footer = roundedHeight(section.footer),
-                  .rows = section.rows};
+    Record record{
+        .header = roundedHeight(section.header), .footer = roundedHeight(section.footer), .rows = section.rows};
     record.each.rowHeight = roundedHeight(section.estimate);
     const auto rowOf = [&](std::size_t i) {
         const CGFloat known = section.known[i];
@@ -35,8 +34,7 @@ void RowHeights::eraseSections(std::int64_t first, std::int64_t count) { section
 
 RowHeights::SectionPlace RowHeights::section(std::int64_t section) const {
     const auto place = sections_.at(section);
-    return {place.top, place.payload->header, place.payload->footer, height(*place.payload),
-            place.payload->rows};
+    return {place.top, place.payload->header, place.payload->footer, height(*place.payload), place.payload->rows};
 }
 
 RowHeights::RowPlace RowHeights::row(NSIndexPath path) const {
@@ -115,8 +113,7 @@ std::optional<NSIndexPath> RowHeights::lastRowUpTo(std::int64_t section) const {
 }
 
 std::optional<NSIndexPath> RowHeights::next(NSIndexPath path) const {
-    if (path.row + 1 < sections_.at(path.section).payload->rows)
-        return NSIndexPath{path.section, path.row + 1};
+    if (path.row + 1 < sections_.at(path.section).payload->rows) return NSIndexPath{path.section, path.row + 1};
     return firstRowFrom(path.section + 1);
 }
 

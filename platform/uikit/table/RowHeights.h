@@ -10,12 +10,13 @@
 
 namespace ostrel {
 
-/// To the nearest 1/64 point, 0 to 1,000,000; what is no number is 0. Sums of such heights are exact in double precision
-/// up to 2^47 points, so that a row's place never depends on how it was reached.
+/// To the nearest 1/64 point, 0 to 1,000,000; what is no number is 0. Sums of such heights are exact in double
+/// precision up to 2^47 points, so that a row's place never depends on how it was reached.
 CGFloat roundedHeight(CGFloat height);
 
 /// The heights of a table: sections of a header, rows and a footer, one below the other from 0. A height is an estimate
-/// until it is known. Finding, inserting, removing and a new height take O(log n); a million equal sections take one entry.
+/// until it is known. Finding, inserting, removing and a new height take O(log n); a million equal sections take one
+/// entry.
 class RowHeights final {
 public:
     /// How new sections look. Points.
@@ -79,8 +80,8 @@ private:
         Row each;                                 // of all rows, while `varied` is null
         std::shared_ptr<HeightRuns<Row>> varied;  // shared by equal sections, copied when one of them changes
         friend CGFloat height(const Record& record) {
-            const CGFloat rows = record.varied ? record.varied->total()
-                                               : record.each.rowHeight * static_cast<CGFloat>(record.rows);
+            const CGFloat rows =
+                record.varied ? record.varied->total() : record.each.rowHeight * static_cast<CGFloat>(record.rows);
             return record.header + rows + record.footer;
         }
     };

@@ -11,16 +11,13 @@ CGFloat UITableViewDelegate::tableViewHeightForRowAtIndexPath(UITableView& table
 
 UITableView::UITableView(CGRect frame, UITableViewStyle style)
     : UIScrollView(frame), style_(style), implementation_(std::make_unique<Implementation>(*this)) {
-    setBackgroundColor(style == UITableViewStyle::plain ? UIColor::systemBackground()
-                                                        : UIColor::groupedBackground());
+    setBackgroundColor(style == UITableViewStyle::plain ? UIColor::systemBackground() : UIColor::groupedBackground());
     setDefaultAccessibility(AccessibilityRole::list, {});
 }
 
 UITableView::~UITableView() {
     if (refreshControl_) refreshControl_->refreshingDidChange = nullptr;
-    const auto release = [this](const std::shared_ptr<UITableViewCell>& cell) {
-        implementation_->detach(*cell);
-    };
+    const auto release = [this](const std::shared_ptr<UITableViewCell>& cell) { implementation_->detach(*cell); };
     for (const auto& [path, row] : implementation_->rows) release(row.cell);
     for (const auto& [path, cell] : implementation_->retired) release(cell);
     if (implementation_->swipe) implementation_->swipe->actions->chosen = nullptr;

@@ -27,8 +27,7 @@ public:
     virtual ~UITableViewDataSource() = default;
     virtual std::int64_t numberOfSectionsInTableView(UITableView&) { return 1; }
     virtual std::int64_t tableViewNumberOfRowsInSection(UITableView&, std::int64_t section) = 0;
-    virtual std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView&,
-                                                                            NSIndexPath path) = 0;
+    virtual std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView&, NSIndexPath path) = 0;
     /// Rows that come next when the table is scrolled on, each named once on the way: their data can be made ready.
     virtual void tableViewPrefetchRowsAtIndexPaths(UITableView&, const std::vector<NSIndexPath>&) {}
     virtual std::string tableViewTitleForHeaderInSection(UITableView&, std::int64_t) { return {}; }
@@ -49,8 +48,7 @@ public:
     virtual bool tableViewHasUniformSections(UITableView&) { return false; }
     virtual void tableViewDidSelectRowAtIndexPath(UITableView&, NSIndexPath) {}
     virtual void tableViewAccessoryButtonTappedForRowWithIndexPath(UITableView&, NSIndexPath) {}
-    virtual std::vector<UITableViewRowAction> tableViewEditActionsForRowAtIndexPath(UITableView&,
-                                                                                    NSIndexPath) {
+    virtual std::vector<UITableViewRowAction> tableViewEditActionsForRowAtIndexPath(UITableView&, NSIndexPath) {
         return {};
     }
 };
@@ -81,9 +79,9 @@ public:
     /// Asks for everything anew; keeps the offset where it still fits.
     void reloadData();
     /// Between these, inserts and deletes are collected and shown as one change; calls nest. Deletes and reloads name
-    /// sections as they were before the first of these, inserts as they are after the last `endUpdates`. The data source
-    /// has its new state when that is called: the heights of the rows on screen are asked again, and numbers that do not
-    /// agree are logged and answered with `reloadData`.
+    /// sections as they were before the first of these, inserts as they are after the last `endUpdates`. The data
+    /// source has its new state when that is called: the heights of the rows on screen are asked again, and numbers
+    /// that do not agree are logged and answered with `reloadData`.
     void beginUpdates();
     void endUpdates();
     void insertSections(std::int64_t first, std::int64_t count, UITableViewRowAnimation animation);
@@ -128,8 +126,8 @@ public:
     void touchesMoved(const UITouch& touch) override;
     void touchesEnded(const UITouch& touch) override;
     void touchesCancelled(const UITouch& touch) override;
-    /// Up and Down move the focus from row to row, Return opens the focused row, Delete runs its destructive action, the
-    /// menu key or Shift and the menu key show its actions, Escape closes a swiped row; other keys scroll.
+    /// Up and Down move the focus from row to row, Return opens the focused row, Delete runs its destructive action,
+    /// the menu key or Shift and the menu key show its actions, Escape closes a swiped row; other keys scroll.
     bool pressesBegan(const UIPress& press) override;
 
 protected:

@@ -21,9 +21,7 @@ constexpr UIColor selectionGray = UIColor::rgb(0xE8EAF0);
 CGFloat UITableViewCell::currentRowWidth = 320;
 
 UITableViewCell::UITableViewCell(UITableViewCellStyle style, std::string reuseIdentifier)
-    : UIView({0, 0, currentRowWidth, lowestRow}),
-      reuseIdentifier_(std::move(reuseIdentifier)),
-      style_(style) {
+    : UIView({0, 0, currentRowWidth, lowestRow}), reuseIdentifier_(std::move(reuseIdentifier)), style_(style) {
     setBackgroundColor(UIColor::secondaryGroupedBackground());
     setSurface(true);
     setDefaultAccessibility(AccessibilityRole::listItem, {});
@@ -121,12 +119,10 @@ CGFloat UITableViewCell::automaticHeight() const {
     if (const auto constrained = constrainedHeight()) return *constrained;
     const CGFloat textWidth = std::max(0.0, bounds().width() - 2 * sideInset - accessoryWidth());
     const auto needed = [&](const std::shared_ptr<UILabel>& label) {
-        return label && !label->text().empty() ? label->sizeThatFits({textWidth, CGFLOAT_MAX_TEXT}).height
-                                               : 0;
+        return label && !label->text().empty() ? label->sizeThatFits({textWidth, CGFLOAT_MAX_TEXT}).height : 0;
     };
     const CGFloat text = needed(textLabel_), detail = needed(detailLabel_);
-    return std::max(lowestRow,
-                    std::ceil(text + detail + (text > 0 && detail > 0 ? labelGap : 0)) + 2 * textMargin);
+    return std::max(lowestRow, std::ceil(text + detail + (text > 0 && detail > 0 ? labelGap : 0)) + 2 * textMargin);
 }
 
 void UITableViewCell::setSelected(bool selected, bool animated) {

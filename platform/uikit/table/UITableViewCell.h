@@ -13,8 +13,8 @@ enum class UITableViewCellStyle { defaultStyle, subtitle };
 enum class UITableViewCellAccessoryType { none, disclosureIndicator, detailDisclosureButton };
 enum class UITableViewCellSelectionStyle { none, gray };
 
-/// One row of a table: a surface that moves and is painted as a whole. Made while a table asks for a row, it begins with
-/// that table's row width (else 320) and a height of 44 points.
+/// One row of a table: a surface that moves and is painted as a whole. Made while a table asks for a row, it begins
+/// with that table's row width (else 320) and a height of 44 points.
 class UITableViewCell : public UIView {
 public:
     UITableViewCell(UITableViewCellStyle style, std::string reuseIdentifier);

@@ -18,12 +18,10 @@ constexpr CGFloat swipeResistance = 0.25;  // of the finger's way beyond the but
 }  // namespace
 
 void UITableView::Implementation::initialiseGestures() {
-    swipeRecognizer = std::make_shared<UIPanGestureRecognizer>([this](UIGestureRecognizer& recognizer) {
-        handleSwipe(static_cast<UIPanGestureRecognizer&>(recognizer));
-    });
+    swipeRecognizer = std::make_shared<UIPanGestureRecognizer>(
+        [this](UIGestureRecognizer& recognizer) { handleSwipe(static_cast<UIPanGestureRecognizer&>(recognizer)); });
     swipeRecognizer->axis = UIPanGestureRecognizer::Axis::horizontal;
-    swipeRecognizer->allowsPointer =
-        UIDevice::currentDevice().userInterfaceIdiom() != UIUserInterfaceIdiom::mac;
+    swipeRecognizer->allowsPointer = UIDevice::currentDevice().userInterfaceIdiom() != UIUserInterfaceIdiom::mac;
     swipeRecognizer->shouldBegin = [this](UIGestureRecognizer& recognizer) {
         const auto& pan = static_cast<UIPanGestureRecognizer&>(recognizer);
         // After a reload in this turn of the run loop there are no rows until the next flush.
@@ -36,12 +34,11 @@ void UITableView::Implementation::initialiseGestures() {
     };
     table.addGestureRecognizer(swipeRecognizer);
 
-    const auto longPress =
-        std::make_shared<UILongPressGestureRecognizer>([this](UIGestureRecognizer& recognizer) {
-            if (recognizer.state() != UIGestureRecognizerState::began) return;
-            const auto path = table.indexPathForRowAtPoint(recognizer.locationInView(&table));
-            if (path) openMenu(*path, recognizer.locationInView(nullptr), ContextMenu::Highlight::none);
-        });
+    const auto longPress = std::make_shared<UILongPressGestureRecognizer>([this](UIGestureRecognizer& recognizer) {
+        if (recognizer.state() != UIGestureRecognizerState::began) return;
+        const auto path = table.indexPathForRowAtPoint(recognizer.locationInView(&table));
+        if (path) openMenu(*path, recognizer.locationInView(nullptr), ContextMenu::Highlight::none);
+    });
     longPress->shouldBegin = [this](UIGestureRecognizer& recognizer) {
         table.layoutIfNeeded();
         const auto path = table.indexPathForRowAtPoint(recognizer.locationInView(&table));
@@ -145,23 +142,20 @@ void UITableView::touchesCancelled(const UITouch& touch) {
 // Row actions
 
 std::vector<UITableViewRowAction> UITableView::Implementation::actionsFor(NSIndexPath path) const {
-    if (!table.dataSource_ || !exists(path) ||
-        !table.dataSource_->tableViewCanEditRowAtIndexPath(table, path))
+    if (!table.dataSource_ || !exists(path) || !table.dataSource_->tableViewCanEditRowAtIndexPath(table, path))
         return {};
     auto actions = table.delegate_ ? table.delegate_->tableViewEditActionsForRowAtIndexPath(table, path)
                                    : std::vector<UITableViewRowAction>{};
     if (!actions.empty()) return actions;
     const auto commit = [this](NSIndexPath at) {
         if (table.dataSource_) {
-            table.dataSource_->tableViewCommitEditingStyle(table, UITableViewCellEditingStyle::deleteStyle,
-                                                           at);
+            table.dataSource_->tableViewCommitEditingStyle(table, UITableViewCellEditingStyle::deleteStyle, at);
         }
     };
     return {{UITableViewRowAction::Style::destructive, platformText("Delete"), commit}};
 }
 
-bool UITableView::Implementation::openMenu(NSIndexPath path, CGPoint point,
-                                           ContextMenu::Highlight highlight) {
+bool UITableView::Implementation::openMenu(NSIndexPath path, CGPoint point, ContextMenu::Highlight highlight) {
     const auto row = rows.find(path);
     if (!table.window() || row == rows.end()) return false;
     std::vector<ContextMenu::Item> items;
@@ -267,8 +261,7 @@ void UITableView::setSwipedRow(std::optional<NSIndexPath> path, bool animated) {
 }
 
 std::optional<NSIndexPath> UITableView::swipedRow() const {
-    return implementation_->swipe ? implementation_->pathOf(implementation_->swipe->cell.get())
-                                  : std::nullopt;
+    return implementation_->swipe ? implementation_->pathOf(implementation_->swipe->cell.get()) : std::nullopt;
 }
 
 // Keys

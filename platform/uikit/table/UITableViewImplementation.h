@@ -12,8 +12,8 @@ namespace ostrel {
 
 /// The private state of a table. UITableViewLayout.cpp, UITableViewUpdates.cpp and UITableViewEvents.cpp implement it.
 ///
-/// Content from above: the header view, the sections, the footer view. Every row in `rows` is a subview; between layouts
-/// its frame agrees with `heights`.
+/// Content from above: the header view, the sections, the footer view. Every row in `rows` is a subview; between
+/// layouts its frame agrees with `heights`.
 struct UITableView::Implementation {
     explicit Implementation(UITableView& owner) : table(owner), pool(reusePoolLimit) {}
 
@@ -136,10 +136,10 @@ struct UITableView::Implementation {
     std::optional<NSIndexPath> askedPath;  // of the row that the data source is making
     CGFloat laidOutWidth = -1;
     bool isLayingOut = false;
-    bool needsNumbers = true;   // of sections and rows, from a new data source
-    bool needsRows = true;      // the rows may have changed since the last layout
-    bool reloadsAfter = false;  // asked for while rows were being laid out
-    bool settlesAfter = false;  // the offset may lie outside of the content
+    bool needsNumbers = true;                                       // of sections and rows, from a new data source
+    bool needsRows = true;                                          // the rows may have changed since the last layout
+    bool reloadsAfter = false;                                      // asked for while rows were being laid out
+    bool settlesAfter = false;                                      // the offset may lie outside of the content
     std::optional<std::pair<NSIndexPath, NSIndexPath>> prefetched;  // first and last, all between them too
     CGPoint laidOutOffset;
     CGSize laidOutSize;

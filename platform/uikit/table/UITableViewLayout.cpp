@@ -26,8 +26,7 @@ CGFloat UITableView::rowWidth() const {
 
 CGFloat UITableView::Implementation::rowX() const {
     if (table.style_ != UITableViewStyle::insetGrouped) return 0;
-    return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone ? phoneMargin
-                                                                                         : wideMargin;
+    return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone ? phoneMargin : wideMargin;
 }
 
 std::optional<CGFloat> UITableView::Implementation::fixedHeight(NSIndexPath path) const {
@@ -62,10 +61,8 @@ void UITableView::Implementation::askNumbers() {
     // A known height becomes the estimate of the same row, so that the same offset shows the same rows.
     heights.forgetKnown();
     const std::int64_t count =
-        table.dataSource_ ? std::max<std::int64_t>(0, table.dataSource_->numberOfSectionsInTableView(table))
-                          : 0;
-    const bool isUniform =
-        count > 0 && table.delegate_ && table.delegate_->tableViewHasUniformSections(table);
+        table.dataSource_ ? std::max<std::int64_t>(0, table.dataSource_->numberOfSectionsInTableView(table)) : 0;
+    const bool isUniform = count > 0 && table.delegate_ && table.delegate_->tableViewHasUniformSections(table);
     if (isUniform) {
         auto shape = shapeOf(0);
         if (uniformShape != shape) heights.clear();
@@ -283,14 +280,12 @@ void UITableView::Implementation::ensureRow(NSIndexPath path) {
 
 std::int64_t UITableView::Implementation::indexOfSubview(const UIView* view) const {
     const auto& all = table.subviews();
-    const auto found =
-        std::find_if(all.begin(), all.end(), [&](const auto& other) { return other.get() == view; });
+    const auto found = std::find_if(all.begin(), all.end(), [&](const auto& other) { return other.get() == view; });
     return found == all.end() ? -1 : found - all.begin();
 }
 
 /// Subviews stand in the order of the rows, because the Tab key follows the order of subviews.
-void UITableView::Implementation::insertRowView(NSIndexPath path,
-                                                const std::shared_ptr<UITableViewCell>& cell) {
+void UITableView::Implementation::insertRowView(NSIndexPath path, const std::shared_ptr<UITableViewCell>& cell) {
     const auto self = rows.find(path);
     const std::int64_t present = indexOfSubview(cell.get());
     std::int64_t target = -1;
@@ -359,8 +354,8 @@ void UITableView::Implementation::layout() {
         table.refreshControl_->setFrame(
             {0, -UIRefreshControl::height, table.frame().width(), UIRefreshControl::height});
     }
-    const bool isLaidOut = !needsRows && laidOutOffset == table.contentOffset() &&
-                           laidOutSize == table.frame().size && laidOutVelocity == table.scrollVelocity();
+    const bool isLaidOut = !needsRows && laidOutOffset == table.contentOffset() && laidOutSize == table.frame().size &&
+                           laidOutVelocity == table.scrollVelocity();
     if (!isLaidOut) {
         layOutRows();
         updateContentSize();
@@ -395,8 +390,7 @@ void UITableView::Implementation::layOutRows(Transition* transition) {
             ensureRow(*path);
         }
         for (auto path = heights.previous(anchor->path); path; path = heights.previous(*path)) {
-            const CGFloat screenBottom =
-                contentTop() + heights.row(*path).bottom() - (top() - anchor->screenY);
+            const CGFloat screenBottom = contentTop() + heights.row(*path).bottom() - (top() - anchor->screenY);
             if (!mayMake(*path, -screenBottom, above)) break;
             ensureRow(*path);
         }
@@ -466,8 +460,7 @@ void UITableView::Implementation::letGoOutside(CGFloat lower, CGFloat upper, Tra
 // Section headers
 
 std::shared_ptr<UIView> UITableView::Implementation::makeHeader(std::int64_t section) const {
-    std::string title =
-        table.dataSource_ ? table.dataSource_->tableViewTitleForHeaderInSection(table, section) : "";
+    std::string title = table.dataSource_ ? table.dataSource_->tableViewTitleForHeaderInSection(table, section) : "";
     if (title.empty()) return nullptr;
     const bool isPlain = table.style_ == UITableViewStyle::plain;
     const CGFloat width = table.frame().width(), height = heights.section(section).header;
@@ -481,8 +474,8 @@ std::shared_ptr<UIView> UITableView::Implementation::makeHeader(std::int64_t sec
     const CGFloat line = std::min(height, TextMeasurer::shared().lineHeight(font) + 2);
     const CGFloat x = rowX() + headerInset;
     // The title of a section stands close to the card below.
-    label->setFrame({x, isPlain ? (height - line) / 2 : std::max(0.0, height - line - 6),
-                     std::max(0.0, width - 2 * x), line});
+    label->setFrame(
+        {x, isPlain ? (height - line) / 2 : std::max(0.0, height - line - 6), std::max(0.0, width - 2 * x), line});
     label->setAutoresizingMask(flexibleWidth);
     label->setFont(font);
     label->setTextColor(isPlain ? UIColor::label() : UIColor::secondaryLabel());

@@ -8,7 +8,8 @@
 
 namespace ostrel {
 
-/// Rows that are not shown and wait for reuse by identifier. Holds at most `limit` rows; the least recently used go first.
+/// Rows that are not shown and wait for reuse by identifier. Holds at most `limit` rows; the least recently used go
+/// first.
 class UITableViewReusePool final {
 public:
     explicit UITableViewReusePool(std::size_t limit) : limit_(limit) {}

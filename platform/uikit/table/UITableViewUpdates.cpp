@@ -39,16 +39,14 @@ void UITableView::reloadRow(NSIndexPath path, UITableViewRowAnimation animation)
     endUpdates();
 }
 
-void UITableView::reloadRowsAtIndexPaths(const std::vector<NSIndexPath>& paths,
-                                         UITableViewRowAnimation animation) {
+void UITableView::reloadRowsAtIndexPaths(const std::vector<NSIndexPath>& paths, UITableViewRowAnimation animation) {
     implementation_->updateDepth++;
     for (const NSIndexPath path : paths) implementation_->batch.reloads.push_back({path, animation});
     endUpdates();
 }
 
 /// Where a section from before is afterwards; none when it is deleted. `inserts` are in ascending order.
-std::optional<std::int64_t> UITableView::Implementation::sectionAfter(const Batch& update,
-                                                                      std::int64_t section) {
+std::optional<std::int64_t> UITableView::Implementation::sectionAfter(const Batch& update, std::int64_t section) {
     std::int64_t after = section;
     for (const Range& range : update.deletes) {
         if (section >= range.first && section < range.first + range.count) return {};
@@ -132,10 +130,9 @@ void UITableView::Implementation::apply(const Batch& unsorted) {
             transition.oldScreenY[{*section, path.row}] = screenY;
             continue;
         }
-        const auto range =
-            std::find_if(update.deletes.begin(), update.deletes.end(), [&, at = path](const Range& r) {
-                return at.section >= r.first && at.section < r.first + r.count;
-            });
+        const auto range = std::find_if(update.deletes.begin(), update.deletes.end(), [&, at = path](const Range& r) {
+            return at.section >= r.first && at.section < r.first + r.count;
+        });
         const bool fades = transition.isAnimated && range->animation == UITableViewRowAnimation::fade;
         if (fades && row.cell->frame().intersects(visible)) {
             transition.gone.emplace_back(row.cell, screenY);
@@ -151,8 +148,7 @@ void UITableView::Implementation::apply(const Batch& unsorted) {
         table.selected_ = section ? std::optional(NSIndexPath{*section, table.selected_->row}) : std::nullopt;
     }
     for (const Range& range : update.inserts) {
-        if (range.animation == UITableViewRowAnimation::fade)
-            transition.inserted.push_back({range.first, range.count});
+        if (range.animation == UITableViewRowAnimation::fade) transition.inserted.push_back({range.first, range.count});
     }
     reloadRows(update, transition);
     // A row that stays may need another height: text under edit grows, a strip gets an item.
@@ -173,8 +169,8 @@ void UITableView::Implementation::apply(const Batch& unsorted) {
     table.setNeedsLayout();
 }
 
-/// The topmost row on screen keeps its place; when it is deleted, the next one takes it. At the upper end of the content
-/// nothing is kept: what is inserted there shows.
+/// The topmost row on screen keeps its place; when it is deleted, the next one takes it. At the upper end of the
+/// content nothing is kept: what is inserted there shows.
 void UITableView::Implementation::keepPlace(const std::map<NSIndexPath, Row>& before, const Batch& update) {
     keptPlace.reset();
     if (table.contentOffset().y <= table.minimumOffsetY()) return;
@@ -260,8 +256,8 @@ void UITableView::Implementation::animate(const Transition& transition) {
     for (const auto& [path, row] : rows) {
         const CGRect frame = row.cell->frame();
         const auto old = transition.oldScreenY.find(path);
-        const bool isReloaded = std::find(transition.reloaded.begin(), transition.reloaded.end(), path) !=
-                                transition.reloaded.end();
+        const bool isReloaded =
+            std::find(transition.reloaded.begin(), transition.reloaded.end(), path) != transition.reloaded.end();
         if (old != transition.oldScreenY.end()) displacement = old->second + offset - frame.minY();
         if (old == transition.oldScreenY.end() && isInserted(path)) {
             fading.push_back(row.cell.get());

@@ -38,8 +38,7 @@ public:
     }
     void touchesBegan(const UITouch&) override { menu_.setHighlighted(index_); }
     void touchesMoved(const UITouch& touch) override {
-        menu_.setHighlighted(bounds().contains(touch.locationInView(*this)) ? std::optional(index_)
-                                                                            : std::nullopt);
+        menu_.setHighlighted(bounds().contains(touch.locationInView(*this)) ? std::optional(index_) : std::nullopt);
     }
     void touchesEnded(const UITouch& touch) override {
         if (bounds().contains(touch.locationInView(*this))) menu_.choose(index_);
@@ -104,8 +103,8 @@ void ContextMenu::build(CGPoint point, const CGRect& bounds) {
     addSubview(panel_);
     for (std::size_t i = 0; i < items_.size(); ++i) {
         const auto row = make<Row>(*this, i);
-        row->setFrame({panelPadding, panelPadding + rowHeight * static_cast<CGFloat>(i),
-                       width - 2 * panelPadding, rowHeight});
+        row->setFrame(
+            {panelPadding, panelPadding + rowHeight * static_cast<CGFloat>(i), width - 2 * panelPadding, rowHeight});
         panel_->addSubview(row);
         rows_.push_back(row);
     }

@@ -44,8 +44,7 @@ TextSelection::TextSelection(UIView& view, std::function<Layout()> layout, std::
 TextSelection::~TextSelection() = default;
 
 void TextSelection::initialise() {
-    press_ = std::make_shared<UILongPressGestureRecognizer>(
-        [this](UIGestureRecognizer& press) { pressed(press); });
+    press_ = std::make_shared<UILongPressGestureRecognizer>([this](UIGestureRecognizer& press) { pressed(press); });
     press_->shouldBegin = [this](UIGestureRecognizer&) { return selectsByPress_ && !layout_().text.empty(); };
     view_.addGestureRecognizer(press_);
 }
@@ -90,8 +89,7 @@ void TextSelection::select(std::size_t begin, std::size_t end) {
     if (begin == begin_ && end == end_) return;
     begin_ = begin;
     end_ = end;
-    if (UIWindow* const window = view_.window(); window && !isEmpty())
-        window->setTextSelection(shared_from_this());
+    if (UIWindow* const window = view_.window(); window && !isEmpty()) window->setTextSelection(shared_from_this());
     if (didChange_) didChange_();
 }
 
@@ -137,8 +135,8 @@ bool TextSelection::touchBegan(const UITouch& touch) {
 void TextSelection::touchMoved(const UITouch& touch) {
     const CGFloat moved =
         std::hypot(touch.location.x - touch.startLocation.x, touch.location.y - touch.startLocation.y);
-    if (touch.type != UITouchType::pointer || touch.button != UIButtonMask::primary ||
-        moved < dragThreshold || layout_().text.empty()) {
+    if (touch.type != UITouchType::pointer || touch.button != UIButtonMask::primary || moved < dragThreshold ||
+        layout_().text.empty()) {
         return;
     }
     const auto [begin, end] = unitAt(touch.location);
@@ -167,8 +165,8 @@ bool TextSelection::openMenu(CGPoint pointInWindow) {
     if (!view_.window() || text.empty()) return false;
     std::vector<ContextMenu::Item> items;
     if (!isEmpty() && end_ <= text.size()) {
-        items.push_back({platformText("Copy"), false,
-                         [part = text.substr(begin_, end_ - begin_)] { putOnClipboard(part); }});
+        items.push_back(
+            {platformText("Copy"), false, [part = text.substr(begin_, end_ - begin_)] { putOnClipboard(part); }});
     }
     items.push_back({platformText("Copy All"), false, [text] { putOnClipboard(text); }});
     return ContextMenu::show(*view_.window(), pointInWindow, std::move(items)) != nullptr;

@@ -69,10 +69,9 @@ void UILabel::setSelectable(bool selectable, bool byPress) {
         *this,
         [this] {
             const CGSize size = bounds().size;
-            const CGFloat height =
-                TextMeasurer::shared()
-                    .measure(content_.text, content_.font, size.width, content_.numberOfLines)
-                    .size.height;
+            const CGFloat height = TextMeasurer::shared()
+                                       .measure(content_.text, content_.font, size.width, content_.numberOfLines)
+                                       .size.height;
             return TextSelection::Layout{selectable_ ? std::string_view(content_.text) : std::string_view(),
                                          {.font = content_.font,
                                           .width = size.width,

@@ -142,10 +142,9 @@ bool UITextField::mayChangeTo(const std::string& text) {
     while (oldEnd > begin && newEnd > begin && old[oldEnd - 1] == text[newEnd - 1]) --oldEnd, --newEnd;
     while (isInside(old, oldEnd) || isInside(text, newEnd)) ++oldEnd, ++newEnd;
     const std::string_view before = old;
-    const NSRange range{utf16Length(before.substr(0, begin)),
-                        utf16Length(before.substr(begin, oldEnd - begin))};
-    return delegate->textFieldShouldChangeCharactersInRangeReplacementString(
-        *this, range, text.substr(begin, newEnd - begin));
+    const NSRange range{utf16Length(before.substr(0, begin)), utf16Length(before.substr(begin, oldEnd - begin))};
+    return delegate->textFieldShouldChangeCharactersInRangeReplacementString(*this, range,
+                                                                             text.substr(begin, newEnd - begin));
 }
 
 void UITextField::editorFocusChanged(bool focused) {

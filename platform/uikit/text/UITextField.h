@@ -32,9 +32,7 @@ public:
     void setText(std::string text);
     void setPlaceholder(std::string placeholder);
     const std::string& placeholder() const { return content_.placeholder; }
-    void setTextFieldDelegate(std::weak_ptr<UITextFieldDelegate> delegate) {
-        delegate_ = std::move(delegate);
-    }
+    void setTextFieldDelegate(std::weak_ptr<UITextFieldDelegate> delegate) { delegate_ = std::move(delegate); }
     const UIFont& font() const { return content_.font; }
     void setFont(UIFont font);
     UIReturnKeyType returnKeyType() const { return content_.returnKey; }

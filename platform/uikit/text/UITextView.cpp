@@ -15,13 +15,12 @@ void UITextView::contentDidChange() {
         *this,
         [this] {
             const UIEdgeInsets insets = textInsets();
-            return TextSelection::Layout{
-                canBeSelected() ? std::string_view(content_.text) : std::string_view(),
-                {.font = content_.font,
-                 .width = std::max(0.0, bounds().width() - insets.left - insets.right),
-                 .alignment = content_.alignment,
-                 .lineBreakMode = content_.lineBreakMode},
-                {insets.left, insets.top}};
+            return TextSelection::Layout{canBeSelected() ? std::string_view(content_.text) : std::string_view(),
+                                         {.font = content_.font,
+                                          .width = std::max(0.0, bounds().width() - insets.left - insets.right),
+                                          .alignment = content_.alignment,
+                                          .lineBreakMode = content_.lineBreakMode},
+                                         {insets.left, insets.top}};
         },
         [this] { setNeedsDisplay(); });
 }
@@ -113,11 +112,9 @@ void UITextView::setEditable(bool editable) {
 
 CGSize UITextView::sizeThatFits(CGSize size) const {
     const UIEdgeInsets insets = textContainerInset();
-    const CGFloat width =
-        size.width > 0 ? std::max(0.0, size.width - insets.left - insets.right) : CGFLOAT_MAX_TEXT;
+    const CGFloat width = size.width > 0 ? std::max(0.0, size.width - insets.left - insets.right) : CGFLOAT_MAX_TEXT;
     const CGSize text = TextMeasurer::shared().measure(content_.text, content_.font, width).size;
-    return {std::ceil(text.width) + insets.left + insets.right,
-            std::ceil(text.height) + insets.top + insets.bottom};
+    return {std::ceil(text.width) + insets.left + insets.right, std::ceil(text.height) + insets.top + insets.bottom};
 }
 
 CGSize UITextView::contentSize() const {
@@ -125,8 +122,7 @@ CGSize UITextView::contentSize() const {
     const UIEdgeInsets insets = textContainerInset();
     if (editing_ && editedHeight_) return {width, std::ceil(*editedHeight_) + insets.top + insets.bottom};
     // An empty text is one line high.
-    const CGFloat least =
-        std::ceil(TextMeasurer::shared().lineHeight(content_.font)) + insets.top + insets.bottom;
+    const CGFloat least = std::ceil(TextMeasurer::shared().lineHeight(content_.font)) + insets.top + insets.bottom;
     return {width, std::max(least, sizeThatFits({std::max(1.0, width), 0}).height)};
 }
 

@@ -41,8 +41,7 @@ void UIControl::addTarget(std::function<void()> action, UIControlEvent event) {
 }
 
 bool UIControl::hasTarget(UIControlEvent event) const {
-    return std::any_of(targets_.begin(), targets_.end(),
-                       [event](const auto& target) { return target.first == event; });
+    return std::any_of(targets_.begin(), targets_.end(), [event](const auto& target) { return target.first == event; });
 }
 
 void UIControl::sendActions(UIControlEvent event) {
@@ -90,8 +89,7 @@ void UIControl::touchesCancelled(const UITouch& touch) {
 bool UIControl::pressesBegan(const UIPress& press) {
     const bool presses = press.key.code == UIKeyCode::enter || press.key.code == UIKeyCode::space;
     constexpr unsigned others = modifierControl | modifierAlternate | modifierCommand;
-    if (!presses || !enabled_ || !hasTarget(UIControlEvent::touchUpInside) ||
-        (press.key.modifiers & others)) {
+    if (!presses || !enabled_ || !hasTarget(UIControlEvent::touchUpInside) || (press.key.modifiers & others)) {
         return UIView::pressesBegan(press);
     }
     // A key that is held down presses only once.

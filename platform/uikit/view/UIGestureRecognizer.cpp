@@ -63,8 +63,7 @@ void UITapGestureRecognizer::touchesBegan(const UITouch& touch) {
 }
 
 void UITapGestureRecognizer::touchesMoved(const UITouch& touch) {
-    if (distance(touch.location, touch.startLocation) > allowableMovement)
-        setState(UIGestureRecognizerState::failed);
+    if (distance(touch.location, touch.startLocation) > allowableMovement) setState(UIGestureRecognizerState::failed);
 }
 
 void UITapGestureRecognizer::touchesEnded(const UITouch& touch) {
@@ -120,8 +119,7 @@ void UIPanGestureRecognizer::track(const UITouch& touch) {
     location_ = touch.location;
     translation_ = {touch.location.x - origin_.x, touch.location.y - origin_.y};
     samples_.push_back({touch.location, touch.timestamp});
-    std::erase_if(samples_,
-                  [&](const Sample& sample) { return sample.time < touch.timestamp - velocityWindow; });
+    std::erase_if(samples_, [&](const Sample& sample) { return sample.time < touch.timestamp - velocityWindow; });
     const Sample& first = samples_.front();
     const double seconds = touch.timestamp - first.time;
     velocity_ = seconds > 0 ? CGPoint{(touch.location.x - first.point.x) / seconds,
@@ -145,17 +143,15 @@ void UIPanGestureRecognizer::touchesMoved(const UITouch& touch) {
         track(touch);
         return setState(UIGestureRecognizerState::changed);
     }
-    const CGFloat dx = touch.location.x - touch.startLocation.x,
-                  dy = touch.location.y - touch.startLocation.y;
+    const CGFloat dx = touch.location.x - touch.startLocation.x, dy = touch.location.y - touch.startLocation.y;
     const bool crosses = std::abs(dx) > std::abs(dy);
-    const CGFloat along =
-        axis == Axis::any ? std::hypot(dx, dy) : std::abs(axis == Axis::horizontal ? dx : dy);
+    const CGFloat along = axis == Axis::any ? std::hypot(dx, dy) : std::abs(axis == Axis::horizontal ? dx : dy);
     const CGFloat across = axis == Axis::any ? 0 : std::abs(axis == Axis::horizontal ? dy : dx);
     const bool isOnAxis = axis == Axis::any || crosses == (axis == Axis::horizontal);
     if (along >= threshold && isOnAxis) {
         // The translation starts at 0: the dragged content must not jump by the step that began the drag.
         const CGFloat length = std::hypot(dx, dy);
-        const CGPoint step = axis == Axis::any ? CGPoint{dx / length * threshold, dy / length * threshold}
+        const CGPoint step = axis == Axis::any          ? CGPoint{dx / length * threshold, dy / length * threshold}
                              : axis == Axis::horizontal ? CGPoint{std::copysign(threshold, dx), 0}
                                                         : CGPoint{0, std::copysign(threshold, dy)};
         origin_ = {touch.startLocation.x + step.x, touch.startLocation.y + step.y};

@@ -79,9 +79,8 @@ UIScrollView::~UIScrollView() {
 }
 
 void UIScrollView::initialise() {
-    pan_ = std::make_shared<UIPanGestureRecognizer>([this](UIGestureRecognizer& recognizer) {
-        handlePan(static_cast<UIPanGestureRecognizer&>(recognizer));
-    });
+    pan_ = std::make_shared<UIPanGestureRecognizer>(
+        [this](UIGestureRecognizer& recognizer) { handlePan(static_cast<UIPanGestureRecognizer&>(recognizer)); });
     pan_->axis = UIPanGestureRecognizer::Axis::vertical;
     pan_->allowsPointer = !isMac();
     pan_->shouldBegin = [this](UIGestureRecognizer&) { return canScroll() && !leavesDragToOuter(); };
@@ -198,9 +197,7 @@ void UIScrollView::shiftContentOffset(CGFloat dy) {
     if (indicatorShown_) placeIndicator();
 }
 
-bool UIScrollView::isAtRest() const {
-    return !dragging_ && !tracking_ && motion_.kind() == ScrollMotion::Kind::rest;
-}
+bool UIScrollView::isAtRest() const { return !dragging_ && !tracking_ && motion_.kind() == ScrollMotion::Kind::rest; }
 
 void UIScrollView::settle(bool animated) {
     if (!isAtRest()) return;
@@ -288,8 +285,8 @@ void UIScrollView::handlePan(UIPanGestureRecognizer& pan) {
         stopScrolling();
         dragging_ = tracking_ = true;
         dragLower_ = minimumOffsetY();
-        dragOrigin_ = ScrollMotion::unbanded(contentOffset().y, dragLower_,
-                                             std::max(dragLower_, maximumOffsetY()), frame().height());
+        dragOrigin_ = ScrollMotion::unbanded(contentOffset().y, dragLower_, std::max(dragLower_, maximumOffsetY()),
+                                             frame().height());
         willBeginDragging();
         if (const auto delegate = scrollDelegate_.lock()) delegate->scrollViewWillBeginDragging(*this);
     }
@@ -312,8 +309,7 @@ void UIScrollView::endDrag(CGFloat velocity) {
     const bool willDecelerate = flies();
     decelerating_ = willDecelerate;
     didEndDragging(willDecelerate);
-    if (const auto delegate = scrollDelegate_.lock())
-        delegate->scrollViewDidEndDragging(*this, willDecelerate);
+    if (const auto delegate = scrollDelegate_.lock()) delegate->scrollViewDidEndDragging(*this, willDecelerate);
     if (!decelerating_ || dragging_) {
         setNeedsLayout();
         return;
@@ -374,8 +370,7 @@ bool UIScrollView::scrollBy(const UIScrollEvent& event) {
 bool UIScrollView::pressesBegan(const UIPress& press) {
     constexpr unsigned others = modifierControl | modifierAlternate | modifierCommand;
     if (!scrollEnabled_ || (press.key.modifiers & others)) return UIView::pressesBegan(press);
-    const CGFloat page =
-        std::max(lineStep, frame().height() - contentInset_.top - contentInset_.bottom - pageOverlap);
+    const CGFloat page = std::max(lineStep, frame().height() - contentInset_.top - contentInset_.bottom - pageOverlap);
     const bool isShifted = press.key.modifiers & modifierShift;
     auto goal = ScrollMotion::Goal::withinLimits;
     CGFloat distance = 0;
@@ -395,8 +390,7 @@ bool UIScrollView::pressesBegan(const UIPress& press) {
         break;
     default: return UIView::pressesBegan(press);
     }
-    const bool isGliding =
-        motion_.kind() == ScrollMotion::Kind::gliding && goal == ScrollMotion::Goal::withinLimits;
+    const bool isGliding = motion_.kind() == ScrollMotion::Kind::gliding && goal == ScrollMotion::Goal::withinLimits;
     const CGFloat base = isGliding ? motion_.target() : contentOffset().y;
     const CGFloat target = std::clamp(base + distance, minimumOffsetY(), maximumOffsetY());
     if (target == contentOffset().y) return UIView::pressesBegan(press);
@@ -435,17 +429,15 @@ void UIScrollView::placeIndicator() {
     if (!indicator_ || !indicatorShown_) return;
     const CGFloat lower = minimumOffsetY(), upper = maximumOffsetY();
     const CGFloat height = frame().height();
-    const CGFloat track =
-        std::max(0.0, height - contentInset_.top - contentInset_.bottom - 2 * indicatorMargin);
+    const CGFloat track = std::max(0.0, height - contentInset_.top - contentInset_.bottom - 2 * indicatorMargin);
     const CGFloat content = std::max(1.0, upper - lower + height);
     const CGFloat length = std::min(track, std::max(shortestIndicator, track * height / content));
-    const CGFloat share =
-        upper > lower ? std::clamp((contentOffset().y - lower) / (upper - lower), 0.0, 1.0) : 0;
+    const CGFloat share = upper > lower ? std::clamp((contentOffset().y - lower) / (upper - lower), 0.0, 1.0) : 0;
     const CGFloat thickness = indicator_->thickness();
     indicator_->setCornerRadius(thickness / 2);
     indicator_->setFrame({contentOffset().x + frame().width() - thickness - indicatorMargin,
-                          contentOffset().y + contentInset_.top + indicatorMargin + share * (track - length),
-                          thickness, length});
+                          contentOffset().y + contentInset_.top + indicatorMargin + share * (track - length), thickness,
+                          length});
 }
 
 void UIScrollView::fadeIndicatorAfter(double delay) {

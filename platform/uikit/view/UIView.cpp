@@ -88,8 +88,7 @@ void UIView::resizeSubviews(CGSize oldSize) {
     const auto children = subviews_;
     for (const auto& child : children) {
         if (child->autoresizingMask_ == autoresizingNone) continue;
-        child->setFrame(
-            autoresizedFrame(child->frame(), child->autoresizingMask_, oldSize, state_.frame.size));
+        child->setFrame(autoresizedFrame(child->frame(), child->autoresizingMask_, oldSize, state_.frame.size));
     }
 }
 
@@ -130,8 +129,7 @@ CGPoint UIView::pointFromSuperview(CGPoint point) const {
     if (!t.isIdentity() && determinant != 0) {
         const CGSize half{state_.frame.width() / 2, state_.frame.height() / 2};
         const CGPoint q{p.x - half.width - t.tx, p.y - half.height - t.ty};
-        p = {(t.d * q.x - t.c * q.y) / determinant + half.width,
-             (t.a * q.y - t.b * q.x) / determinant + half.height};
+        p = {(t.d * q.x - t.c * q.y) / determinant + half.width, (t.a * q.y - t.b * q.x) / determinant + half.height};
     }
     return {p.x + state_.boundsOrigin.x, p.y + state_.boundsOrigin.y};
 }
@@ -150,10 +148,9 @@ CGPoint UIView::convertPointToView(CGPoint point, const UIView* view) const {
 }
 
 CGRect UIView::convertRectToView(const CGRect& rect, const UIView* view) const {
-    const CGPoint corners[] = {convertPointToView(rect.origin, view),
-                               convertPointToView({rect.maxX(), rect.minY()}, view),
-                               convertPointToView({rect.minX(), rect.maxY()}, view),
-                               convertPointToView({rect.maxX(), rect.maxY()}, view)};
+    const CGPoint corners[] = {
+        convertPointToView(rect.origin, view), convertPointToView({rect.maxX(), rect.minY()}, view),
+        convertPointToView({rect.minX(), rect.maxY()}, view), convertPointToView({rect.maxX(), rect.maxY()}, view)};
     CGPoint low = corners[0], high = corners[0];
     for (const CGPoint& corner : corners) {
         low = {std::min(low.x, corner.x), std::min(low.y, corner.y)};
@@ -212,8 +209,7 @@ void UIView::setRoundedCorners(bool top, bool bottom) {
 
 void UIView::setAccessibility(AccessibilityRole role, std::string label) {
     accessibilityIsExplicit_ = true;
-    changeState(state_.accessibility,
-                AccessibilityState{role, std::move(label), state_.accessibility.disabled},
+    changeState(state_.accessibility, AccessibilityState{role, std::move(label), state_.accessibility.disabled},
                 changedAccessibility);
 }
 
@@ -233,8 +229,7 @@ void UIView::addAnimationForKey(const CAKeyframeAnimation& animation, const std:
     const bool isFinite = std::all_of(animation.values.begin(), animation.values.end(),
                                       [](double value) { return std::isfinite(value); });
     std::erase_if(animations_, [&](const Animation& other) { return other.key == key; });
-    if (animation.keyPath != rotationKeyPath || animation.values.empty() || !isFinite)
-        return updateRotation();
+    if (animation.keyPath != rotationKeyPath || animation.values.empty() || !isFinite) return updateRotation();
     auto rotation = std::make_shared<LayerRotation>();
     rotation->angles = animation.values;
     rotation->begin = Clock::shared().monotonicSeconds();
@@ -244,8 +239,7 @@ void UIView::addAnimationForKey(const CAKeyframeAnimation& animation, const std:
     } else {
         rotation->angles.resize(1);
     }
-    rotation->staysAtEnd =
-        !animation.removedOnCompletion && animation.fillMode == CAMediaTimingFillMode::forwards;
+    rotation->staysAtEnd = !animation.removedOnCompletion && animation.fillMode == CAMediaTimingFillMode::forwards;
     animations_.push_back({key, animation, rotation});
     updateRotation();
     const double length = rotation->duration * rotation->repeatCount;
@@ -262,8 +256,7 @@ void UIView::addAnimationForKey(const CAKeyframeAnimation& animation, const std:
 }
 
 void UIView::removeAnimationForKey(const std::string& key) {
-    if (std::erase_if(animations_, [&](const Animation& other) { return other.key == key; }))
-        updateRotation();
+    if (std::erase_if(animations_, [&](const Animation& other) { return other.key == key; })) updateRotation();
 }
 
 void UIView::removeAllAnimations() {
@@ -280,8 +273,7 @@ const CAKeyframeAnimation* UIView::animationForKey(const std::string& key) const
 }
 
 void UIView::updateRotation() {
-    changeState(state_.rotation, animations_.empty() ? nullptr : animations_.back().rotation,
-                changedTransform);
+    changeState(state_.rotation, animations_.empty() ? nullptr : animations_.back().rotation, changedTransform);
 }
 
 // Tree
@@ -296,8 +288,7 @@ void UIView::insertSubview(const std::shared_ptr<UIView>& view, std::size_t inde
         std::erase(old->subviews_, kept);
         old->markChildrenChanged();
     }
-    subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(std::min(index, subviews_.size())),
-                     kept);
+    subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(std::min(index, subviews_.size())), kept);
     markChildrenChanged();
     setNeedsLayout();
     if (kept->superview_ == this) return;
@@ -403,8 +394,7 @@ std::optional<CGFloat> UIView::constrainedHeight() const {
 // Events
 
 UIView* UIView::hitTest(CGPoint point) {
-    if (state_.hidden || state_.alpha <= 0.01 || !userInteractionEnabled_ || !pointInside(point))
-        return nullptr;
+    if (state_.hidden || state_.alpha <= 0.01 || !userInteractionEnabled_ || !pointInside(point)) return nullptr;
     for (auto child = subviews_.rbegin(); child != subviews_.rend(); ++child) {
         if (UIView* hit = (*child)->hitTest((*child)->pointFromSuperview(point))) return hit;
     }

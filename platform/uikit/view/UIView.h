@@ -129,9 +129,7 @@ public:
     virtual bool pointInside(CGPoint point) const { return bounds().contains(point); }
     void addGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& recognizer);
     void removeGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& recognizer);
-    const std::vector<std::shared_ptr<UIGestureRecognizer>>& gestureRecognizers() const {
-        return recognizers_;
-    }
+    const std::vector<std::shared_ptr<UIGestureRecognizer>>& gestureRecognizers() const { return recognizers_; }
     UIResponder* nextResponder() const override;
     bool becomeFirstResponder() override;
     bool resignFirstResponder() override;

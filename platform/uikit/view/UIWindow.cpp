@@ -125,9 +125,7 @@ void UIWindow::viewLeft(UIView& view) {
 
 // Out
 
-bool UIWindow::needsFlush() const {
-    return !implementation_->dirty.empty() || !implementation_->layout.empty();
-}
+bool UIWindow::needsFlush() const { return !implementation_->dirty.empty() || !implementation_->layout.empty(); }
 
 void UIWindow::requestFlush() {
     if (!backend_ || implementation_->flushRequested || implementation_->flushing) return;
@@ -165,8 +163,7 @@ void UIWindow::flush() {
         std::vector<Waiting> waiting;
         for (const ViewTag tag : std::exchange(self.layout, {})) {
             UIView* const view = viewWithTag(tag);
-            if (view && view->needsLayout_)
-                waiting.push_back({depthOf(*view), view->weak_from_this().lock()});
+            if (view && view->needsLayout_) waiting.push_back({depthOf(*view), view->weak_from_this().lock()});
         }
         std::stable_sort(waiting.begin(), waiting.end(),
                          [](const Waiting& a, const Waiting& b) { return a.depth < b.depth; });

@@ -94,8 +94,7 @@ void UIWindow::revealFocus() {
     if (!focused_) return;
     for (UIView* view = focused_->superview(); view; view = view->superview()) {
         auto* const scroll = dynamic_cast<UIScrollView*>(view);
-        if (scroll)
-            scroll->scrollRectToVisible(focused_->convertRectToView(focused_->bounds(), scroll), true);
+        if (scroll) scroll->scrollRectToVisible(focused_->convertRectToView(focused_->bounds(), scroll), true);
     }
 }
 
@@ -115,8 +114,8 @@ void UIWindow::pushModalView(UIView* view) {
 
 void UIWindow::popModalView(UIView* view) {
     auto& modals = implementation_->modals;
-    const auto found = std::find_if(modals.begin(), modals.end(),
-                                    [&](const auto& modal) { return modal.view.lock().get() == view; });
+    const auto found =
+        std::find_if(modals.begin(), modals.end(), [&](const auto& modal) { return modal.view.lock().get() == view; });
     if (found == modals.end()) return;
     const bool wasTop = found + 1 == modals.end();
     const Implementation::Modal modal = *found;
@@ -161,8 +160,7 @@ bool UIWindow::cancelTopmost() {
 bool UIWindow::sendKey(const UIPress& press) {
     const auto kept = weak_from_this().lock();
     UIResponder* responder = firstResponder_ ? firstResponder_ : focused_;
-    std::shared_ptr<UIView> keptView =
-        responder ? static_cast<UIView*>(responder)->weak_from_this().lock() : nullptr;
+    std::shared_ptr<UIView> keptView = responder ? static_cast<UIView*>(responder)->weak_from_this().lock() : nullptr;
     std::shared_ptr<ViewOwner> keptOwner;
     if (!responder) {
         if (UIView* const view = topControllerView()) {
@@ -220,8 +218,7 @@ void UIWindow::textInputReturn(ViewTag tag) {
 
 void UIWindow::textInputSelectionChanged(ViewTag tag, NSRange selection, CGFloat height) {
     const auto view = sharedViewWithTag(tag);
-    if (auto* client = dynamic_cast<TextInputClient*>(view.get()))
-        client->editorSelectionChanged(selection, height);
+    if (auto* client = dynamic_cast<TextInputClient*>(view.get())) client->editorSelectionChanged(selection, height);
 }
 
 std::shared_ptr<UIView> UIWindow::sharedViewWithTag(ViewTag tag) const {

@@ -48,15 +48,13 @@ void UIWindow::gestureDidBegin(UIGestureRecognizer& recognizer) {
     const auto touches = implementation_->touches;
     for (const auto& [id, touching] : touches) {
         const auto& all = touching->recognizers;
-        const auto found =
-            std::find_if(all.begin(), all.end(), [&](const auto& r) { return r.get() == &recognizer; });
+        const auto found = std::find_if(all.begin(), all.end(), [&](const auto& r) { return r.get() == &recognizer; });
         if (found == all.end() || touching->winner) continue;
         touching->winner = *found;
         implementation_->cancelTouchOfView(*touching);
         const auto others = all;
         for (const auto& other : others) {
-            if (other != touching->winner && !isOver(other->state()))
-                other->touchesCancelled(touching->touch);
+            if (other != touching->winner && !isOver(other->state())) other->touchesCancelled(touching->touch);
         }
     }
 }
@@ -96,8 +94,7 @@ void UIWindow::sendTouch(UITouch touch) {
         touching->recognizers = recognizersFor(*hit, [&](const UIGestureRecognizer& recognizer) {
             return std::none_of(touches.begin(), touches.end(), [&](const auto& entry) {
                 const auto& busy = entry.second->recognizers;
-                return std::any_of(busy.begin(), busy.end(),
-                                   [&](const auto& r) { return r.get() == &recognizer; });
+                return std::any_of(busy.begin(), busy.end(), [&](const auto& r) { return r.get() == &recognizer; });
             });
         });
         for (const auto& recognizer : touching->recognizers) recognizer->reset();
@@ -161,10 +158,8 @@ void UIWindow::sendHover(CGPoint point, bool inside) {
     for (UIView* view = inside ? hitTest(point) : nullptr; view; view = view->superview())
         now.push_back(view->weak_from_this());
     const auto before = std::exchange(implementation_->hovered, now);
-    const auto contains = [](const std::vector<std::weak_ptr<UIView>>& views,
-                             const std::shared_ptr<UIView>& view) {
-        return std::any_of(views.begin(), views.end(),
-                           [&](const auto& other) { return other.lock() == view; });
+    const auto contains = [](const std::vector<std::weak_ptr<UIView>>& views, const std::shared_ptr<UIView>& view) {
+        return std::any_of(views.begin(), views.end(), [&](const auto& other) { return other.lock() == view; });
     };
     for (const auto& weak : before) {
         if (const auto view = weak.lock(); view && !contains(now, view)) view->hoverDidChange(false);

@@ -18,8 +18,7 @@ CGFloat mix(CGFloat a, CGFloat b, double t) { return a + (b - a) * t; }
 CGPoint mix(CGPoint a, CGPoint b, double t) { return {mix(a.x, b.x, t), mix(a.y, b.y, t)}; }
 
 CGRect mix(const CGRect& a, const CGRect& b, double t) {
-    return {mix(a.origin, b.origin, t),
-            {mix(a.size.width, b.size.width, t), mix(a.size.height, b.size.height, t)}};
+    return {mix(a.origin, b.origin, t), {mix(a.size.width, b.size.width, t), mix(a.size.height, b.size.height, t)}};
 }
 
 CGAffineTransform mix(const CGAffineTransform& a, const CGAffineTransform& b, double t) {
@@ -37,8 +36,7 @@ UIColor mix(const UIColor& a, const UIColor& b, double t) {
 
 }  // namespace
 
-AnimationGroup::AnimationGroup(double duration, UIViewAnimationCurve curve,
-                               std::function<void(bool)> completion)
+AnimationGroup::AnimationGroup(double duration, UIViewAnimationCurve curve, std::function<void(bool)> completion)
     : duration_(duration), curve_(curve), completion_(std::move(completion)) {}
 
 AnimationGroup::~AnimationGroup() = default;
@@ -82,8 +80,7 @@ void AnimationGroup::complete() {
 
 void UIView::animate(double duration, const std::function<void()>& changes,
                      std::function<void(bool finished)> completion, UIViewAnimationCurve curve) {
-    const auto group =
-        std::make_shared<AnimationGroup>(reduceMotion ? 0 : duration, curve, std::move(completion));
+    const auto group = std::make_shared<AnimationGroup>(reduceMotion ? 0 : duration, curve, std::move(completion));
     AnimationGroup* const outer = std::exchange(currentGroup, group.get());
     if (changes) changes();
     currentGroup = outer;
@@ -148,8 +145,7 @@ void ViewAnimator::propertyWillChange(UIView& view, Property property) {
     if (!animates) {
         if (!present) return;
         const auto ended = present->group;
-        std::erase_if(found->second,
-                      [&](const Animation& animation) { return animation.property == property; });
+        std::erase_if(found->second, [&](const Animation& animation) { return animation.property == property; });
         if (found->second.empty()) animations_.erase(found);
         view.markChanged(changeOf(property));
         ended->animationEnded(false);
@@ -159,8 +155,7 @@ void ViewAnimator::propertyWillChange(UIView& view, Property property) {
     if (present && present->group.get() == group) return;
 
     Animation animation{.property = property,
-                        .from = present ? presentationValue(view.state_, *present)
-                                        : modelValue(view.state_, property),
+                        .from = present ? presentationValue(view.state_, *present) : modelValue(view.state_, property),
                         .group = group->shared_from_this()};
     group->animationBegan();
     if (present) {

@@ -92,8 +92,7 @@ TEST_F(CommentComposerTest, ReplyIsEnabledExactlyWhileThereIsText) {
     EXPECT_EQ(cancel.style(), UIBarButtonItem::Style::plain);
     EXPECT_TRUE(text.isFirstResponder());
     EXPECT_FALSE(canReply());
-    const std::pair<const char*, bool> texts[] = {
-        {"a", true}, {"", false}, {"  ", true}, {"\n", true}, {"", false}};
+    const std::pair<const char*, bool> texts[] = {{"a", true}, {"", false}, {"  ", true}, {"\n", true}, {"", false}};
     for (const auto& [typed, enabled] : texts) {
         EXPECT_TRUE(platform.typeOver(typed));
         EXPECT_EQ(canReply(), enabled) << typed;

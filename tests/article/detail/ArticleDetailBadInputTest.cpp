@@ -11,10 +11,9 @@ TEST_F(ArticleDetailTest, HostileRecordsAreShownWithoutHarm) {
     for (const auto idiom : {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::mac}) {
         useIdiom(idiom);
         for (const std::string& element : hostileElements()) {
-            server->answer(R"({"id":42,"title":)" + element + R"(,"text":)" + element + R"(,"url":)" +
-                           element + R"(,"auth_id":)" + element + R"(,"images":[)" + element +
-                           R"(],"videos":[)" + element + "," + element + R"(],"comments":[)" + element +
-                           "]}");
+            server->answer(R"({"id":42,"title":)" + element + R"(,"text":)" + element + R"(,"url":)" + element +
+                           R"(,"auth_id":)" + element + R"(,"images":[)" + element + R"(],"videos":[)" + element + "," +
+                           element + R"(],"comments":[)" + element + "]}");
             platform.advance(1);
             EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>{1, 1, 1, 2, 1})) << element;
             for (std::int64_t i = 0; i < 2; ++i) {
@@ -28,11 +27,9 @@ TEST_F(ArticleDetailTest, HostileRecordsAreShownWithoutHarm) {
             platform.settle();
             detail->share();
             platform.advance(0.5);
-            if (const auto sheet = detail->presentedViewController())
-                sheet->dismissViewControllerAnimated(false);
+            if (const auto sheet = detail->presentedViewController()) sheet->dismissViewControllerAnimated(false);
             platform.advance(0.5);
-            for (const std::string& url : server->mediaUrls())
-                server->answerMedia(url, Data::copy("<html>404"));
+            for (const std::string& url : server->mediaUrls()) server->answerMedia(url, Data::copy("<html>404"));
             EXPECT_TRUE(NSThread::waitForAll(10));
             platform.advance(0.5);
             for (std::int64_t section = 0; section < 5; ++section) {
@@ -62,12 +59,10 @@ TEST_F(ArticleDetailTest, AVeryLargeArticleIsScrolledThroughWithFewRows) {
         repeated(500,
                  R"({"image":"http://h/i","thumbnail":"http://h/t","image_width":4000,"image_height":3000,
                                   "text":"a caption"})") +
-        R"(],"videos":[)" +
-        repeated(50, R"({"video":"https://h/v.mp4","thumbnail":"http://h/t","video_width":1920,
+        R"(],"videos":[)" + repeated(50, R"({"video":"https://h/v.mp4","thumbnail":"http://h/t","video_width":1920,
                                  "video_height":1080,"duration":9})") +
         R"(],"comments":[)" +
-        repeated(5000, R"({"auth_name":"Ada","auth_id":3,"date":"2027-01-15T07:00:00Z","text":"Fine."})") +
-        "]}");
+        repeated(5000, R"({"auth_name":"Ada","auth_id":3,"date":"2027-01-15T07:00:00Z","text":"Fine."})") + "]}");
     EXPECT_EQ(rowCounts(), (std::vector<std::int64_t>{1, 1, 500, 50, 5000}));
     // The headless metrics give every row the same height, so that the whole length is known beforehand.
     std::size_t most = 0, screens = 0, pictures = 0;
@@ -94,9 +89,9 @@ TEST_F(ArticleDetailTest, AVeryLargeArticleIsScrolledThroughWithFewRows) {
 
 TEST_F(ArticleDetailTest, AnEndlesslyLongTextIsShown) {
     const auto begin = std::chrono::steady_clock::now();
-    showArticle(R"({"id":42,"title":")" + std::string(20'000, 'W') + R"(","text":")" +
-                std::string(1'000'000, 'x') + R"(","images":[{"text":")" + std::string(50'000, 'y') +
-                R"("}],"comments":[{"text":")" + std::string(50'000, 'z') + R"("}]})");
+    showArticle(R"({"id":42,"title":")" + std::string(20'000, 'W') + R"(","text":")" + std::string(1'000'000, 'x') +
+                R"(","images":[{"text":")" + std::string(50'000, 'y') + R"("}],"comments":[{"text":")" +
+                std::string(50'000, 'z') + R"("}]})");
     for (int i = 0; i < 20; ++i) {
         const CGFloat before = table().contentOffset().y;
         EXPECT_TRUE(platform.key(i % 2 == 0 ? UIKeyCode::pageDown : UIKeyCode::space));

@@ -14,8 +14,7 @@ constexpr char fullArticle[] = R"({"id":42,"title":"A walk","text":"Over the hil
     "comments":[{"auth_name":"Ada","auth_id":3,"text":"Fine."},{"auth_name":"Bo","auth_id":4,"text":"Yes."}]})";
 
 TEST_F(ArticleDetailTest, TheScreenIsBuiltBelowTheBarByTheIdiom) {
-    for (const auto idiom :
-         {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad, UIUserInterfaceIdiom::mac}) {
+    for (const auto idiom : {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad, UIUserInterfaceIdiom::mac}) {
         useIdiom(idiom);
         showDetail();
         const CGFloat bar = navigation->navigationBar()->frame().maxY(), top = bar + 10;
@@ -53,18 +52,14 @@ TEST_F(ArticleDetailTest, TheArticleIsLoadedOnceAndShownInFiveSections) {
     for (const char* text : {"A walk", "Over the hill.\nAnd back.", "the hill", "the brook", "0:12"})
         EXPECT_TRUE(platform.sees(text)) << text;
     table().scrollToRowAtIndexPath({4, 1}, false);
-    for (const char* text : {"Comments:", "Ada", "Fine.", "Bo", "Yes."})
-        EXPECT_TRUE(platform.sees(text)) << text;
+    for (const char* text : {"Comments:", "Ada", "Fine.", "Bo", "Yes."}) EXPECT_TRUE(platform.sees(text)) << text;
     table().setContentOffset({0, 0});
     platform.settle();
     EXPECT_EQ(table().rectForRowAtIndexPath({0, 0}).height(), 30);
     for (std::int64_t section = -1; section < 7; ++section) {
-        EXPECT_EQ(detail->tableViewTitleForHeaderInSection(table(), section),
-                  section == 4 ? "Comments:" : "");
+        EXPECT_EQ(detail->tableViewTitleForHeaderInSection(table(), section), section == 4 ? "Comments:" : "");
         const CGFloat height = detail->tableViewHeightForRowAtIndexPath(table(), {section, 0});
-        EXPECT_EQ(height, section == 0                   ? 30
-                          : section >= 1 && section <= 4 ? UITableViewAutomaticDimension
-                                                         : 0);
+        EXPECT_EQ(height, section == 0 ? 30 : section >= 1 && section <= 4 ? UITableViewAutomaticDimension : 0);
     }
     EXPECT_EQ(detail->tableViewNumberOfRowsInSection(table(), 5), 0);
     EXPECT_EQ(detail->tableViewCellForRowAtIndexPath(table(), {5, 0}), nullptr);
@@ -136,8 +131,7 @@ TEST_F(ArticleDetailTest, SharingIsAnchoredByTheIdiom) {
     for (const auto& [idiom, source, rect, item] : cases) {
         useIdiom(idiom);
         action->press();
-        const auto sheet =
-            std::dynamic_pointer_cast<UIActivityViewController>(detail->presentedViewController());
+        const auto sheet = std::dynamic_pointer_cast<UIActivityViewController>(detail->presentedViewController());
         ASSERT_NE(sheet, nullptr);
         EXPECT_EQ(sheet->url(), "http://127.0.0.1/article/42");
         EXPECT_EQ(sheet->modalPresentationStyle, UIModalPresentationStyle::popover);
@@ -147,8 +141,7 @@ TEST_F(ArticleDetailTest, SharingIsAnchoredByTheIdiom) {
         platform.advance(1);
         EXPECT_TRUE(platform.sees("Copy Link"));
         const CGRect shown = sheet->view()->convertRectToView(sheet->view()->bounds(), nullptr);
-        EXPECT_EQ(shown.minY() < 100, idiom != UIUserInterfaceIdiom::phone)
-            << "beside the bar's button, or below";
+        EXPECT_EQ(shown.minY() < 100, idiom != UIUserInterfaceIdiom::phone) << "beside the bar's button, or below";
         EXPECT_LE(shown.maxX(), 375);
         sheet->dismissViewControllerAnimated(false);
         platform.advance(1);

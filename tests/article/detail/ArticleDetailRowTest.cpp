@@ -102,15 +102,14 @@ TEST_F(ArticleDetailRowTest, AnImageTakesItsThreeWidthsFromThreePlaces) {
     const CGRect first = row->myImageView()->frame();
     EXPECT_EQ(first, CGRect(0, 0, row->frame().width() - 10, 39));
     row->setFrame({0, 0, 400, 44});
-    for (const char* image : {"{}", R"({"image_width":100,"image_height":"x"})",
-                              R"({"image_width":1e300,"image_height":1e300})"}) {
+    for (const char* image :
+         {"{}", R"({"image_width":100,"image_height":"x"})", R"({"image_width":1e300,"image_height":1e300})"}) {
         row->setImageDictionary(record(image));
         EXPECT_EQ(row->myImageView()->frame(), first) << "without a size it keeps its frame: " << image;
     }
     const std::string caption = "a caption that is longer than the screen is wide";
     const CGFloat height = measured(caption, UIFont::fontWithName("PingFangSC-Light", 12), 190);
-    for (const char* size :
-         {R"("image_width":2,"image_height":1)", R"("image_width":"2","image_height":"1")"}) {
+    for (const char* size : {R"("image_width":2,"image_height":1)", R"("image_width":"2","image_height":"1")"}) {
         row->setImageDictionary(record("{" + std::string(size) + R"(,"text":")" + caption + "\"}"));
         EXPECT_EQ(row->myImageView()->frame(), CGRect(0, 0, 490, 245)) << "the window's width";
         EXPECT_EQ(row->myTextView()->frame(), CGRect(0, 245, 390, height))
@@ -131,8 +130,7 @@ TEST_F(ArticleDetailRowTest, TheFullImageIsNeverCoveredByItsThumbnail) {
     const auto placeholder = row->myImageView()->image();
     ASSERT_NE(placeholder, nullptr);
     const Data small = picture("loading"), full = picture("anonymousAvatar");
-    const Dictionary image =
-        record(R"({"image":"http://h/full","thumbnail":"http://h/small","text":"the hill"})");
+    const Dictionary image = record(R"({"image":"http://h/full","thumbnail":"http://h/small","text":"the hill"})");
     row->setImageDictionary(image);
     EXPECT_EQ(row->myImageView()->accessibility().role, AccessibilityRole::image);
     EXPECT_EQ(row->myImageView()->accessibility().label, "the hill");

@@ -63,8 +63,7 @@ protected:
         for (int i = 0; i < videos; ++i) {
             const std::string number = std::to_string(i), address = "https://example.org/" + number;
             list += (i ? R"(,{"video":")" : R"({"video":")") + address + R"(.mp4","thumbnail":")" + address +
-                    R"(.jpg","video_width":1600,"video_height":400,"duration":65,"text":"video )" + number +
-                    "\"}";
+                    R"(.jpg","video_width":1600,"video_height":400,"duration":65,"text":"video )" + number + "\"}";
         }
         return R"({"id":42,"title":"Videos","text":"","videos":[)" + list + "]}";
     }

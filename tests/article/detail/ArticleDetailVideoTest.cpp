@@ -11,8 +11,7 @@ protected:
         std::vector<std::int64_t> rows;
         for (std::int64_t i = 0; i < table().numberOfRowsInSection(3); ++i) {
             const auto shown = video(i);
-            if (shown && shown->player() &&
-                shown->player()->timeControlStatus() != AVPlayerTimeControlStatus::paused) {
+            if (shown && shown->player() && shown->player()->timeControlStatus() != AVPlayerTimeControlStatus::paused) {
                 rows.push_back(i);
             }
         }

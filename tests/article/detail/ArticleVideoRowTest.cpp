@@ -20,8 +20,7 @@ protected:
     }
     static std::string videoRecord(const std::string& address, const std::string& more = {}) {
         return R"({"video":")" + address +
-               R"(","thumbnail":"http://h/t","video_width":1920,"video_height":1080,"duration":65)" + more +
-               "}";
+               R"(","thumbnail":"http://h/t","video_width":1920,"video_height":1080,"duration":65)" + more + "}";
     }
     void showVideo(const std::string& address) {
         row->setVideoDictionary(record(videoRecord(address)));
@@ -122,11 +121,9 @@ TEST_F(ArticleVideoRowTest, AddressesOfTheLocalNetworkAreDownloaded) {
                                                   {"", true},
                                                   {"http://10.0.0.1/a", true}};
     for (const auto& [address, streamed] : cases) {
-        for (const auto idiom :
-             {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad, UIUserInterfaceIdiom::mac}) {
+        for (const auto idiom : {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad, UIUserInterfaceIdiom::mac}) {
             useIdiom(idiom);
-            EXPECT_EQ(VideoRow::isStreamsServer(address), streamed && idiom != UIUserInterfaceIdiom::mac)
-                << address;
+            EXPECT_EQ(VideoRow::isStreamsServer(address), streamed && idiom != UIUserInterfaceIdiom::mac) << address;
         }
     }
     const std::pair<const char*, const char*> urls[] = {
@@ -222,8 +219,7 @@ TEST_F(ArticleVideoRowTest, ALocalVideoIsDownloadedToTheOneFile) {
     finishWriting();
     EXPECT_EQ(players.urls().size(), count) << "the answer that follows cached data does not start it again";
     std::size_t files = 0;
-    for ([[maybe_unused]] const auto& file : std::filesystem::directory_iterator(home.path("Documents")))
-        ++files;
+    for ([[maybe_unused]] const auto& file : std::filesystem::directory_iterator(home.path("Documents"))) ++files;
     EXPECT_EQ(files, 1u) << "nothing is left beside it";
 }
 

@@ -10,8 +10,7 @@ TEST_F(ArticleEditTest, HostileRecordsOpenAndClose) {
         EXPECT_EQ(images().imagesArray()->size(), record(article)["images"].elements().size()) << article;
         EXPECT_EQ(videos().videosArray()->size(), record(article)["videos"].elements().size()) << article;
         settleRequests();
-        EXPECT_EQ(editor->titleField()->text(), recordText(record(article), "title"))
-            << article.substr(0, 100);
+        EXPECT_EQ(editor->titleField()->text(), recordText(record(article), "title")) << article.substr(0, 100);
         EXPECT_TRUE(isOpen());
     }
     for (const char* element : {"{}", "null", "7", "\"x\"", "[]", R"({"id":{},"text":[],"thumbnail":7})",
@@ -44,8 +43,7 @@ TEST_F(ArticleEditTest, CaptionsOfEveryKindAreKept) {
     openExisting(articleWith(1));
     for (const std::string& caption :
          {std::string(100'000, 'w'), std::string("\xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d \xe2\x80\xae"),
-          std::string("e\xcc\x81\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x9a\x80"),
-          std::string("%@ %ld \n\r\n")}) {
+          std::string("e\xcc\x81\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x9a\x80"), std::string("%@ %ld \n\r\n")}) {
         typeCaption(image(0), caption);
         EXPECT_EQ(images().imagesArray()->front()->text(), caption);
     }

@@ -50,8 +50,7 @@ TEST_F(ArticleEditTest, EveryKindOfChangeEnablesPost) {
         {"a caption", [&] { typeCaption(image(0), "new"); }},
         {"an order",
          [&] {
-             images().collectionViewMoveItemAtIndexPathToIndexPath(*images().collectionView(), {0, 0},
-                                                                   {0, 1});
+             images().collectionViewMoveItemAtIndexPathToIndexPath(*images().collectionView(), {0, 0}, {0, 1});
          }},
         {"a removal", [&] { tap(image(0)->removeButton()); }},
         {"a removed video", [&] { video(0)->remove(); }},
@@ -74,8 +73,7 @@ TEST_F(ArticleEditTest, EveryKindOfChangeEnablesPost) {
 
 TEST_F(ArticleEditTest, TheScreenIsFilledWithTheRecordAndWithWhatTheHostGave) {
     openExisting(articleWith(3, 2));
-    EXPECT_EQ(editor->titleField()->text() + editor->textTextField()->text() + order(),
-              "A titleSome textABC");
+    EXPECT_EQ(editor->titleField()->text() + editor->textTextField()->text() + order(), "A titleSome textABC");
     EXPECT_EQ(videos().videosArray()->size(), 2u);
     EXPECT_EQ(table().rectForRowAtIndexPath({1, 0}).height(), 5 * 10 + 4 * 86);
     EXPECT_FALSE(canPost());

@@ -105,8 +105,7 @@ TEST_F(ArticleEditSavingTest, TwoSavesInARowCloseOnce) {
 
 TEST_F(ArticleEditSavingTest, AnEditorMadeToSendItselfSavesAtEveryAppearance) {
     const std::string title(1 << 20, '&'), text = std::string(1 << 20, 'x') + "\r\n\xF0\x9F\x98\x80";
-    push(
-        make<UIArticleEditViewController>(UIArticleEditViewController::Images{picture()}, title, text, true));
+    push(make<UIArticleEditViewController>(UIArticleEditViewController::Images{picture()}, title, text, true));
     ASSERT_EQ(waitingPaths(), Lines{"/article/update_article_json.html"});
     EXPECT_TRUE(server->calls[0].fields == (FormFields{{"text", text}, {"title", title}}));
     EXPECT_FALSE(canPost());
@@ -154,12 +153,11 @@ TEST_F(ArticleEditSavingTest, EachStepOfASaveCanBeSentByItself) {
     editor->updateServerVideoText("b", id);
     editor->removeServerImage(item);
     editor->removeServerVideo(item);
-    EXPECT_EQ(
-        waitingPaths(),
-        (Lines{"article/image_update?article_id=42&value=3", "article/video_update?article_id=42&value=4",
-               "article/image_update?id=7&value=5", "article/video_update?id=7&value=6",
-               "article/image_update?id=7&text=<a>", "article/video_update?id=7&text=<b>",
-               "article/image_remove?id=7", "article/video_remove?id=7"}));
+    EXPECT_EQ(waitingPaths(),
+              (Lines{"article/image_update?article_id=42&value=3", "article/video_update?article_id=42&value=4",
+                     "article/image_update?id=7&value=5", "article/video_update?id=7&value=6",
+                     "article/image_update?id=7&text=<a>", "article/video_update?id=7&text=<b>",
+                     "article/image_remove?id=7", "article/video_remove?id=7"}));
     EXPECT_EQ(editor->uploadTasksNum(), 8);
     answerAll({}, "down");
     editor->uploadNewArticle();

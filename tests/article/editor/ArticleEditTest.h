@@ -54,8 +54,8 @@ protected:
             std::string text;
             for (int i = 0; i < count; ++i) {
                 const std::string letter(1, static_cast<char>('A' + i % 26));
-                text += std::string(i ? "," : "") + "{\"id\":" + std::to_string(i + 1) + ",\"text\":\"" +
-                        letter + "\",\"thumbnail\":\"http://h/" + kind + letter + "\"}";
+                text += std::string(i ? "," : "") + "{\"id\":" + std::to_string(i + 1) + ",\"text\":\"" + letter +
+                        "\",\"thumbnail\":\"http://h/" + kind + letter + "\"}";
             }
             return text;
         };

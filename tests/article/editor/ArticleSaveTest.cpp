@@ -57,17 +57,15 @@ protected:
 TEST_F(ArticleSaveTest, AnUpdateSendsRemovalsThenMediaThenTheArticleAtOnce) {
     changeEverything();
     save();
-    EXPECT_EQ(
-        waitingPaths(),
-        (Lines{"article/image_remove?id=13", "article/video_remove?id=22",
-               "article/image_update?id=11&value=0", "article/image_update?id=12&value=1",
-               "article/image_update?id=12&text=<a&b =ü>", "article/image_update?article_id=42&value=2",
-               "article/video_update?id=21&value=0", "article/video_update?id=21&text=<>",
-               "article/video_update?article_id=42&value=1", "/article/update_article_json.html?id=42"}));
+    EXPECT_EQ(waitingPaths(),
+              (Lines{"article/image_remove?id=13", "article/video_remove?id=22", "article/image_update?id=11&value=0",
+                     "article/image_update?id=12&value=1", "article/image_update?id=12&text=<a&b =ü>",
+                     "article/image_update?article_id=42&value=2", "article/video_update?id=21&value=0",
+                     "article/video_update?id=21&text=<>", "article/video_update?article_id=42&value=1",
+                     "/article/update_article_json.html?id=42"}));
     EXPECT_EQ(*outstanding, 10);
     const auto file = [this](std::size_t call, const char* name) {
-        return std::string(
-            std::get<UploadFile>(server->calls[call].body.at(name)).contents().view().substr(0, 4));
+        return std::string(std::get<UploadFile>(server->calls[call].body.at(name)).contents().view().substr(0, 4));
     };
     EXPECT_EQ(file(5, "image.jpg").substr(0, 2), "\xFF\xD8");
     EXPECT_EQ(std::get<std::string>(server->calls[5].body.at("text")), "new");
@@ -123,12 +121,11 @@ TEST_F(ArticleSaveTest, ANewArticleIsCreatedBeforeItsMedia) {
     elapse(0.5);
     EXPECT_EQ(waitingPaths(), Lines{"/article/article_90071992547409931_json.html"});
     server->answer(R"({"id":90071992547409931,"title":"Fresh"})");
-    EXPECT_EQ(
-        logged(),
-        (Lines{"upload new article success.", "uploading tasks num:3", "uploading tasks num:3",
-               "upload image progress:42.125%", R"(upload image result:{"id":5,"text":"é"})",
-               "uploading tasks num:2", "upload image result:(null)", "upload video result:(null)",
-               "All upload task completed, reload the article info.", "upload new article completed."}));
+    EXPECT_EQ(logged(),
+              (Lines{"upload new article success.", "uploading tasks num:3", "uploading tasks num:3",
+                     "upload image progress:42.125%", R"(upload image result:{"id":5,"text":"é"})",
+                     "uploading tasks num:2", "upload image result:(null)", "upload video result:(null)",
+                     "All upload task completed, reload the article info.", "upload new article completed."}));
     EXPECT_EQ(posted, Lines{"NOTIFICATION_KEY_NEW_ARTICLE Fresh"});
     EXPECT_EQ(editor->heard, "done");
 }
@@ -196,8 +193,7 @@ TEST_F(ArticleSaveTest, ACreationOrALastLoadThatFailsEndsTheSave) {
             EXPECT_EQ(errorFile(), error ? answer : "");
             const Lines lines = logged();
             ASSERT_EQ(lines.size(), error || isReload ? 1u : 2u);
-            const std::string begin =
-                isReload ? "reload article failed error: " : "save article failed error: ";
+            const std::string begin = isReload ? "reload article failed error: " : "save article failed error: ";
             EXPECT_TRUE(error ? lines[0] == begin + *error
                               : lines.back().starts_with("Error:") && lines.back().size() > 6)
                 << lines.back();

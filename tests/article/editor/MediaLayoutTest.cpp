@@ -72,10 +72,8 @@ TEST(DurationText, SecondsReadAsTheClockTextsThatScreensShow) {
                            360000};
     std::string texts;
     for (const float seconds : cases) texts += VideoCollectionViewCell::durationString(seconds) + " ";
-    EXPECT_EQ(
-        texts,
-        "0:00 0:07 0:09 0:010 0:10 0:42 0:60 1:00 1:29 2:30 2:05 2:30 60:59 1:0:00 1:0:05 1:2:05 1:10:00 "
-        "2:30:00 2:60:59 0:0-5 0:00 0:00 0:00 100:0:00 ");
+    EXPECT_EQ(texts, "0:00 0:07 0:09 0:010 0:10 0:42 0:60 1:00 1:29 2:30 2:05 2:30 60:59 1:0:00 1:0:05 1:2:05 1:10:00 "
+                     "2:30:00 2:60:59 0:0-5 0:00 0:00 0:00 100:0:00 ");
 }
 
 }  // namespace

@@ -70,8 +70,7 @@ TEST_F(MediaStripTest, ADragSwapsTwoItemsWhateverLayBetween) {
     const struct {
         std::int64_t from, to;
         const char *order, *heard;
-    } cases[] = {
-        {0, 2, "CBAD", "value "}, {3, 0, "DBCA", "value "}, {1, 2, "ACBD", "value "}, {2, 2, "ABCD", ""}};
+    } cases[] = {{0, 2, "CBAD", "value "}, {3, 0, "DBCA", "value "}, {1, 2, "ACBD", "value "}, {2, 2, "ABCD", ""}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.from << " to " << c.to);
         openExisting(articleWith(4));
@@ -95,8 +94,8 @@ TEST_F(MediaStripTest, NoTileMovesBehindTheAddTile) {
     listen();
     auto& view = *images().collectionView();
     for (const auto& [from, proposed, target] : {std::tuple{0, 2, 1}, {0, 1, 1}, {2, 0, 2}}) {
-        EXPECT_EQ(images().collectionViewTargetIndexPathForMoveFromItemAtIndexPathToProposedIndexPath(
-                      view, {0, from}, {0, proposed}),
+        EXPECT_EQ(images().collectionViewTargetIndexPathForMoveFromItemAtIndexPathToProposedIndexPath(view, {0, from},
+                                                                                                      {0, proposed}),
                   (NSIndexPath{0, target}));
     }
     images().collectionViewMoveItemAtIndexPathToIndexPath(view, {0, 2}, {0, 0});
@@ -137,8 +136,7 @@ TEST_F(MediaStripTest, TheIdiomDecidesHowThePickerIsPresented) {
         useIdiom(idiom);
         openExisting(articleWith(1));
         for (const bool isVideo : {false, true}) {
-            UIArticleEditMediaTableViewCell& strip =
-                isVideo ? static_cast<decltype(strip)>(videos()) : images();
+            UIArticleEditMediaTableViewCell& strip = isVideo ? static_cast<decltype(strip)>(videos()) : images();
             const auto picker = pickFrom(strip);
             ASSERT_NE(picker, nullptr);
             EXPECT_EQ(picker->modalPresentationStyle, style);
@@ -235,8 +233,8 @@ TEST_F(ClipTest, AVideoIsAddedHoweverItsConversionEnds) {
 
 TEST_F(ClipTest, AClipWithAnOddNameBecomesAFileOfThatName) {
     openNew();
-    for (const std::string& name : {std::string("a b'c\"%20 \xf0\x9f\x98\x80.mov"),
-                                    std::string(251, 'n') + ".mov", std::string("..")}) {
+    for (const std::string& name :
+         {std::string("a b'c\"%20 \xf0\x9f\x98\x80.mov"), std::string(251, 'n') + ".mov", std::string("..")}) {
         finishPicking(pickFrom(videos()), "public.movie", nullptr, NSURL::fileURLWithPath("/clips/" + name));
         EXPECT_EQ(items().back()->videoFile(), home.path("Documents/" + name));
     }

@@ -41,8 +41,7 @@ TEST_F(ArticleListControllerTest, SetUpGivesTheTableAndTheRefreshControlTheirVal
     EXPECT_EQ(list->refreshTitle(), "Loading...");
     EXPECT_EQ(logged(), Lines{});
 
-    const std::pair<UIColor, const char*> looks[] = {{UIColor::rgb(0x123456), "Wait"},
-                                                     {UIColor::black(), ""}};
+    const std::pair<UIColor, const char*> looks[] = {{UIColor::rgb(0x123456), "Wait"}, {UIColor::black(), ""}};
     for (const auto& [colour, title] : looks) {
         list->setTintColor(colour);
         list->setRefreshTitle(title);
@@ -107,11 +106,7 @@ TEST_F(ArticleListControllerTest, PagesFollowOneAnother) {
     live({
         {"the path goes back unchanged", taps(1), "i busy", {next}},
         {"a second tap sends another request", taps(1), "i busy", {next}},
-        {"a page that fails leaves its row busy",
-         answers({}, "down"),
-         "i busy",
-         {},
-         {"request articles error:down"}},
+        {"a page that fails leaves its row busy", answers({}, "down"), "i busy", {}, {"request articles error:down"}},
         {"the other one comes", answersPage({article(8, "h"), article(7, "g")}, "/more"), "i h g more"},
         {"the next page", taps(3), "i h g busy", {"/more"}},
         {"the last page takes the row away", answersPage({}), "i h g"},
@@ -143,15 +138,9 @@ TEST_F(ArticleListControllerTest, AFailedReloadIsLoggedAndKeepsWhatThereWas) {
 }
 
 TEST_F(ArticleListControllerTest, TheOwnersListFollowsNewChangedAndRemovedArticles) {
-    const auto isNew = [this](const std::string& object) {
-        return posts(NOTIFICATION_KEY_NEW_ARTICLE, object);
-    };
-    const auto isChanged = [this](const std::string& object) {
-        return posts(NOTIFICATION_KEY_UPDATE, object);
-    };
-    const auto removes = [this](std::int64_t section) {
-        return [=, this] { list->removeArticleFor({section, 0}); };
-    };
+    const auto isNew = [this](const std::string& object) { return posts(NOTIFICATION_KEY_NEW_ARTICLE, object); };
+    const auto isChanged = [this](const std::string& object) { return posts(NOTIFICATION_KEY_UPDATE, object); };
+    const auto removes = [this](std::int64_t section) { return [=, this] { list->removeArticleFor({section, 0}); }; };
     const auto commits = [this](UITableViewCellEditingStyle style) {
         return [=, this] { list->tableViewCommitEditingStyle(table(), style, {0, 0}); };
     };
@@ -161,38 +150,25 @@ TEST_F(ArticleListControllerTest, TheOwnersListFollowsNewChangedAndRemovedArticl
     showArticles({article(3, "c"), article(1, "a"), R"({"title":"a","id":1})"}, "/more", Mode::owner);
     for (const char* other : {"null", "7", "\"id\"", "[{\"id\":5}]"})
         live({{"only a dictionary is a record", isNew(other), "c a a more"}});
-    for (const char* other :
-         {R"({"id":4,"title":"x"})", R"({"title":"x"})", R"([{"id":3,"title":"x"}])", "3"})
+    for (const char* other : {R"({"id":4,"title":"x"})", R"({"title":"x"})", R"([{"id":3,"title":"x"}])", "3"})
         live({{"no article of the list", isChanged(other), "c a a more"}});
     live({
         {"a change", isChanged(R"({"id":"3","title":"C"})"), "C a a more"},
         {"a new one is first", isNew(article(2, "b")), "b C a a more"},
         {"without an id too", isNew(R"({"title":"none"})"), "none b C a a more"},
         {"equal records go together", removes(3), "none b C more", {"/article/remove?id=1"}},
-        {"the answer is logged",
-         answers("<p>gone</p>"),
-         "none b C more",
-         {},
-         {"Remove Article Result:<p>gone</p>"}},
+        {"the answer is logged", answers("<p>gone</p>"), "none b C more", {}, {"Remove Article Result:<p>gone</p>"}},
         {"another", removes(1), "none C more", {"/article/remove?id=2"}},
-        {"a failure brings nothing back",
-         answers({}, "down"),
-         "none C more",
-         {},
-         {"Remove Article Result:(null)"}},
+        {"a failure brings nothing back", answers({}, "down"), "none C more", {}, {"Remove Article Result:(null)"}},
         {"the load-more row is no article", removes(2), "none C more"},
         {"nor is what is above", removes(-1), "none C more"},
         {"or below", removes(99), "none C more"},
         {"no deletion", commits(UITableViewCellEditingStyle::none), "none C more"},
-        {"a deletion",
-         commits(UITableViewCellEditingStyle::deleteStyle),
-         "C more",
-         {"/article/remove?id=(null)"}},
+        {"a deletion", commits(UITableViewCellEditingStyle::deleteStyle), "C more", {"/article/remove?id=(null)"}},
         {"a twin", isNew(R"({"id":3,"title":"twin"})"), "twin C more"},
     });
     post(NOTIFICATION_KEY_UPDATE, json(R"({"id":3,"title":"T"})"));
-    EXPECT_EQ(recordText(list->articlesArray()[0], "title") + recordText(list->articlesArray()[1], "title"),
-              "TC")
+    EXPECT_EQ(recordText(list->articlesArray()[0], "title") + recordText(list->articlesArray()[1], "title"), "TC")
         << "the first match alone";
     list->setIsMySelfOnly(false);
     post(NOTIFICATION_KEY_NEW_ARTICLE, json(article(3)));
@@ -236,8 +212,7 @@ TEST_F(ArticleListControllerTest, ALongListReusesItsRowsAndIsWhereItWasAfterAnAr
         table().scrollToRowAtIndexPath({section, 0}, false);
         platform.advance(0.1);
         for (const NSIndexPath path : table().indexPathsForVisibleRows()) {
-            const auto row =
-                std::static_pointer_cast<UIArticleListTableViewCell>(table().cellForRowAtIndexPath(path));
+            const auto row = std::static_pointer_cast<UIArticleListTableViewCell>(table().cellForRowAtIndexPath(path));
             EXPECT_EQ(row->detailTextLabel()->text(), "title " + std::to_string(path.section));
             EXPECT_EQ(row->reuseIdentifier(), "article_cell_identifier0_" + std::to_string(path.section));
             EXPECT_EQ(row->frame().height(), 24 + 67);
@@ -312,8 +287,8 @@ TEST_F(ArticleListControllerTest, HostileRecordsAreListed) {
         table().scrollToRowAtIndexPath({section, 0}, false);
         platform.settle();
         const std::string& record = records[static_cast<std::size_t>(section)];
-        const auto row = std::dynamic_pointer_cast<UIArticleListTableViewCell>(
-            table().cellForRowAtIndexPath({section, 0}));
+        const auto row =
+            std::dynamic_pointer_cast<UIArticleListTableViewCell>(table().cellForRowAtIndexPath({section, 0}));
         ASSERT_NE(row, nullptr) << record;
         const CGFloat height = row->detailTextLabel()->frame().height();
         EXPECT_TRUE(height >= 24 && height <= 120) << record;
@@ -328,8 +303,7 @@ TEST_F(ArticleListControllerTest, HostileRecordsAreListed) {
     EXPECT_EQ(rows(), "more");
     while (!server->calls.empty()) server->answer("[");
 
-    for (const char* answer :
-         {"", "[]", "{\"results\":7}", R"({"results":[1,"x",null,[],{"id":1}],"more":5})"}) {
+    for (const char* answer : {"", "[]", "{\"results\":7}", R"({"results":[1,"x",null,[],{"id":1}],"more":5})"}) {
         list->reloadInformationFromServer(false);
         server->answer(answer);
         platform.advance(1);
@@ -340,8 +314,7 @@ TEST_F(ArticleListControllerTest, HostileRecordsAreListed) {
 TEST_F(ArticleListControllerTest, TheOwnerWritesEditsAndRemovesArticles) {
     const auto opened = [this] {
         platform.advance(1);
-        const auto editor =
-            std::dynamic_pointer_cast<UIArticleEditViewController>(navigation->topViewController());
+        const auto editor = std::dynamic_pointer_cast<UIArticleEditViewController>(navigation->topViewController());
         const std::string id =
             editor ? recordId(editor->articleDictionary()).value_or("new") : std::string("no editor");
         navigation->popToRootViewControllerAnimated(false);
@@ -379,8 +352,7 @@ TEST_F(ArticleListControllerTest, TheOwnerWritesEditsAndRemovesArticles) {
     live({{"nobody can write", [&] { list->write_article(); }, "d", {}, refused}});
     EXPECT_EQ(opened(), "no editor");
     list->reloadInformationFromServer(false);
-    EXPECT_FALSE(list->navigationItem().rightBarButtonItem()->isEnabled())
-        << "a reload makes the button anew";
+    EXPECT_FALSE(list->navigationItem().rightBarButtonItem()->isEnabled()) << "a reload makes the button anew";
 }
 
 }  // namespace

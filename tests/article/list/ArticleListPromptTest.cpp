@@ -57,8 +57,7 @@ TEST_F(ArticleListPromptTest, ItAsksForALoginOverAnEmptyList) {
     useBundles("/nowhere");
     showList(Mode::owner);
     EXPECT_EQ(prompt().button->currentTitle(), "") << "without a bundle there are no texts";
-    for (const auto& action : list->tableViewEditActionsForRowAtIndexPath(table(), {0, 0}))
-        EXPECT_EQ(action.title, "");
+    for (const auto& action : list->tableViewEditActionsForRowAtIndexPath(table(), {0, 0})) EXPECT_EQ(action.title, "");
 }
 
 TEST_F(ArticleListPromptTest, SigningInThroughItLoadsTheList) {
@@ -85,8 +84,7 @@ TEST_F(ArticleListPromptTest, SigningInThroughItLoadsTheList) {
     EXPECT_EQ(server->paths, Lines{}) << "only when the dismissal has ended";
     platform.advance(0.6);
     EXPECT_EQ(list->presentedViewController(), nullptr);
-    EXPECT_EQ(server->paths, (Lines{ownArticles, ownArticles}))
-        << "with the refresh animation, which asks once more";
+    EXPECT_EQ(server->paths, (Lines{ownArticles, ownArticles})) << "with the refresh animation, which asks once more";
     EXPECT_TRUE(list->refreshControl()->isRefreshing());
     EXPECT_TRUE(table().isScrollEnabled());
     EXPECT_EQ(prompt().button->alpha() + prompt().headline->alpha() + prompt().detail->alpha(), 0);

@@ -32,8 +32,7 @@ TEST(ArticleListRowLayoutTest, PartsFollowTheSizeOfTheRow) {
         EXPECT_EQ(layout.comment, CGRect(comment, y, 50, 30)) << size.width;
         EXPECT_EQ(layout.share, CGRect(share, y, 50, 30)) << size.width;
     }
-    EXPECT_EQ(Layout::make({375, 200}, {.nameWidth = 30}).time, CGRect(119, 12, 256, 18))
-        << "behind the name";
+    EXPECT_EQ(Layout::make({375, 200}, {.nameWidth = 30}).time, CGRect(119, 12, 256, 18)) << "behind the name";
     EXPECT_EQ(Layout::make({375, 200}, {.nameWidth = 500}).time.width(), 0) << "a long name leaves no room";
 }
 

@@ -35,8 +35,8 @@ TEST_F(ArticleListRowTest, PartsStandWhereTheLayoutPutsThem) {
     const UIFont font = UIFont::fontWithName("PingFangSC-Thin", 12);
     const CGFloat nameWidth = measurer.singleLineWidth("Ada", UIFont::fontWithName("PingFangSC-Medium", 16));
     const std::string text(150, 'w');
-    const std::pair<std::shared_ptr<Row>, CGFloat> cells[] = {
-        {makeRow(), Layout::plainAccessoryRoom}, {makeRow<OwnerRow>(), Layout::ownersAccessoryRoom}};
+    const std::pair<std::shared_ptr<Row>, CGFloat> cells[] = {{makeRow(), Layout::plainAccessoryRoom},
+                                                              {makeRow<OwnerRow>(), Layout::ownersAccessoryRoom}};
     for (const auto& [cell, room] : cells) {
         CGFloat height = 36, name = 0;
         for (const CGSize size : {CGSize{375, 200}, CGSize{700, 120}}) {
@@ -56,8 +56,8 @@ TEST_F(ArticleListRowTest, PartsStandWhereTheLayoutPutsThem) {
             expectFrames();
             cell->setArticleDictionary(record(R"({"auth_name":"Ada","text":")" + text + "\"}"));
             name = nameWidth;
-            height = Layout::shownTextHeight(
-                measurer.measure(text, font, Layout::textWidth(size.width, room)).size.height);
+            height =
+                Layout::shownTextHeight(measurer.measure(text, font, Layout::textWidth(size.width, room)).size.height);
             expectFrames();
         }
     }
@@ -87,18 +87,14 @@ TEST_F(ArticleListRowTest, TextCountsAndTimeFollowTheRecord) {
         const char *article, *text, *liked, *comment;
         bool open;
     } cases[] = {
-        {R"({"title":"T","text":"a\r\nb\nc","liked":0,"comment":0,"open_comment":true})", "T\na b c", "0", "",
-         true},
+        {R"({"title":"T","text":"a\r\nb\nc","liked":0,"comment":0,"open_comment":true})", "T\na b c", "0", "", true},
         {R"({"title":"T","text":"\r\n","liked":12,"comment":1,"open_comment":1})", "T\n ", "12", "1", true},
-        {R"({"title":"T","text":"","liked":"12","comment":"34","open_comment":false})", "T", "12", "34",
-         false},
+        {R"({"title":"T","text":"","liked":"12","comment":"34","open_comment":false})", "T", "12", "34", false},
         {R"({"title":"T","text":null,"liked":-1,"comment":-1,"open_comment":0})", "T", "-1", "", false},
-        {R"({"title":"","text":"a\r\nb\nc","liked":[],"comment":{},"open_comment":[1]})", "a\r\nb\nc", "", "",
-         false},
+        {R"({"title":"","text":"a\r\nb\nc","liked":[],"comment":{},"open_comment":[1]})", "a\r\nb\nc", "", "", false},
         {R"({"title":2024,"text":7,"comment":123456789012345678901234,"open_comment":"1"})", "2024\n7", "",
          "9223372036854775807", true},
-        {R"({"text":"a\nb","liked":123456789012345678901234})", "a\nb", "123456789012345678901234", "",
-         false},
+        {R"({"text":"a\nb","liked":123456789012345678901234})", "a\nb", "123456789012345678901234", "", false},
         {"{}", "", "", "", false},
     };
     for (const auto& [article, text, liked, comment, open] : cases) {
@@ -135,8 +131,7 @@ TEST_F(ArticleListRowTest, TheAvatarIsAskedForByTheAuthorsNumber) {
     server->faceHandlers["3"][0](Data());
     server->faceHandlers["3"][0](Data::copy("<html>"));
     server->faceHandlers["7"][0](face);
-    EXPECT_EQ(row->authFaceImageView()->image(), anonymous)
-        << "none, no picture, and another author's change nothing";
+    EXPECT_EQ(row->authFaceImageView()->image(), anonymous) << "none, no picture, and another author's change nothing";
     server->faceHandlers["3"][0](face);
     ASSERT_NE(row->authFaceImageView()->image(), anonymous);
     EXPECT_EQ(row->authFaceImageView()->image()->representation(1).data.view(), face.view());
@@ -211,8 +206,7 @@ TEST_F(ArticleListRowTest, CommentingOpensTheComposerForWhoIsSignedIn) {
 
     server->signIn();
     for (const char* id : {"42", "\"42\""}) {
-        row->setArticleDictionary(
-            record(R"({"open_comment":true,"comment":2,"id":)" + std::string(id) + "}"));
+        row->setArticleDictionary(record(R"({"open_comment":true,"comment":2,"id":)" + std::string(id) + "}"));
         present(row->commentButton());
         const auto stack = presented<UINavigationController>();
         ASSERT_NE(stack, nullptr);

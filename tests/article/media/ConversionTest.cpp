@@ -20,11 +20,10 @@ protected:
     };
 
     void convert() {
-        NSMov2Mp4().convertMovSourceURL(
-            url, "/home/me/Documents/clip.mov",
-            [this](bool finished, float progress, const std::optional<NSError>& error) {
-                calls.push_back({finished, progress, error});
-            });
+        NSMov2Mp4().convertMovSourceURL(url, "/home/me/Documents/clip.mov",
+                                        [this](bool finished, float progress, const std::optional<NSError>& error) {
+                                            calls.push_back({finished, progress, error});
+                                        });
     }
     ScriptedExport& running() { return *media->exports.back(); }
     /// Half a millisecond into the tick, so that sums of tenths do not matter.
@@ -39,11 +38,8 @@ protected:
 };
 
 TEST_F(ConversionTest, MediumIsPreferredToLowAndNothingElseIsTaken) {
-    const std::pair<std::vector<std::string>, std::string> cases[] = {{{low, medium}, medium},
-                                                                      {{medium}, medium},
-                                                                      {{"Highest", low}, low},
-                                                                      {{"Highest", "640x480"}, ""},
-                                                                      {{}, ""}};
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{low, medium}, medium}, {{medium}, medium}, {{"Highest", low}, low}, {{"Highest", "640x480"}, ""}, {{}, ""}};
     for (const auto& [offered, taken] : cases) {
         SCOPED_TRACE(testing::PrintToString(offered));
         clip().presets = offered;
@@ -90,8 +86,7 @@ TEST_F(ConversionTest, TheStatusDecidesWhatTheHandlerHearsAndWhetherTheTimerStop
     };
     for (const Case& c :
          {Case{Status::completed, Call{true, 1, std::nullopt}, false},
-          Case{Status::failed, Call{true, 0.5, full}, false},
-          Case{Status::cancelled, Call{true, 0.5, full}, false},
+          Case{Status::failed, Call{true, 0.5, full}, false}, Case{Status::cancelled, Call{true, 0.5, full}, false},
           Case{Status::unknown, Call{true, 0.5, full}, true}, Case{Status::waiting, std::nullopt, true},
           Case{Status::exporting, std::nullopt, true}}) {
         SCOPED_TRACE(static_cast<int>(c.status));
@@ -130,8 +125,7 @@ TEST_F(ConversionTest, NothingOfAConversionIsKeptAfterItsEnd) {
     clip().presets = {medium};
     auto marker = std::make_shared<int>(0);
     const std::weak_ptr<int> kept = marker;
-    NSMov2Mp4().convertMovSourceURL(url, "/o.mp4",
-                                    [marker](bool, float, const std::optional<NSError>&) { ++*marker; });
+    NSMov2Mp4().convertMovSourceURL(url, "/o.mp4", [marker](bool, float, const std::optional<NSError>&) { ++*marker; });
     marker = nullptr;
     ticks(3);
     EXPECT_FALSE(kept.expired());

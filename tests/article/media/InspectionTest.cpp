@@ -22,9 +22,8 @@ AVAssetTrack videoTrack(const CGAffineTransform& transform) {
 }
 
 TEST_F(InspectionTest, TheDurationIsInWholeSecondsTowardZeroAndTheFirstFrameIsAskedForInFifths) {
-    const std::pair<CMTime, float> cases[] = {
-        {{129, 10}, 12},         {{9, 10}, 0},    {{3, 1}, 3}, {{1800, 600}, 3},
-        {{2999999, 1000000}, 2}, {{-19, 10}, -1}, {{5, 0}, 0}, {{0, 600}, 0}};
+    const std::pair<CMTime, float> cases[] = {{{129, 10}, 12},         {{9, 10}, 0},    {{3, 1}, 3}, {{1800, 600}, 3},
+                                              {{2999999, 1000000}, 2}, {{-19, 10}, -1}, {{5, 0}, 0}, {{0, 600}, 0}};
     for (const auto& [length, seconds] : cases) {
         clip().length = length;
         EXPECT_TRUE(inspect());
@@ -60,12 +59,11 @@ TEST_F(InspectionTest, OnlyTheThreeExactQuarterTurnsRotateThePicture) {
         CGAffineTransform transform;
         Orientation orientation;
     };
-    for (const Case& c :
-         {Case{turned(0, 1, -1, 0), Orientation::right}, Case{turned(0, -1, 1, 0), Orientation::left},
-          Case{turned(-1, 0, 0, -1), Orientation::down}, Case{turned(1, 0, 0, 1), Orientation::up},
-          Case{turned(0, 1, 1, 0), Orientation::up}, Case{turned(-1, 0, 0, 1), Orientation::up},
-          Case{turned(1, 0, 0, -1), Orientation::up}, Case{turned(0, -1, -1, 0), Orientation::up},
-          Case{turned(0, 1, -1, 0.001), Orientation::up}, Case{turned(0, 0, 0, 0), Orientation::up}}) {
+    for (const Case& c : {Case{turned(0, 1, -1, 0), Orientation::right}, Case{turned(0, -1, 1, 0), Orientation::left},
+                          Case{turned(-1, 0, 0, -1), Orientation::down}, Case{turned(1, 0, 0, 1), Orientation::up},
+                          Case{turned(0, 1, 1, 0), Orientation::up}, Case{turned(-1, 0, 0, 1), Orientation::up},
+                          Case{turned(1, 0, 0, -1), Orientation::up}, Case{turned(0, -1, -1, 0), Orientation::up},
+                          Case{turned(0, 1, -1, 0.001), Orientation::up}, Case{turned(0, 0, 0, 0), Orientation::up}}) {
         EXPECT_EQ(NSMov2Mp4::orientationOfTransform(c.transform), c.orientation)
             << c.transform.a << c.transform.b << c.transform.c << c.transform.d;
     }
@@ -98,10 +96,8 @@ TEST_F(InspectionTest, RotatingMovesEveryPixelToItsPlace) {
           Case{UIImageOrientation::down, width, height,
                [](int x, int y) { return CGPoint(width - 1 - x, height - 1 - y); }},
           // A quarter turn clockwise: the left column, from its bottom, becomes the top row.
-          Case{UIImageOrientation::right, height, width,
-               [](int x, int y) { return CGPoint(y, height - 1 - x); }},
-          Case{UIImageOrientation::left, height, width,
-               [](int x, int y) { return CGPoint(width - 1 - y, x); }}}) {
+          Case{UIImageOrientation::right, height, width, [](int x, int y) { return CGPoint(y, height - 1 - x); }},
+          Case{UIImageOrientation::left, height, width, [](int x, int y) { return CGPoint(width - 1 - y, x); }}}) {
         SCOPED_TRACE(static_cast<int>(c.orientation));
         const auto rotated = NSMov2Mp4().rotateImage(source, c.orientation);
         ASSERT_NE(rotated, nullptr);
@@ -112,8 +108,7 @@ TEST_F(InspectionTest, RotatingMovesEveryPixelToItsPlace) {
         for (int y = 0; y < c.height; ++y) {
             for (int x = 0; x < c.width; ++x) {
                 const CGPoint from = c.from(x, y);
-                const std::uint8_t* pixel =
-                    bitmap->row(y) + static_cast<std::size_t>(x) * CGImage::bytesPerPixel;
+                const std::uint8_t* pixel = bitmap->row(y) + static_cast<std::size_t>(x) * CGImage::bytesPerPixel;
                 wrong += pixel[0] != static_cast<std::uint8_t>(static_cast<int>(from.x)) ||
                          pixel[1] != static_cast<std::uint8_t>(static_cast<int>(from.y)) || pixel[3] != 255;
             }

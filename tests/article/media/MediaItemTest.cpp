@@ -8,17 +8,16 @@ namespace {
 // Hosts rely on these types: a single-precision length, a pair of doubles, a flag of one byte.
 static_assert(std::is_same_v<decltype(NSArticleVideoObject().duration()), float>);
 static_assert(std::is_same_v<decltype(NSArticleVideoObject().videoSize().width), double>);
-static_assert(sizeof(NSArticleVideoObject().textChanged()) == 1 &&
-              sizeof(NSArticleImageObject().textChanged()) == 1);
+static_assert(sizeof(NSArticleVideoObject().textChanged()) == 1 && sizeof(NSArticleImageObject().textChanged()) == 1);
 
 TEST(MediaItemTest, AFreshItemHasNothing) {
     const NSArticleImageObject image;
-    EXPECT_FALSE(image.image() || image.text() || image.imageDictionary() || image.latitude() ||
-                 image.longitude() || image.altitude() || image.textChanged());
+    EXPECT_FALSE(image.image() || image.text() || image.imageDictionary() || image.latitude() || image.longitude() ||
+                 image.altitude() || image.textChanged());
     const NSArticleVideoObject video;
-    EXPECT_FALSE(video.videoFile() || video.thumbnail() || video.text() || video.videoDictionary() ||
-                 video.device() || video.software() || video.date() || video.latitude() ||
-                 video.longitude() || video.altitude() || video.textChanged());
+    EXPECT_FALSE(video.videoFile() || video.thumbnail() || video.text() || video.videoDictionary() || video.device() ||
+                 video.software() || video.date() || video.latitude() || video.longitude() || video.altitude() ||
+                 video.textChanged());
     EXPECT_EQ(video.duration(), 0);
     EXPECT_EQ(video.videoSize(), CGSize());
 }
@@ -30,9 +29,7 @@ protected:
         clip().facts = std::move(facts);
         copyCaptureMetadata(*AVAsset::assetWithURL(url), item);
     }
-    static AVMetadataItem fact(std::string_view key, std::string text) {
-        return {std::string(key), std::move(text)};
-    }
+    static AVMetadataItem fact(std::string_view key, std::string text) { return {std::string(key), std::move(text)}; }
     NSArticleVideoObject item;
 };
 

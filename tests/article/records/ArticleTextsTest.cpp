@@ -26,8 +26,7 @@ TEST_F(ArticleTextsTest, DatesReadAsTheTimeThatPassed) {
         {3600, "1/15/27, 7:00 AM"},
         {86400, "1/14/27, 8:00 AM"},
     };
-    for (const auto& [ago, text] : cases)
-        EXPECT_EQ(NSStringForDate::date({now.secondsSince1970 - ago}), text) << ago;
+    for (const auto& [ago, text] : cases) EXPECT_EQ(NSStringForDate::date({now.secondsSince1970 - ago}), text) << ago;
     platform.advance(60);
     EXPECT_EQ(NSStringForDate::date(now), "1 min ago");
     platform.advance(3540);

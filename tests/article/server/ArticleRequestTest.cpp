@@ -90,8 +90,7 @@ TEST_F(ArticleRequestTest, EveryRequestGoesToItsPath) {
 TEST_F(ArticleRequestTest, IdsReadTheSameAsNumberAndAsText) {
     for (const char* json : {"42", "\"42\""}) {
         EXPECT_EQ(ArticleRequest::removeArticle(number(json)).path(), "/article/remove?id=42") << json;
-        EXPECT_EQ(ArticleRequest::updateArticle(number(json), "", "").path(),
-                  "/article/update_article_json.html?id=42")
+        EXPECT_EQ(ArticleRequest::updateArticle(number(json), "", "").path(), "/article/update_article_json.html?id=42")
             << json;
     }
     EXPECT_EQ(ArticleRequest::likeArticle(number("123456789012345678901234")).path(),
@@ -121,18 +120,18 @@ TEST_F(ArticleRequestTest, AnswersAreJudgedByTheirKind) {
     constexpr char refused[] = R"({"success":false,"error":null})";
     constexpr char failed[] = R"({"success":false,"error":"no"})";
     const auto S = Verdict::succeeded, F = Verdict::failed, N = Verdict::notJudged;
-    // In the order of the catalogue: the verdict on a good result, a refusal, a reported error, no JSON, a transport error.
-    const Verdict verdicts[][5] = {
-        {S, S, F, F, F}, {S, S, F, F, F}, {S, S, F, F, F}, {N, N, N, N, N}, {S, F, F, F, F}, {S, S, S, F, F},
-        {S, S, F, F, F}, {S, S, S, F, F}, {S, S, S, S, F}, {S, S, S, S, F}, {S, S, S, S, F}, {N, N, N, N, N},
-        {N, N, N, N, N}, {S, S, S, S, F}, {N, N, N, N, N}, {N, N, N, N, N}, {S, S, S, S, F}};
+    // In the order of the catalogue: the verdict on a good result, a refusal, a reported error, no JSON, a transport
+    // error.
+    const Verdict verdicts[][5] = {{S, S, F, F, F}, {S, S, F, F, F}, {S, S, F, F, F}, {N, N, N, N, N}, {S, F, F, F, F},
+                                   {S, S, S, F, F}, {S, S, F, F, F}, {S, S, S, F, F}, {S, S, S, S, F}, {S, S, S, S, F},
+                                   {S, S, S, S, F}, {N, N, N, N, N}, {N, N, N, N, N}, {S, S, S, S, F}, {N, N, N, N, N},
+                                   {N, N, N, N, N}, {S, S, S, S, F}};
     const auto requests = everyRequest();
     ASSERT_EQ(requests.size(), std::size(verdicts));
     for (std::size_t i = 0; i < requests.size(); ++i) {
         const char* const answers[] = {good, refused, failed, "<html>"};
         for (std::size_t a = 0; a < 4; ++a) {
-            EXPECT_EQ(requests[i].judge(answers[a], std::nullopt).verdict, verdicts[i][a])
-                << i + 1 << ", answer " << a;
+            EXPECT_EQ(requests[i].judge(answers[a], std::nullopt).verdict, verdicts[i][a]) << i + 1 << ", answer " << a;
         }
         EXPECT_EQ(requests[i].judge(std::nullopt, "down").verdict, verdicts[i][4]) << i + 1;
     }
@@ -167,8 +166,7 @@ TEST_F(ArticleRequestTest, ProgressOfUploadsIsLogged) {
 
 TEST_F(ArticleRequestTest, TheHandlerGetsTheRecordOfAJsonAnswer) {
     std::vector<ArticleAnswer> answers;
-    ArticleRequest::createArticle("t", "x").send(
-        [&](const ArticleAnswer& answer) { answers.push_back(answer); });
+    ArticleRequest::createArticle("t", "x").send([&](const ArticleAnswer& answer) { answers.push_back(answer); });
     server_->answer(R"({"id":9007199254740993,"title":"t"})");
     ASSERT_EQ(answers.size(), 1u);
     EXPECT_EQ(answers[0].record["id"].text(), "9007199254740993");

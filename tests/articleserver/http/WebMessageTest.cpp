@@ -29,8 +29,7 @@ TEST(WebMessageTest, FieldsAreDecodedOrRefused) {
     auto fields = parseFields("a=1&b=x+y%26%3D&&empty=&bare&%E5%90%8D=%E6%9E%97");
     ASSERT_TRUE(fields);
     EXPECT_EQ(*fields, (WebFields{{"a", "1"}, {"b", "x y&="}, {"empty", ""}, {"bare", ""}, {"名", "林"}}));
-    for (const char* broken :
-         {"a=%", "a=%4", "a=%G0", "%zz=1", "a=%00", "a=%ED%A0%80", "a=%C0%AF", "a=1&a=2"}) {
+    for (const char* broken : {"a=%", "a=%4", "a=%G0", "%zz=1", "a=%00", "a=%ED%A0%80", "a=%C0%AF", "a=1&a=2"}) {
         EXPECT_FALSE(parseFields(broken)) << broken;
     }
 }
@@ -47,8 +46,8 @@ TEST(WebMessageTest, EveryCutOfAMultipartBodyIsRefused) {
         EXPECT_FALSE(parseMultipart(other, body)) << other;
     }
     const std::string longName(9000, 'n');
-    EXPECT_FALSE(parseMultipart(type, "--b\r\nContent-Disposition: form-data; name=\"" + longName +
-                                          "\"\r\n\r\nv\r\n--b--"));
+    EXPECT_FALSE(
+        parseMultipart(type, "--b\r\nContent-Disposition: form-data; name=\"" + longName + "\"\r\n\r\nv\r\n--b--"));
     EXPECT_FALSE(parseMultipart(type, "--b\r\nContent-Type: text/plain\r\n\r\nv\r\n--b--"));
 }
 
@@ -67,12 +66,11 @@ TEST(MultipartReaderTest, ReadsTheSameInPiecesOfEverySize) {
 }
 
 TEST(WebMessageTest, HostsThatMayStandInAnAddress) {
-    for (const char* valid :
-         {"a", "127.0.0.1", "127.0.0.1:8080", "example.org:1", "[::1]", "[fe80::1]:65535"}) {
+    for (const char* valid : {"a", "127.0.0.1", "127.0.0.1:8080", "example.org:1", "[::1]", "[fe80::1]:65535"}) {
         EXPECT_TRUE(isHostAndPort(valid)) << valid;
     }
-    for (const char* invalid : {"", ":80", "a:", "a:0", "a:65536", "a:80:90", "a b", "a/b", "a?b", "a@b",
-                                "::1", "[::1", "[]", "[x]", "a\"", "a<b"}) {
+    for (const char* invalid : {"", ":80", "a:", "a:0", "a:65536", "a:80:90", "a b", "a/b", "a?b", "a@b", "::1", "[::1",
+                                "[]", "[x]", "a\"", "a<b"}) {
         EXPECT_FALSE(isHostAndPort(invalid)) << invalid;
     }
 }
@@ -93,9 +91,9 @@ TEST(ServerTextTest, DatesBefore1970KeepTheirSecond) {
 }
 
 TEST(ServerTextTest, InitialsOfManyScripts) {
-    for (const auto& [name, initial] : {std::pair("ada", "A"), std::pair("林小满", "林"),
-                                        std::pair("éva", "É"), std::pair("e\xCC\x81va", "E\xCC\x81"),
-                                        std::pair("ßen", "SS"), std::pair("йван", "Й"), std::pair("", "?")}) {
+    for (const auto& [name, initial] :
+         {std::pair("ada", "A"), std::pair("林小满", "林"), std::pair("éva", "É"),
+          std::pair("e\xCC\x81va", "E\xCC\x81"), std::pair("ßen", "SS"), std::pair("йван", "Й"), std::pair("", "?")}) {
         EXPECT_EQ(nameInitial(name), initial) << name;
     }
 }
@@ -108,9 +106,9 @@ TEST(AttemptLimiterTest, WindowSlidesAndMemoryIsBounded) {
         bool isTaken;
     };
     // After "d", a fourth key, the limiter has forgotten "a", whose last attempt is the oldest.
-    for (const Case& tried : {Case{"a", 0, true}, Case{"a", 60, true}, Case{"a", 99, false},
-                              Case{"a", 100, true}, Case{"a", 110, false}, Case{"b", 120, true},
-                              Case{"c", 121, true}, Case{"d", 122, true}, Case{"a", 123, true}}) {
+    for (const Case& tried :
+         {Case{"a", 0, true}, Case{"a", 60, true}, Case{"a", 99, false}, Case{"a", 100, true}, Case{"a", 110, false},
+          Case{"b", 120, true}, Case{"c", 121, true}, Case{"d", 122, true}, Case{"a", 123, true}}) {
         EXPECT_EQ(limiter.take(tried.key, tried.time), tried.isTaken) << tried.key << tried.time;
     }
 }

@@ -46,8 +46,7 @@ std::string cornersOf(const ServerPicture& picture) {
 
 TEST(ServerPictureTest, OrientationsAreCarriedOutAsExifHasThem) {
     // Where the stored corners red and green are shown, by the table of Exif 2.32.
-    constexpr std::array<const char*, 9> shown = {"",     "rgbb", "grbb", "bbgr", "bbrg",
-                                                  "rbgb", "brbg", "bgbr", "gbrb"};
+    constexpr std::array<const char*, 9> shown = {"", "rgbb", "grbb", "bbgr", "bbrg", "rbgb", "brbg", "bgbr", "gbrb"};
     for (int orientation = 1; orientation <= 8; ++orientation) {
         auto decoded = ServerPicture::decode(withOrientation(flag().jpeg(95), orientation), 100);
         ASSERT_TRUE(decoded) << orientation;

@@ -41,8 +41,8 @@ TEST_F(ArticleRoutesTest, RecordHasEveryKeyWithItsType) {
 TEST_F(ArticleRoutesTest, PagesStayApartWhenArticlesComeInBetween) {
     const Answer empty = get("/article/articles_json.html");
     EXPECT_EQ(empty.header("Content-Type"), "application/json; charset=utf-8");
-    EXPECT_EQ(empty.json, nlohmann::json::parse(
-                              R"({"success":true,"error":null,"result":null,"results":[],"more":null})"));
+    EXPECT_EQ(empty.json,
+              nlohmann::json::parse(R"({"success":true,"error":null,"result":null,"results":[],"more":null})"));
     std::vector<std::int64_t> old, seen;
     for (int count = 0; count < 20; ++count) old.insert(old.begin(), addArticle("Ada"));
     EXPECT_TRUE(get("/article/articles_json.html").json["more"].is_null()) << "exactly one page";
@@ -119,8 +119,8 @@ TEST_F(ArticleRoutesTest, CommentsCountAndComeBackAndAreThrottledByAuthor) {
         int status;
     };
     for (const Case& tried :
-         {Case{path, {{"text", "Hello"}}, "", 401}, Case{path, {}, bo, 400},
-          Case{path, {{"text", " \n"}}, bo, 400}, Case{path, {{"text", std::string(10001, 'x')}}, bo, 413},
+         {Case{path, {{"text", "Hello"}}, "", 401}, Case{path, {}, bo, 400}, Case{path, {{"text", " \n"}}, bo, 400},
+          Case{path, {{"text", std::string(10001, 'x')}}, bo, 413},
           Case{"/article/json_add_comment.html?id=2", {{"text", "Hello"}}, bo, 403},
           Case{"/article/json_add_comment.html?id=3", {{"text", "Hello"}}, bo, 404}}) {
         EXPECT_EQ(post(tried.path, tried.form, tried.cookie).status, tried.status) << tried.path;
@@ -140,8 +140,7 @@ TEST_F(ArticleRoutesTest, CommentsCountAndComeBackAndAreThrottledByAuthor) {
     while (taken < 100 && post(path, {{"text", "Hello"}}, bo).status == 200) ++taken;
     // The comment on the closed article and the one on no article count, too.
     EXPECT_EQ(taken, 58);
-    EXPECT_EQ(post(path, {{"text", "x"}}, bo).json["error"],
-              "Too many comments. Try again in a few minutes.");
+    EXPECT_EQ(post(path, {{"text", "x"}}, bo).json["error"], "Too many comments. Try again in a few minutes.");
     EXPECT_EQ(post(path, {{"text", "x"}}, signUp("Cy")).status, 200);
     now_ += 5 * 60 * 1000 + 1;
     EXPECT_EQ(post(path, {{"text", "x"}}, bo).json["result"], "60");
@@ -188,8 +187,7 @@ TEST_F(ArticleRoutesTest, AddressesFollowTheHostHeaderOnlyWhenItIsValid) {
     }
     publicUrl_ = "https://articles.example/";
     start();
-    EXPECT_EQ(get("/article/articles_json.html").json["results"][0]["url"],
-              "https://articles.example/article/1");
+    EXPECT_EQ(get("/article/articles_json.html").json["results"][0]["url"], "https://articles.example/article/1");
 }
 
 TEST_F(ArticleRoutesTest, PublicPageShowsTextAndNeverMarkup) {
@@ -211,8 +209,8 @@ TEST_F(ArticleRoutesTest, PublicPageShowsTextAndNeverMarkup) {
     }
     for (const char* shown :
          {"&lt;script&gt;alert(1)&lt;/script&gt; &amp; &quot;q&quot;</h1>", "<p dir=\"auto\">one</p>",
-          "two<br>\nthree &lt;img src=x onerror=&#39;x&#39;&gt;</p>", "A&lt;i&gt;da",
-          "21 November 2026, 02:32 UTC", "<video src=\"/media/v.mp4\" poster=\"/media/p.jpg\"",
+          "two<br>\nthree &lt;img src=x onerror=&#39;x&#39;&gt;</p>", "A&lt;i&gt;da", "21 November 2026, 02:32 UTC",
+          "<video src=\"/media/v.mp4\" poster=\"/media/p.jpg\"",
           "&lt;script&gt;comment&lt;/script&gt;<br>\n&amp;amp;</p>", "&lt;b&gt;Bo"}) {
         EXPECT_NE(page.body.find(shown), std::string::npos) << shown;
     }

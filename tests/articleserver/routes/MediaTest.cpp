@@ -23,8 +23,7 @@ protected:
 
 TEST_F(MediaTest, WholeFilesComeWithTheirFacts) {
     std::string bytes(300'000, '\0');
-    for (std::size_t index = 0; index < bytes.size(); ++index)
-        bytes[index] = static_cast<char>(index * 7 % 251);
+    for (std::size_t index = 0; index < bytes.size(); ++index) bytes[index] = static_cast<char>(index * 7 % 251);
     std::string name = addPicture(bytes);
     Answer answer = get("/media/" + name);
     EXPECT_EQ(answer.status, 200);
@@ -34,8 +33,7 @@ TEST_F(MediaTest, WholeFilesComeWithTheirFacts) {
     EXPECT_EQ(answer.header("X-Content-Type-Options"), "nosniff");
     EXPECT_EQ(get("/media/" + addPicture("clip", "mp4")).header("Content-Type"), "video/mp4");
 
-    for (const std::string& tags :
-         {answer.header("ETag"), std::string("*"), "\"x\", W/" + answer.header("ETag")}) {
+    for (const std::string& tags : {answer.header("ETag"), std::string("*"), "\"x\", W/" + answer.header("ETag")}) {
         Answer same = get("/media/" + name, "", {{"If-None-Match", tags}});
         EXPECT_EQ(same.status, 304) << tags;
         EXPECT_EQ(same.body, "");
@@ -81,9 +79,8 @@ TEST_F(MediaTest, RangesAreServedAsAsked) {
 TEST_F(MediaTest, ConditionsAreHeldInTheirOrder) {
     std::string name = addPicture("0123456789");
     // 2026-11-21T02:32:38Z, that is startTime.
-    std::filesystem::last_write_time(
-        mediaFolder() / name,
-        std::chrono::file_clock::from_sys(std::chrono::sys_seconds(std::chrono::seconds(startTime / 1000))));
+    std::filesystem::last_write_time(mediaFolder() / name, std::chrono::file_clock::from_sys(std::chrono::sys_seconds(
+                                                               std::chrono::seconds(startTime / 1000))));
     now_ += 10'000;
     const std::string tag = get("/media/" + name).header("ETag");
     const char* same = "Sat, 21 Nov 2026 02:32:38 GMT";

@@ -27,8 +27,7 @@ protected:
         ada_ = signUp("Ada");
     }
 
-    Answer uploadImage(std::int64_t article, int position, const std::string& jpeg,
-                       const std::string& text = {}) {
+    Answer uploadImage(std::int64_t article, int position, const std::string& jpeg, const std::string& text = {}) {
         return upload(imagePath(article, position),
                       {{"text", text, "", ""}, {"image.jpg", jpeg, "image.jpg", "image/jpeg"}}, ada_);
     }
@@ -36,9 +35,7 @@ protected:
         return std::string("/article/") + kind + "_update?article_id=" + std::to_string(article) +
                "&value=" + std::to_string(position);
     }
-    static std::string videoPath(std::int64_t article, int position) {
-        return imagePath(article, position, "video");
-    }
+    static std::string videoPath(std::int64_t article, int position) { return imagePath(article, position, "video"); }
     static httplib::MultipartFormDataItems videoParts(const std::string& mp4, const std::string& still,
                                                       const std::string& duration = "13") {
         return {{"duration", duration, "", ""},
@@ -48,8 +45,7 @@ protected:
     }
 
     std::int64_t create(const std::string& title = "T", const std::string& text = "t") {
-        const Answer answer =
-            post("/article/update_article_json.html", {{"title", title}, {"text", text}}, ada_);
+        const Answer answer = post("/article/update_article_json.html", {{"title", title}, {"text", text}}, ada_);
         EXPECT_EQ(answer.status, 200) << answer.body;
         return answer.json.value("id", std::int64_t{0});
     }
@@ -101,8 +97,8 @@ TEST_F(PublishTest, AnArticleGoesThroughItsLife) {
     const std::string imageId = image.json["id"].dump(), videoId = video.json["id"].dump();
     for (const std::string& path :
          {"article/image_update?id=" + imageId + "&text=" + encoded(caption),
-          "article/image_update?id=" + imageId + "&value=7", "article/video_update?id=" + videoId + "&text=",
-          "article/video_update?id=" + videoId + "&value=2"}) {
+          "article/image_update?id=" + imageId + "&value=7",
+          "article/video_update?id=" + videoId + "&text=", "article/video_update?id=" + videoId + "&value=2"}) {
         const Answer answer = get("/" + path, ada_);
         EXPECT_EQ(answer.status, 200) << answer.body;
     }
@@ -195,13 +191,11 @@ TEST_F(PublishTest, EverythingIsRefusedThatIsNotTheAuthorsOrNotWhole) {
         for (const std::string& path :
              {"image_update?id=" + imageId + "&text=t", "image_update?id=" + imageId + "&value=1",
               "image_remove?id=" + imageId, "video_update?id=" + videoId + "&text=t",
-              "video_update?id=" + videoId + "&value=1", "video_remove?id=" + videoId,
-              "remove?id=" + article}) {
+              "video_update?id=" + videoId + "&value=1", "video_remove?id=" + videoId, "remove?id=" + article}) {
             EXPECT_EQ(get("/article/" + path, cookies).status, status) << path;
         }
         EXPECT_EQ(
-            post("/article/update_article_json.html?id=" + article, {{"title", "t"}, {"text", "t"}}, cookies)
-                .status,
+            post("/article/update_article_json.html?id=" + article, {{"title", "t"}, {"text", "t"}}, cookies).status,
             status);
     }
     EXPECT_EQ(post("/article/update_article_json.html", {{"title", "t"}, {"text", "t"}}).status, 401);
@@ -211,8 +205,7 @@ TEST_F(PublishTest, EverythingIsRefusedThatIsNotTheAuthorsOrNotWhole) {
 
 TEST_F(PublishTest, AnUploadThatBreaksOffLeavesNothing) {
     const auto id = create();
-    const std::string head =
-        "--b\r\nContent-Disposition: form-data; name=\"image.jpg\"; filename=\"a\"\r\n\r\n";
+    const std::string head = "--b\r\nContent-Disposition: form-data; name=\"image.jpg\"; filename=\"a\"\r\n\r\n";
     httplib::Client client("127.0.0.1", server_->port());
     bool wasThere = false;
     const auto provide = [&](std::size_t offset, std::size_t, httplib::DataSink& sink) {
@@ -223,8 +216,8 @@ TEST_F(PublishTest, AnUploadThatBreaksOffLeavesNothing) {
         }
         return false;
     };
-    EXPECT_FALSE(client.Post(imagePath(id, 0), {{"Cookie", ada_}}, 1'000'000, provide,
-                             "multipart/form-data; boundary=b"));
+    EXPECT_FALSE(
+        client.Post(imagePath(id, 0), {{"Cookie", ada_}}, 1'000'000, provide, "multipart/form-data; boundary=b"));
     EXPECT_TRUE(wasThere);
     client.stop();
     for (int wait = 0; wait < 500 && mediaCount() > 0; ++wait)
@@ -248,8 +241,7 @@ TEST_F(PublishTest, TheOrderIsTheEditorsInWhateverOrderRequestsArrive) {
             const int old = existing - 1 - position / 3;
             wanted.push_back("old " + std::to_string(old));
             requests.emplace_back([this, position, &imageId = ids[static_cast<std::size_t>(old)]] {
-                return get("/article/image_update?id=" + imageId + "&value=" + std::to_string(position), ada_)
-                    .status;
+                return get("/article/image_update?id=" + imageId + "&value=" + std::to_string(position), ada_).status;
             });
         } else {
             wanted.push_back("new " + std::to_string(position));

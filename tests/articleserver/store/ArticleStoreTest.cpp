@@ -153,10 +153,10 @@ TEST_F(ArticleStoreTest, CommentPagesEndAtTheirCountOrSize) {
         std::vector<std::int64_t> ids;
         bool hasMore;
     };
-    for (const Case& tried : {Case{std::nullopt, 3, 1000, {8, 9, 10}, true},
-                              Case{8, 3, 1000, {5, 6, 7}, true}, Case{3, 3, 1000, {1, 2}, false},
-                              Case{4, 3, 1000, {1, 2, 3}, false}, Case{std::nullopt, 9, 9, {9, 10}, true},
-                              Case{std::nullopt, 9, 0, {10}, true}, Case{1, 9, 9, {}, false}}) {
+    for (const Case& tried :
+         {Case{std::nullopt, 3, 1000, {8, 9, 10}, true}, Case{8, 3, 1000, {5, 6, 7}, true},
+          Case{3, 3, 1000, {1, 2}, false}, Case{4, 3, 1000, {1, 2, 3}, false}, Case{std::nullopt, 9, 9, {9, 10}, true},
+          Case{std::nullopt, 9, 0, {10}, true}, Case{1, 9, 9, {}, false}}) {
         auto page = store_->comments({article, tried.before, tried.limit, tried.bytes});
         ASSERT_TRUE(page);
         std::vector<std::int64_t> ids;
@@ -169,8 +169,7 @@ TEST_F(ArticleStoreTest, CommentPagesEndAtTheirCountOrSize) {
 TEST_F(ArticleStoreTest, OnlyTheNewestNotificationsOfARecipientAreKept) {
     ImportedContent content;
     content.users = {{0, "Ada", "", ""}, {0, "Bo", "", ""}};
-    for (int count = 0; count < 1000; ++count)
-        content.notifications.push_back({0, 1, "", 0, count, "t", "", false});
+    for (int count = 0; count < 1000; ++count) content.notifications.push_back({0, 1, "", 0, count, "t", "", false});
     content.notifications.push_back({0, 0, "", 1, 7, "to Bo", "", false});
     ASSERT_TRUE(store_->importInto(content));
     auto id = store_->addNotification({0, 2, "", 1, 5, "newest", "", false});
@@ -181,8 +180,7 @@ TEST_F(ArticleStoreTest, OnlyTheNewestNotificationsOfARecipientAreKept) {
     EXPECT_EQ(page->notifications.front().id, *id);
     EXPECT_EQ(page->notifications.back().id, 2);
     EXPECT_EQ(store_->notifications(2, std::nullopt, 9)->notifications.size(), 1U);
-    EXPECT_EQ(store_->addNotification({0, 1, "", 99, 0, "t", "", false}).failure().fault,
-              ServerFault::notFound);
+    EXPECT_EQ(store_->addNotification({0, 1, "", 99, 0, "t", "", false}).failure().fault, ServerFault::notFound);
 }
 
 TEST_F(ArticleStoreTest, AFileOfTheFirstVersionGetsWhatCameLater) {

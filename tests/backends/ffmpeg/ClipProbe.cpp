@@ -35,8 +35,7 @@ Track openTrack(AVFormatContext& format, AVMediaType type) {
     track.decoder.reset(avcodec_alloc_context3(nullptr));
     avcodec_parameters_to_context(track.decoder.get(), track.stream->codecpar);
     track.decoder->pkt_timebase = track.stream->time_base;
-    if (avcodec_open2(track.decoder.get(), avcodec_find_decoder(track.stream->codecpar->codec_id), nullptr) <
-        0)
+    if (avcodec_open2(track.decoder.get(), avcodec_find_decoder(track.stream->codecpar->codec_id), nullptr) < 0)
         track.decoder = nullptr;
     return track;
 }
@@ -51,8 +50,7 @@ bool decode(Track& track, const AVPacket* packet, ProbedClip& clip) {
             continue;
         }
         if (clip.frames++ == 0)
-            clip.firstFrame =
-                static_cast<double>(frame->best_effort_timestamp) * av_q2d(track.stream->time_base);
+            clip.firstFrame = static_cast<double>(frame->best_effort_timestamp) * av_q2d(track.stream->time_base);
         clip.brightness.push_back(meanLuma(*frame));
     }
     return true;

@@ -44,8 +44,7 @@ public:
         // A full disk first takes the bytes that still fit.
         if (!isFull_ && fails(Call::write)) {
             isFull_ = true;
-            if (number_ == ENOSPC && count > 1)
-                return OutputFiles::write(descriptor, bytes, count / 2, offset);
+            if (number_ == ENOSPC && count > 1) return OutputFiles::write(descriptor, bytes, count / 2, offset);
         }
         errno = number_;
         return isFull_ ? -1 : OutputFiles::write(descriptor, bytes, count, offset);
@@ -114,9 +113,8 @@ protected:
         return outcome;
     }
     /// Exports with one preset and waits for the end; `started` gets the running session. Returns its final status.
-    AVAssetExportSessionStatus exportAs(
-        std::string_view preset, const std::string& from,
-        const std::function<void(AVAssetExportSession&)>& started = nullptr) const {
+    AVAssetExportSessionStatus exportAs(std::string_view preset, const std::string& from,
+                                        const std::function<void(AVAssetExportSession&)>& started = nullptr) const {
         AVAssetExportSession session(asset(from), std::string(preset));
         session.setOutputURL(NSURL::fileURLWithPath(out()));
         session.setOutputFileType(AVFileTypeMPEG4);
@@ -152,8 +150,8 @@ protected:
     }
     /// Lets `mayDo` watch the system calls of the following conversions; see WatchedFiles.
     static void watch(WatchedFiles::MayDo mayDo, bool hasUnnamed = true, int number = ENOSPC) {
-        MediaBackend::install(std::make_shared<FfmpegMediaBackend>(
-            std::make_shared<WatchedFiles>(std::move(mayDo), hasUnnamed, number)));
+        MediaBackend::install(
+            std::make_shared<FfmpegMediaBackend>(std::make_shared<WatchedFiles>(std::move(mayDo), hasUnnamed, number)));
     }
     std::string out(const std::string& name = "out.mp4") const { return folder.path(name); }
 

@@ -28,8 +28,8 @@ protected:
         backend = HeadlessBackend();
         number = 0;
         backend.onViolation = [this](const std::string& rule) { violations.push_back(rule); };
-        mount({Mutation::create(1, stateAt(0)), Mutation::create(2, stateAt(0)),
-               Mutation::create(3, stateAt(0)), Mutation::insert(1, 2, 0), Mutation::insert(2, 3, 0)});
+        mount({Mutation::create(1, stateAt(0)), Mutation::create(2, stateAt(0)), Mutation::create(3, stateAt(0)),
+               Mutation::insert(1, 2, 0), Mutation::insert(2, 3, 0)});
     }
     void mount(std::vector<Mutation> mutations) { backend.mount({++number, std::move(mutations)}); }
 
@@ -61,13 +61,11 @@ TEST_F(OracleTest, EveryBrokenRuleIsFound) {
         {"children have left before", {Mutation::remove(1, 2, 0), Mutation::destroy(2)}},
         {"inserted again or destroyed", {Mutation::remove(1, 2, 0)}},
         {"come first",
-         {Mutation::update(3, stateAt(1), changedFrameOrigin), Mutation::remove(2, 3, 0),
-          Mutation::destroy(3)}},
+         {Mutation::update(3, stateAt(1), changedFrameOrigin), Mutation::remove(2, 3, 0), Mutation::destroy(3)}},
         {"its frame is finite", {Mutation::update(3, stateAt(std::nan("")), changedFrameOrigin)}},
         {"a blur has a finite radius",
          {Mutation::update(3, stateWith(BlurContent{.radius = -1, .tint = {}}), changedContent)}},
-        {"frames come from an engine",
-         {Mutation::create(9, stateWith(PlayerContent{})), Mutation::insert(1, 9, 0)}},
+        {"frames come from an engine", {Mutation::create(9, stateWith(PlayerContent{})), Mutation::insert(1, 9, 0)}},
     };
     for (const auto& [rule, mutations] : cases) {
         begin();
@@ -104,8 +102,8 @@ TEST_F(OracleTest, OnlyVisibleTextIsRead) {
     const auto share = [](const ViewState& state) { return std::make_shared<const ViewState>(state); };
     HeadlessBackend tree;
     tree.mount({1,
-                {Mutation::create(1, share(window)), Mutation::create(2, share(clip)),
-                 Mutation::create(3, share(text)), Mutation::insert(1, 2, 0), Mutation::insert(2, 3, 0)}});
+                {Mutation::create(1, share(window)), Mutation::create(2, share(clip)), Mutation::create(3, share(text)),
+                 Mutation::insert(1, 2, 0), Mutation::insert(2, 3, 0)}});
     EXPECT_EQ(tree.absoluteFrame(3), (CGRect{10, 15, 10, 10}));
     EXPECT_EQ(tree.visibleTexts(), (std::vector<std::string>{"seen"}));
     EXPECT_EQ(tree.tagsWithText("seen"), (std::vector<ViewTag>{3}));

@@ -41,8 +41,7 @@ TEST(HeadlessText, SizesAreThoseOfTheLines) {
     }
     const std::string fox = "the quick brown fox";
     const CGFloat ownWidth = measurer.singleLineWidth(fox, UIFont::system(13.7));
-    EXPECT_EQ(measurer.measure(fox, UIFont::system(13.7), ownWidth).lineCount, 1)
-        << "a text fits its own width";
+    EXPECT_EQ(measurer.measure(fox, UIFont::system(13.7), ownWidth).lineCount, 1) << "a text fits its own width";
 }
 
 }  // namespace

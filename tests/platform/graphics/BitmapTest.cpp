@@ -14,8 +14,7 @@ std::shared_ptr<CGImage> filled(int width, int height, Pixel value) {
 constexpr Pixel red{255, 0, 0, 255}, blue{0, 0, 255, 255}, clear{0, 0, 0, 0};
 
 TEST(BitmapTest, SizesWithoutAreaOrBeyondTheLimitAreRefused) {
-    for (const auto& [width, height] :
-         {std::pair{0, 5}, {5, 0}, {-1, 5}, {65501, 1}, {1, 65501}, {20000, 20000}})
+    for (const auto& [width, height] : {std::pair{0, 5}, {5, 0}, {-1, 5}, {65501, 1}, {1, 65501}, {20000, 20000}})
         EXPECT_EQ(CGImage::make(width, height), nullptr) << width << " by " << height;
     EXPECT_NE(CGImage::make(65500, 1), nullptr);
 }

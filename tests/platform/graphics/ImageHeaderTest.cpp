@@ -16,13 +16,11 @@ std::string little24(unsigned v) { return little16(v & 0xFFFF) + static_cast<cha
 std::string little32(unsigned v) { return little16(v & 0xFFFF) + little16(v >> 16); }
 
 std::string png(unsigned width, unsigned height) {
-    return "\x89PNG\r\n\x1A\n" + big32(13) + "IHDR" + big32(width) + big32(height) +
-           std::string("\x08\x06\0\0\0", 5);
+    return "\x89PNG\r\n\x1A\n" + big32(13) + "IHDR" + big32(width) + big32(height) + std::string("\x08\x06\0\0\0", 5);
 }
 
 std::string segment(unsigned char marker, const std::string& body) {
-    return std::string("\xFF") + static_cast<char>(marker) + big16(static_cast<unsigned>(body.size() + 2)) +
-           body;
+    return std::string("\xFF") + static_cast<char>(marker) + big16(static_cast<unsigned>(body.size() + 2)) + body;
 }
 
 std::string frame(unsigned char marker, unsigned width, unsigned height) {
@@ -32,8 +30,8 @@ std::string frame(unsigned char marker, unsigned width, unsigned height) {
 std::string exif(unsigned orientation, bool little, unsigned type = 3) {
     const auto s = [&](unsigned v) { return little ? little16(v) : big16(v); };
     const auto l = [&](unsigned v) { return little ? little32(v) : big32(v); };
-    return segment(0xE1, std::string("Exif\0\0", 6) + (little ? "II" : "MM") + s(42) + l(8) + s(2) + s(271) +
-                             s(2) + l(1) + l(0) + s(274) + s(type) + l(1) + s(orientation) + s(0) + l(0));
+    return segment(0xE1, std::string("Exif\0\0", 6) + (little ? "II" : "MM") + s(42) + l(8) + s(2) + s(271) + s(2) +
+                             l(1) + l(0) + s(274) + s(type) + l(1) + s(orientation) + s(0) + l(0));
 }
 
 std::string jpeg(const std::string& segments) { return "\xFF\xD8" + segments + "\xFF\xDA"; }
@@ -92,8 +90,7 @@ TEST(ImageHeader, ReadsFormatSizeAndOrientation) {
         // A file that is cut before the end of its size is no picture, and is never read beyond its end.
         bool wasRead = true;
         for (std::size_t length = bytes.size(); length-- > 0;) {
-            const bool isRead =
-                ImageHeader::read(Data::copy(std::string_view(bytes).substr(0, length))).has_value();
+            const bool isRead = ImageHeader::read(Data::copy(std::string_view(bytes).substr(0, length))).has_value();
             EXPECT_TRUE(wasRead || !isRead) << what << ", " << length << " bytes";
             wasRead = isRead;
         }
@@ -104,8 +101,7 @@ TEST(ImageHeader, ReadsFormatSizeAndOrientation) {
 TEST(ImageHeader, CountsTheBytesThatADecoderKeepsOfAJpegInSeveralScans) {
     // Three components, of which the first has twice the resolution in both directions.
     const auto threeComponents = [](unsigned char marker) {
-        return segment(marker, "\x08" + big16(16) + big16(33) +
-                                   std::string("\x03\x01\x22\0\x02\x11\1\x03\x11\1", 10));
+        return segment(marker, "\x08" + big16(16) + big16(33) + std::string("\x03\x01\x22\0\x02\x11\1\x03\x11\1", 10));
     };
     const std::string tables = segment(0xC4, "tables");
     const std::string all("\xFF\xDA\0\x0C\x03\x01\0\x02\x11\x03\x11\0\x3F\0", 14),
@@ -152,12 +148,10 @@ TEST(ImageHeader, RandomDamageIsHarmless) {
     const auto seed = std::random_device{}();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
-    const std::string files[] = {png(9, 9), jpeg(exif(6, true) + frame(0xC0, 9, 9)), vp8(9, 9), vp8l(9, 9),
-                                 vp8x(9, 9)};
+    const std::string files[] = {png(9, 9), jpeg(exif(6, true) + frame(0xC0, 9, 9)), vp8(9, 9), vp8l(9, 9), vp8x(9, 9)};
     for (int i = 0; i < 20000; ++i) {
         std::string bytes = files[random() % std::size(files)];
-        for (unsigned k = random() % 4; k-- > 0;)
-            bytes[random() % bytes.size()] = static_cast<char>(random());
+        for (unsigned k = random() % 4; k-- > 0;) bytes[random() % bytes.size()] = static_cast<char>(random());
         bytes.resize(random() % (bytes.size() + 1));
         const auto header = ImageHeader::read(Data::copy(bytes));
         if (!header) continue;
@@ -191,9 +185,9 @@ TEST(ImageFiles, AFileAndItsNeighboursAreOnePicture) {
 
 TEST(Symbols, AllAreDrawnWithinTheirSquare) {
     for (const char* name :
-         {"chevron.right", "chevron.left", "chevron.down", "checkmark", "info.circle", "plus",
-          "square.and.arrow.up", "xmark", "trash", "pencil", "link", "safari", "envelope",
-          "person.crop.circle", "arrow.clockwise", "ellipsis", "exclamationmark.circle", "doc.on.doc"}) {
+         {"chevron.right", "chevron.left", "chevron.down", "checkmark", "info.circle", "plus", "square.and.arrow.up",
+          "xmark", "trash", "pencil", "link", "safari", "envelope", "person.crop.circle", "arrow.clockwise", "ellipsis",
+          "exclamationmark.circle", "doc.on.doc"}) {
         const auto image = UIImage::systemImageNamed(name);
         ASSERT_TRUE(image && image->isSymbol()) << name;
         EXPECT_EQ(UIImage::systemImageNamed(name), image) << name;
@@ -225,10 +219,8 @@ TEST(Path, AnArcStaysOnItsCircle) {
     CGPoint start = path.elements.front().p1;
     for (const auto& [verb, p1, p2, end] : path.elements) {
         if (verb != Path::Verb::cubicTo) continue;
-        const CGPoint middle{(start.x + 3 * p1.x + 3 * p2.x + end.x) / 8,
-                             (start.y + 3 * p1.y + 3 * p2.y + end.y) / 8};
-        for (const CGPoint point : {middle, end})
-            EXPECT_NEAR(std::hypot(point.x - 10, point.y - 10), 5, 0.01);
+        const CGPoint middle{(start.x + 3 * p1.x + 3 * p2.x + end.x) / 8, (start.y + 3 * p1.y + 3 * p2.y + end.y) / 8};
+        for (const CGPoint point : {middle, end}) EXPECT_NEAR(std::hypot(point.x - 10, point.y - 10), 5, 0.01);
         start = end;
     }
 }

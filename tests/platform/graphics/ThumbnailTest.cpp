@@ -9,8 +9,7 @@ namespace ostrel {
 namespace {
 
 void expectNear(const Pixel& seen, const Pixel& wanted, int tolerance, const std::string& where) {
-    for (std::size_t i = 0; i < 4; ++i)
-        EXPECT_NEAR(seen[i], wanted[i], tolerance) << where << ", channel " << i;
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(seen[i], wanted[i], tolerance) << where << ", channel " << i;
 }
 
 /// Red at the upper left, green at the upper right, blue at the lower left, grey at the lower right.
@@ -31,13 +30,11 @@ Data withOrientation(const Data& jpeg, char orientation) {
 
 TEST(Thumbnail, IsTheMiddleOfThePictureAtEverySize) {
     // The thumbnail must not contain the dark frame beside (or above and below) the middle square.
-    for (const auto& [width, height] :
-         {std::pair{900, 300}, {300, 900}, {301, 300}, {640, 480}, {4000, 3000}}) {
+    for (const auto& [width, height] : {std::pair{900, 300}, {300, 900}, {301, 300}, {640, 480}, {4000, 3000}}) {
         const int square = std::min(width, height), left = (width - square) / 2, top = (height - square) / 2;
         const auto picture = draw(width, height, [&](int x, int y) {
             const bool isInside = x >= left && x < left + square && y >= top && y < top + square;
-            return isInside ? quarters(x >= left + square / 2, y >= top + square / 2)
-                            : std::array{0, 0, 0, 255};
+            return isInside ? quarters(x >= left + square / 2, y >= top + square / 2) : std::array{0, 0, 0, 255};
         });
         for (const Data& data : {picture->jpeg(0.95), picture->png()}) {
             for (const int side : {1, 97, 240, 5000}) {
@@ -64,8 +61,7 @@ TEST(Thumbnail, EveryPixelCountsByItsArea) {
     for (const int side : {10, 5, 1}) {
         const auto small = squareThumbnail(*picture, {}, side);
         for (int y = 0; y < side; ++y) {
-            for (int x = 0; x < side; ++x)
-                expectNear(at(*small, x, y), {10, 10, 10, 10}, 0, std::to_string(side));
+            for (int x = 0; x < side; ++x) expectNear(at(*small, x, y), {10, 10, 10, 10}, 0, std::to_string(side));
         }
     }
     // Sizes that do not divide each other keep the average.
@@ -77,9 +73,8 @@ TEST(Thumbnail, EveryPixelCountsByItsArea) {
 TEST(Thumbnail, AndTheWholePictureAreUprightAsOrientationAndTransformSay) {
     // Which stored corner is seen at the upper left and at the upper right: 0 to 3 in reading order.
     const std::tuple<char, CGAffineTransform, int, int> cases[] = {
-        {1, {1, 0, 0, 1}, 0, 1},   {2, {-1, 0, 0, 1}, 1, 0}, {3, {-1, 0, 0, -1}, 3, 2},
-        {4, {1, 0, 0, -1}, 2, 3},  {5, {0, 1, 1, 0}, 0, 2},  {6, {0, 1, -1, 0}, 2, 0},
-        {7, {0, -1, -1, 0}, 3, 1}, {8, {0, -1, 1, 0}, 1, 3}};
+        {1, {1, 0, 0, 1}, 0, 1}, {2, {-1, 0, 0, 1}, 1, 0}, {3, {-1, 0, 0, -1}, 3, 2}, {4, {1, 0, 0, -1}, 2, 3},
+        {5, {0, 1, 1, 0}, 0, 2}, {6, {0, 1, -1, 0}, 2, 0}, {7, {0, -1, -1, 0}, 3, 1}, {8, {0, -1, 1, 0}, 1, 3}};
     const auto picture = draw(90, 60, [](int x, int y) { return quarters(x >= 45, y >= 30); });
     const Data jpeg = picture->jpeg(0.95);
     for (const auto& [orientation, transform, upperLeft, upperRight] : cases) {
@@ -100,9 +95,7 @@ TEST(Thumbnail, AndTheWholePictureAreUprightAsOrientationAndTransformSay) {
 }
 
 TEST(Thumbnail, UnusablePicturesGetASentence) {
-    const auto picture = draw(64, 64, [](int x, int y) {
-        return std::array{x * 3, y * 3, (x * y) % 255, 255};
-    });
+    const auto picture = draw(64, 64, [](int x, int y) { return std::array{x * 3, y * 3, (x * y) % 255, 255}; });
     const std::string png(picture->png().view()), jpeg(picture->jpeg(0.9).view());
     std::string hugePng = png, hugeJpeg = jpeg;
     hugePng.replace(16, 8, std::string("\0\0\x4E\x20\0\0\x4E\x20", 8));  // 20,000 by 20,000
@@ -137,11 +130,7 @@ TEST(Thumbnail, UnusablePicturesGetASentence) {
 TEST(Thumbnail, OtherFormatsAreAskedOfTheInstalledDecoder) {
     const Data gif = Data::copy(std::string_view("GIF89a\4\0\2\0\0\0\0", 13));
     installImageDecoder([](const Data& data) {
-        return data.view().starts_with("GIF") ? draw(4, 2,
-                                                     [](int, int) {
-                                                         return std::array{1, 2, 3, 255};
-                                                     })
-                                              : nullptr;
+        return data.view().starts_with("GIF") ? draw(4, 2, [](int, int) { return std::array{1, 2, 3, 255}; }) : nullptr;
     });
     const auto small = squareThumbnail(gif, 8);
     const auto image = UIImage::imageWithData(gif);

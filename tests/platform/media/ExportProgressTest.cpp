@@ -19,8 +19,7 @@ TEST(ExportProgress, AnExportIsWorkInProgressUntilItEnds) {
         session.setOutputURL(NSURL::fileURLWithPath("/out.mp4"));
         session.setOutputFileType(AVFileTypeMPEG4);
         bool wasListedAtEnd = false;
-        session.exportAsynchronouslyWithCompletionHandler(
-            [&] { wasListedAtEnd = !NSProgress::published().empty(); });
+        session.exportAsynchronouslyWithCompletionHandler([&] { wasListedAtEnd = !NSProgress::published().empty(); });
         ASSERT_EQ(NSProgress::published().size(), 1u);
         const auto work = NSProgress::published().front();
         EXPECT_EQ(work->localizedDescription(), "Converting \"film.mov\"");

@@ -45,8 +45,8 @@ TEST_F(MediaLibraryTest, GivesFilesOfTheWantedKindsNewestFirst) {
     files::create_directory(folder.path("folder.jpg"));
     files::create_directory_symlink(folder.path(), folder.path("deep/loop"));
     files::create_symlink(folder.path("gone"), folder.path("broken.jpg"));
-    const std::vector<std::string> pictures{"deep/er/new.png", "odd \"name\" 100% 🎈.webp", "old.JPG",
-                                            "same-a.gif", "same-b.gif"};
+    const std::vector<std::string> pictures{"deep/er/new.png", "odd \"name\" 100% 🎈.webp", "old.JPG", "same-a.gif",
+                                            "same-b.gif"};
     EXPECT_EQ(names(search(true, false)), pictures);
     EXPECT_EQ(names(search(false, true)), std::vector<std::string>{"clip.MOV"});
     const auto both = search(true, true);

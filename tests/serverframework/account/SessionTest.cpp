@@ -145,8 +145,7 @@ TEST_F(SessionTest, theSessionIsRestoredFromTheStore) {
 
     server_.on("/account/me", [](const Request& request) {
         const bool known = header(request, "cookie") == "ostrel_session=secret";
-        return answer(known ? R"({"success":true,"user":{"id":7,"name":"Ada"}})"
-                            : R"({"success":true,"user":null})");
+        return answer(known ? R"({"success":true,"user":{"id":7,"name":"Ada"}})" : R"({"success":true,"user":null})");
     });
     start({}, store);
     EXPECT_FALSE(client().currentUser());
@@ -166,9 +165,9 @@ TEST_F(SessionTest, theSessionIsRestoredFromTheStore) {
 
 TEST_F(SessionTest, aDamagedStoreOrOneOfAnotherServerIsNoSession) {
     const std::string cookie = "\t/\tFALSE\t0\tostrel_session\tx";
-    for (const std::string& text : {std::string(), std::string("garbage"), std::string("\n\n\n"),
-                                    "http://127.0.0.1:1\n127.0.0.1\tFALSE" + cookie,
-                                    server_.address() + "\nevil.example\tTRUE" + cookie + "\nshort\tline"}) {
+    for (const std::string& text :
+         {std::string(), std::string("garbage"), std::string("\n\n\n"), "http://127.0.0.1:1\n127.0.0.1\tFALSE" + cookie,
+          server_.address() + "\nevil.example\tTRUE" + cookie + "\nshort\tline"}) {
         const auto store = std::make_shared<MemorySessionStore>();
         store->save(text);
         start({}, store);

@@ -24,8 +24,7 @@ TEST_F(AnswerTest, everyFaultHasItsErrorAndKeepsWhatArrived) {
 
     const Case cases[] = {
         {"whole", answer("{\"success\":true}"), "{\"success\":true}", nullptr},
-        {"chunked",
-         raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\n{\"a\r\n4\r\n\":1}\r\n0\r\n\r\n"),
+        {"chunked", raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\n{\"a\r\n4\r\n\":1}\r\n0\r\n\r\n"),
          "{\"a\":1}", nullptr},
         {"until closed", raw("HTTP/1.0 200 OK\r\n\r\n{}"), "{}", nullptr},
         {"empty", answer(""), "", nullptr},
@@ -34,10 +33,8 @@ TEST_F(AnswerTest, everyFaultHasItsErrorAndKeepsWhatArrived) {
         {"refused without a sentence", answer("<html>", 500), "<html>", "HTTP 500 Reason"},
         {"refused without a body", answer("", 404), nullptr, "HTTP 404 Reason"},
         {"refused without a reason", raw("HTTP/1.1 503\r\n\r\n"), nullptr, "HTTP 503"},
-        {"cut", cut(4, answer("{\"success\":true}")), "{\"success\":t",
-         "The answer of the server was cut short."},
-        {"cut head", raw("HTTP/1.1 200 OK\r\nContent-Le"), nullptr,
-         "The answer of the server was cut short."},
+        {"cut", cut(4, answer("{\"success\":true}")), "{\"success\":t", "The answer of the server was cut short."},
+        {"cut head", raw("HTTP/1.1 200 OK\r\nContent-Le"), nullptr, "The answer of the server was cut short."},
         {"cut chunk", raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n9\r\n{\"a"), "{\"a",
          "The answer of the server was cut short."},
         {"bad chunk", raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\n{}\r\nzz\r\n"), "{}",
@@ -127,8 +124,7 @@ TEST_F(AnswerTest, theTextBringsItsResultAndItsJson) {
     page.back() = ']';
     page += '}';
     server_.on("/page", answer(page));
-    server_.on("/deep",
-               answer("{\"results\":" + std::string(100'000, '[') + std::string(100'000, ']') + "}"));
+    server_.on("/deep", answer("{\"results\":" + std::string(100'000, '[') + std::string(100'000, ']') + "}"));
     std::optional<AnswerText> kept, deep;
     client().request("/page", [&](const auto& text, const auto&) { kept = text; });
     client().request("/deep", [&](const auto& text, const auto& error) {

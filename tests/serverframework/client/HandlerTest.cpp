@@ -45,8 +45,7 @@ TEST_F(HandlerTest, runsExactlyOnceWhateverHappens) {
             switch (kind) {
             case 0:
                 transfers.push_back(client().postManyDataURL(
-                    path, {{"image.jpg", Data::copy("bytes")}, {"text", std::string("t")}}, ended,
-                    [](double) {}));
+                    path, {{"image.jpg", Data::copy("bytes")}, {"text", std::string("t")}}, ended, [](double) {}));
                 break;
             case 1: client().loadUserFace(i % 2 ? "1" : "none", ended); break;
             case 2: framework().requestManager().request(server_.address() + path, ended); break;

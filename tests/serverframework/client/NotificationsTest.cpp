@@ -13,9 +13,7 @@ protected:
     };
     Loaded load(const std::optional<std::string>& next = std::nullopt, bool signsOut = false) {
         std::optional<Loaded> loaded;
-        framework().loadNotifications(next, [&](const auto& page, const auto& error) {
-            loaded = Loaded{page, error};
-        });
+        framework().loadNotifications(next, [&](const auto& page, const auto& error) { loaded = Loaded{page, error}; });
         if (signsOut) framework().signOut();
         EXPECT_FALSE(loaded) << "called before the call returned";
         EXPECT_TRUE(runUntil([&] { return loaded.has_value(); }));

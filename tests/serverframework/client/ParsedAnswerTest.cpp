@@ -19,8 +19,8 @@ struct Fields {
 
 TEST(ParsedAnswer, readsFieldsAndToleratesOtherTypes) {
     const Fields cases[] = {
-        {R"({"success":true,"error":null,"result":"12","results":[{"id":1},{"id":2}],"more":"/a?before=1"})",
-         nullptr, true, "12", 2, "/a?before=1"},
+        {R"({"success":true,"error":null,"result":"12","results":[{"id":1},{"id":2}],"more":"/a?before=1"})", nullptr,
+         true, "12", 2, "/a?before=1"},
         {R"({"success":false,"error":"Not yours."})", "Not yours.", false, "", 0, nullptr},
         {R"({})", nullptr, false, "", 0, nullptr},
         {R"({"success":true,"error":{"code":4}})", R"({"code":4})", true, "", 0, nullptr},
@@ -66,8 +66,7 @@ TEST(ParsedAnswer, saysThatAnAnswerCannotBeRead) {
         EXPECT_FALSE(result->isReadable()) << text.substr(0, 40);
         EXPECT_FALSE(result->success()) << text.substr(0, 40);
         EXPECT_TRUE(result->resultsArray().empty()) << text.substr(0, 40);
-        EXPECT_EQ(result->errString().value_or("").rfind("The answer cannot be read: ", 0), 0u)
-            << text.substr(0, 40);
+        EXPECT_EQ(result->errString().value_or("").rfind("The answer cannot be read: ", 0), 0u) << text.substr(0, 40);
     }
 }
 

@@ -68,8 +68,7 @@ TEST_F(UploadTest, aLargeFileArrivesByteByByteWithoutBeingReadIntoMemory) {
     const std::string boundary = type.substr(30);
     const std::size_t begin = request.bodyBegin.find("\r\n\r\n", request.bodyBegin.find("video.mp4")) + 4;
     const std::string head = request.bodyBegin.substr(0, begin);
-    EXPECT_NE(head.find("name=\"video.mp4\"; filename=\"video.mp4\"\r\nContent-Type: video/mp4\r\n"),
-              std::string::npos)
+    EXPECT_NE(head.find("name=\"video.mp4\"; filename=\"video.mp4\"\r\nContent-Type: video/mp4\r\n"), std::string::npos)
         << head;
     const std::string tail = "\r\n--" + boundary + "--\r\n";
     EXPECT_EQ(request.bodyBytes, head.size() + size + tail.size());
@@ -130,8 +129,8 @@ TEST_F(UploadTest, everyFaultEndsItWithAnError) {
     for (const auto& fault : faults) {
         server_.on("/upload", fault.script);
         std::atomic<double> last{0};
-        const Texts texts = upload({{"image.jpg", Data::copy(std::string(400'000, 'x'))}},
-                                   [&](double fraction) { last = fraction; });
+        const Texts texts =
+            upload({{"image.jpg", Data::copy(std::string(400'000, 'x'))}}, [&](double fraction) { last = fraction; });
         EXPECT_TRUE(texts.error) << fault.name;
         EXPECT_EQ(last == 1, fault.arrives) << fault.name;
         EXPECT_TRUE(NSProgress::published().empty()) << fault.name;
@@ -153,8 +152,8 @@ TEST_F(UploadTest, whatWaitsIsNotMadeYetAndAnotherUserNeverSendsIt) {
             return Data::copy(std::string(300'000, 'x'));
         });
         transfers.push_back(client().postManyDataURL(
-            "upload", {{"image.jpg", file}},
-            [&](const auto&, const auto& error) { cancelled += error == "cancelled"; }, nullptr));
+            "upload", {{"image.jpg", file}}, [&](const auto&, const auto& error) { cancelled += error == "cancelled"; },
+            nullptr));
     }
     ASSERT_TRUE(runUntil([&] { return server_.requestCount("/upload") == lanes; }));
     EXPECT_EQ(made, lanes);

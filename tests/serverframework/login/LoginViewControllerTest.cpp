@@ -35,10 +35,10 @@ class LoginTest : public testing::Test {
 protected:
     LoginTest() {
         window_->setRootViewController(root_);
-        login_ = make<LoginViewController>(service_, [this](bool succeeded, const auto& user,
-                                                            const std::string& message) {
-            ends_.push_back((succeeded ? "in " : "out ") + (user ? user->name : "nobody") + ": " + message);
-        });
+        login_ =
+            make<LoginViewController>(service_, [this](bool succeeded, const auto& user, const std::string& message) {
+                ends_.push_back((succeeded ? "in " : "out ") + (user ? user->name : "nobody") + ": " + message);
+            });
         root_->presentViewController(make<UINavigationController>(login_), true);
         platform_.advance(1);
         view_ = std::dynamic_pointer_cast<LoginView>(login_->view());
@@ -53,10 +53,9 @@ protected:
         platform_.advance(0.1);
     }
     void choose(LoginView::Mode mode) {
-        const CGRect segments =
-            view_->modeControl()->convertRectToView(view_->modeControl()->bounds(), nullptr);
-        platform_.tap({segments.midX() + (mode == LoginView::Mode::signIn ? -1 : 1) * segments.width() / 4,
-                       segments.midY()});
+        const CGRect segments = view_->modeControl()->convertRectToView(view_->modeControl()->bounds(), nullptr);
+        platform_.tap(
+            {segments.midX() + (mode == LoginView::Mode::signIn ? -1 : 1) * segments.width() / 4, segments.midY()});
     }
     void fill(const std::string& name, const std::string& password) {
         type(view_->nameField(), name);
@@ -109,12 +108,9 @@ TEST_F(LoginTest, whatIsWrongIsToldBeforeTheServerIsAsked) {
         std::string error;
         bool nameIsWrong = false;
     } cases[] = {
-        {Mode::signIn, "", "", "Enter your name.", true},
-        {Mode::signIn, "   ", "password", "Enter your name.", true},
-        {Mode::signIn, "Ada", "", "Enter your password."},
-        {Mode::createAccount, "Ada", "", "Enter your password."},
-        {Mode::createAccount, "Ada", "1234567", tooShort},
-        {Mode::createAccount, "Ada", "ééééééé", tooShort},
+        {Mode::signIn, "", "", "Enter your name.", true},  {Mode::signIn, "   ", "password", "Enter your name.", true},
+        {Mode::signIn, "Ada", "", "Enter your password."}, {Mode::createAccount, "Ada", "", "Enter your password."},
+        {Mode::createAccount, "Ada", "1234567", tooShort}, {Mode::createAccount, "Ada", "ééééééé", tooShort},
     };
     for (const auto& one : cases) {
         choose(one.mode);
@@ -201,8 +197,8 @@ TEST(LoginLayout, isOneColumnWithoutOverlapsAtEverySize) {
                 y = frame.maxY();
             }
             EXPECT_GT(layout.contentHeight, y);
-            for (const CGRect& frame : {layout.nameTitle, layout.nameField, layout.separator,
-                                        layout.passwordTitle, layout.passwordField}) {
+            for (const CGRect& frame :
+                 {layout.nameTitle, layout.nameField, layout.separator, layout.passwordTitle, layout.passwordField}) {
                 EXPECT_LE(frame.maxX(), layout.card.width());
                 EXPECT_LE(frame.maxY(), layout.card.height());
             }

@@ -39,9 +39,9 @@ protected:
     VirtualTime time_;
     std::vector<Asked> asked_;
     std::vector<std::string> tags_;
-    std::shared_ptr<FaceLoader> loader_ = std::make_shared<FaceLoader>(
-        FaceLoader::Limits{},
-        [this](const std::string& userId, const std::string& tag, std::function<void(HttpAnswer)> done) {
+    std::shared_ptr<FaceLoader> loader_ =
+        std::make_shared<FaceLoader>(FaceLoader::Limits{}, [this](const std::string& userId, const std::string& tag,
+                                                                  std::function<void(HttpAnswer)> done) {
             asked_.push_back({userId, tag, std::move(done)});
         });
 };

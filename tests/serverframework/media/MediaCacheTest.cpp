@@ -19,8 +19,8 @@ protected:
     Medium fetchAddress(const std::string& address) {
         Medium medium;
         bool isDone = false;
-        const Data atOnce = framework().requestManager().request(
-            address, [&](const Data& data, bool loaded, const auto& error) {
+        const Data atOnce =
+            framework().requestManager().request(address, [&](const Data& data, bool loaded, const auto& error) {
                 EXPECT_FALSE(isDone) << "called twice";
                 isDone = true;
                 if (loaded) medium.data = data.view();
@@ -68,8 +68,7 @@ TEST_F(MediaCacheTest, aFreshMediumOutlivesTheProcessAndAsksNobody) {
     EXPECT_EQ(shown("/small"), "none/small/none");
     EXPECT_TRUE(shown("/large") == "none/" + large + "/none");
     EXPECT_TRUE(shown("/huge") == "none/" + huge + "/none");
-    EXPECT_TRUE(shown("/huge") == huge + "/" + huge + "/none")
-        << "there at once while it is still being written";
+    EXPECT_TRUE(shown("/huge") == huge + "/" + huge + "/none") << "there at once while it is still being written";
     restart();
     EXPECT_EQ(shown("/small"), "small/small/none");
     EXPECT_TRUE(shown("/large") == large + "/" + large + "/none");
@@ -157,8 +156,7 @@ TEST_F(MediaCacheTest, badAnswersEndWithAnErrorAndLeaveNothing) {
         const char* error;
     } cases[] = {
         {endless, "The answer is larger than 2000000 bytes."},
-        {hanging("HTTP/1.1 200 OK\r\nContent-Length: 900000\r\n\r\n" + half),
-         "The server stopped answering."},
+        {hanging("HTTP/1.1 200 OK\r\nContent-Length: 900000\r\n\r\n" + half), "The server stopped answering."},
         {cut(300'000, answer(half + half)), "The answer of the server was cut short."},
         {refusal, "HTTP 404 Not Found"},
         {Answer{}, "The server closed the connection without an answer."},

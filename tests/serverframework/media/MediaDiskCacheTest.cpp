@@ -32,9 +32,7 @@ protected:
     static constexpr const char* url = "http://one.example/a.jpg";
 
     MediaDiskCache open(MediaDiskCache::Limits limits = {}) const { return {folder_.path("media"), limits}; }
-    std::string file(const std::string& of = url) const {
-        return folder_.path("media/") + MediumFile::nameFor(of);
-    }
+    std::string file(const std::string& of = url) const { return folder_.path("media/") + MediumFile::nameFor(of); }
     static void keep(MediaDiskCache& cache, const std::string& bytes, const std::string& of = url) {
         MediumFacts facts;
         facts.entityTag = "\"tag\"";
@@ -89,8 +87,7 @@ TEST_F(MediaDiskCacheTest, damageIsNoticedWhereverItIsAndTheFileDropped) {
     auto cache = open();
     keep(cache, bytesOf(2, 1000));
     const std::string whole = folder_.read("media/" + MediumFile::nameFor(url));
-    std::vector<std::string> damaged = {"", "x", whole + "x", whole.substr(1),
-                                        std::string(whole.size(), '\0')};
+    std::vector<std::string> damaged = {"", "x", whole + "x", whole.substr(1), std::string(whole.size(), '\0')};
     for (std::size_t at = 0; at < whole.size(); at += at < 980 ? 97 : 1) {
         damaged.push_back(whole.substr(0, at));
         damaged.push_back(whole);
@@ -119,8 +116,7 @@ TEST_F(MediaDiskCacheTest, damageIsNoticedWhereverItIsAndTheFileDropped) {
     fs::create_directory(file());
     EXPECT_FALSE(open().find(url, Checking::all).medium);
     keep(cache, "new");
-    EXPECT_FALSE(open().find(url, Checking::all).medium)
-        << "a folder is in its place, and nothing else went wrong";
+    EXPECT_FALSE(open().find(url, Checking::all).medium) << "a folder is in its place, and nothing else went wrong";
     EXPECT_EQ(filesWith(".part"), 0u);
 }
 
@@ -139,8 +135,7 @@ TEST_F(MediaDiskCacheTest, theBoundHoldsAndWhatWasUsedLongestAgoGoesFirst) {
     EXPECT_FALSE(cache.find(address(1), Checking::all).medium);
 
     keep(cache, bytesOf(1, 600'000), "http://one.example/giant");
-    EXPECT_FALSE(cache.find("http://one.example/giant", Checking::all).medium)
-        << "it would push out everything";
+    EXPECT_FALSE(cache.find("http://one.example/giant", Checking::all).medium) << "it would push out everything";
 
     limits.maximumBytes = 100'000;
     auto smaller = open(limits);
@@ -271,13 +266,12 @@ TEST_F(MediaDiskCacheTest, aBodyGoesOnInMemoryWhenItsFileCannotGrow) {
         MediumBody body(limits, [&] { return cache.newFile(); });
         bool arrives = true;
         for (std::size_t at = 0; arrives && at < one.size; at += 16'384)
-            arrives = body.write(
-                std::string_view(bytes).substr(at % 900'000, std::min<std::size_t>(16'384, one.size - at)));
+            arrives =
+                body.write(std::string_view(bytes).substr(at % 900'000, std::min<std::size_t>(16'384, one.size - at)));
         EXPECT_EQ(arrives, one.arrives) << one.disk << " " << one.size;
         if (arrives) {
             const Data data = body.finish();
-            EXPECT_TRUE(data.view() == std::string_view(bytes).substr(0, one.size))
-                << one.disk << " " << one.size;
+            EXPECT_TRUE(data.view() == std::string_view(bytes).substr(0, one.size)) << one.disk << " " << one.size;
             EXPECT_EQ(!data.filePath().empty(), one.isInFile);
         } else {
             EXPECT_EQ(body.failure(), "There is no room on the disk for the medium.");

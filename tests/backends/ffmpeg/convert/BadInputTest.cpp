@@ -62,9 +62,8 @@ TEST_F(BadInputTest, AClipCutShortAtEveryTenthGivesAnErrorOrNoQuality) {
         const std::string whole = contentOf(ClipMaker::shared().make(c.name, c.arguments));
         for (int tenths = 0; tenths < 10; ++tenths) {
             SCOPED_TRACE(tenths);
-            const std::string cut =
-                folder.write(std::string("cut-") + c.name,
-                             whole.substr(0, whole.size() / 10 * static_cast<std::size_t>(tenths)));
+            const std::string cut = folder.write(std::string("cut-") + c.name,
+                                                 whole.substr(0, whole.size() / 10 * static_cast<std::size_t>(tenths)));
             const bool opens = asset(cut) && !asset(cut)->file()->exportPresets().empty();
             EXPECT_TRUE(!opens || c.end == End::error);
             EXPECT_TRUE(opens || c.end == End::noQuality || tenths < 3);
@@ -155,9 +154,9 @@ TEST_F(BadInputTest, ADeletedSourceIsConvertedToItsEndAndAChangedOneIsRefused) {
 
 TEST_F(BadInputTest, EveryWriteThatFailsInItsTurnLeavesWhatWasThere) {
     // Noise, so that a small and short clip becomes large enough for several writes.
-    const std::string clip = ClipMaker::shared().plain(
-        "failing.mov", "320x180", 0.7,
-        "-vf noise=alls=80:allf=t -c:v libx264 -preset ultrafast -pix_fmt yuv420p -c:a aac");
+    const std::string clip =
+        ClipMaker::shared().plain("failing.mov", "320x180", 0.7,
+                                  "-vf noise=alls=80:allf=t -c:v libx264 -preset ultrafast -pix_fmt yuv420p -c:a aac");
     for (const auto& [hasUnnamed, number] : {std::pair{true, ENOSPC}, {false, EIO}}) {
         bool hasSucceeded = false;
         int failures = 0;

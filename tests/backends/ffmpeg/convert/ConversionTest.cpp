@@ -43,8 +43,7 @@ TEST_F(RealConversionTest, ProgressIsWithinFivePointsOfTheWorkDoneAndTheFileAppe
             EXPECT_EQ(content, "what was there");
         }
     };
-    ASSERT_EQ(exportAs(AVAssetExportPresetMediumQuality, longClip(), watch),
-              AVAssetExportSessionStatus::completed);
+    ASSERT_EQ(exportAs(AVAssetExportPresetMediumQuality, longClip(), watch), AVAssetExportSessionStatus::completed);
     const double total = spent() - before;
     EXPECT_TRUE(probeClip(out()));
     EXPECT_EQ(filesIn(folder.path()), onlyTheResult);
@@ -71,9 +70,8 @@ TEST_F(RealConversionTest, ACancelAtAnyStageLeavesWhatWasThere) {
         Status status;
     };
     // The file is given its name after it was synchronised: a cancel is too late by then.
-    for (const Case& c :
-         {Case{0, {}, Status::cancelled}, Case{0.1F, {}, Status::cancelled},
-          Case{0, Call::write, Status::cancelled}, Case{0, Call::synchronise, Status::completed}}) {
+    for (const Case& c : {Case{0, {}, Status::cancelled}, Case{0.1F, {}, Status::cancelled},
+                          Case{0, Call::write, Status::cancelled}, Case{0, Call::synchronise, Status::completed}}) {
         folder.write("out.mp4", "what was there");
         std::atomic<AVAssetExportSession*> running{nullptr};
         watch([&](Call now, int) {
@@ -86,8 +84,7 @@ TEST_F(RealConversionTest, ACancelAtAnyStageLeavesWhatWasThere) {
             while (!c.call && session.progress() < c.progress) std::this_thread::yield();
             if (!c.call) session.cancelExport();
         };
-        EXPECT_EQ(exportAs(AVAssetExportPresetMediumQuality, c.call ? quickClip() : longClip(), cancel),
-                  c.status);
+        EXPECT_EQ(exportAs(AVAssetExportPresetMediumQuality, c.call ? quickClip() : longClip(), cancel), c.status);
         EXPECT_EQ(folder.read("out.mp4") == "what was there", c.status == Status::cancelled);
         EXPECT_EQ(probeClip(out()).has_value(), c.status == Status::completed);
         EXPECT_EQ(filesIn(folder.path()), onlyTheResult);
@@ -140,9 +137,8 @@ TEST_F(RealConversionTest, CaptureMetadataReachTheItemAndTheResult) {
                "-metadata creation_time=2025-01-02T03:04:05Z",
                "-33.8568+151.2153/", Text(), Text(), Text(), "Phone", Text(), "2025-01-02T03:04:05Z"}}) {
         const std::string path = ClipMaker::shared().make(
-            c.name,
-            "-f lavfi -i testsrc2=s=64x64:r=30:d=0.1 -c:v libx264 -preset ultrafast -pix_fmt yuv420p " +
-                std::string(c.arguments));
+            c.name, "-f lavfi -i testsrc2=s=64x64:r=30:d=0.1 -c:v libx264 -preset ultrafast -pix_fmt yuv420p " +
+                        std::string(c.arguments));
         ASSERT_TRUE(convert(path, out()).succeeded());
         for (const std::string& clip : {path, out()}) {
             SCOPED_TRACE(clip);
@@ -162,8 +158,7 @@ TEST_F(RealConversionTest, CaptureMetadataReachTheItemAndTheResult) {
             return fact.commonKey == AVMetadataCommonKeyLocation && fact.stringValue() == c.place;
         }));
         // Some players know only the file's own creation time.
-        EXPECT_EQ(probeClip(out())->metadata["creation_time"].substr(0, 19),
-                  std::string(c.date).substr(0, 19));
+        EXPECT_EQ(probeClip(out())->metadata["creation_time"].substr(0, 19), std::string(c.date).substr(0, 19));
     }
 }
 
@@ -172,8 +167,7 @@ TEST_F(RealConversionTest, DurationsAreInWholeSecondsAndPicturesThoseOfTheirTime
     const auto steps = [](const std::string& name, int black, const std::string& white, int rate) {
         const std::string look = ":s=64x64:r=" + std::to_string(rate) + ":d=";
         return ClipMaker::shared().make(
-            name, "-f lavfi -i color=black" + look + std::to_string(black) + " -f lavfi -i color=white" +
-                      look + white +
+            name, "-f lavfi -i color=black" + look + std::to_string(black) + " -f lavfi -i color=white" + look + white +
                       " -filter_complex concat=n=2:v=1 -c:v libx264 -preset ultrafast -bf 2 -g 9999 "
                       "-sc_threshold 0 -pix_fmt yuv420p");
     };
@@ -184,8 +178,7 @@ TEST_F(RealConversionTest, DurationsAreInWholeSecondsAndPicturesThoseOfTheirTime
         float seconds;
         int brightness;
     };
-    for (const Case& c :
-         {Case{late, 11, 0}, Case{early, 2, 0}, Case{cut, 0, 255}, Case{quickClip(), 0, -1}}) {
+    for (const Case& c : {Case{late, 11, 0}, Case{early, 2, 0}, Case{cut, 0, 255}, Case{quickClip(), 0, -1}}) {
         SCOPED_TRACE(c.path);
         std::shared_ptr<const UIImage> image;
         float seconds = -1;

@@ -19,8 +19,7 @@ protected:
     void expectConverts(const std::string& path, const Expected& expected) {
         SCOPED_TRACE(path);
         const Outcome outcome = convert(path, out());
-        ASSERT_TRUE(outcome.succeeded())
-            << (outcome.error ? outcome.error->localizedDescription : "no error told");
+        ASSERT_TRUE(outcome.succeeded()) << (outcome.error ? outcome.error->localizedDescription : "no error told");
         const auto clip = probeClip(out());
         ASSERT_TRUE(clip) << "the result cannot be decoded";
         EXPECT_EQ(clip->width, expected.width);
@@ -93,22 +92,20 @@ TEST_F(SourceTest, PicturesFitTheBoxInBothOrientationsWithSquarePixelsAndEvenSid
         int width, height;
         const char* filter = "crop=exact=1 -pix_fmt yuv444p";
     };
-    for (const Case& c :
-         {Case{"1920x1080", 640, 360}, Case{"1080x1920", 360, 640}, Case{"643x481", 482, 360},
-          Case{"320x241", 320, 240}, Case{"1000x1000", 360, 360}, Case{"16x2000", 6, 640}, Case{"2x2", 2, 2},
-          Case{"640x360", 640, 360}, Case{"720x576", 640, 360, "setsar=64/45"}})
-        expectConverts(
-            maker.plain(std::string("size") + c.size + ".mp4", c.size, 0.1, quick + "-an -vf " + c.filter),
-            {c.width, c.height, 0.1, 0});
+    for (const Case& c : {Case{"1920x1080", 640, 360}, Case{"1080x1920", 360, 640}, Case{"643x481", 482, 360},
+                          Case{"320x241", 320, 240}, Case{"1000x1000", 360, 360}, Case{"16x2000", 6, 640},
+                          Case{"2x2", 2, 2}, Case{"640x360", 640, 360}, Case{"720x576", 640, 360, "setsar=64/45"}})
+        expectConverts(maker.plain(std::string("size") + c.size + ".mp4", c.size, 0.1, quick + "-an -vf " + c.filter),
+                       {c.width, c.height, 0.1, 0});
 }
 
 TEST_F(SourceTest, FrameRatesAreKeptUpToThirtyAndTimesThatVaryOrBeginElsewhereAreKept) {
     expectConverts(maker.plain("fps60.mp4", small, 2, quick + "-an", 60), {side, side, 2, 0, 60});
     expectConverts(maker.plain("fps50.mp4", small, 2, quick + "-an", 50), {side, side, 2, 0, 60});
     expectConverts(maker.plain("fps24.mp4", small, 2, quick + "-an", 24), {side, side, 2, 0, 48});
-    expectConverts(maker.plain("varying.mp4", small, 2,
-                               quick + "-an -vf \"select='not(between(mod(n,10),3,6))'\" -vsync vfr"),
-                   {side, side, 2, 0, 36});
+    expectConverts(
+        maker.plain("varying.mp4", small, 2, quick + "-an -vf \"select='not(between(mod(n,10),3,6))'\" -vsync vfr"),
+        {side, side, 2, 0, 36});
     maker.plain("base.mov", small, 2, quick + "-bf 2 -g 30 -c:a aac");
     const std::pair<const char*, double> copies[] = {
         {"-i {base.mov} -c copy -output_ts_offset 5", 2},
@@ -122,21 +119,18 @@ TEST_F(SourceTest, FrameRatesAreKeptUpToThirtyAndTimesThatVaryOrBeginElsewhereAr
 TEST_F(SourceTest, TheBestSoundIsTakenAsStereoWithItsPausesAndNoneStaysNone) {
     expectConverts(maker.plain("six.mkv", small, 1, quick + "-ac 6 -c:a ac3"), {side, side, 1});
     expectConverts(maker.plain("high.mov", small, 1, quick + "-ar 96000 -c:a pcm_s16le"), {side, side, 1});
-    expectConverts(maker.plain("mono.mov", small, 1, quick + "-ar 8000 -ac 1 -c:a pcm_s16le"),
-                   {side, side, 1});
+    expectConverts(maker.plain("mono.mov", small, 1, quick + "-ar 8000 -ac 1 -c:a pcm_s16le"), {side, side, 1});
     expectConverts(maker.plain("mute.mov", small, 1, quick + "-an"), {side, side, 1, 0});
     // The tone is cut out between 0.5 and 1.5 seconds, and the gap is in the times, not in the samples.
-    expectConverts(
-        maker.make("pause.mkv", "-f lavfi -i testsrc2=s=64x64:r=30:d=2 -f lavfi -i sine=440:r=48000:d=2 "
-                                "-af \"aselect='not(between(t,0.5,1.5))'\" " +
-                                    quick + "-c:a pcm_s16le"),
-        {side, side, 2});
+    expectConverts(maker.make("pause.mkv", "-f lavfi -i testsrc2=s=64x64:r=30:d=2 -f lavfi -i sine=440:r=48000:d=2 "
+                                           "-af \"aselect='not(between(t,0.5,1.5))'\" " +
+                                               quick + "-c:a pcm_s16le"),
+                   {side, side, 2});
     // Of two tracks of pictures the first one counts, of two of sound the one with more channels.
     expectConverts(
-        maker.make("tracks.mkv",
-                   "-f lavfi -i testsrc2=s=96x64:r=30:d=1 -f lavfi -i testsrc=s=64x64:r=30:d=1 "
-                   "-f lavfi -i sine=300:d=0.4 -f lavfi -i sine=500:d=1 -map 0 -map 1 -map 2 -map 3 " +
-                       quick + "-c:a aac -ac:a:0 1 -ac:a:1 2 -disposition:a:0 0 -disposition:a:1 0"),
+        maker.make("tracks.mkv", "-f lavfi -i testsrc2=s=96x64:r=30:d=1 -f lavfi -i testsrc=s=64x64:r=30:d=1 "
+                                 "-f lavfi -i sine=300:d=0.4 -f lavfi -i sine=500:d=1 -map 0 -map 1 -map 2 -map 3 " +
+                                     quick + "-c:a aac -ac:a:0 1 -ac:a:1 2 -disposition:a:0 0 -disposition:a:1 0"),
         {96, 64, 1});
 }
 
@@ -148,22 +142,20 @@ TEST_F(SourceTest, InterlacedLinesAreJoined) {
 }
 
 TEST_F(SourceTest, HighDynamicRangeTenBitsAndFullRangeBecomeEightBitsOfStandardAndLimitedRange) {
-    const std::string hevc =
-        "-an -c:v libx265 -preset ultrafast -pix_fmt yuv420p10le -tag:v hvc1 -x265-params "
-        "log-level=none:colorprim=bt2020:colormatrix=bt2020nc:transfer=";
+    const std::string hevc = "-an -c:v libx265 -preset ultrafast -pix_fmt yuv420p10le -tag:v hvc1 -x265-params "
+                             "log-level=none:colorprim=bt2020:colormatrix=bt2020nc:transfer=";
     struct Case {
         const char* colour;
         std::string encoding;
         double darkest, brightest;
     };
-    for (const Case& c :
-         {// A grey of half the code values, which PQ (SMPTE ST 2084) shows at about 92 cd/m2 and
-          // HLG at a fifth of its peak.
-          Case{"gray", hevc + "smpte2084", 60, 190}, Case{"gray", hevc + "arib-std-b67", 60, 190},
-          Case{"black", hevc + "smpte2084", 14, 18}, Case{"white", hevc + "smpte2084", 215, 256},
-          Case{"black", "-pix_fmt yuvj420p -c:v mjpeg -q:v 1", 14.5, 17.5}}) {
-        expectConverts(maker.make("colour.mov", std::string("-f lavfi -i color=") + c.colour +
-                                                    ":s=64x64:r=30:d=0.1 " + c.encoding),
+    for (const Case& c : {// A grey of half the code values, which PQ (SMPTE ST 2084) shows at about 92 cd/m2 and
+                          // HLG at a fifth of its peak.
+                          Case{"gray", hevc + "smpte2084", 60, 190}, Case{"gray", hevc + "arib-std-b67", 60, 190},
+                          Case{"black", hevc + "smpte2084", 14, 18}, Case{"white", hevc + "smpte2084", 215, 256},
+                          Case{"black", "-pix_fmt yuvj420p -c:v mjpeg -q:v 1", 14.5, 17.5}}) {
+        expectConverts(maker.make("colour.mov",
+                                  std::string("-f lavfi -i color=") + c.colour + ":s=64x64:r=30:d=0.1 " + c.encoding),
                        {side, side, 0.1, 0});
         if (c.encoding.starts_with(hevc)) {
             EXPECT_EQ(last_.transfer, "bt709");
@@ -195,8 +187,7 @@ TEST_F(SourceTest, ThePresetsKeepTheirNumbersOnNoise) {
     for (const Case& c : {Case{AVAssetExportPresetMediumQuality, {640, 360}, 2, 30, 1e6 + 2e6, 0.7e6},
                           Case{AVAssetExportPresetLowQuality, {320, 180}, 1, 15, 200e3 + 400e3, 100e3}}) {
         SCOPED_TRACE(c.preset);
-        const std::string noisy =
-            maker.plain("noisy.mp4", "640x360", 1, quick + "-vf noise=alls=60:allf=t -c:a aac");
+        const std::string noisy = maker.plain("noisy.mp4", "640x360", 1, quick + "-vf noise=alls=60:allf=t -c:a aac");
         ASSERT_EQ(exportAs(c.preset, noisy), AVAssetExportSessionStatus::completed);
         const auto clip = probeClip(out());
         ASSERT_TRUE(clip);

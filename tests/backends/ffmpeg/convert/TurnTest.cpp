@@ -12,8 +12,7 @@ std::string withTransform(std::string bytes, int a, int b, int c, int d) {
     const std::size_t matrix = bytes.find("tkhd") + 4 + 40;
     for (const auto& [index, value] : {std::pair<std::size_t, int>{0, a}, {1, b}, {3, c}, {4, d}}) {
         const auto fixed = static_cast<std::uint32_t>(value) << 16;
-        for (std::size_t i = 0; i < 4; ++i)
-            bytes[matrix + index * 4 + i] = static_cast<char>(fixed >> (24 - 8 * i));
+        for (std::size_t i = 0; i < 4; ++i) bytes[matrix + index * 4 + i] = static_cast<char>(fixed >> (24 - 8 * i));
     }
     return bytes;
 }
@@ -29,8 +28,7 @@ std::string redQuarter(const UIImage& image) {
     std::string found;
     for (const int y : {h / 4, h * 3 / 4}) {
         for (const int x : {w / 4, w * 3 / 4}) {
-            if (isRed(x, y))
-                found += std::string(y < h / 2 ? "top " : "bottom ") + (x < w / 2 ? "left" : "right");
+            if (isRed(x, y)) found += std::string(y < h / 2 ? "top " : "bottom ") + (x < w / 2 ? "left" : "right");
         }
     }
     return found;
@@ -53,9 +51,9 @@ TEST_F(TurnTest, EveryTurnAndMirroringIsSeenUprightInTheResult) {
     for (const Case& c :
          {Case{1, 0, 0, 1, "top left", false, "top left"}, Case{0, 1, -1, 0, "top right", true, "top right"},
           Case{-1, 0, 0, -1, "bottom right", false, "bottom right"},
-          Case{0, -1, 1, 0, "bottom left", true, "bottom left"},
-          Case{-1, 0, 0, 1, "top right", false, "top left"}, Case{1, 0, 0, -1, "bottom left", false},
-          Case{0, 1, 1, 0, "top left", true}, Case{0, -1, -1, 0, "bottom right", true}}) {
+          Case{0, -1, 1, 0, "bottom left", true, "bottom left"}, Case{-1, 0, 0, 1, "top right", false, "top left"},
+          Case{1, 0, 0, -1, "bottom left", false}, Case{0, 1, 1, 0, "top left", true},
+          Case{0, -1, -1, 0, "bottom right", true}}) {
         SCOPED_TRACE(testing::Message() << c.a << " " << c.b << " " << c.c << " " << c.d);
         const std::string turned = folder.write("turned.mov", withTransform(source, c.a, c.b, c.c, c.d));
         ASSERT_TRUE(convert(turned, out()).succeeded());
@@ -80,14 +78,14 @@ TEST(PictureGeometryTest, SizesFitTheBoxWithoutGrowing) {
         PixelSize fitted;
     };
     constexpr PixelSize box{640, 360};
-    for (const Case& c : {Case{{1920, 1080}, 1, {640, 360}}, Case{{1080, 1920}, 1, {360, 640}},
-                          Case{{1280, 720}, 0.5, {360, 406}}, Case{{640, 480}, 2, {640, 240}},
-                          Case{{100, 100}, 0.25, {26, 100}}, Case{{3, 3}, 1, {2, 2}}, Case{{1, 1}, 1, {2, 2}},
-                          Case{{16384, 1}, 1, {640, 2}}, Case{{720, 576}, 1e9, {450, 360}},
-                          Case{{720, 576}, -1, {450, 360}}, Case{{720, 576}, std::nan(""), {450, 360}}}) {
+    for (const Case& c :
+         {Case{{1920, 1080}, 1, {640, 360}}, Case{{1080, 1920}, 1, {360, 640}}, Case{{1280, 720}, 0.5, {360, 406}},
+          Case{{640, 480}, 2, {640, 240}}, Case{{100, 100}, 0.25, {26, 100}}, Case{{3, 3}, 1, {2, 2}},
+          Case{{1, 1}, 1, {2, 2}}, Case{{16384, 1}, 1, {640, 2}}, Case{{720, 576}, 1e9, {450, 360}},
+          Case{{720, 576}, -1, {450, 360}}, Case{{720, 576}, std::nan(""), {450, 360}}}) {
         const PixelSize size = fittedSize(c.encoded, c.aspect, box);
-        EXPECT_EQ(size, c.fitted) << c.encoded.width << "x" << c.encoded.height << " at " << c.aspect
-                                  << " became " << size.width << "x" << size.height;
+        EXPECT_EQ(size, c.fitted) << c.encoded.width << "x" << c.encoded.height << " at " << c.aspect << " became "
+                                  << size.width << "x" << size.height;
     }
 }
 
@@ -96,9 +94,9 @@ TEST(FrameThinnerTest, KeepsAtMostItsRateAndEverythingSlower) {
         double framesPerSecond, jitter;
         double keptPerSecond;
     };
-    for (const Case& c : {Case{30, 0, 30}, Case{29.97, 0.004, 29.97}, Case{60, 0, 30},
-                          Case{59.94, 0.002, 29.97}, Case{50, 0, 30}, Case{120, 0, 30}, Case{240, 0.001, 30},
-                          Case{31, 0, 30}, Case{24, 0, 24}, Case{1, 0, 1}}) {
+    for (const Case& c :
+         {Case{30, 0, 30}, Case{29.97, 0.004, 29.97}, Case{60, 0, 30}, Case{59.94, 0.002, 29.97}, Case{50, 0, 30},
+          Case{120, 0, 30}, Case{240, 0.001, 30}, Case{31, 0, 30}, Case{24, 0, 24}, Case{1, 0, 1}}) {
         FrameThinner thinner(90000, 30);
         int kept = 0;
         constexpr double seconds = 20;

@@ -40,8 +40,8 @@ TEST(BlurOfPictures, SpreadsAnEdgeAsAGaussianDoes) {
 TEST(Blur, WithinASurfaceShowsWhatIsPaintedBeneath) {
     QtTestWindow window;
     Spec behind = box({0, 0, 100, 100}, red, {box({50, 0, 50, 100}, blue), blur({0, 0, 100, 50}, 8)});
-    window.mount(box({0, 0, 200, 200}, white,
-                     {surface({20, 20, 160, 160}, green, {behind, box({40, 10, 20, 10}, white)})}));
+    window.mount(
+        box({0, 0, 200, 200}, white, {surface({20, 20, 160, 160}, green, {behind, box({40, 10, 20, 10}, white)})}));
     window.grab();
     const QColor edge = window.at(20 + 50, 20 + 40);
     EXPECT_NEAR(edge.red(), 128, 20);
@@ -68,8 +68,8 @@ TEST(Blur, ItsColourIsLaidOverItWithinRoundCorners) {
 TEST(Blur, OutsideOfSurfacesFollowsWhatChangesBeneath) {
     QtTestWindow window;
     const Spec under = surface({0, 0, 100, 200}, red, {box({0, 0, 10, 10}, white)});
-    const Spec root = box({0, 0, 200, 200}, blue,
-                          {under, blur({50, 50, 100, 100}, 8, {}), surface({90, 60, 20, 20}, white)});
+    const Spec root =
+        box({0, 0, 200, 200}, blue, {under, blur({50, 50, 100, 100}, 8, {}), surface({90, 60, 20, 20}, white)});
     const auto tags = window.mount(root);
     window.grab();
     const QColor middle = window.at(100, 120);

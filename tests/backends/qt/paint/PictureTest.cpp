@@ -86,19 +86,15 @@ TEST(Pictures, AreDecodedUprightAtTheSizeTheyAreShown) {
         {"JPEG upside down", turned(jpeg, 3), {60, 40}, {brightBlue, bright, darkBlue, dark}},
         {"JPEG to be turned clockwise", turned(jpeg, 6), {60, 90}, {bright, dark, brightBlue, darkBlue}},
         {"JPEG to be turned the other way", turned(jpeg, 8), {60, 90}, {darkBlue, brightBlue, dark, bright}},
-        {"smaller than shown",
-         encoded(sample(30, 20), "png"),
-         {30, 20},
-         {dark, darkBlue, bright, brightBlue}},
+        {"smaller than shown", encoded(sample(30, 20), "png"), {30, 20}, {dark, darkBlue, bright, brightBlue}},
     };
     for (const Case& c : cases) {
         const QImage picture = shown(c.bytes, 60);
         ASSERT_EQ(picture.size(), c.size) << c.what;
         for (int i = 0; i < 4; ++i) {
-            const QColor found = picture.pixelColor((i % 2 ? 3 : 1) * picture.width() / 4,
-                                                    (i / 2 ? 3 : 1) * picture.height() / 4);
-            EXPECT_TRUE(isNear(found, c.colors[i], 10))
-                << c.what << ", " << i << ": " << found.name().toStdString();
+            const QColor found =
+                picture.pixelColor((i % 2 ? 3 : 1) * picture.width() / 4, (i / 2 ? 3 : 1) * picture.height() / 4);
+            EXPECT_TRUE(isNear(found, c.colors[i], 10)) << c.what << ", " << i << ": " << found.name().toStdString();
         }
     }
 }
@@ -116,8 +112,7 @@ TEST(Pictures, OfAnAnimationTheFirstFrameIsShown) {
 
 TEST(Pictures, WhatCannotBeDecodedOrWouldTakeTooMuchIsLeftOut) {
     const QImage small = sample(64, 48);
-    const std::string png = encoded(small, "png"), jpeg = encoded(small, "jpeg"),
-                      webp = encoded(small, "webp");
+    const std::string png = encoded(small, "png"), jpeg = encoded(small, "jpeg"), webp = encoded(small, "webp");
     std::string hugePng = png;
     hugePng.replace(16, 8, std::string("\0\0\x75\x30\0\0\x75\x30", 8));
     std::string damaged = png;
@@ -151,8 +146,8 @@ TEST(Pictures, OneStaysUntilTheNextIsDecoded) {
     QtTestWindow window;
     Spec picture = box({0, 0, 150, 150}, {});
     picture.state.content = ImageContent{solid(Qt::red, 300), UIViewContentMode::scaleAspectFit, {}};
-    const auto tags = window.mount(
-        box({0, 0, 200, 200}, UIColor::white(), {surface({0, 0, 200, 200}, UIColor::white(), {picture})}));
+    const auto tags =
+        window.mount(box({0, 0, 200, 200}, UIColor::white(), {surface({0, 0, 200, 200}, UIColor::white(), {picture})}));
     window.grab();
     ASSERT_EQ(window.at(75, 75), QColor(Qt::red));
     // Decoding takes longer than several frames.

@@ -38,9 +38,7 @@ struct Case {
 };
 
 std::vector<Case> cases() {
-    const auto root = [](std::vector<Spec> children) {
-        return box({0, 0, 200, 200}, white, std::move(children));
-    };
+    const auto root = [](std::vector<Spec> children) { return box({0, 0, 200, 200}, white, std::move(children)); };
     const auto rounded = [](Spec spec, double radius) {
         return with(std::move(spec), [=](ViewState& s) {
             s.cornerRadius = radius;
@@ -62,30 +60,27 @@ std::vector<Case> cases() {
                box({90, 20, 30, 20}, red)}),
          "20 20 red, 45 20 blue, 85 15 green, 95 25 red, 125 20 white"});
     add({"children move with the origin of the bounds",
-         root({with(
-             box({0, 0, 100, 100}, clear, {box({10, 110, 20, 20}, red), surface({50, 110, 20, 20}, blue)}),
-             [](ViewState& s) {
-                 s.boundsOrigin = {0, 100};
-             })}),
+         root({with(box({0, 0, 100, 100}, clear, {box({10, 110, 20, 20}, red), surface({50, 110, 20, 20}, blue)}),
+                    [](ViewState& s) {
+                        s.boundsOrigin = {0, 100};
+                    })}),
          "15 15 red, 55 15 blue, 15 35 white"});
     add({"children are clipped where the parent says so",
-         root(
-             {with(box({10, 10, 40, 40}, clear, {box({20, 20, 60, 60}, red), surface({0, 20, 60, 10}, blue)}),
-                   [](ViewState& s) { s.clipsToBounds = true; }),
-              box({110, 10, 40, 40}, clear, {box({20, 20, 60, 60}, green)})}),
+         root({with(box({10, 10, 40, 40}, clear, {box({20, 20, 60, 60}, red), surface({0, 20, 60, 10}, blue)}),
+                    [](ViewState& s) { s.clipsToBounds = true; }),
+               box({110, 10, 40, 40}, clear, {box({20, 20, 60, 60}, green)})}),
          "35 45 red, 60 45 white, 15 35 blue, 55 35 white, 170 70 green"});
     add({"alpha of a plain view fades what is in it as one",
          root({with(box({0, 0, 50, 50}, clear, {surface({0, 0, 50, 50}, red, {box({0, 0, 50, 50}, blue)})}),
                     [](ViewState& s) { s.alpha = 0.5; })}),
          "25 25 pale"});
     add({"alpha within a surface fades what is in it as one",
-         root({surface({0, 0, 100, 100}, white,
-                       {with(box({0, 0, 50, 50}, red, {box({0, 0, 50, 50}, blue)}),
-                             [](ViewState& s) { s.alpha = 0.5; })})}),
+         root({surface(
+             {0, 0, 100, 100}, white,
+             {with(box({0, 0, 50, 50}, red, {box({0, 0, 50, 50}, blue)}), [](ViewState& s) { s.alpha = 0.5; })})}),
          "25 25 pale, 75 75 white"});
     add({"hidden and transparent views are not shown, nor what is in them",
-         root({with(box({0, 0, 50, 50}, red, {surface({0, 0, 50, 50}, blue)}),
-                    [](ViewState& s) { s.hidden = true; }),
+         root({with(box({0, 0, 50, 50}, red, {surface({0, 0, 50, 50}, blue)}), [](ViewState& s) { s.hidden = true; }),
                with(surface({50, 0, 50, 50}, red), [](ViewState& s) { s.alpha = 0; }),
                surface({100, 0, 50, 50}, green,
                        {with(box({0, 0, 50, 50}, red), [](ViewState& s) { s.hidden = true; })})}),
@@ -110,8 +105,8 @@ std::vector<Case> cases() {
     add({"round corners of a view that clips cut surfaces and plain views below it",
          box({0, 0, 200, 200}, green,
              {rounded(box({10, 10, 80, 80}, clear,
-                          {surface({0, 0, 80, 30}, red, {box({0, 0, 10, 10}, blue)}),
-                           box({0, 30, 80, 50}, white), surface({20, 60, 40, 20}, red)}),
+                          {surface({0, 0, 80, 30}, red, {box({0, 0, 10, 10}, blue)}), box({0, 30, 80, 50}, white),
+                           surface({20, 60, 40, 20}, red)}),
                       30)}),
          "11 11 green, 88 11 green, 11 88 green, 50 11 red, 11 50 white, 50 88 red"});
     add({"a border runs inside the edge",
@@ -126,12 +121,10 @@ std::vector<Case> cases() {
                     [](ViewState& s) { s.transform = CGAffineTransform::rotation(1.5707963267948966); })}),
          "100 60 red, 100 140 red, 60 100 white, 140 100 white"});
     add({"a surface in a surface is in front of its picture and moves with it",
-         root({surface({20, 20, 100, 100}, red,
-                       {box({10, 10, 80, 80}, green, {surface({20, 20, 20, 20}, blue)})})}),
+         root({surface({20, 20, 100, 100}, red, {box({10, 10, 80, 80}, green, {surface({20, 20, 20, 20}, blue)})})}),
          "25 25 red, 35 35 green, 60 60 blue"});
     add({"hairlines take a whole pixel, at the edge too",
-         root({surface({0, 0, 100, 50}, white, {box({0, 49.5, 100, 0.5}, red)}),
-               box({100, 49.5, 100, 0.5}, blue)}),
+         root({surface({0, 0, 100, 50}, white, {box({0, 49.5, 100, 0.5}, red)}), box({100, 49.5, 100, 0.5}, blue)}),
          "50 49.25 red, 150 49.25 blue, 50 48 white, 150 48 white"});
     add({"pictures fit, fill and stretch",
          root({image({0, 0, 40, 40}, UIViewContentMode::scaleAspectFit, wide),
@@ -216,8 +209,7 @@ TEST(PixelsOf, RotationTurnsTheSurfaceWithoutPaintingItAgain) {
 
     turned.state.rotation = turning({-0.5, 0.5, -0.5}, 0.2);
     const auto set = [&] {
-        window.mount(
-            {Mutation::update(tags[1], std::make_shared<ViewState>(turned.state), changedTransform)});
+        window.mount({Mutation::update(tags[1], std::make_shared<ViewState>(turned.state), changedTransform)});
     };
     set();
     const QImage first = window.grab();

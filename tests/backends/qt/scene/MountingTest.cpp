@@ -38,8 +38,7 @@ TEST(Mounting, ScrollingOverMountedRowsPaintsNothingAndMovesOneNode) {
     for (int step = 1; step <= 20; ++step) {
         window.mount(scrolled(tags[1], root.children[0].state, step * 1.5));
         window.grab();
-        EXPECT_LE(window.view().statistics().nodesChanged, 3u)
-            << "the table, and at most a row that comes or goes";
+        EXPECT_LE(window.view().statistics().nodesChanged, 3u) << "the table, and at most a row that comes or goes";
     }
     EXPECT_EQ(window.view().statistics().bandsPainted, before.bandsPainted);
     EXPECT_EQ(window.view().statistics().listsTaken, before.listsTaken);
@@ -57,9 +56,9 @@ TEST(Mounting, OnlyWhatTheChangeTouchesIsPaintedAgain) {
     // In the order of the tree: root 0, surface 1, its text 2, surface 3, its text 4, plain view 5.
     Spec text = box({0, 0, 50, 20}, {});
     text.state.content = TextContent{.text = "a", .color = UIColor::label()};
-    const Spec root = box({0, 0, 200, 200}, white,
-                          {surface({0, 0, 100, 40}, red, {text}), surface({0, 50, 100, 40}, green, {text}),
-                           box({0, 100, 50, 50}, blue)});
+    const Spec root = box(
+        {0, 0, 200, 200}, white,
+        {surface({0, 0, 100, 40}, red, {text}), surface({0, 50, 100, 40}, green, {text}), box({0, 100, 50, 50}, blue)});
     const Case cases[] = {
         {"a surface moves", 1, changedFrameOrigin,
          [](ViewState& s) {
@@ -67,12 +66,10 @@ TEST(Mounting, OnlyWhatTheChangeTouchesIsPaintedAgain) {
          },
          0},
         {"a surface fades", 1, changedAlpha, [](ViewState& s) { s.alpha = 0.5; }, 0},
-        {"a surface turns", 1, changedTransform,
-         [](ViewState& s) { s.transform = CGAffineTransform::rotation(1); }, 0},
+        {"a surface turns", 1, changedTransform, [](ViewState& s) { s.transform = CGAffineTransform::rotation(1); }, 0},
         {"a surface changes colour", 1, changedLayer, [](ViewState& s) { s.backgroundColor = blue; }, 1},
         {"a surface grows", 1, changedFrameSize, [](ViewState& s) { s.frame.size.height = 60; }, 1},
-        {"text changes", 2, changedContent, [](ViewState& s) { std::get<TextContent>(s.content).text = "b"; },
-         1},
+        {"text changes", 2, changedContent, [](ViewState& s) { std::get<TextContent>(s.content).text = "b"; }, 1},
         {"text moves in its surface", 2, changedFrameOrigin, [](ViewState& s) { s.frame.origin.x = 9; }, 1},
         {"what a screen reader says changes", 2, changedAccessibility,
          [](ViewState& s) { s.accessibility.label = "x"; }, 0},
@@ -163,12 +160,10 @@ TEST(Mounting, RandomChangesShowWhatANewWindowShows) {
     for (unsigned seed = 1; seed <= 12; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
-        const auto number = [&](int low, int high) {
-            return std::uniform_int_distribution<int>(low, high)(random);
-        };
+        const auto number = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
         const auto change = [&](UIView& view) {
-            view.setFrame({double(number(-20, 150)), double(number(-20, 150)), double(number(0, 120)),
-                           double(number(0, 120))});
+            view.setFrame(
+                {double(number(-20, 150)), double(number(-20, 150)), double(number(0, 120)), double(number(0, 120))});
             view.setBackgroundColor(UIColor::rgb(number(0, 0xFFFFFF), number(0, 3) ? 1.0f : 0.0f));
             view.setHidden(number(0, 9) == 0);
             view.setClipsToBounds(number(0, 2) == 0);

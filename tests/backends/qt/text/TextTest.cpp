@@ -34,8 +34,7 @@ QImage painted(const TextContent& content, CGSize size, double scale) {
     list.scale = scale;
     list.isOpaque = true;
     list.ground = UIColor::white();
-    return paintDisplayList(
-        list, QRect(0, 0, int(std::ceil(size.width * scale)), int(std::ceil(size.height * scale))));
+    return paintDisplayList(list, QRect(0, 0, int(std::ceil(size.width * scale)), int(std::ceil(size.height * scale))));
 }
 
 TextContent content(std::string text, UIFont font, int lines = 0) {
@@ -82,16 +81,15 @@ TEST(Text, IsPaintedAsLargeAsItMeasures) {
             EXPECT_NEAR(ink.right(), 20 + metrics.size.width, em * 0.3) << scale;
             EXPECT_GT(ink.top(), 20 - 1 / scale) << scale;
             EXPECT_LT(ink.bottom(), 20 + metrics.size.height + 1 / scale) << scale;
-            EXPECT_GT(ink.height(), metrics.size.height - metrics.lineHeight)
-                << "all lines are there " << scale;
+            EXPECT_GT(ink.height(), metrics.size.height - metrics.lineHeight) << "all lines are there " << scale;
         }
     }
 }
 
 TEST(Text, WeightsDiffer) {
     double darker = 0;
-    for (const char* name : {"PingFangSC-Thin", "PingFangSC-Light", "PingFangSC-Regular", "PingFangSC-Medium",
-                             "PingFangSC-Semibold"}) {
+    for (const char* name :
+         {"PingFangSC-Thin", "PingFangSC-Light", "PingFangSC-Regular", "PingFangSC-Medium", "PingFangSC-Semibold"}) {
         const QImage image = painted(content("文章HHH", UIFont::fontWithName(name, 40), 1), {300, 70}, 1);
         double ink = 0;
         for (int y = 0; y < image.height(); ++y) {
@@ -152,9 +150,8 @@ TEST(Text, LinesAreLimitedByNumberAndHeight) {
 }
 
 TEST(Text, CutLineEndsWithinItsBoxWithAnEllipsis) {
-    for (const char* text :
-         {"a long line of words that does not fit", "敏捷的棕色狐狸跳过了懒狗敏捷的棕色狐狸",
-          "WWWWWWWWWWWWWWWWWWWWW", "one\ntwo three four five six seven eight"}) {
+    for (const char* text : {"a long line of words that does not fit", "敏捷的棕色狐狸跳过了懒狗敏捷的棕色狐狸",
+                             "WWWWWWWWWWWWWWWWWWWWW", "one\ntwo three four five six seven eight"}) {
         for (const int lines : {1, 2}) {
             TextContent shown = content(text, UIFont::system(15), lines);
             shown.lineBreakMode = NSLineBreakMode::byTruncatingTail;
@@ -212,8 +209,7 @@ TEST(Text, EveryCharacterIsFoundWhereItsSelectionIsShown) {
         for (std::size_t begin = 0, end = 0; begin < all.size(); begin = end) {
             do ++end;
             while (end < all.size() && (static_cast<unsigned char>(all[end]) & 0xC0) == 0x80);
-            const auto cover =
-                block.coverOf(TextBlock::unitsOf(all, begin), TextBlock::unitsOf(all, end), 0, 1e6);
+            const auto cover = block.coverOf(TextBlock::unitsOf(all, begin), TextBlock::unitsOf(all, end), 0, 1e6);
             const char first = all[begin];
             if (first == ' ' || first == '\n' || first == '\r' || cover.empty()) continue;
             ++found;
@@ -221,8 +217,8 @@ TEST(Text, EveryCharacterIsFoundWhereItsSelectionIsShown) {
             std::set<std::size_t> places;
             for (const double part : {0.2, 0.8}) {
                 const QRectF& rect = cover.front();
-                places.insert(measurer.offsetAtPoint(all, layout,
-                                                     {rect.left() + rect.width() * part, rect.center().y()}));
+                places.insert(
+                    measurer.offsetAtPoint(all, layout, {rect.left() + rect.width() * part, rect.center().y()}));
             }
             EXPECT_EQ(places, (std::set{begin, end})) << begin;
         }
@@ -273,8 +269,7 @@ TEST(Text, SelectedTextIsOnBlue) {
         const QColor color = image.pixelColor(static_cast<int>(x * 2), 14);
         return color.blue() > color.red() + 20 && color.red() > 100;
     };
-    for (const auto& [x, blue] :
-         {std::pair{begin - 2, false}, {begin + 1, true}, {end - 1, true}, {end + 2, false}})
+    for (const auto& [x, blue] : {std::pair{begin - 2, false}, {begin + 1, true}, {end - 1, true}, {end + 2, false}})
         EXPECT_EQ(isBlue(x), blue) << x;
 }
 
@@ -297,9 +292,7 @@ TEST(Text, VeryLongTextIsLaidOutAsFarAsItIsSeen) {
 TEST(Text, WhatIsMeasuredAheadMeasuresTheSame) {
     QtTextMeasurer ahead, plain;
     const UIFont font = UIFont::system(14);
-    const auto textOf = [](int i) {
-        return "一些 words " + std::to_string(i * 7919) + std::string(i % 60, 'm');
-    };
+    const auto textOf = [](int i) { return "一些 words " + std::to_string(i * 7919) + std::string(i % 60, 'm'); };
     for (int i = 0; i < 400; ++i) ahead.measureAhead(textOf(i), font, 80 + i % 3, i % 2);
     ahead.measureAhead("", font, 80, 0);
     for (int i = 0; i < 400; ++i) {

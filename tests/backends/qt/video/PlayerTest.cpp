@@ -40,8 +40,8 @@ QVideoFrame quarters(QSize size) {
         auto* line = reinterpret_cast<QRgb*>(frame.bits(0) + y * frame.bytesPerLine(0));
         for (int x = 0; x < size.width(); ++x) {
             const bool right = 2 * x >= size.width(), below = 2 * y >= size.height();
-            line[x] = below ? (right ? qRgb(255, 255, 255) : qRgb(0, 0, 255))
-                            : (right ? qRgb(0, 255, 0) : qRgb(255, 0, 0));
+            line[x] =
+                below ? (right ? qRgb(255, 255, 255) : qRgb(0, 0, 255)) : (right ? qRgb(0, 255, 0) : qRgb(255, 0, 0));
         }
     }
     frame.unmap();
@@ -118,9 +118,8 @@ TEST(Player, PlaysPausesSeeksAndEndsWhereTheFileDoes) {
 
     player->play();
     EXPECT_NE(player->timeControlStatus(), TimeControl::paused) << "at once, though it waits yet";
-    ASSERT_TRUE(waitUntil([&] {
-        return player->timeControlStatus() == TimeControl::playing && player->currentTime().seconds() > 0.3;
-    }));
+    ASSERT_TRUE(waitUntil(
+        [&] { return player->timeControlStatus() == TimeControl::playing && player->currentTime().seconds() > 0.3; }));
     EXPECT_GT(player->picture()->frameCount(), 3u);
     player->pause();
     EXPECT_EQ(player->timeControlStatus(), TimeControl::paused);
@@ -358,8 +357,7 @@ TEST(PlayerOnScreen, ComesAndGoesInTheMiddleOfARow) {
     player->pause();
     Spec picture = box({20, 5, 90, 90}, red, {box({60, 60, 20, 20}, green)});
     QtTestWindow window;
-    const auto tags =
-        window.mount(box({0, 0, 200, 200}, white, {surface({0, 0, 200, 100}, white, {picture})}));
+    const auto tags = window.mount(box({0, 0, 200, 200}, white, {surface({0, 0, 200, 100}, white, {picture})}));
     const auto probe = [&](bool plays, const char* when) {
         EXPECT_TRUE(waitUntil([&] {
             window.grab();

@@ -26,8 +26,7 @@ TEST(Accessibility, TellsTheViewsThatHaveARole) {
     const auto tags = window.mount(box(
         {0, 0, 200, 200}, white,
         {told({0, 0, 200, 100}, AccessibilityRole::list, "Articles",
-              {box({0, 10, 200, 50}, clear, {told({20, 5, 100, 30}, AccessibilityRole::image, "A wheel")}),
-               hidden}),
+              {box({0, 10, 200, 50}, clear, {told({20, 5, 100, 30}, AccessibilityRole::image, "A wheel")}), hidden}),
          disabled, told({0, 500, 10, 10}, AccessibilityRole::link, "far below")}));
     window.grab();
     QAccessibleInterface* root = QAccessible::queryAccessibleInterface(&window.view());

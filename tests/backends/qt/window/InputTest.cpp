@@ -147,8 +147,8 @@ TEST(Input, WheelsScrollByNotchesAndTrackpadsByPixels) {
         {{}, {0, 30}, 0, 15, true},   {{3, -7}, {24, -56}, 3, -7, true},
     };
     for (const Case& c : cases) {
-        const QWheelEvent event({10, 20}, {10, 20}, c.pixels, c.angle, Qt::NoButton, Qt::NoModifier,
-                                Qt::NoScrollPhase, false);
+        const QWheelEvent event({10, 20}, {10, 20}, c.pixels, c.angle, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                                false);
         const UIScrollEvent scroll = toScrollEvent(event);
         EXPECT_EQ(scroll.location, (CGPoint{10, 20}));
         EXPECT_DOUBLE_EQ(scroll.dx, c.dx);

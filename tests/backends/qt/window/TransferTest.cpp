@@ -78,12 +78,12 @@ TEST(Transfer, WhatIsDraggedReachesTheViewUnderIt) {
         target->takesPictures = each.takesPictures;
         // The calls of the platform plugin.
         const auto actions = Qt::CopyAction | Qt::MoveAction;
-        const auto drag = QWindowSystemInterface::handleDrag(
-            &window.window(), &each.data, each.point * window.scale(), actions, Qt::LeftButton, {});
+        const auto drag = QWindowSystemInterface::handleDrag(&window.window(), &each.data, each.point * window.scale(),
+                                                             actions, Qt::LeftButton, {});
         EXPECT_EQ(drag.isAccepted(), each.isTaken);
         EXPECT_EQ(target->hovers, (each.isTaken ? std::vector{true} : std::vector<bool>{}));
-        const auto drop = QWindowSystemInterface::handleDrop(
-            &window.window(), &each.data, each.point * window.scale(), actions, Qt::LeftButton, {});
+        const auto drop = QWindowSystemInterface::handleDrop(&window.window(), &each.data, each.point * window.scale(),
+                                                             actions, Qt::LeftButton, {});
         EXPECT_EQ(drop.isAccepted(), each.isTaken);
         if (!each.isTaken) continue;
         EXPECT_EQ(drop.acceptedAction(), Qt::CopyAction) << "the other program must not delete its file";
@@ -104,8 +104,7 @@ TEST(Transfer, APictureOnTheClipboardArrivesEncoded) {
         if (isEncodedAlready) data->setData("image/png", QByteArray::fromStdString(std::string(png.view())));
         clipboard.setMimeData(data);
         std::optional<UITransferItems> read;
-        UIApplication::sharedApplication().readPasteboard(
-            [&](const UITransferItems& items) { read = items; });
+        UIApplication::sharedApplication().readPasteboard([&](const UITransferItems& items) { read = items; });
         EXPECT_FALSE(read) << "in a later turn";
         ASSERT_TRUE(waitUntil([&] { return read.has_value(); }));
         EXPECT_TRUE(read->hasPicture);
@@ -131,17 +130,16 @@ TEST(Transfer, GifIsDecodedAndACutOneIsNot) {
 
 TEST(ImagePickerPixels, ThumbnailsComeOnScreen) {
     TemporaryFolder folder;
-    const std::pair<const char*, QColor> pictures[] = {
-        {"a.png", Qt::red}, {"b.jpg", Qt::blue}, {"c.webp", Qt::green}};
+    const std::pair<const char*, QColor> pictures[] = {{"a.png", Qt::red}, {"b.jpg", Qt::blue}, {"c.webp", Qt::green}};
     int age = 0;
     for (const auto& [name, color] : pictures) {
         const std::string path = folder.path(name);
         picture(color, {400, 300}).save(QString::fromStdString(path));
-        std::filesystem::last_write_time(path, std::filesystem::file_time_type::clock::now() -
-                                                   std::chrono::seconds(++age));
+        std::filesystem::last_write_time(path,
+                                         std::filesystem::file_time_type::clock::now() - std::chrono::seconds(++age));
     }
-    MediaLibrary::install(std::make_shared<const MediaLibrary>(
-        MediaLibrary::Folders{.pictures = {folder.path()}, .clips = {}}));
+    MediaLibrary::install(
+        std::make_shared<const MediaLibrary>(MediaLibrary::Folders{.pictures = {folder.path()}, .clips = {}}));
     const auto uiWindow = make<UIWindow>(CGSize{200, 200});
     uiWindow->setRootViewController(make<UIViewController>());
     QtTestWindow window(uiWindow);

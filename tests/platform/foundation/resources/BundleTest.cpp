@@ -104,8 +104,8 @@ TEST_F(NSBundleTest, FindsResourcesOnlyInside) {
 }
 
 TEST_F(NSBundleTest, IsFoundByIdentifierAndAsTheMainOne) {
-    EXPECT_TRUE(std::filesystem::exists(NSBundle::mainBundle()->path() + "/" +
-                                        std::string(program_invocation_short_name)));
+    EXPECT_TRUE(
+        std::filesystem::exists(NSBundle::mainBundle()->path() + "/" + std::string(program_invocation_short_name)));
     NSBundle::setMainBundlePath(folder_.path());
     EXPECT_EQ(NSBundle::mainBundle()->path(), folder_.path());
     NSBundle::setMainBundlePath("");
@@ -118,13 +118,13 @@ TEST_F(NSBundleTest, IsFoundByIdentifierAndAsTheMainOne) {
 }
 
 TEST(StringsFile, ReadsEntriesCommentsAndEscapes) {
-    const auto file = detail::parseStringsFile(
-        "\xEF\xBB\xBF/* head\n\"no\"=\"no\"; */\n"
-        "// \"no\" = \"no\";\r\n"
-        "\"a\"=\"A\"; \"b\" /* x */ = // y\n \"B\" ;\n"
-        "\"esc\\\"\\\\\" = \"line\\nnext\\t\\'q\\' // no comment \\U6587\\uD83D\\uDE00\";\n"
-        "\"%ld min ago\" = \"%ld \xE5\x88\x86\xE9\x92\x9F\";\n"
-        "\"empty\" = \"\";\"a\" = \"A2\";\n//end");
+    const auto file =
+        detail::parseStringsFile("\xEF\xBB\xBF/* head\n\"no\"=\"no\"; */\n"
+                                 "// \"no\" = \"no\";\r\n"
+                                 "\"a\"=\"A\"; \"b\" /* x */ = // y\n \"B\" ;\n"
+                                 "\"esc\\\"\\\\\" = \"line\\nnext\\t\\'q\\' // no comment \\U6587\\uD83D\\uDE00\";\n"
+                                 "\"%ld min ago\" = \"%ld \xE5\x88\x86\xE9\x92\x9F\";\n"
+                                 "\"empty\" = \"\";\"a\" = \"A2\";\n//end");
     EXPECT_EQ(file.error, "");
     const std::map<std::string, std::string, std::less<>> expected{
         {"a", "A2"},
@@ -137,18 +137,12 @@ TEST(StringsFile, ReadsEntriesCommentsAndEscapes) {
 
 TEST(StringsFile, KeepsTheEntriesBeforeAnErrorAndNamesItsLine) {
     const std::tuple<const char*, const char*> cases[] = {
-        {"\"b\" = \"B\"", "line 2: a \";\""},
-        {"\"b\" \"B\";", "line 2: a \"=\""},
-        {"\"b\" =\n ;", "line 3: a text in quotes"},
-        {"\nb = \"B\";", "line 3: a key"},
-        {"\"b\n\n", "line 2: a text does not end"},
-        {"/* b\n\n", "line 2: a comment"},
-        {"\"b\"=\"\\q\";", "line 2: an escape"},
-        {"\"b\"=\"\\U12\";", "line 2: an escape"},
-        {"\"b\"=\"\\UD83D\";", "line 2: an escape"},
-        {"\"b\"=\"\\UDE00\";", "line 2: an escape"},
-        {"\"b\"=\"\\", "line 2: an escape"},
-        {"\"b\"=\n\"\xFF\";", "line 3: the file is not valid UTF-8"},
+        {"\"b\" = \"B\"", "line 2: a \";\""},        {"\"b\" \"B\";", "line 2: a \"=\""},
+        {"\"b\" =\n ;", "line 3: a text in quotes"}, {"\nb = \"B\";", "line 3: a key"},
+        {"\"b\n\n", "line 2: a text does not end"},  {"/* b\n\n", "line 2: a comment"},
+        {"\"b\"=\"\\q\";", "line 2: an escape"},     {"\"b\"=\"\\U12\";", "line 2: an escape"},
+        {"\"b\"=\"\\UD83D\";", "line 2: an escape"}, {"\"b\"=\"\\UDE00\";", "line 2: an escape"},
+        {"\"b\"=\"\\", "line 2: an escape"},         {"\"b\"=\n\"\xFF\";", "line 3: the file is not valid UTF-8"},
     };
     for (const auto& [rest, line] : cases) {
         SCOPED_TRACE(rest);

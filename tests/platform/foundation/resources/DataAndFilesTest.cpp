@@ -114,8 +114,7 @@ TEST(Files, ReadBytesStayWhenTheFileChanges) {
         const std::string path = folder.write(name, std::string(100'000, 'a'));
         const Data data = read(path, 100'000, nullptr);
         std::filesystem::resize_file(path, 0);
-        EXPECT_EQ(data.view(), std::string(100'000, 'a'))
-            << "a mapping of the file would end the process here";
+        EXPECT_EQ(data.view(), std::string(100'000, 'a')) << "a mapping of the file would end the process here";
         std::filesystem::remove(path);
         EXPECT_EQ(data.size(), 100'000u);
     }
@@ -138,8 +137,7 @@ TEST(Files, UnreadableFilesAreRejectedWithASentence) {
         }
         EXPECT_TRUE(read(folder.write("empty", ""), 1, nullptr).isEmpty());
     }
-    for (const std::string& path :
-         {folder.path("absent"), folder.path(), folder.path("pipe"), std::string()}) {
+    for (const std::string& path : {folder.path("absent"), folder.path(), folder.path("pipe"), std::string()}) {
         std::string error;
         EXPECT_TRUE(Data::mapFile(path, &error).isNull());
         EXPECT_NE(error.find("\"" + path + "\""), std::string::npos) << error;

@@ -114,12 +114,10 @@ TEST_F(NSTimerTest, FiresOnceAndIsLetGo) {
 
 TEST_F(NSTimerTest, RepeatsWithoutDriftUntilInvalidated) {
     std::vector<double> times;
-    std::weak_ptr<NSTimer> timer =
-        NSTimer::scheduledTimer(0.2, true, [&](NSTimer&) { times.push_back(now()); });
+    std::weak_ptr<NSTimer> timer = NSTimer::scheduledTimer(0.2, true, [&](NSTimer&) { times.push_back(now()); });
     loop_.advance(2000);
     ASSERT_EQ(times.size(), 10'000u);
-    for (std::size_t i = 0; i < times.size(); ++i)
-        ASSERT_NEAR(times[i], 0.2 * static_cast<double>(i + 1), 1e-6);
+    for (std::size_t i = 0; i < times.size(); ++i) ASSERT_NEAR(times[i], 0.2 * static_cast<double>(i + 1), 1e-6);
     timer.lock()->invalidate();
     EXPECT_TRUE(timer.expired());
     loop_.advance(1);

@@ -57,8 +57,7 @@ TEST(JsonDocument, HoldsAPageOfTextInLittleMoreThanItsLength) {
                 std::string(1900, 'x') + R"(","images":[{"id":1,"image_width":1024}],"liked":0})";
     }
     json += "]";
-    EXPECT_LE(static_cast<double>(Value::parse(json).documentBytes()),
-              1.4 * static_cast<double>(json.size()));
+    EXPECT_LE(static_cast<double>(Value::parse(json).documentBytes()), 1.4 * static_cast<double>(json.size()));
 }
 
 TEST(JsonDocument, CountsContainersBeyondWhatTheTapeStores) {
@@ -128,8 +127,7 @@ Json randomJson(std::mt19937_64& random, int depth) {
     }
     default: {
         Json object = Json::object();
-        for (std::size_t i = below(6); i > 0; --i)
-            object[text() + std::to_string(i)] = randomJson(random, depth - 1);
+        for (std::size_t i = below(6); i > 0; --i) object[text() + std::to_string(i)] = randomJson(random, depth - 1);
         return object;
     }
     }

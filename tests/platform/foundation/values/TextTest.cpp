@@ -20,37 +20,34 @@ TEST(Text, ReplacesFromLeftToRightOnce) {
         {"abc", "x", "y", "abc"},
         {"abc", "", "x", "abc"},
     };
-    for (const auto& [text, from, to, result] : cases)
-        EXPECT_EQ(replacingOccurrences(text, from, to), result) << text;
+    for (const auto& [text, from, to, result] : cases) EXPECT_EQ(replacingOccurrences(text, from, to), result) << text;
 }
 
 TEST(Text, FindsWhereUtf8Ends) {
     // The valid prefix and the rest.
     using namespace std::string_literals;
-    const std::pair<std::string, std::string> cases[] = {
-        {"", ""},
-        {"plain text of more than eight bytes", ""},
-        {"12345678\xC3\xA9", ""},
-        {"\0"s, ""},
-        {"ab", "\xC3"},
-        {"ab", "\xC3("},
-        {"\xE6\x96\x87", ""},
-        {"", "\xE6\x96"},
-        {"\xF0\x9F\x98\x80!", ""},
-        {"", "\xF0\x9F\x98"},
-        {"\xED\x9F\xBF", ""},
-        {"\xF4\x8F\xBF\xBF", ""},
-        {"12345678", "\x80"},
-        {"1234567", "\xFFzzzzzzzz"},
-        // Overlong forms, a surrogate, code points beyond U+10FFFF.
-        {"x", "\xC0\x80"},
-        {"x", "\xE0\x9F\xBF"},
-        {"x", "\xF0\x8F\xBF\xBF"},
-        {"x", "\xED\xA0\x80"},
-        {"x", "\xF4\x90\x80\x80"},
-        {"x", "\xF5\x80\x80\x80"}};
-    for (const auto& [valid, rest] : cases)
-        EXPECT_EQ(validUtf8Prefix(valid + rest), valid.size()) << valid + rest;
+    const std::pair<std::string, std::string> cases[] = {{"", ""},
+                                                         {"plain text of more than eight bytes", ""},
+                                                         {"12345678\xC3\xA9", ""},
+                                                         {"\0"s, ""},
+                                                         {"ab", "\xC3"},
+                                                         {"ab", "\xC3("},
+                                                         {"\xE6\x96\x87", ""},
+                                                         {"", "\xE6\x96"},
+                                                         {"\xF0\x9F\x98\x80!", ""},
+                                                         {"", "\xF0\x9F\x98"},
+                                                         {"\xED\x9F\xBF", ""},
+                                                         {"\xF4\x8F\xBF\xBF", ""},
+                                                         {"12345678", "\x80"},
+                                                         {"1234567", "\xFFzzzzzzzz"},
+                                                         // Overlong forms, a surrogate, code points beyond U+10FFFF.
+                                                         {"x", "\xC0\x80"},
+                                                         {"x", "\xE0\x9F\xBF"},
+                                                         {"x", "\xF0\x8F\xBF\xBF"},
+                                                         {"x", "\xED\xA0\x80"},
+                                                         {"x", "\xF4\x90\x80\x80"},
+                                                         {"x", "\xF5\x80\x80\x80"}};
+    for (const auto& [valid, rest] : cases) EXPECT_EQ(validUtf8Prefix(valid + rest), valid.size()) << valid + rest;
 }
 
 TEST(Text, FillsTheFirstLongOnly) {
@@ -66,8 +63,8 @@ TEST(NSLog, FillsPlaceholdersInOrder) {
     NSLog("%@ and %@", "one");
     NSLog("none", "left over");
     NSLog("as it is: %@ 100%");
-    EXPECT_EQ(log.lines(), (std::vector<std::string>{"Error:broken", "(null)%@|c", "one and %@", "none",
-                                                     "as it is: %@ 100%"}));
+    EXPECT_EQ(log.lines(),
+              (std::vector<std::string>{"Error:broken", "(null)%@|c", "one and %@", "none", "as it is: %@ 100%"}));
 }
 
 TEST(NSLog, KeepsEachMessageOnOneLine) {

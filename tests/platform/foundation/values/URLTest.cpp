@@ -10,8 +10,8 @@ namespace ostrel {
 namespace {
 
 TEST(URLTest, AFilePathSurvivesTheWayThroughAnAddress) {
-    for (const std::string& path : std::vector<std::string>{"/a/b.mov", "/with space/\xE7\x89\x87.MOV",
-                                                            "/100%25.mov", "/a?b#c;d.mov", "/line\nbreak"}) {
+    for (const std::string& path : std::vector<std::string>{"/a/b.mov", "/with space/\xE7\x89\x87.MOV", "/100%25.mov",
+                                                            "/a?b#c;d.mov", "/line\nbreak"}) {
         const NSURL url = NSURL::fileURLWithPath(path);
         EXPECT_TRUE(url.isFileURL());
         EXPECT_EQ(url.path(), path);

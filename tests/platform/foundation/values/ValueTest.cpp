@@ -69,9 +69,8 @@ TEST(Value, AbsentAnswersEverythingEmpty) {
 }
 
 TEST(Value, NumbersBeyond64BitsKeepTheirTextAndTheRecordSurvives) {
-    const Value record =
-        Value::parse(R"({"id": 123456789012345678901234, "big":[ 1e999 ,-18446744073709551616,1.5],)"
-                     R"("text": "1e999: \"1e999", "n":-1E+400})");
+    const Value record = Value::parse(R"({"id": 123456789012345678901234, "big":[ 1e999 ,-18446744073709551616,1.5],)"
+                                      R"("text": "1e999: \"1e999", "n":-1E+400})");
     EXPECT_EQ(record["id"].string(), "123456789012345678901234");
     EXPECT_EQ(record["big"].elements().at(0).text(), "1e999");
     EXPECT_EQ(record["big"].elements().at(1).text(), "-18446744073709551616");
@@ -138,8 +137,7 @@ TEST(Value, OfStringHoldsAnyBytesAndWritesValidJson) {
 TEST(Value, DictionaryTakesOnlyDictionaries) {
     EXPECT_TRUE(Dictionary::parse("{}"));
     EXPECT_EQ(Dictionary::parse(R"({"id":7})")["id"].text(), "7");
-    for (const char* other : {"[]", "null", "\"{}\"", "{", ""})
-        EXPECT_FALSE(Dictionary::parse(other)) << other;
+    for (const char* other : {"[]", "null", "\"{}\"", "{", ""}) EXPECT_FALSE(Dictionary::parse(other)) << other;
 }
 
 }  // namespace

@@ -15,8 +15,7 @@ namespace {
 
 class NumberCell final : public UICollectionViewCell {
 public:
-    explicit NumberCell(CGRect frame)
-        : UICollectionViewCell(frame), label(make<UILabel>(CGRect{0, 0, 60, 20})) {
+    explicit NumberCell(CGRect frame) : UICollectionViewCell(frame), label(make<UILabel>(CGRect{0, 0, 60, 20})) {
         contentView()->addSubview(label);
         button = make<UIButton>();
         button->setFrame({frame.width() - 30, 0, 30, 30});
@@ -86,8 +85,7 @@ public:
         return cell;
     }
     bool collectionViewCanMoveItemAtIndexPath(UICollectionView&, NSIndexPath) override { return canMove; }
-    void collectionViewMoveItemAtIndexPathToIndexPath(UICollectionView&, NSIndexPath from,
-                                                      NSIndexPath to) override {
+    void collectionViewMoveItemAtIndexPathToIndexPath(UICollectionView&, NSIndexPath from, NSIndexPath to) override {
         moves.emplace_back(from.row, to.row);
         const auto at = [&](std::int64_t i) { return items.begin() + i; };
         if (move == Move::swaps) {
@@ -98,9 +96,7 @@ public:
             items.insert(at(to.row), item);
         }
     }
-    CGSize collectionViewLayoutSizeForItemAtIndexPath(UICollectionView&, NSIndexPath) override {
-        return size;
-    }
+    CGSize collectionViewLayoutSizeForItemAtIndexPath(UICollectionView&, NSIndexPath) override { return size; }
     UIEdgeInsets collectionViewLayoutInsetForSectionAtIndex(UICollectionView&, std::int64_t) override {
         return {5, 5, 5, 5};
     }
@@ -125,8 +121,7 @@ public:
         for (const auto& child : view->subviews()) {
             const auto cell = std::dynamic_pointer_cast<NumberCell>(child);
             if (cell && cell->alpha() > 0.5)
-                found.push_back(
-                    {{cell->frame().minY(), cell->frame().minX()}, std::stoi(cell->label->text())});
+                found.push_back({{cell->frame().minY(), cell->frame().minX()}, std::stoi(cell->label->text())});
         }
         std::sort(found.begin(), found.end());
         std::vector<int> result;
@@ -180,12 +175,7 @@ TEST(FlowSectionTest, LinesFillTheWidthAndTheLastKeepsTheirSpacing) {
         {"one column is centred, its last item too", 343, {316, 86}, 2, {{13.5, 5}, {13.5, 101}}, 192},
         {"wider than the view", 343, {400, 50}, 1, {{5, 5}}, 60},
         {"a share in single precision", 343, {third, third}, 3, {{5, 5}, {119.33, 5}, {233.67, 5}}, 114.33},
-        {"a last line keeps to the left",
-         343,
-         {100, 80},
-         5,
-         {{5, 5}, {121.5, 5}, {238, 5}, {5, 95}, {121.5, 95}},
-         180},
+        {"a last line keeps to the left", 343, {100, 80}, 5, {{5, 5}, {121.5, 5}, {238, 5}, {5, 95}, {121.5, 95}}, 180},
         {"an only line that is not full", 343, {100, 80}, 2, {{5, 5}, {115, 5}}, 90},
         {"sizes that are none", 343, {-5, NAN}, 1, {{5, 5}}, 10},
     };
@@ -384,8 +374,7 @@ TEST_F(CollectionViewTest, PressesTapsAndDragsGoToWhomTheyAreFor) {
     strip->show(platform, 20);
     attachDrag(0.5);
     const auto tapButton = [&] {
-        platform.tap(
-            *std::static_pointer_cast<NumberCell>(strip->view->cellForItemAtIndexPath({0, 1}))->button);
+        platform.tap(*std::static_pointer_cast<NumberCell>(strip->view->cellForItemAtIndexPath({0, 1}))->button);
     };
     NumberCell::pressed = 0;
     tapButton();

@@ -134,12 +134,11 @@ TEST_F(ControlTest, AButtonPutsItsImageBesideItsTitle) {
     button->setImage(UIImage::systemImageNamed("link"));
     const CGFloat title = 20, image = 24, padding = 4;
     EXPECT_EQ(button->sizeThatFits({}).width, image + padding + title);
-    const std::tuple<NSTextAlignment, CGFloat, CGFloat, CGFloat> cases[] = {
-        {NSTextAlignment::center, 200, 76, title},
-        {NSTextAlignment::left, 200, 0, title},
-        {NSTextAlignment::right, 200, 152, title},
-        {NSTextAlignment::center, 40, 0, 12},
-        {NSTextAlignment::center, 10, 0, 0}};
+    const std::tuple<NSTextAlignment, CGFloat, CGFloat, CGFloat> cases[] = {{NSTextAlignment::center, 200, 76, title},
+                                                                            {NSTextAlignment::left, 200, 0, title},
+                                                                            {NSTextAlignment::right, 200, 152, title},
+                                                                            {NSTextAlignment::center, 40, 0, 12},
+                                                                            {NSTextAlignment::center, 10, 0, 0}};
     for (const auto& [alignment, width, imageX, titleWidth] : cases) {
         button->setContentAlignment(alignment);
         button->setFrame({0, 0, width, 40});
@@ -163,8 +162,7 @@ TEST_F(ControlTest, ASegmentIsSelectedByFingerAndArrow) {
     platform.tap({150, 10});
     EXPECT_EQ(control->selectedSegmentIndex(), 1u);
     platform.tap({150, 10});
-    EXPECT_EQ(std::count(log.begin(), log.end(), "value"), 1)
-        << "a press on the selected segment changes nothing";
+    EXPECT_EQ(std::count(log.begin(), log.end(), "value"), 1) << "a press on the selected segment changes nothing";
     platform.window().setFocusedView(control.get(), true);
     for (int i = 0; i < 4; ++i) EXPECT_TRUE(platform.key(UIKeyCode::right));
     EXPECT_EQ(control->selectedSegmentIndex(), 2u);

@@ -45,14 +45,11 @@ TEST(AVPlayer, KnowsTheDurationOfItsItemAsLongAsItLives) {
 TEST(AVPlayerLayer, IsMountedWithItsEngineAndKeepsItAlive) {
     HeadlessPlatform platform;
     ScriptedPlayers players;
-    auto layer =
-        AVPlayerLayer::playerLayerWithPlayer(AVPlayer::playerWithPlayerItem(itemAt("file:///a.mp4")));
+    auto layer = AVPlayerLayer::playerLayerWithPlayer(AVPlayer::playerWithPlayerItem(itemAt("file:///a.mp4")));
     layer->setFrame({0, 0, 320, 180});
     platform.window().addSubview(layer);
     platform.settle();
-    const auto contentOf = [&](const UIView& view) {
-        return platform.backend().node(view.tag())->state->content;
-    };
+    const auto contentOf = [&](const UIView& view) { return platform.backend().node(view.tag())->state->content; };
     EXPECT_EQ(std::get<PlayerContent>(contentOf(*layer)).engine.get(), &players.last());
     EXPECT_NE(platform.window().hitTest({10, 10}), layer.get()) << "it takes no touches";
 
@@ -69,8 +66,7 @@ TEST(UIVisualEffectView, IsMountedAsALightBlurAndTakesNoTouches) {
     platform.settle();
     const auto content = std::get<BlurContent>(platform.backend().node(blur->tag())->state->content);
     EXPECT_GT(content.radius, 0);
-    EXPECT_TRUE(content.tint.alpha > 0 && content.tint.alpha < 1)
-        << "the backdrop is lightened, and still seen";
+    EXPECT_TRUE(content.tint.alpha > 0 && content.tint.alpha < 1) << "the backdrop is lightened, and still seen";
     EXPECT_NE(platform.window().hitTest({10, 10}), blur.get());
 }
 

@@ -72,8 +72,8 @@ protected:
         settle();
     }
     MediaGridView& grid(UIImagePickerController& picker) {
-        return dynamic_cast<MediaGridView&>(*find(
-            *picker.view(), [](UIView& view) { return dynamic_cast<MediaGridView*>(&view) != nullptr; }));
+        return dynamic_cast<MediaGridView&>(
+            *find(*picker.view(), [](UIView& view) { return dynamic_cast<MediaGridView*>(&view) != nullptr; }));
     }
     /// The accessible names of the visible cells, in reading order.
     std::vector<std::string> labels(UIImagePickerController& picker) {
@@ -109,9 +109,8 @@ TEST_F(ImagePickerTest, ShowsPicturesNewestFirstAndHandsOutTheOneChosen) {
     for (const bool byKeys : {true, false}) {
         picked.clear();
         const auto picker = open();
-        EXPECT_EQ(labels(*picker),
-                  (std::vector<std::string>{"Photo 1 of 3, new.jpg", "Photo 2 of 3, mid dle %41.png",
-                                            "Photo 3 of 3, old.jpg"}));
+        EXPECT_EQ(labels(*picker), (std::vector<std::string>{"Photo 1 of 3, new.jpg", "Photo 2 of 3, mid dle %41.png",
+                                                             "Photo 3 of 3, old.jpg"}));
         if (byKeys) {
             key(UIKeyCode::right);
             key(UIKeyCode::right);
@@ -186,15 +185,14 @@ TEST_F(ImagePickerTest, ClipsHaveTheirLengthAndComeByTheirAddress) {
     add("sound.mp4", Data::copy(std::string_view("x")), 2);
     add("broken.mp4", Data::copy(std::string_view("x")), 3);
     add("picture.jpg", picture(9, 9));
-    const auto video =
-        AVAssetTrack{.mediaType = AVMediaType::video, .naturalSize = {32, 16}, .preferredTransform = {}};
+    const auto video = AVAssetTrack{.mediaType = AVMediaType::video, .naturalSize = {32, 16}, .preferredTransform = {}};
     media->clips[path] = {.length = CMTimeMake(125, 2), .trackList = {video}, .frame = CGImage::make(32, 16)};
     media->clips[folder.path("sound.mp4")] = {.length = CMTimeMake(5, 1)};
     const LogCapture quiet;
     const auto picker = open({"public.movie"});
-    EXPECT_EQ(labels(*picker), (std::vector<std::string>{"Video 1 of 3, clip 100%.mov, 1:03",
-                                                         "Video 2 of 3, sound.mp4, Cannot be used",
-                                                         "Video 3 of 3, broken.mp4, Cannot be used"}));
+    EXPECT_EQ(labels(*picker),
+              (std::vector<std::string>{"Video 1 of 3, clip 100%.mov, 1:03", "Video 2 of 3, sound.mp4, Cannot be used",
+                                        "Video 3 of 3, broken.mp4, Cannot be used"}));
     key(UIKeyCode::down);
     key(UIKeyCode::enter);
     key(UIKeyCode::enter);
@@ -286,9 +284,7 @@ TEST_F(ImagePickerTest, TakesWhatIsDroppedPastedAndChosenInTheDialog) {
     add("second.png", picture(20, 20, false));
     auto& application = UIApplication::sharedApplication();
     UITransferItems clipboard;
-    application.readPasteboard = [&](const std::function<void(UITransferItems)>& handler) {
-        handler(clipboard);
-    };
+    application.readPasteboard = [&](const std::function<void(UITransferItems)>& handler) { handler(clipboard); };
     UIFileRequest asked;
     application.chooseFiles = [&](UIWindow*, const UIFileRequest& request,
                                   const std::function<void(std::vector<std::string>)>& handler) {

@@ -45,9 +45,7 @@ TEST_F(ActivityTest, EachRowDoesItsWorkAndCloses) {
     const Case cases[] = {
         {"Copy Link", {article}, {}},
         {"Open in Browser", {}, {article}},
-        {"Send by Mail",
-         {},
-         {"mailto:?body=http%3A%2F%2F127.0.0.1%3A8080%2Farticle%2F12%3Fa%3Db%26c%3D%C3%A9"}},
+        {"Send by Mail", {}, {"mailto:?body=http%3A%2F%2F127.0.0.1%3A8080%2Farticle%2F12%3Fa%3Db%26c%3D%C3%A9"}},
         {"Cancel", {}, {}},
     };
     show(screen("A"));
@@ -99,8 +97,7 @@ TEST_F(ActivityTest, OnlyWebAddressesAreOfferedToTheBrowser) {
 }
 
 TEST_F(ActivityTest, StandsAtTheLowerEdgeOfAPhoneAndByItsAnchorElsewhere) {
-    for (const auto idiom :
-         {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad, UIUserInterfaceIdiom::mac}) {
+    for (const auto idiom : {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad, UIUserInterfaceIdiom::mac}) {
         UIDevice::currentDevice().setUserInterfaceIdiom(idiom);
         const bool isPhone = idiom == UIUserInterfaceIdiom::phone;
         const auto root = screen("A");

@@ -6,8 +6,7 @@ namespace ostrel {
 namespace {
 
 using ActionStyle = UIAlertAction::Style;
-constexpr auto normal = ActionStyle::defaultStyle, cancel = ActionStyle::cancel,
-               destructive = ActionStyle::destructive;
+constexpr auto normal = ActionStyle::defaultStyle, cancel = ActionStyle::cancel, destructive = ActionStyle::destructive;
 
 class AlertTest : public ControllerTest {
 protected:
@@ -20,8 +19,7 @@ protected:
         for (std::size_t i = 0; i < styles.size(); ++i) {
             alert->addAction({std::to_string(i), styles[i], [this, i] {
                                   chosen.push_back(static_cast<int>(i));
-                                  presentedThen =
-                                      window().rootViewController()->presentedViewController() != nullptr;
+                                  presentedThen = window().rootViewController()->presentedViewController() != nullptr;
                               }});
         }
         window().rootViewController()->presentViewController(alert, true);
@@ -91,13 +89,11 @@ TEST_F(AlertTest, ButtonsStandBesideOrBelowEachOtherWithTheCancellingOneInItsPla
         const char *first, *last;  ///< from left to right, or from top to bottom
         bool sideBySide;
     };
-    for (const Case& each :
-         {Case{{normal, cancel}, "1", "0", true}, Case{{cancel, normal}, "0", "1", true},
-          Case{{cancel, normal, normal}, "1", "0", false}, Case{{normal, normal}, "0", "1", true}}) {
+    for (const Case& each : {Case{{normal, cancel}, "1", "0", true}, Case{{cancel, normal}, "0", "1", true},
+                             Case{{cancel, normal, normal}, "1", "0", false}, Case{{normal, normal}, "0", "1", true}}) {
         const auto alert = ask(each.styles);
         settle();
-        const CGRect first = shownFrame(*button(*alert, each.first)),
-                     last = shownFrame(*button(*alert, each.last));
+        const CGRect first = shownFrame(*button(*alert, each.first)), last = shownFrame(*button(*alert, each.last));
         if (each.sideBySide) {
             EXPECT_EQ(first.minY(), last.minY());
             EXPECT_EQ(first.maxX(), last.minX());
@@ -129,8 +125,7 @@ TEST_F(AlertTest, LongTextsAndManyActionsStayInTheWindow) {
             settle();
             UIView* const last = button(*alert, "8");
             ASSERT_NE(last, nullptr);
-            EXPECT_TRUE(
-                find(*alert->view(), [&](UIView& view) { return &view == this->window().focusedView(); }));
+            EXPECT_TRUE(find(*alert->view(), [&](UIView& view) { return &view == this->window().focusedView(); }));
             EXPECT_GE(shownFrame(*last).minY(), frame.minY());
             EXPECT_LE(shownFrame(*last).maxY(), frame.maxY() + 0.5);
             this->window().setRootViewController(nullptr);
@@ -145,8 +140,7 @@ TEST_F(AlertTest, ReturnInItsFieldsGoesOnAndThenAnswers) {
     alert->addTextField([](UITextField& field) { field.setPlaceholder("Last"); });
     std::string name;
     alert->addAction({"Cancel", cancel, {}});
-    alert->addAction(
-        {"OK", normal, [&, weak = std::weak_ptr(alert)] { name = weak.lock()->textFields()[1]->text(); }});
+    alert->addAction({"OK", normal, [&, weak = std::weak_ptr(alert)] { name = weak.lock()->textFields()[1]->text(); }});
     window().rootViewController()->presentViewController(alert, true);
     settle();
     EXPECT_TRUE(alert->textFields()[0]->isFirstResponder());

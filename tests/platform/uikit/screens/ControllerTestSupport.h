@@ -36,8 +36,7 @@ public:
 
 private:
     void move(const std::string& call, const std::vector<std::string>& allowed) {
-        EXPECT_NE(std::ranges::find(allowed, last_), allowed.end())
-            << title() << ": " << call << " after " << last_;
+        EXPECT_NE(std::ranges::find(allowed, last_), allowed.end()) << title() << ": " << call << " after " << last_;
         last_ = call;
         log_.push_back(title() + " " + call);
         if (onCall) onCall(call);
@@ -65,14 +64,11 @@ protected:
         settle();
         log.clear();
     }
-    std::shared_ptr<RecordedScreen> screen(const std::string& name) {
-        return make<RecordedScreen>(name, log);
-    }
+    std::shared_ptr<RecordedScreen> screen(const std::string& name) { return make<RecordedScreen>(name, log); }
     /// A root of a stack with screens of these names pushed.
     std::shared_ptr<UINavigationController> stackOf(const std::vector<std::string>& names) {
         auto navigation = make<UINavigationController>(screen(names.front()));
-        for (std::size_t i = 1; i < names.size(); ++i)
-            navigation->pushViewController(screen(names[i]), false);
+        for (std::size_t i = 1; i < names.size(); ++i) navigation->pushViewController(screen(names[i]), false);
         return navigation;
     }
     UIWindow& window() { return *window_; }
@@ -83,8 +79,7 @@ protected:
         return window_->sendKey({.key = {code, std::move(characters), modifiers}});
     }
     void touch(UITouchPhase phase, CGPoint point) {
-        if (phase == UITouchPhase::began)
-            touchStart_ = point, startTime_ = Clock::shared().monotonicSeconds();
+        if (phase == UITouchPhase::began) touchStart_ = point, startTime_ = Clock::shared().monotonicSeconds();
         UITouch touch;
         touch.identifier = 1;
         touch.phase = phase;

@@ -63,9 +63,9 @@ TEST_F(NavigationTest, ADragFromTheEdgeGoesBackOrReturnsByWayAndVelocity) {
         bool goesBack;
     };
     const Case cases[] = {
-        {{20, 100, 200, 300}, 0.3, true},  // far enough
-        {{20, 60, 100}, 0.3, false},       // not far enough, at rest
-        {{20, 60, 100}, 0, true},          // flung
+        {{20, 100, 200, 300}, 0.3, true},                                                   // far enough
+        {{20, 60, 100}, 0.3, false},                                                        // not far enough, at rest
+        {{20, 60, 100}, 0, true},                                                           // flung
         {{20, 200, 300, 300, 300, 300, 300, 300, 290, 280, 270, 260, 250, 240}, 0, false},  // flung back
     };
     for (const Case& each : cases) {
@@ -78,15 +78,14 @@ TEST_F(NavigationTest, ADragFromTheEdgeGoesBackOrReturnsByWayAndVelocity) {
         }
         touch(UITouchPhase::ended, {each.xs.back(), 300});
         settle();
-        EXPECT_EQ(log, each.goesBack ? popCalls
-                                     : CallLog({"B will-", "A load", "A will+", "A will-", "B will+",
-                                                "A did-", "B did+"}));
+        EXPECT_EQ(log, each.goesBack
+                           ? popCalls
+                           : CallLog({"B will-", "A load", "A will+", "A will-", "B will+", "A did-", "B did+"}));
         EXPECT_EQ(navigation->viewControllers().size(), each.goesBack ? 1u : 2u);
         const auto& top = navigation->topViewController()->view();
         EXPECT_TRUE(top->transform().isIdentity());
         EXPECT_EQ(top->window(), &window());
-        EXPECT_NE(labelled(*navigation->navigationBar(), AccessibilityRole::text, each.goesBack ? "A" : "B"),
-                  nullptr);
+        EXPECT_NE(labelled(*navigation->navigationBar(), AccessibilityRole::text, each.goesBack ? "A" : "B"), nullptr);
         window().setRootViewController(nullptr);
     }
 }
@@ -112,8 +111,7 @@ TEST_F(NavigationTest, AChangeDuringAChangeCompletesTheFirst) {
     navigation->pushViewController(screen("B"), true);
     advance(0.1);
     navigation->pushViewController(screen("C"), true);
-    EXPECT_EQ(log,
-              CallLog({"A will-", "B load", "B will+", "A did-", "B did+", "B will-", "C load", "C will+"}));
+    EXPECT_EQ(log, CallLog({"A will-", "B load", "B will+", "A did-", "B did+", "B will-", "C load", "C will+"}));
     advance(0.1);
     EXPECT_EQ(navigation->popViewControllerAnimated(true)->title(), "C");
     settle();
@@ -192,9 +190,8 @@ TEST_F(NavigationTest, ScreensLieBelowTheBarAtEverySize) {
         UIUserInterfaceIdiom idiom;
         CGFloat safeTop, barBottom;
     };
-    for (const Case& each :
-         {Case{UIUserInterfaceIdiom::phone, 0, 44}, Case{UIUserInterfaceIdiom::phone, 20, 64},
-          Case{UIUserInterfaceIdiom::mac, 28, 80}}) {
+    for (const Case& each : {Case{UIUserInterfaceIdiom::phone, 0, 44}, Case{UIUserInterfaceIdiom::phone, 20, 64},
+                             Case{UIUserInterfaceIdiom::mac, 28, 80}}) {
         UIDevice::currentDevice().setUserInterfaceIdiom(each.idiom);
         const auto navigation = stackOf({"A"});
         show(navigation);
@@ -206,8 +203,7 @@ TEST_F(NavigationTest, ScreensLieBelowTheBarAtEverySize) {
         settle();
         const auto& top = *navigation->topViewController()->view();
         EXPECT_EQ(navigation->navigationBar()->frame(), (CGRect{0, 0, 667, each.barBottom}));
-        EXPECT_EQ(top.convertRectToView(top.bounds(), nullptr),
-                  (CGRect{0, each.barBottom, 667, 375 - each.barBottom}));
+        EXPECT_EQ(top.convertRectToView(top.bounds(), nullptr), (CGRect{0, each.barBottom, 667, 375 - each.barBottom}));
         window().setRootViewController(nullptr);
     }
 }
@@ -229,8 +225,7 @@ TEST_F(NavigationTest, AScreenThatReachesUnderTheBarDoesSoAtEverySize) {
     settle();
     expectWhole("there");
     EXPECT_EQ(under->view()->hitTest({100, 32}), under->view().get());
-    EXPECT_TRUE(window().hitTest({100, 32})->isDescendantOfView(*navigation->navigationBar()))
-        << "the bar is above it";
+    EXPECT_TRUE(window().hitTest({100, 32})->isDescendantOfView(*navigation->navigationBar())) << "the bar is above it";
     window().setSize({667, 375});
     settle();
     expectWhole("after a turn");

@@ -13,8 +13,7 @@ bool isWithin(const CGRect& inner, const CGRect& outer) {
 }
 
 TEST(PresentationLayout, EveryFrameStaysWithinTheSafePartOfTheWindow) {
-    const std::vector<CGSize> windows{{320, 480},  {375, 667},  {667, 375},
-                                      {834, 1112}, {1440, 900}, {120, 90}};
+    const std::vector<CGSize> windows{{320, 480}, {375, 667}, {667, 375}, {834, 1112}, {1440, 900}, {120, 90}};
     const std::vector<CGSize> wishes{{}, {280, 188}, {320, 5000}, {5000, 200}, {1, 1}};
     const std::vector<UIEdgeInsets> safeAreas{{}, {44, 0, 34, 0}, {0, 44, 21, 44}};
     for (const CGSize window : windows) {
@@ -31,12 +30,11 @@ TEST(PresentationLayout, EveryFrameStaysWithinTheSafePartOfTheWindow) {
                 const CGRect whole{{}, window}, safe = whole.insetBy(safeArea);
                 const bool isRoomy = window.width >= 320;
                 for (const auto& anchor : anchors) {
-                    const CGRect frame =
-                        presentationFrame(PresentationKind::popover, wish, {window, safeArea, anchor});
+                    const CGRect frame = presentationFrame(PresentationKind::popover, wish, {window, safeArea, anchor});
                     EXPECT_TRUE(isWithin(frame, isRoomy ? safe.insetBy(8, 8) : safe))
-                        << window.width << "x" << window.height << " wish " << wish.width << "x"
-                        << wish.height << " at " << frame.minX() << "," << frame.minY() << " "
-                        << frame.width() << "x" << frame.height();
+                        << window.width << "x" << window.height << " wish " << wish.width << "x" << wish.height
+                        << " at " << frame.minX() << "," << frame.minY() << " " << frame.width() << "x"
+                        << frame.height();
                 }
                 for (const auto kind : {PresentationKind::card, PresentationKind::alert}) {
                     const CGRect frame = presentationFrame(kind, wish, {window, safeArea, {}});

@@ -21,10 +21,8 @@ protected:
 using Style = UIModalPresentationStyle;
 
 TEST_F(PresentationTest, OnlyFullScreenMakesThePresenterDisappear) {
-    for (const auto idiom :
-         {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad, UIUserInterfaceIdiom::mac}) {
-        for (const auto style :
-             {Style::fullScreen, Style::overFullScreen, Style::formSheet, Style::popover}) {
+    for (const auto idiom : {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad, UIUserInterfaceIdiom::mac}) {
+        for (const auto style : {Style::fullScreen, Style::overFullScreen, Style::formSheet, Style::popover}) {
             for (const bool animated : {false, true}) {
                 UIDevice::currentDevice().setUserInterfaceIdiom(idiom);
                 const auto root = stackOf({"A"});
@@ -36,9 +34,8 @@ TEST_F(PresentationTest, OnlyFullScreenMakesThePresenterDisappear) {
                 }
                 settle();
                 const bool covers = style == Style::fullScreen;
-                EXPECT_EQ(log,
-                          covers ? CallLog({"B load", "A will-", "B will+", "A did-", "B did+", "presented"})
-                                 : CallLog({"B load", "B will+", "B did+", "presented"}));
+                EXPECT_EQ(log, covers ? CallLog({"B load", "A will-", "B will+", "A did-", "B did+", "presented"})
+                                      : CallLog({"B load", "B will+", "B did+", "presented"}));
                 EXPECT_EQ(root->view()->isHidden(), covers);
                 EXPECT_EQ(shown->presentingViewController(), root->topViewController().get());
                 log.clear();
@@ -72,8 +69,8 @@ TEST_F(PresentationTest, WhatCannotBePresentedIsRefusedWithALine) {
 }
 
 TEST_F(PresentationTest, DismissingThePresenterClosesAllThatLiesAbove) {
-    const auto root = screen("A"), first = styled("B", Style::overFullScreen),
-               second = styled("C", Style::fullScreen), third = styled("D", Style::overFullScreen);
+    const auto root = screen("A"), first = styled("B", Style::overFullScreen), second = styled("C", Style::fullScreen),
+               third = styled("D", Style::overFullScreen);
     show(root);
     root->presentViewController(first, false);
     first->presentViewController(second, true);
@@ -114,8 +111,7 @@ TEST_F(PresentationTest, AScreenInAPresentedStackDismissesTheStack) {
 }
 
 TEST_F(PresentationTest, CallsDuringAMovementCompleteItFirst) {
-    const auto root = screen("A"), first = styled("B", Style::formSheet),
-               second = styled("C", Style::popover);
+    const auto root = screen("A"), first = styled("B", Style::formSheet), second = styled("C", Style::popover);
     show(root);
     root->presentViewController(first, true, noting("presented B"));
     advance(0.1);
@@ -123,8 +119,8 @@ TEST_F(PresentationTest, CallsDuringAMovementCompleteItFirst) {
     advance(0.1);
     root->presentViewController(second, true, noting("presented C"));
     settle();
-    EXPECT_EQ(log, CallLog({"B load", "B will+", "B did+", "presented B", "B will-", "B did-", "dismissed B",
-                            "C load", "C will+", "C did+", "presented C"}));
+    EXPECT_EQ(log, CallLog({"B load", "B will+", "B did+", "presented B", "B will-", "B did-", "dismissed B", "C load",
+                            "C will+", "C did+", "presented C"}));
 }
 
 TEST_F(PresentationTest, AScreenMayDismissItselfWhileItAppears) {

@@ -11,8 +11,7 @@ protected:
     void SetUp() override {
         source.canEdit = true;
         const auto log = [this](std::string name) {
-            return
-                [this, name](NSIndexPath path) { ran.push_back(name + " " + std::to_string(path.section)); };
+            return [this, name](NSIndexPath path) { ran.push_back(name + " " + std::to_string(path.section)); };
         };
         source.actions = {{UITableViewRowAction::Style::normal, "Edit", log("edit")},
                           {UITableViewRowAction::Style::destructive, "Delete", log("delete")}};

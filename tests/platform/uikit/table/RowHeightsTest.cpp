@@ -49,9 +49,7 @@ TEST(RowHeights, RandomChangesAgreeWithAPlainModel) {
     for (unsigned seed = 1; seed <= 12; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         std::mt19937 random(seed);
-        const auto upTo = [&](std::int64_t n) {
-            return std::uniform_int_distribution<std::int64_t>(0, n)(random);
-        };
+        const auto upTo = [&](std::int64_t n) { return std::uniform_int_distribution<std::int64_t>(0, n)(random); };
         const auto height = [&] { return roundedHeight(static_cast<CGFloat>(upTo(20000)) / 97); };
         RowHeights heights;
         Model model;
@@ -63,15 +61,12 @@ TEST(RowHeights, RandomChangesAgreeWithAPlainModel) {
                 RowHeights::Section section{
                     .header = height(), .footer = height(), .rows = upTo(4), .estimate = height()};
                 if (upTo(1)) {
-                    for (std::int64_t i = 0; i < section.rows; ++i)
-                        section.known.push_back(upTo(1) ? height() : -1);
+                    for (std::int64_t i = 0; i < section.rows; ++i) section.known.push_back(upTo(1) ? height() : -1);
                 }
                 Model::Section one{section.header, section.footer, {}};
                 for (std::int64_t i = 0; i < section.rows; ++i) {
-                    const bool known =
-                        !section.known.empty() && section.known[static_cast<std::size_t>(i)] >= 0;
-                    one.rows.emplace_back(
-                        known ? section.known[static_cast<std::size_t>(i)] : section.estimate, known);
+                    const bool known = !section.known.empty() && section.known[static_cast<std::size_t>(i)] >= 0;
+                    one.rows.emplace_back(known ? section.known[static_cast<std::size_t>(i)] : section.estimate, known);
                 }
                 heights.insertSections(first, number, section);
                 model.sections.insert(model.sections.begin() + first, static_cast<std::size_t>(number), one);
@@ -119,8 +114,7 @@ TEST(RowHeights, RandomChangesAgreeWithAPlainModel) {
                 y += row.height;
             }
             if (heights.total() == 0) continue;
-            const CGFloat offset =
-                std::uniform_real_distribution<CGFloat>(0, heights.total() * 0.999999)(random);
+            const CGFloat offset = std::uniform_real_distribution<CGFloat>(0, heights.total() * 0.999999)(random);
             const auto hit = heights.at(offset), wanted = model.at(offset);
             ASSERT_EQ(hit.part, wanted.part) << offset;
             ASSERT_EQ(hit.path, wanted.path) << offset;
@@ -130,12 +124,10 @@ TEST(RowHeights, RandomChangesAgreeWithAPlainModel) {
 
 TEST(RowHeights, WalkingVisitsEveryRowOnceInBothDirections) {
     RowHeights heights;
-    for (const std::int64_t rows : {0, 2, 0, 0, 1, 3, 0})
-        heights.insertSections(heights.sections(), 1, {.rows = rows});
+    for (const std::int64_t rows : {0, 2, 0, 0, 1, 3, 0}) heights.insertSections(heights.sections(), 1, {.rows = rows});
     std::vector<NSIndexPath> forth, back;
     for (auto path = heights.rowAtOrAfter(-5); path; path = heights.next(*path)) forth.push_back(*path);
-    for (auto path = heights.rowAtOrAfter(1e9); path; path = heights.previous(*path))
-        back.insert(back.begin(), *path);
+    for (auto path = heights.rowAtOrAfter(1e9); path; path = heights.previous(*path)) back.insert(back.begin(), *path);
     EXPECT_EQ(forth, (std::vector<NSIndexPath>{{1, 0}, {1, 1}, {4, 0}, {5, 0}, {5, 1}, {5, 2}}));
     EXPECT_EQ(back, forth);
 }

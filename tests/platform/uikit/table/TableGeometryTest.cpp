@@ -23,8 +23,7 @@ TEST(TableStyles, MarginsAndCardsFollowStyleAndIdiom) {
         {UITableViewStyle::plain, UIUserInterfaceIdiom::pad, 0, 375, 0},
     };
     for (const StyleCase& one : cases) {
-        SCOPED_TRACE(testing::Message()
-                     << static_cast<int>(one.style) << " on " << static_cast<int>(one.idiom));
+        SCOPED_TRACE(testing::Message() << static_cast<int>(one.style) << " on " << static_cast<int>(one.idiom));
         HeadlessPlatform platform({375, 667}, one.idiom);
         ListSource source;
         source.items.resize(2);
@@ -90,16 +89,14 @@ TEST_F(TableTest, TextHeadersHaveTheirStylesHeightAndPlainOnesStick) {
     source.rowsOf = [](std::int64_t) { return 20; };
     show(3, 50, UITableViewStyle::plain);
     EXPECT_EQ(table->rectForRowAtIndexPath({0, 0}).minY(), 28);
-    EXPECT_EQ(table->rectForRowAtIndexPath({1, 0}).minY(),
-              28 + table->rectForRowAtIndexPath({0, 19}).maxY() - 28);
+    EXPECT_EQ(table->rectForRowAtIndexPath({1, 0}).minY(), 28 + table->rectForRowAtIndexPath({0, 19}).maxY() - 28);
     scrollTo(300);
     const UIView* const title = platform.viewWithText("Uno");
     ASSERT_TRUE(title);
     EXPECT_EQ(title->superview()->frame().minY(), 300);
     EXPECT_FALSE(platform.sees("Due"));
     scrollTo(table->rectForRowAtIndexPath({0, 19}).maxY() - 10);
-    EXPECT_EQ(platform.viewWithText("Uno")->superview()->frame().maxY(),
-              table->rectForRowAtIndexPath({0, 19}).maxY());
+    EXPECT_EQ(platform.viewWithText("Uno")->superview()->frame().maxY(), table->rectForRowAtIndexPath({0, 19}).maxY());
 
     const auto grouped = make<UITableView>(CGRect{0, 0, 375, 667}, UITableViewStyle::grouped);
     grouped->setDataSource(&source);

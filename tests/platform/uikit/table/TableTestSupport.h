@@ -46,22 +46,18 @@ public:
     int cellsMade = 0, rowNumbersAsked = 0, cellsAsked = 0;
     std::vector<NSIndexPath> selected, accessories, committed, prefetched;
 
-    std::int64_t numberOfSectionsInTableView(UITableView&) override {
-        return static_cast<std::int64_t>(items.size());
-    }
+    std::int64_t numberOfSectionsInTableView(UITableView&) override { return static_cast<std::int64_t>(items.size()); }
     std::int64_t tableViewNumberOfRowsInSection(UITableView&, std::int64_t section) override {
         ++rowNumbersAsked;
         return rowsOf(section);
     }
-    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
-                                                                    NSIndexPath path) override {
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table, NSIndexPath path) override {
         ++cellsAsked;
         auto cell = std::static_pointer_cast<NumberedRow>(table.dequeueReusableCell("row"));
         if (!cell) cell = make<NumberedRow>("row", cellsMade);
         lastWidthAsked = cell->frame().width();
         const Item& item = items.at(static_cast<std::size_t>(path.section));
-        cell->textLabel()->setText(std::to_string(item.id) +
-                                   (path.row ? "." + std::to_string(path.row) : ""));
+        cell->textLabel()->setText(std::to_string(item.id) + (path.row ? "." + std::to_string(path.row) : ""));
         cell->wanted = item.height;
         return cell;
     }
@@ -69,27 +65,21 @@ public:
         prefetched.insert(prefetched.end(), paths.begin(), paths.end());
     }
     std::string tableViewTitleForHeaderInSection(UITableView&, std::int64_t section) override {
-        return static_cast<std::size_t>(section) < titles.size() ? titles[static_cast<std::size_t>(section)]
-                                                                 : "";
+        return static_cast<std::size_t>(section) < titles.size() ? titles[static_cast<std::size_t>(section)] : "";
     }
     bool tableViewCanEditRowAtIndexPath(UITableView&, NSIndexPath) override { return canEdit; }
     void tableViewCommitEditingStyle(UITableView&, UITableViewCellEditingStyle, NSIndexPath path) override {
         committed.push_back(path);
     }
-    CGFloat tableViewHeightForRowAtIndexPath(UITableView&, NSIndexPath path) override {
-        return heightOf(path);
-    }
+    CGFloat tableViewHeightForRowAtIndexPath(UITableView&, NSIndexPath path) override { return heightOf(path); }
     CGFloat tableViewHeightForHeaderInSection(UITableView&, std::int64_t) override { return header; }
     CGFloat tableViewHeightForFooterInSection(UITableView&, std::int64_t) override { return footer; }
     bool tableViewHasUniformSections(UITableView&) override { return isUniform; }
-    void tableViewDidSelectRowAtIndexPath(UITableView&, NSIndexPath path) override {
-        selected.push_back(path);
-    }
+    void tableViewDidSelectRowAtIndexPath(UITableView&, NSIndexPath path) override { selected.push_back(path); }
     void tableViewAccessoryButtonTappedForRowWithIndexPath(UITableView&, NSIndexPath path) override {
         accessories.push_back(path);
     }
-    std::vector<UITableViewRowAction> tableViewEditActionsForRowAtIndexPath(UITableView&,
-                                                                            NSIndexPath) override {
+    std::vector<UITableViewRowAction> tableViewEditActionsForRowAtIndexPath(UITableView&, NSIndexPath) override {
         return actions;
     }
 };
@@ -106,14 +96,12 @@ private:
 
 class TableTest : public ::testing::Test {
 protected:
-    explicit TableTest(UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::phone)
-        : platform({375, 667}, idiom) {}
+    explicit TableTest(UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::phone) : platform({375, 667}, idiom) {}
 
     ~TableTest() override { platform.window().setRootViewController(nullptr); }
 
     /// Shows a table over the whole window with `count` items of `height`.
-    void show(std::int64_t count, CGFloat height = 88,
-              UITableViewStyle style = UITableViewStyle::insetGrouped) {
+    void show(std::int64_t count, CGFloat height = 88, UITableViewStyle style = UITableViewStyle::insetGrouped) {
         source.items.clear();
         for (std::int64_t i = 0; i < count; ++i) source.items.push_back({i, height});
         table = make<UITableView>(CGRect{0, 0, 375, 667}, style);

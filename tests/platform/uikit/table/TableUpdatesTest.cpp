@@ -14,9 +14,7 @@ TEST_F(TableTest, RandomInsertsAndDeletesAgreeWithTheModel) {
     for (unsigned seed = 1; seed <= 8; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         std::mt19937 random(seed);
-        const auto upTo = [&](std::int64_t n) {
-            return std::uniform_int_distribution<std::int64_t>(0, n)(random);
-        };
+        const auto upTo = [&](std::int64_t n) { return std::uniform_int_distribution<std::int64_t>(0, n)(random); };
         show(30);
         std::int64_t nextId = 1000;
         for (int step = 0; step < 150; ++step) {
@@ -83,9 +81,7 @@ TEST_F(TableTest, AnInsertAboveKeepsThePlaceAndAtTheTopItShows) {
     EXPECT_EQ(table->contentOffset().y, 0);
     EXPECT_EQ(rowsOnScreen().at(1000), 8);
     EXPECT_EQ(rowsOnScreen().at(999), 8 + 140 + 9);
-    const auto shownAt = [&](std::int64_t section) {
-        return platform.backend().node(row(section)->tag())->state;
-    };
+    const auto shownAt = [&](std::int64_t section) { return platform.backend().node(row(section)->tag())->state; };
     platform.advance(0.1);
     EXPECT_GT(shownAt(0)->alpha, 0);
     EXPECT_LT(shownAt(0)->alpha, 1);
@@ -137,9 +133,7 @@ TEST_F(TableTest, AnUpdateWithoutChangesAsksForTheHeightsAgain) {
     platform.settle();
     EXPECT_EQ(table->rectForRowAtIndexPath({0, 0}).height(), 150);
     EXPECT_EQ(row(1)->frame().minY(), 8 + 150 + 9);
-    source.heightOf = [&](NSIndexPath path) {
-        return path.section == 1 ? fixed : UITableViewAutomaticDimension;
-    };
+    source.heightOf = [&](NSIndexPath path) { return path.section == 1 ? fixed : UITableViewAutomaticDimension; };
     table->reloadRow({1, 0}, Animation::none);
     EXPECT_EQ(row(1)->frame().height(), 30);
     EXPECT_EQ(row(2)->frame().minY(), 167 + 30 + 9);
@@ -162,8 +156,7 @@ TEST_F(TableTest, ReloadOneRowAsksForThatRowOnly) {
 class HeldRowSource final : public ListSource {
 public:
     std::shared_ptr<NumberedRow> held;
-    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
-                                                                    NSIndexPath path) override {
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table, NSIndexPath path) override {
         if (path.section != 1) return ListSource::tableViewCellForRowAtIndexPath(table, path);
         if (!held) held = make<NumberedRow>("held", cellsMade);
         return held;
@@ -174,9 +167,7 @@ TEST_F(TableTest, ARowThatTheDataSourceHoldsKeepsItsFocusWhenItsHeightIsAskedAga
     HeldRowSource held;
     for (int i = 0; i < 30; ++i) held.items.push_back({i, 88});
     CGFloat height = 150;
-    held.heightOf = [&](NSIndexPath path) {
-        return path.section == 1 ? height : UITableViewAutomaticDimension;
-    };
+    held.heightOf = [&](NSIndexPath path) { return path.section == 1 ? height : UITableViewAutomaticDimension; };
     show(0);
     table->setDataSource(&held);
     table->setDelegate(&held);
@@ -190,8 +181,7 @@ TEST_F(TableTest, ARowThatTheDataSourceHoldsKeepsItsFocusWhenItsHeightIsAskedAga
         EXPECT_TRUE(field->isFirstResponder());
         EXPECT_EQ(held.held->superview(), table.get());
         EXPECT_EQ(held.held->frame().height(), next);
-        EXPECT_EQ(table->rectForRowAtIndexPath({2, 0}).minY(),
-                  table->rectForRowAtIndexPath({1, 0}).maxY() + 9);
+        EXPECT_EQ(table->rectForRowAtIndexPath({2, 0}).minY(), table->rectForRowAtIndexPath({1, 0}).maxY() + 9);
         EXPECT_EQ(table->contentOffset().y, 0);
     }
     table->setDataSource(nullptr);

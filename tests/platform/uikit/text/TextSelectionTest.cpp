@@ -20,9 +20,7 @@ TEST(TextOffset, TheNearestPlaceToAPointIsFound) {
     };
     const std::tuple<std::string, CGFloat, std::vector<Place>> cases[] = {
         {"", 100, {{{50, 50}, 0}}},
-        {"abc",
-         100,
-         {{{-5, 10}, 0}, {{4, 10}, 0}, {{6, 10}, 1}, {{90, 10}, 3}, {{15, -1}, 0}, {{15, 500}, 3}}},
+        {"abc", 100, {{{-5, 10}, 0}, {{4, 10}, 0}, {{6, 10}, 1}, {{90, 10}, 3}, {{15, -1}, 0}, {{15, 500}, 3}}},
         {"abc", 0, {{{0, 10}, 0}}},
         {"abc def ghi", 75, {{{1, 30}, 8}, {{90, 10}, 7}, {{14, 40}, 9}}},
         {"abcdefgh", 40, {{{1, 30}, 4}}},
@@ -33,8 +31,7 @@ TEST(TextOffset, TheNearestPlaceToAPointIsFound) {
         {"a\xC3\xA4z", 100, {{{19, 10}, 3}}}};
     for (const auto& [text, width, places] : cases) {
         for (const auto& [point, offset] : places)
-            EXPECT_EQ(TextMeasurer::shared().offsetAtPoint(text, {.font = font, .width = width}, point),
-                      offset)
+            EXPECT_EQ(TextMeasurer::shared().offsetAtPoint(text, {.font = font, .width = width}, point), offset)
                 << text << " at " << point.x << ", " << point.y;
     }
 }
@@ -64,17 +61,16 @@ TEST(TextOffset, LinesFollowTheirAlignment) {
 }
 
 TEST(TextSelectionWords, AWordEndsWhereAnotherKindOfCharacterBegins) {
-    const std::tuple<const char*, std::size_t, const char*> cases[] = {
-        {"", 0, ""},
-        {"one two", 0, "one"},
-        {"one two", 2, "one"},
-        {"one  two", 3, "  "},
-        {"one two", 7, "two"},
-        {"it's, so", 1, "it's"},
-        {"it's, so", 4, ","},
-        {"\xC3\xA4\xC3\xB6 b", 1, "\xC3\xA4\xC3\xB6"},
-        {"\xE5\xA5\xBD\xE5\xA5\xBE", 3, "\xE5\xA5\xBE"},
-        {"\xF0\x9F\x98\x80x", 2, "\xF0\x9F\x98\x80"}};
+    const std::tuple<const char*, std::size_t, const char*> cases[] = {{"", 0, ""},
+                                                                       {"one two", 0, "one"},
+                                                                       {"one two", 2, "one"},
+                                                                       {"one  two", 3, "  "},
+                                                                       {"one two", 7, "two"},
+                                                                       {"it's, so", 1, "it's"},
+                                                                       {"it's, so", 4, ","},
+                                                                       {"\xC3\xA4\xC3\xB6 b", 1, "\xC3\xA4\xC3\xB6"},
+                                                                       {"\xE5\xA5\xBD\xE5\xA5\xBE", 3, "\xE5\xA5\xBE"},
+                                                                       {"\xF0\x9F\x98\x80x", 2, "\xF0\x9F\x98\x80"}};
     for (const auto& [text, offset, word] : cases) {
         const auto [begin, end] = TextSelection::wordAt(text, offset);
         EXPECT_EQ(std::string_view(text).substr(begin, end - begin), word) << text << " at " << offset;
@@ -84,9 +80,7 @@ TEST(TextSelectionWords, AWordEndsWhereAnotherKindOfCharacterBegins) {
 class TextSelectionTest : public ::testing::Test {
 protected:
     TextSelectionTest() {
-        UIApplication::sharedApplication().setPasteboardText = [this](const std::string& text) {
-            copied = text;
-        };
+        UIApplication::sharedApplication().setPasteboardText = [this](const std::string& text) { copied = text; };
         auto root = make<UIViewController>();
         view->setFrame({10, 100, 300, 100});
         view->setFont(font);
@@ -103,8 +97,7 @@ protected:
         platform.settle();
         const auto* const node = platform.backend().node(of.tag());
         const auto* const content = node ? std::get_if<TextContent>(&node->state->content) : nullptr;
-        return content ? content->text.substr(content->selectionBegin,
-                                              content->selectionEnd - content->selectionBegin)
+        return content ? content->text.substr(content->selectionBegin, content->selectionEnd - content->selectionBegin)
                        : std::string();
     }
     std::string selected() { return selected(*view); }
@@ -191,8 +184,7 @@ TEST_F(TextSelectionTest, APointerSelectsByDragging) {
     usePointer(UIButtonMask::primary);
     platform.drag({12, 110}, {62, 112});
     EXPECT_EQ(selected(), "one t");
-    for (const auto& [characters, modifiers] :
-         {std::pair{"c", modifierCommand}, std::pair{"\x03", modifierControl}}) {
+    for (const auto& [characters, modifiers] : {std::pair{"c", modifierCommand}, std::pair{"\x03", modifierControl}}) {
         copied.clear();
         EXPECT_TRUE(platform.key(UIKeyCode::other, modifiers, characters));
         EXPECT_EQ(copied, "one t");

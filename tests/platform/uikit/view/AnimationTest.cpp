@@ -206,19 +206,13 @@ TEST_F(AnimationTest, FrameCallbacksRunUntilTheyReturnFalse) {
 TEST_F(AnimationTest, KeyFramesTurnTheView) {
     const std::string key = "transform.rotation";
     const auto forwards = CAMediaTimingFillMode::forwards;
-    const CAKeyframeAnimation shake{
-        key, {-0.03, 0.03, -0.03}, 0.2, CAKeyframeAnimation::withoutEnd, false, forwards};
-    const std::tuple<const char*, CAKeyframeAnimation, std::vector<std::pair<double, double>>, bool, bool>
-        cases[] = {
-            {"without end",
-             shake,
-             {{0, -0.03}, {0.05, 0}, {0.1, 0.03}, {0.2, -0.03}, {100.1, 0.03}},
-             true,
-             true},
-            {"once, then gone", {key, {0, 1}, 0.4, 1}, {{0.1, 0.25}, {0.5, 0}}, false, false},
-            {"stays at its end", {key, {0, 1}, 0.4, 1, false, forwards}, {{0.3, 0.75}, {9, 1}}, false, true},
-            {"half a run", {key, {0, 1}, 0.4, 0.5, false, forwards}, {{9, 0.5}}, false, true},
-            {"no time", {key, {0.5, 1}, 0, 1, false}, {{0, 0.5}, {9, 0.5}}, false, true}};
+    const CAKeyframeAnimation shake{key, {-0.03, 0.03, -0.03}, 0.2, CAKeyframeAnimation::withoutEnd, false, forwards};
+    const std::tuple<const char*, CAKeyframeAnimation, std::vector<std::pair<double, double>>, bool, bool> cases[] = {
+        {"without end", shake, {{0, -0.03}, {0.05, 0}, {0.1, 0.03}, {0.2, -0.03}, {100.1, 0.03}}, true, true},
+        {"once, then gone", {key, {0, 1}, 0.4, 1}, {{0.1, 0.25}, {0.5, 0}}, false, false},
+        {"stays at its end", {key, {0, 1}, 0.4, 1, false, forwards}, {{0.3, 0.75}, {9, 1}}, false, true},
+        {"half a run", {key, {0, 1}, 0.4, 0.5, false, forwards}, {{9, 0.5}}, false, true},
+        {"no time", {key, {0.5, 1}, 0, 1, false}, {{0, 0.5}, {9, 0.5}}, false, true}};
     for (const auto& [what, animation, angles, isMoving, staysOnView] : cases) {
         SCOPED_TRACE(what);
         view->removeAllAnimations();

@@ -114,8 +114,7 @@ TEST_F(FocusTest, KeysGoUpToTheControllerAndEscapeAsksItToCancel) {
     EXPECT_FALSE(platform.key(UIKeyCode::escape));
     root->cancels = true;
     EXPECT_TRUE(platform.key(UIKeyCode::escape));
-    EXPECT_EQ(taken(),
-              (Log{"root key u", "root key v", "root key ", "root cancel", "root key ", "root cancel"}));
+    EXPECT_EQ(taken(), (Log{"root key u", "root key v", "root key ", "root cancel", "root key ", "root cancel"}));
     platform.tap(*name);
     taken();
     EXPECT_TRUE(platform.key(UIKeyCode::escape)) << "also from within a field";

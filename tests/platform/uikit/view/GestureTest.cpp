@@ -12,8 +12,7 @@ using Log = std::vector<std::string>;
 
 class TouchedView final : public UIView {
 public:
-    TouchedView(CGRect frame, std::string name, Log& log)
-        : UIView(frame), name_(std::move(name)), log_(log) {}
+    TouchedView(CGRect frame, std::string name, Log& log) : UIView(frame), name_(std::move(name)), log_(log) {}
     void touchesBegan(const UITouch&) override { log_.push_back(name_ + " began"); }
     void touchesMoved(const UITouch&) override { log_.push_back(name_ + " moved"); }
     void touchesEnded(const UITouch&) override { log_.push_back(name_ + " ended"); }
@@ -90,9 +89,8 @@ TEST_F(GestureTest, PansBeginOnTheirAxisOnly) {
     using Axis = UIPanGestureRecognizer::Axis;
     const auto pan = watch<UIPanGestureRecognizer>(*inner, "pan");
     const std::tuple<UIPanGestureRecognizer::Axis, CGPoint, bool> cases[] = {
-        {Axis::any, {60, 66}, false},       {Axis::any, {66, 67}, true},
-        {Axis::vertical, {60, 80}, true},   {Axis::vertical, {80, 62}, false},
-        {Axis::horizontal, {80, 62}, true}, {Axis::horizontal, {62, 80}, false},
+        {Axis::any, {60, 66}, false},       {Axis::any, {66, 67}, true},        {Axis::vertical, {60, 80}, true},
+        {Axis::vertical, {80, 62}, false},  {Axis::horizontal, {80, 62}, true}, {Axis::horizontal, {62, 80}, false},
         {Axis::horizontal, {40, 60}, true}, {Axis::vertical, {60, 40}, true}};
     for (const auto& [axis, to, begins] : cases) {
         pan->axis = axis;
@@ -153,8 +151,7 @@ TEST_F(GestureTest, ALongPressBeginsByTimeAndFailsByMoving) {
         touches({{began, {60, 60}}, {moved, {66, 68}}});
         platform.advance(0.51);
         touches({{moved, {90, 90}}, {cancelled, {90, 90}}});
-        EXPECT_EQ(taken(),
-                  (Log{"inner began", "inner moved", "inner cancelled", "press began", "press cancelled"}))
+        EXPECT_EQ(taken(), (Log{"inner began", "inner moved", "inner cancelled", "press began", "press cancelled"}))
             << "10 points count as still; once begun it may go anywhere";
     }
 }
@@ -216,8 +213,7 @@ TEST_F(GestureTest, FingersAreIndependentAndACancelledTouchIsNoTap) {
     platform.touch(UITouchPhase::began, {10, 10}, 1);
     platform.touch(UITouchPhase::began, {60, 60}, 2);
     platform.touch(UITouchPhase::ended, {60, 60}, 2);
-    EXPECT_EQ(taken(), (Log{"outer began", "inner began", "inner ended"}))
-        << "the recogniser watches the first finger";
+    EXPECT_EQ(taken(), (Log{"outer began", "inner began", "inner ended"})) << "the recogniser watches the first finger";
     platform.touch(UITouchPhase::cancelled, {10, 10}, 1);
     EXPECT_EQ(taken(), (Log{"outer cancelled"}));
     platform.touch(UITouchPhase::began, {10, 10}, 1);

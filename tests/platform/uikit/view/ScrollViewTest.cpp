@@ -21,8 +21,7 @@ public:
 
 class ScrollViewTest : public ::testing::Test {
 protected:
-    explicit ScrollViewTest(UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::phone)
-        : platform({375, 600}, idiom) {
+    explicit ScrollViewTest(UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::phone) : platform({375, 600}, idiom) {
         scroll = make<UIScrollView>(CGRect{0, 0, 375, 600});
         scroll->setContentSize({375, 5000});
         scroll->setScrollViewDelegate(log);
@@ -34,9 +33,7 @@ protected:
         EXPECT_EQ(y(), offset);
         EXPECT_FALSE(platform.backend().framesWanted());
     }
-    bool scrollPrecisely(CGFloat dy) {
-        return scroll->scrollBy({.location = {}, .dx = 0, .dy = dy, .precise = true});
-    }
+    bool scrollPrecisely(CGFloat dy) { return scroll->scrollBy({.location = {}, .dx = 0, .dy = dy, .precise = true}); }
 
     HeadlessPlatform platform;
     std::shared_ptr<ScrollLog> log = std::make_shared<ScrollLog>();
@@ -45,9 +42,7 @@ protected:
 
 class MacScrollViewTest : public ScrollViewTest {
 protected:
-    MacScrollViewTest() : ScrollViewTest(UIUserInterfaceIdiom::mac) {
-        platform.touchType = UITouchType::pointer;
-    }
+    MacScrollViewTest() : ScrollViewTest(UIUserInterfaceIdiom::mac) { platform.touchType = UITouchType::pointer; }
 };
 
 TEST_F(ScrollViewTest, ASlowDragLeavesTheContentWhereTheFingerDidAndPressesNoButton) {
@@ -114,8 +109,7 @@ TEST_F(ScrollViewTest, ContentThatFitsOrIsSwitchedOffStays) {
 }
 
 TEST_F(ScrollViewTest, TheWheelIsSmoothAndAddsUpAndATrackpadIsImmediate) {
-    for (int notch = 0; notch < 2; ++notch)
-        platform.window().sendScroll({.location = {100, 300}, .dx = 0, .dy = -60});
+    for (int notch = 0; notch < 2; ++notch) platform.window().sendScroll({.location = {100, 300}, .dx = 0, .dy = -60});
     platform.advance(0.03);
     EXPECT_GT(y(), 0);
     EXPECT_LT(y(), 120);
@@ -195,8 +189,7 @@ TEST(ScrollMotion, RubberBandIsUndoneByItsInverseAndTheWayDoesNotDependOnTheFram
     for (const CGFloat offset : {-300.0, -1.0, 0.0, 55.0, 100.0, 130.0, 900.0}) {
         const CGFloat shown = ScrollMotion::rubberBanded(offset, 0, 100, 600);
         EXPECT_NEAR(ScrollMotion::unbanded(shown, 0, 100, 600), offset, 1e-6);
-        EXPECT_LE(std::abs(shown - std::clamp(offset, 0.0, 100.0)),
-                  std::abs(offset - std::clamp(offset, 0.0, 100.0)));
+        EXPECT_LE(std::abs(shown - std::clamp(offset, 0.0, 100.0)), std::abs(offset - std::clamp(offset, 0.0, 100.0)));
     }
     const auto way = [](double frame) {
         ScrollMotion motion;

@@ -18,9 +18,7 @@ void expectNear(const CGRect& actual, const CGRect& expected, const char* what) 
     EXPECT_NEAR(actual.size.height, expected.size.height, 1e-9) << what;
 }
 
-void expectNear(CGPoint actual, CGPoint expected, const char* what) {
-    expectNear({actual, {}}, {expected, {}}, what);
-}
+void expectNear(CGPoint actual, CGPoint expected, const char* what) { expectNear({actual, {}}, {expected, {}}, what); }
 
 TEST(Autoresizing, FlexiblePartsShareTheDifference) {
     // Along one axis: "margin" is the flexible margin before the view, "end" the one behind it.
@@ -46,8 +44,8 @@ TEST(Autoresizing, FlexiblePartsShareTheDifference) {
         const auto [x, width, whole] = before;
         const auto [newX, newWidth, newWhole] = after;
         // The other axis has no flexible part and another size.
-        expectNear(autoresizedFrame({x, 7, width, 9}, flexible, {whole, 50}, {newWhole, 70}),
-                   {newX, 7, newWidth, 9}, what);
+        expectNear(autoresizedFrame({x, 7, width, 9}, flexible, {whole, 50}, {newWhole, 70}), {newX, 7, newWidth, 9},
+                   what);
         expectNear(autoresizedFrame({7, x, 9, width}, flexible << 3, {50, whole}, {70, newWhole}),
                    {7, newX, 9, newWidth}, what);
     }
@@ -105,8 +103,7 @@ TEST(ViewGeometry, PointsConvertThroughScrollingAndTransforms) {
     };
     for (const auto& [what, point, from, to, expected] : cases)
         expectNear(from->convertPointToView(point, to), expected, what);
-    expectNear(turned->convertRectToView(turned->bounds(), row.get()), {5, -5, 10, 20},
-               "box of a turned view");
+    expectNear(turned->convertRectToView(turned->bounds(), row.get()), {5, -5, 10, 20}, "box of a turned view");
 }
 
 TEST(HitTest, FindsTheDeepestVisibleViewFromFrontToBack) {
@@ -190,8 +187,7 @@ TEST(Layout, ParentsComeFirstAndEndlessLayoutIsCutOff) {
     };
     HeadlessPlatform platform;
     std::vector<Recorded*> order;
-    const auto parent = make<Recorded>(order), child = make<Recorded>(order),
-               grandchild = make<Recorded>(order);
+    const auto parent = make<Recorded>(order), child = make<Recorded>(order), grandchild = make<Recorded>(order);
     child->addSubview(grandchild);
     parent->addSubview(child);
     platform.window().addSubview(parent);
