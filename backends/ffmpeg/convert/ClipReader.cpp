@@ -40,12 +40,6 @@ int decodingThreads(const AVCodecParameters& parameters) {
     return static_cast<int>(std::min(std::max<std::int64_t>(1, cores) + 2, fitting));
 }
 
-const std::int32_t* displayMatrix(const AVStream& stream) {
-    std::size_t size = 0;
-    const std::uint8_t* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
-    return size >= 9 * sizeof(std::int32_t) ? reinterpret_cast<const std::int32_t*>(matrix) : nullptr;
-}
-
 }  // namespace
 
 ClipReader::ClipReader(std::unique_ptr<InputReader> reader, const ExportPreset& preset)
@@ -227,7 +221,7 @@ bool ClipReader::prepareGraph(const AVFrame& frame) {
 }
 
 std::string ClipReader::filterChain(const AVFrame& frame) {
-    const PictureTurn turn = PictureTurn::nearestTo(transformOfDisplayMatrix(displayMatrix(*video_)));
+    const PictureTurn turn = PictureTurn::nearestTo(transformOfDisplayMatrix(displayMatrixOf(*video_)));
     // All pictures get the size of the first one, for which the encoder was set up.
     if (scaledSize_.width == 0) {
         AVFrame* unchanged = const_cast<AVFrame*>(&frame);

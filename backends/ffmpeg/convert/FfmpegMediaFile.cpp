@@ -21,12 +21,6 @@ constexpr std::int64_t largestPixelCount = std::int64_t{8192} * 8192;
 /// How many packets are read for the first picture; nearly all clips begin with a keyframe.
 constexpr int largestPacketCount = 2000;
 
-const std::int32_t* displayMatrix(const AVStream& stream) {
-    std::size_t size = 0;
-    const std::uint8_t* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
-    return size >= 9 * sizeof(std::int32_t) ? reinterpret_cast<const std::int32_t*>(matrix) : nullptr;
-}
-
 AVAssetTrack trackOf(const AVStream& stream) {
     AVAssetTrack track;
     switch (stream.codecpar->codec_type) {
@@ -34,7 +28,7 @@ AVAssetTrack trackOf(const AVStream& stream) {
         track.mediaType = AVMediaType::video;
         track.naturalSize = {static_cast<CGFloat>(stream.codecpar->width),
                              static_cast<CGFloat>(stream.codecpar->height)};
-        track.preferredTransform = transformOfDisplayMatrix(displayMatrix(stream));
+        track.preferredTransform = transformOfDisplayMatrix(displayMatrixOf(stream));
         break;
     case AVMEDIA_TYPE_AUDIO: track.mediaType = AVMediaType::audio; break;
     default: break;

@@ -4,7 +4,17 @@
 #include <array>
 #include <cmath>
 
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
 namespace ostrel {
+
+const std::int32_t* displayMatrixOf(const AVStream& stream) {
+    std::size_t size = 0;
+    const std::uint8_t* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+    return size >= 9 * sizeof(std::int32_t) ? reinterpret_cast<const std::int32_t*>(matrix) : nullptr;
+}
 
 CGAffineTransform transformOfDisplayMatrix(const std::int32_t* matrix) {
     if (!matrix) return {};

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+struct AVStream;
+
 namespace ostrel {
 
 /// Pixels.
@@ -12,6 +14,10 @@ struct PixelSize {
     int width = 0, height = 0;
     friend bool operator==(const PixelSize&, const PixelSize&) = default;
 };
+
+/// The display matrix of a video stream: how a player has to turn its pictures. Null when the file has none. Valid as
+/// long as the stream.
+const std::int32_t* displayMatrixOf(const AVStream& stream);
 
 /// The transform of a display matrix (ISO/IEC 14496-12, tkhd: nine numbers, 16.16 but for the third of each row, which
 /// is 2.30). Null gives the identity.
