@@ -20,8 +20,7 @@ namespace ostrel {
 class ChildProcess final {
 public:
     explicit ChildProcess(std::vector<std::string> arguments) {
-        int out[2];
-        int err[2];
+        int out[2], err[2];
         EXPECT_EQ(::pipe2(out, O_CLOEXEC), 0);
         EXPECT_EQ(::pipe2(err, O_CLOEXEC), 0);
         posix_spawn_file_actions_t actions;
@@ -82,8 +81,7 @@ private:
 
     pid_t pid_ = -1;
     bool isReaped_ = false;
-    int out_ = -1;
-    int err_ = -1;
+    int out_ = -1, err_ = -1;
 };
 
 }  // namespace ostrel

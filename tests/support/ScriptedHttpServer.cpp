@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <cassert>
 #include <chrono>
 #include <cstdlib>
-#include <memory>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sstream>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -45,11 +44,7 @@ bool receive(int socket, std::string& to) {
 void addBody(ScriptedHttpServer::Request& request, std::string_view bytes) {
     request.bodyBytes += bytes.size();
     request.bodyFingerprint = fingerprint(bytes, request.bodyFingerprint);
-    if (request.bodyBegin.size() < keptBodyBytes) {
-        request.bodyBegin.append(bytes.substr(0, keptBodyBytes - request.bodyBegin.size()));
-    }
-    request.bodyEnd.append(bytes.substr(bytes.size() - std::min(bytes.size(), keptBodyBytes)));
-    if (request.bodyEnd.size() > 1024) request.bodyEnd.erase(0, request.bodyEnd.size() - 1024);
+    request.bodyBegin.append(bytes.substr(0, keptBodyBytes - request.bodyBegin.size()));
 }
 
 }  // namespace
@@ -108,14 +103,9 @@ void ScriptedHttpServer::on(std::string path, Script script) {
 }
 
 void ScriptedHttpServer::refuseBody(std::string path, Answer answer) {
+    on(path, std::move(answer));
     const std::lock_guard lock(mutex_);
-    refusals_[std::move(path)] = std::move(answer);
-}
-
-std::optional<ScriptedHttpServer::Answer> ScriptedHttpServer::refusalFor(const Request& request) {
-    const std::lock_guard lock(mutex_);
-    const auto found = refusals_.find(request.target);
-    return found == refusals_.end() ? std::nullopt : std::optional(found->second);
+    refused_.insert(std::move(path));
 }
 
 std::string ScriptedHttpServer::address() const { return "http://127.0.0.1:" + std::to_string(port_); }
@@ -127,7 +117,7 @@ std::vector<ScriptedHttpServer::Request> ScriptedHttpServer::requests() const {
 
 std::size_t ScriptedHttpServer::requestCount(std::string_view path) const {
     const std::lock_guard lock(mutex_);
-    return static_cast<std::size_t>(std::count_if(requests_.begin(), requests_.end(), [&](const Request& request) {
+    return static_cast<std::size_t>(std::ranges::count_if(requests_, [&](const Request& request) {
         return std::string_view(request.target).substr(0, request.target.find('?')) == path;
     }));
 }
@@ -156,17 +146,18 @@ void ScriptedHttpServer::serve(Connection& connection) {
     while (true) {
         Request request;
         if (!readHead(connection, request)) return;
-        const std::optional<Answer> refusal = refusalFor(request);
-        if (!refusal && !readBody(connection, request)) return;
-        {
-            const std::lock_guard lock(mutex_);
-            requests_.push_back(request);
-        }
+        std::unique_lock lock(mutex_);
+        const bool refuses = refused_.contains(request.target);
+        lock.unlock();
+        if (!refuses && !readBody(connection, request)) return;
+        lock.lock();
+        requests_.push_back(request);
+        lock.unlock();
         const int now = ++underWay_;
         for (int most = mostAtOnce_; now > most && !mostAtOnce_.compare_exchange_weak(most, now);) {}
-        const bool goesOn = sendAnswer(connection, refusal ? *refusal : answerFor(request));
+        const bool goesOn = sendAnswer(connection, answerFor(request));
         --underWay_;
-        if (!goesOn || refusal) return;
+        if (!goesOn || refuses) return;
     }
 }
 
@@ -180,17 +171,14 @@ bool ScriptedHttpServer::readHead(Connection& connection, Request& request) {
             return false;
         }
     }
-    const std::string head = connection.pending.substr(0, end);
+    std::istringstream head(connection.pending.substr(0, end + 2));
     connection.pending.erase(0, end + 4);
-    std::size_t lineEnd = std::min(head.find("\r\n"), head.size());
-    const std::size_t space = head.find(' ');
-    request.method = head.substr(0, space);
-    request.target = head.substr(space + 1, head.find(' ', space + 1) - space - 1);
-    while (lineEnd < head.size()) {
-        const std::size_t begin = lineEnd + 2;
-        lineEnd = std::min(head.find("\r\n", begin), head.size());
-        const std::size_t colon = head.find(':', begin);
-        request.headers[lowered(head.substr(begin, colon - begin))] = head.substr(colon + 2, lineEnd - colon - 2);
+    head >> request.method >> request.target;
+    std::string line;
+    std::getline(head, line);
+    while (std::getline(head, line)) {
+        const std::size_t colon = line.find(':');
+        request.headers[lowered(line.substr(0, colon))] = line.substr(colon + 2, line.size() - colon - 3);
     }
     request.bodyFingerprint = fingerprint({});
     return true;
@@ -199,9 +187,7 @@ bool ScriptedHttpServer::readHead(Connection& connection, Request& request) {
 bool ScriptedHttpServer::readBody(Connection& connection, Request& request) {
     const auto length = request.headers.find("content-length");
     std::size_t left = length == request.headers.end() ? 0 : std::stoull(length->second);
-    if (left > 0 && request.headers.count("expect") && !sendAll(connection.socket, "HTTP/1.1 100 Continue\r\n\r\n")) {
-        return false;
-    }
+    if (left > 0 && request.headers.contains("expect")) sendAll(connection.socket, "HTTP/1.1 100 Continue\r\n\r\n");
     while (left > 0) {
         if (connection.pending.empty() && !receive(connection.socket, connection.pending)) return false;
         const std::size_t taken = std::min(left, connection.pending.size());
@@ -213,12 +199,10 @@ bool ScriptedHttpServer::readBody(Connection& connection, Request& request) {
 }
 
 ScriptedHttpServer::Answer ScriptedHttpServer::answerFor(const Request& request) {
-    Script script;
-    {
-        const std::lock_guard lock(mutex_);
-        const auto found = scripts_.find(request.target.substr(0, request.target.find('?')));
-        if (found != scripts_.end()) script = found->second;
-    }
+    std::unique_lock lock(mutex_);
+    const auto found = scripts_.find(request.target.substr(0, request.target.find('?')));
+    const Script script = found == scripts_.end() ? nullptr : found->second;
+    lock.unlock();
     return script ? script(request) : answer("", 404);
 }
 

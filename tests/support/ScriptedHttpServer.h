@@ -8,7 +8,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -28,9 +28,8 @@ public:
         std::string target;
         /// Names in lower case.
         std::map<std::string, std::string> headers;
-        /// The first and last kilobytes of the body, its length and its fingerprint.
+        /// The first 64 kilobytes of the body, its length and its fingerprint.
         std::string bodyBegin;
-        std::string bodyEnd;
         std::size_t bodyBytes = 0;
         std::uint64_t bodyFingerprint = 0;
     };
@@ -86,20 +85,16 @@ private:
     bool readBody(Connection& connection, Request& request);
     bool sendAnswer(Connection& connection, const Answer& answer);
     Answer answerFor(const Request& request);
-    std::optional<Answer> refusalFor(const Request& request);
     bool wait(double seconds);
 
-    int listener_ = -1;
-    int port_ = 0;
-    std::atomic<int> underWay_{0};
-    std::atomic<int> mostAtOnce_{0};
-    std::atomic<int> connections_{0};
+    int listener_ = -1, port_ = 0;
+    std::atomic<int> underWay_{0}, mostAtOnce_{0}, connections_{0};
 
     mutable std::mutex mutex_;
     std::condition_variable stopped_;
     bool stopping_ = false;                               // guarded by mutex_
     std::map<std::string, Script, std::less<>> scripts_;  // guarded by mutex_
-    std::map<std::string, Answer> refusals_;              // guarded by mutex_
+    std::set<std::string> refused_;                       // guarded by mutex_
     std::vector<Request> requests_;                       // guarded by mutex_
     std::vector<std::unique_ptr<Connection>> open_;       // guarded by mutex_
     std::thread acceptor_;

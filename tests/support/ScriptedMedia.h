@@ -26,11 +26,8 @@ public:
         state = status;
         failure = std::move(error);
         const auto completion = completion_;
-        // It holds the session, which holds this.
-        const bool isFinal = status == AVAssetExportSessionStatus::completed ||
-                             status == AVAssetExportSessionStatus::failed ||
-                             status == AVAssetExportSessionStatus::cancelled;
-        if (isFinal) completion_ = nullptr;
+        // The completion holds the session, which holds this object.
+        if (status != AVAssetExportSessionStatus::exporting) completion_ = nullptr;
         if (completion) completion();
     }
     MediaExportRequest request;

@@ -65,18 +65,14 @@ void ScriptedServer::cancelAll() {
 }
 
 void ScriptedServer::record(Call call) {
-    if (RunLoop::hasMain() && !NSThread::isMainThread()) {
-        call.cameFromMainThread = false;
-        // Shared, so that the handler has no copy on the thread that sent it.
-        const auto sent = std::make_shared<Call>(std::move(call));
-        RunLoop::main().perform([this, sent] {
-            paths.push_back(sent->path);
-            calls.push_back(std::move(*sent));
-        });
-        return;
-    }
-    paths.push_back(call.path);
-    calls.push_back(std::move(call));
+    call.cameFromMainThread = !RunLoop::hasMain() || NSThread::isMainThread();
+    const bool isOnMainThread = call.cameFromMainThread;
+    // Shared, so that the handler has no copy on the thread that sent it.
+    const auto keep = [this, sent = std::make_shared<Call>(std::move(call))] {
+        paths.push_back(sent->path);
+        calls.push_back(std::move(*sent));
+    };
+    isOnMainThread ? keep() : RunLoop::main().perform(keep);
 }
 
 void ScriptedServer::request(const std::string& path, AnswerHandler handler) {
@@ -95,7 +91,7 @@ std::shared_ptr<Transfer> ScriptedServer::postManyDataURL(const std::string& pat
 
 Data ScriptedServer::request(const std::string& url, OstrelRequestManager::Handler handler) {
     const std::lock_guard lock(mediaMutex_);
-    mediaCalls_.push_back({url, std::move(handler)});
+    mediaCalls_.emplace_back(url, std::move(handler));
     const auto cached = cachedMedia.find(url);
     return cached == cachedMedia.end() ? Data() : cached->second;
 }
@@ -104,20 +100,18 @@ std::vector<std::string> ScriptedServer::mediaUrls() {
     EXPECT_TRUE(NSThread::waitForAll(10));
     const std::lock_guard lock(mediaMutex_);
     std::vector<std::string> urls;
-    for (const MediaCall& call : mediaCalls_) urls.push_back(call.url);
+    for (const auto& [url, handler] : mediaCalls_) urls.push_back(url);
     return urls;
 }
 
 void ScriptedServer::answerMedia(const std::string& url, const Data& data) {
     EXPECT_TRUE(NSThread::waitForAll(10));
-    OstrelRequestManager::Handler handler;
-    {
-        const std::lock_guard lock(mediaMutex_);
-        const auto call = std::ranges::find(mediaCalls_, url, &MediaCall::url);
-        ASSERT_NE(call, mediaCalls_.end()) << "no request waits for " << url;
-        handler = std::move(call->handler);
-        mediaCalls_.erase(call);
-    }
+    std::unique_lock lock(mediaMutex_);
+    const auto call = std::ranges::find_if(mediaCalls_, [&](const auto& each) { return each.first == url; });
+    ASSERT_NE(call, mediaCalls_.end()) << "no request waits for " << url;
+    const OstrelRequestManager::Handler handler = std::move(call->second);
+    mediaCalls_.erase(call);
+    lock.unlock();
     const bool loaded = !data.isNull();
     handler(data, loaded, loaded ? std::nullopt : std::optional<std::string>("HTTP 404 Not Found"));
 }

@@ -28,10 +28,6 @@ public:
         bool cameFromMainThread = true;
     };
 
-    struct MediaCall {
-        std::string url;
-        OstrelRequestManager::Handler handler;
-    };
     struct Message {
         Value userId;
         std::string title, text;
@@ -82,7 +78,8 @@ public:
 
 private:
     std::mutex mediaMutex_;
-    std::deque<MediaCall> mediaCalls_;  // guarded by mediaMutex_
+    // By address; guarded by mediaMutex_.
+    std::vector<std::pair<std::string, OstrelRequestManager::Handler>> mediaCalls_;
     void record(Call call);
 };
 

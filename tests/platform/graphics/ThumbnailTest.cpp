@@ -8,10 +8,6 @@
 namespace ostrel {
 namespace {
 
-void expectNear(const Pixel& seen, const Pixel& wanted, int tolerance, const std::string& where) {
-    for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(seen[i], wanted[i], tolerance) << where << ", channel " << i;
-}
-
 /// Red at the upper left, green at the upper right, blue at the lower left, grey at the lower right.
 Pixel quarters(bool isRight, bool isLower) {
     if (isLower) return isRight ? std::array{128, 128, 128, 255} : std::array{0, 0, 255, 255};
@@ -60,13 +56,11 @@ TEST(Thumbnail, EveryPixelCountsByItsArea) {
     });
     for (const int side : {10, 5, 1}) {
         const auto small = squareThumbnail(*picture, {}, side);
-        for (int y = 0; y < side; ++y) {
-            for (int x = 0; x < side; ++x) expectNear(at(*small, x, y), {10, 10, 10, 10}, 0, std::to_string(side));
-        }
+        for (int i = 0; i < side * side; ++i)
+            expectNear(at(*small, i % side, i / side), {10, 10, 10, 10}, 0, std::to_string(side));
     }
     // Sizes that do not divide each other keep the average.
-    const auto even = draw(7, 7, [](int, int) { return std::array{200, 100, 50, 255}; });
-    const auto odd = squareThumbnail(*even, {}, 3);
+    const auto odd = squareThumbnail(*filled(7, 7, {200, 100, 50, 255}), {}, 3);
     for (int i = 0; i < 9; ++i) expectNear(at(*odd, i % 3, i / 3), {200, 100, 50, 255}, 1, "7 to 3");
 }
 
@@ -80,9 +74,7 @@ TEST(Thumbnail, AndTheWholePictureAreUprightAsOrientationAndTransformSay) {
     for (const auto& [orientation, transform, upperLeft, upperRight] : cases) {
         const Data file = withOrientation(jpeg, orientation);
         const std::string where = "orientation " + std::to_string(orientation);
-        const auto fromFile = squareThumbnail(file, 40);
-        const auto fromBitmap = squareThumbnail(*picture, transform, 40);
-        for (const auto& seen : {fromFile, fromBitmap}) {
+        for (const auto& seen : {squareThumbnail(file, 40), squareThumbnail(*picture, transform, 40)}) {
             ASSERT_TRUE(seen);
             expectNear(at(*seen, 8, 8), quarters(upperLeft % 2, upperLeft / 2), 14, where);
             expectNear(at(*seen, 32, 8), quarters(upperRight % 2, upperRight / 2), 14, where);
@@ -122,15 +114,14 @@ TEST(Thumbnail, UnusablePicturesGetASentence) {
         EXPECT_EQ(CGImage::decode(Data::copy(bytes)), nullptr) << name;
     }
     // One pixel is a picture. A JPEG that ends early is one too, because its upper part is complete.
-    const auto dot = draw(1, 1, [](int, int) { return std::array{9, 8, 7, 255}; });
-    EXPECT_EQ(squareThumbnail(dot->png(), 240)->width(), 1);
+    EXPECT_EQ(squareThumbnail(filled(1, 1, {9, 8, 7, 255})->png(), 240)->width(), 1);
     EXPECT_TRUE(squareThumbnail(Data::copy(std::string_view(jpeg).substr(0, jpeg.size() - 40)), 32));
 }
 
 TEST(Thumbnail, OtherFormatsAreAskedOfTheInstalledDecoder) {
     const Data gif = Data::copy(std::string_view("GIF89a\4\0\2\0\0\0\0", 13));
     installImageDecoder([](const Data& data) {
-        return data.view().starts_with("GIF") ? draw(4, 2, [](int, int) { return std::array{1, 2, 3, 255}; }) : nullptr;
+        return data.view().starts_with("GIF") ? filled(4, 2, {1, 2, 3, 255}) : nullptr;
     });
     const auto small = squareThumbnail(gif, 8);
     const auto image = UIImage::imageWithData(gif);

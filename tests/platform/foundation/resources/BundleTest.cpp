@@ -1,6 +1,6 @@
+#include "backends/headless/HeadlessText.h"
 #include "platform/foundation/resources/NSBundle.h"
 #include "platform/foundation/resources/StringsFile.h"
-#include "platform/foundation/runloop/NSDate.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -9,15 +9,9 @@
 namespace ostrel {
 namespace {
 
-struct Languages final : NSLocale {
-    explicit Languages(std::vector<std::string> wanted) : tags(std::move(wanted)) {}
-    std::string shortDateAndTime(NSDate) const override { return {}; }
-    std::vector<std::string> preferredLanguages() const override { return tags; }
-    std::vector<std::string> tags;
-};
-
 class NSBundleTest : public testing::Test {
 protected:
+    NSBundleTest() { NSLocale::install(locale_); }
     ~NSBundleTest() override { NSLocale::install(nullptr); }
 
     /// The text that a user with `languages` sees of a bundle with these language folders.
@@ -26,10 +20,11 @@ protected:
         for (const std::string& name : folders) {
             bundle.write(name + ".lproj/T.strings", "\"key\" = \"" + name + "\";");
         }
-        NSLocale::install(std::make_shared<Languages>(std::move(languages)));
+        locale_->languages = std::move(languages);
         return NSBundle::bundleWithPath(bundle.path())->localizedString("key", "", "T");
     }
 
+    std::shared_ptr<HeadlessLocale> locale_ = std::make_shared<HeadlessLocale>();
     TemporaryFolder folder_;
 };
 
@@ -51,7 +46,7 @@ TEST_F(NSBundleTest, ChoosesTheLanguage) {
 }
 
 TEST_F(NSBundleTest, ALanguageWithoutTheTableIsPassedOver) {
-    NSLocale::install(std::make_shared<Languages>(std::vector<std::string>{"de", "en"}));
+    locale_->languages = {"de", "en"};
     folder_.write("de.lproj/Other.strings", "\"key\"=\"de\";");
     folder_.write("en.lproj/T.strings", "\"key\"=\"en\";");
     const auto bundle = NSBundle::bundleWithPath(folder_.path());
@@ -68,11 +63,9 @@ TEST_F(NSBundleTest, ABrokenTableIsUsedAsFarAsItGoesAndLogsItsLineOnce) {
     const LogCapture log;
     EXPECT_EQ(bundle->localizedString("a", "", "T"), "A");
     EXPECT_EQ(bundle->localizedString("c", "", "T"), "c");
-    const auto lines = log.lines();
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_TRUE(lines[0].find("en.lproj/T.strings") != std::string::npos &&
-                lines[0].find("line 2") != std::string::npos)
-        << lines[0];
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_NE(log.lines()[0].find("en.lproj/T.strings"), std::string::npos) << log.lines()[0];
+    EXPECT_NE(log.lines()[0].find("line 2"), std::string::npos) << log.lines()[0];
 }
 
 TEST_F(NSBundleTest, FindsResourcesOnlyInside) {

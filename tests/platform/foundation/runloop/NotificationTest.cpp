@@ -22,7 +22,7 @@ protected:
 
     NSNotificationCenter center_;
     std::string calls_;
-    const char a_ = 'a', b_ = 'b', c_ = 'c', d_ = 'd';
+    const char a_ = 'a', b_ = 'b', c_ = 'c', d_ = 'd', e_ = 'e';
 };
 
 TEST_F(NSNotificationCenterTest, CallsObserversOfTheNameInOrderWithTheObject) {
@@ -42,46 +42,29 @@ TEST_F(NSNotificationCenterTest, CallsObserversOfTheNameInOrderWithTheObject) {
     EXPECT_EQ(object, record);
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverRemovedDuringAPostIsNotCalled) {
-    observe(a_, [&] {
-        center_.removeObserver(&a_);
-        center_.removeObserver(&c_);
-    });
-    observe(b_);
-    observe(c_);
-    observe(d_);
-    EXPECT_EQ(post(), "abd");
-    EXPECT_EQ(post(), "bd");
-}
-
-TEST_F(NSNotificationCenterTest, AnObserverAddedDuringAPostIsCalledByTheNextPost) {
-    observe(a_, [&] {
-        if (center_.observerCount() == 2) observe(c_);
-    });
-    observe(b_);
-    EXPECT_EQ(post(), "ab");
-    EXPECT_EQ(post(), "abc");
-}
-
-TEST_F(NSNotificationCenterTest, APostWithinAPostRunsAtOnce) {
-    int depth = 0;
-    observe(a_, [&] {
-        if (++depth == 1) {
-            center_.postNotification("N");
-            center_.removeObserver(&b_);
-        }
-    });
-    observe(b_);
-    EXPECT_EQ(post(), "aab");
+TEST_F(NSNotificationCenterTest, ChangesDuringAPostCountAtOnceOrInTheNextPost) {
+    // What the handler of "a" does during the first post, and the observers that two posts call.
+    const std::tuple<const char*, std::function<void()>, const char*, const char*> cases[] = {
+        {"it removes itself and one that waits", [this] { center_.removeObserver(&a_), center_.removeObserver(&c_); },
+         "abd", "bd"},
+        {"it adds one", [this] { observe(e_); }, "abcd", "abcde"},
+        {"it posts and then removes one", [this] { center_.postNotification("N"), center_.removeObserver(&b_); },
+         "aabcdcd", "acd"},
+    };
+    for (const auto& [what, change, first, second] : cases) {
+        for (const char* observer : {&a_, &b_, &c_, &d_, &e_}) center_.removeObserver(observer);
+        bool isFirst = true;
+        observe(a_, [&isFirst, &change = change] {
+            if (std::exchange(isFirst, false)) change();
+        });
+        for (const char* observer : {&b_, &c_, &d_}) observe(*observer);
+        EXPECT_EQ(post(), first) << what;
+        EXPECT_EQ(post(), second) << what;
+    }
 }
 
 TEST_F(NSNotificationCenterTest, ReleasingAHandlerMayRemoveOtherObservers) {
-    struct Owner {
-        NSNotificationCenter& center;
-        const void* other;
-        ~Owner() { center.removeObserver(other); }
-    };
-    auto owner = std::make_shared<Owner>(center_, &b_);
+    std::shared_ptr<void> owner(nullptr, [this](void*) { center_.removeObserver(&b_); });
     observe(a_, [owner] {});
     observe(b_);
     observe(c_);

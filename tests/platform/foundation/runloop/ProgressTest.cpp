@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
+#include <future>
+#include <thread>
 #include <utility>
 
 namespace ostrel {
@@ -54,13 +57,22 @@ TEST_F(ProgressTest, ObserversSeeTheListComeAndGoAtABoundedRate) {
 
 TEST_F(ProgressTest, WorkOfThreadsIsListedOnTheMainThread) {
     observe();
+    std::promise<void> release;
+    const auto gate = release.get_future().share();
+    std::atomic<int> published = 0;
     for (int i = 0; i < 8; ++i) {
-        NSThread::detachNewThread([] {
+        NSThread::detachNewThread([&published, gate] {
             auto work = NSProgress::progressWithTotalUnitCount(100);
             work->publish();
             for (int step = 0; step <= 100; ++step) work->setCompletedUnitCount(step);
+            ++published;
+            gate.wait();
         });
     }
+    while (published < 8) std::this_thread::yield();
+    time.loop().advance(1);
+    EXPECT_EQ(listed, 8u);
+    release.set_value();
     ASSERT_TRUE(NSThread::waitForAll(10));
     time.loop().advance(1);
     EXPECT_EQ(listed, 0u);

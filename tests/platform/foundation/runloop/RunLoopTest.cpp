@@ -85,37 +85,16 @@ TEST_F(RunLoopTest, AnEndlessChainFailsInsteadOfHanging) {
     again = [] {};
 }
 
-TEST_F(RunLoopTest, TasksOfThreadsArriveWhileWaiting) {
-    std::atomic<bool> onMain = false;
-    std::thread worker([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        RunLoop::main().perform([&] {
-            onMain = RunLoop::main().isMainThread();
-            calls_ += 'w';
-        });
-        EXPECT_FALSE(RunLoop::main().isMainThread());
-    });
-    EXPECT_TRUE(loop_.waitFor([&] { return calls_ == "w"; }));
-    worker.join();
-    EXPECT_TRUE(onMain);
-    EXPECT_FALSE(loop_.waitFor([] { return false; }, 0.02));
-}
-
 using NSTimerTest = RunLoopTest;
 
-TEST_F(NSTimerTest, FiresOnceAndIsLetGo) {
-    std::weak_ptr<NSTimer> timer = NSTimer::scheduledTimer(0.2, false, [&](NSTimer&) { calls_ += 't'; });
-    loop_.advance(0.199);
-    EXPECT_TRUE(calls_.empty() && timer.lock()->isValid());
-    loop_.advance(10);
-    EXPECT_EQ(calls_, "t");
-    EXPECT_TRUE(timer.expired());
-}
-
-TEST_F(NSTimerTest, RepeatsWithoutDriftUntilInvalidated) {
+TEST_F(NSTimerTest, FiresOnceOrRepeatsWithoutDriftUntilInvalidated) {
+    const std::weak_ptr<NSTimer> once = NSTimer::scheduledTimer(0.2, false, [&](NSTimer&) { calls_ += 't'; });
     std::vector<double> times;
-    std::weak_ptr<NSTimer> timer = NSTimer::scheduledTimer(0.2, true, [&](NSTimer&) { times.push_back(now()); });
-    loop_.advance(2000);
+    const std::weak_ptr<NSTimer> timer = NSTimer::scheduledTimer(0.2, true, [&](NSTimer&) { times.push_back(now()); });
+    loop_.advance(0.199);
+    EXPECT_TRUE(calls_.empty() && once.lock()->isValid());
+    loop_.advance(1999.801);
+    EXPECT_TRUE(calls_ == "t" && once.expired());
     ASSERT_EQ(times.size(), 10'000u);
     for (std::size_t i = 0; i < times.size(); ++i) ASSERT_NEAR(times[i], 0.2 * static_cast<double>(i + 1), 1e-6);
     timer.lock()->invalidate();
@@ -136,27 +115,20 @@ TEST_F(NSTimerTest, MissedFiringsAreSkippedAndTheRasterIsKept) {
 }
 
 TEST_F(NSTimerTest, InvalidatingWithinItsOwnHandlerIsSafe) {
-    auto token = std::make_shared<int>(0);
-    std::weak_ptr<int> held = token;
-    std::weak_ptr<NSTimer> timer = NSTimer::scheduledTimer(0.5, true, [&, token](NSTimer& self) {
-        self.invalidate();
-        self.invalidate();
-        calls_ += *token == 0 && !self.isValid() ? 't' : 'x';
-    });
-    token.reset();
-    loop_.advance(5);
-    EXPECT_EQ(calls_, "t");
-    EXPECT_TRUE(timer.expired());
-    EXPECT_TRUE(held.expired());
-}
-
-TEST_F(NSTimerTest, AnIntervalBelowZeroStillFires) {
-    const auto timer = NSTimer::scheduledTimer(-1, true, [&](NSTimer& self) {
-        calls_ += 't';
-        if (calls_.size() == 3) self.invalidate();
-    });
-    loop_.advance(0.001);
-    EXPECT_EQ(calls_, "ttt");
+    for (const double interval : {0.5, -1.0}) {
+        calls_.clear();
+        const auto token = std::make_shared<int>(0);
+        const std::weak_ptr<NSTimer> timer = NSTimer::scheduledTimer(interval, true, [&, token](NSTimer& self) {
+            if ((calls_ += 't').size() < 3) return;
+            self.invalidate();
+            self.invalidate();
+            calls_ += *token == 0 && !self.isValid() ? '.' : 'x';
+        });
+        loop_.advance(5);
+        EXPECT_EQ(calls_, "ttt.") << interval;
+        EXPECT_TRUE(timer.expired());
+        EXPECT_EQ(token.use_count(), 1) << "the handler is let go";
+    }
 }
 
 TEST(NSThread, CountsDetachedThreadsUntilTheyEnded) {
@@ -173,14 +145,18 @@ TEST(NSThread, CountsDetachedThreadsUntilTheyEnded) {
     EXPECT_EQ(token.use_count(), 1);
 }
 
-TEST(NSThread, SleepersFollowVirtualTime) {
+TEST(NSThread, SleepersFollowVirtualTimeAndTheirTasksArriveWhileWaiting) {
     VirtualTime time;
     std::vector<double> reports;
     std::atomic<int> left = 400;
     NSThread::detachNewThread([&] {
         do {
             NSThread::sleepForTimeInterval(0.5);
-            RunLoop::main().perform([&] { reports.push_back(Clock::shared().monotonicSeconds()); });
+            EXPECT_FALSE(RunLoop::main().isMainThread());
+            RunLoop::main().perform([&] {
+                EXPECT_TRUE(RunLoop::main().isMainThread());
+                reports.push_back(Clock::shared().monotonicSeconds());
+            });
         } while (--left > 0);
     });
     time.loop().advance(1.2);
@@ -190,6 +166,7 @@ TEST(NSThread, SleepersFollowVirtualTime) {
     EXPECT_TRUE(time.loop().waitFor([] { return NSThread::runningCount() == 0; }));
     EXPECT_EQ(reports.size(), 203u);
     EXPECT_EQ(reports.back(), 101.5);
+    EXPECT_FALSE(time.loop().waitFor([] { return false; }, 0.02));
 }
 
 TEST(NSThread, VirtualTimeThatEndsWakesSleepers) {

@@ -42,30 +42,26 @@ TEST(JsonDocument, NamesTheLimitThatIsExceeded) {
 TEST(JsonDocument, EveryCutOfAnAnswerIsRefused) {
     const std::string json =
         R"({"results":[{"id":1,"title":"a\"b\u00e9","liked":-2.5e3,"open":true,"url":null}],"more":""})";
-    ASSERT_FALSE(Value::parse(json).isAbsent());
+    ASSERT_FALSE(Value::parse("\xEF\xBB\xBF" + json).isAbsent()) << "a byte order mark is allowed";
     for (std::size_t length = 0; length < json.size(); ++length) {
         EXPECT_TRUE(Value::parse(json.substr(0, length)).isAbsent()) << length;
     }
 }
 
-TEST(JsonDocument, AllowsAByteOrderMark) { EXPECT_EQ(Value::parse("\xEF\xBB\xBF[1]").count(), 1u); }
-
 TEST(JsonDocument, HoldsAPageOfTextInLittleMoreThanItsLength) {
-    std::string json = "[";
-    for (int i = 0; i < 200; ++i) {
-        json += std::string(i ? "," : "") + R"({"id":1,"title":"t","auth_name":"Ada","text":")" +
-                std::string(1900, 'x') + R"(","images":[{"id":1,"image_width":1024}],"liked":0})";
-    }
+    const std::string record = R"({"id":1,"title":"t","auth_name":"Ada","text":")" + std::string(1900, 'x') +
+                               R"(","images":[{"id":1,"image_width":1024}],"liked":0})";
+    std::string json = "[" + record;
+    for (int i = 1; i < 200; ++i) json += "," + record;
     json += "]";
     EXPECT_LE(static_cast<double>(Value::parse(json).documentBytes()), 1.4 * static_cast<double>(json.size()));
 }
 
 TEST(JsonDocument, CountsContainersBeyondWhatTheTapeStores) {
     constexpr std::size_t zeros = 0xFFFFFF + 2;
-    std::string json = "[0";
-    json.reserve(2 * zeros + 2);
-    for (std::size_t i = 1; i < zeros; ++i) json += ",0";
-    json += "]";
+    std::string json(2 * zeros + 1, '0');
+    for (std::size_t i = 0; i < json.size(); i += 2) json[i] = i == 0 ? '[' : ',';
+    json.back() = ']';
     EXPECT_EQ(Value::parse(json).count(), zeros);
 }
 
@@ -90,22 +86,23 @@ using Json = nlohmann::ordered_json;
 Json randomJson(std::mt19937_64& random, int depth) {
     const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };
     const auto text = [&] {
-        static const std::string pieces[] = {"a",
-                                             "Z",
-                                             "\"",
-                                             "\\",
-                                             "/",
-                                             "\n",
-                                             "\t",
-                                             "\x01",
-                                             "\x7F",
-                                             std::string("\0", 1),
-                                             "\xC3\xA9",
-                                             "\xE6\x96\x87",
-                                             "\xF0\x9F\x98\x80",
-                                             "1e999",
-                                             "{",
-                                             ","};
+        using namespace std::string_view_literals;
+        constexpr std::string_view pieces[] = {"a",
+                                               "Z",
+                                               "\"",
+                                               "\\",
+                                               "/",
+                                               "\n",
+                                               "\t",
+                                               "\x01",
+                                               "\x7F",
+                                               "\0"sv,
+                                               "\xC3\xA9",
+                                               "\xE6\x96\x87",
+                                               "\xF0\x9F\x98\x80",
+                                               "1e999",
+                                               "{",
+                                               ","};
         std::string result;
         for (std::size_t i = below(12); i > 0; --i) result += pieces[below(std::size(pieces))];
         return result;

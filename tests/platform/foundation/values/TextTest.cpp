@@ -33,6 +33,7 @@ TEST(Text, FindsWhereUtf8Ends) {
                                                          {"ab", "\xC3"},
                                                          {"ab", "\xC3("},
                                                          {"\xE6\x96\x87", ""},
+                                                         {"\xE0\xA0\x80\xE0\xBF\xBF", ""},
                                                          {"", "\xE6\x96"},
                                                          {"\xF0\x9F\x98\x80!", ""},
                                                          {"", "\xF0\x9F\x98"},
@@ -56,21 +57,16 @@ TEST(Text, FillsTheFirstLongOnly) {
     EXPECT_EQ(formatLong("100%% %d %s", 5), "100%% %d %s");
 }
 
-TEST(NSLog, FillsPlaceholdersInOrder) {
+TEST(NSLog, FillsPlaceholdersInOrderAndKeepsEachMessageOnOneLine) {
     const LogCapture log;
     NSLog("Error:%@", "broken");
     NSLog("%@%@|%@", std::optional<std::string>(), std::string("%@"), std::string_view("c"));
     NSLog("%@ and %@", "one");
     NSLog("none", "left over");
     NSLog("as it is: %@ 100%");
-    EXPECT_EQ(log.lines(),
-              (std::vector<std::string>{"Error:broken", "(null)%@|c", "one and %@", "none", "as it is: %@ 100%"}));
-}
-
-TEST(NSLog, KeepsEachMessageOnOneLine) {
-    const LogCapture log;
     NSLog("a\nb\r\nc\rd%@", "\n");
-    EXPECT_EQ(log.lines(), std::vector<std::string>{"a\\nb\\nc\\nd\\n"});
+    EXPECT_EQ(log.lines(), (std::vector<std::string>{"Error:broken", "(null)%@|c", "one and %@", "none",
+                                                     "as it is: %@ 100%", "a\\nb\\nc\\nd\\n"}));
 }
 
 TEST(NSLog, ThreadsLogOneLineAtATime) {

@@ -22,17 +22,15 @@ TEST(URLTest, AFilePathSurvivesTheWayThroughAnAddress) {
 }
 
 TEST(URLTest, PathAndItsLastPart) {
-    struct Case {
-        std::string text, path, last;
-    };
-    for (const Case& c :
+    using Case = std::tuple<const char*, const char*, const char*>;
+    for (const auto& [text, path, last] :
          {Case{"file:///DCIM/IMG_0001.MOV", "/DCIM/IMG_0001.MOV", "IMG_0001.MOV"},
           Case{"file://localhost/a/b/", "/a/b/", "b"}, Case{"file:/a/b", "/a/b", "b"},
           Case{"http://h.example/v/1.mp4?t=/2#3", "/v/1.mp4", "1.mp4"}, Case{"http://h.example", "", ""},
           Case{"file:///", "/", "/"}, Case{"/plain/path.mov", "/plain/path.mov", "path.mov"},
           Case{"file:///%E7%89%8", "/\xE7\x89%8", "\xE7\x89%8"}, Case{"", "", ""}}) {
-        EXPECT_EQ(NSURL(c.text).path(), c.path) << c.text;
-        EXPECT_EQ(NSURL(c.text).lastPathComponent(), c.last) << c.text;
+        EXPECT_EQ(NSURL(text).path(), path) << text;
+        EXPECT_EQ(NSURL(text).lastPathComponent(), last) << text;
     }
 }
 

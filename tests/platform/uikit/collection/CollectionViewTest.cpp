@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <numeric>
+#include <ranges>
 
 namespace ostrel {
 
@@ -41,7 +42,6 @@ public:
     int asked = 0;
     std::vector<std::pair<std::int64_t, std::int64_t>> moves;
     std::vector<std::int64_t> selected;
-    CGSize size{348, 86};
     std::shared_ptr<UITableView> table;
     std::shared_ptr<UITableViewCell> row;
     std::shared_ptr<UICollectionView> view;
@@ -87,16 +87,12 @@ public:
     bool collectionViewCanMoveItemAtIndexPath(UICollectionView&, NSIndexPath) override { return canMove; }
     void collectionViewMoveItemAtIndexPathToIndexPath(UICollectionView&, NSIndexPath from, NSIndexPath to) override {
         moves.emplace_back(from.row, to.row);
-        const auto at = [&](std::int64_t i) { return items.begin() + i; };
-        if (move == Move::swaps) {
-            std::iter_swap(at(from.row), at(to.row));
-        } else {
-            const int item = *at(from.row);
-            items.erase(at(from.row));
-            items.insert(at(to.row), item);
-        }
+        const auto first = items.begin() + from.row, last = items.begin() + to.row;
+        if (move == Move::swaps) return std::iter_swap(first, last);
+        if (first < last) std::rotate(first, first + 1, last + 1);
+        if (last < first) std::rotate(last, first, first + 1);
     }
-    CGSize collectionViewLayoutSizeForItemAtIndexPath(UICollectionView&, NSIndexPath) override { return size; }
+    CGSize collectionViewLayoutSizeForItemAtIndexPath(UICollectionView&, NSIndexPath) override { return {348, 86}; }
     UIEdgeInsets collectionViewLayoutInsetForSectionAtIndex(UICollectionView&, std::int64_t) override {
         return {5, 5, 5, 5};
     }
@@ -115,18 +111,16 @@ public:
         items.erase(items.begin() + at);
         view->deleteItemsAtIndexPaths({{0, at}});
     }
-    /// What the cells show, from above, left to right.
+    /// The items that the cells show, from top to bottom; fails when two cells are in one place.
     std::vector<int> shown() const {
-        std::vector<std::pair<std::pair<CGFloat, CGFloat>, int>> found;
+        std::map<CGFloat, int> found;
         for (const auto& child : view->subviews()) {
             const auto cell = std::dynamic_pointer_cast<NumberCell>(child);
-            if (cell && cell->alpha() > 0.5)
-                found.push_back({{cell->frame().minY(), cell->frame().minX()}, std::stoi(cell->label->text())});
+            if (!cell || cell->alpha() <= 0.5) continue;
+            EXPECT_TRUE(found.emplace(cell->frame().minY(), std::stoi(cell->label->text())).second);
         }
-        std::sort(found.begin(), found.end());
-        std::vector<int> result;
-        for (const auto& entry : found) result.push_back(entry.second);
-        return result;
+        const auto items = std::views::values(found);
+        return {items.begin(), items.end()};
     }
     CGPoint middle(std::int64_t item) const {
         const CGRect frame = view->frameForItemAtIndexPath({0, item});
@@ -137,19 +131,25 @@ public:
 class CollectionViewTest : public ::testing::Test {
 protected:
     HeadlessPlatform platform;
-    std::shared_ptr<Strip> strip = std::make_shared<Strip>();
+    std::shared_ptr<Strip> strip;
 
+    /// A new strip of `count` items on a new screen.
+    void show(int count) {
+        strip = std::make_shared<Strip>();
+        strip->show(platform, count);
+    }
     /// Drags as a recogniser of the module would.
     void attachDrag(double seconds) {
         drag = std::make_shared<UILongPressGestureRecognizer>([this](UIGestureRecognizer& recognizer) {
-            const CGPoint point = recognizer.locationInView(strip->view.get());
+            UICollectionView& view = *strip->view;
+            const CGPoint point = recognizer.locationInView(&view);
             if (recognizer.state() == UIGestureRecognizerState::began) {
-                const auto path = strip->view->indexPathForItemAtPoint(point);
-                if (path) strip->view->beginInteractiveMovementForItemAtIndexPath(*path);
+                const auto path = view.indexPathForItemAtPoint(point);
+                if (path) view.beginInteractiveMovementForItemAtIndexPath(*path);
             } else if (recognizer.state() == UIGestureRecognizerState::changed) {
-                strip->view->updateInteractiveMovementTargetPosition(point);
+                view.updateInteractiveMovementTargetPosition(point);
             } else {
-                strip->view->endInteractiveMovement();
+                view.endInteractiveMovement();
             }
         });
         drag->minimumPressDuration = seconds;
@@ -161,38 +161,30 @@ protected:
 }  // namespace
 
 TEST(FlowSectionTest, LinesFillTheWidthAndTheLastKeepsTheirSpacing) {
-    struct Case {
-        const char* what;
-        CGFloat width;
-        CGSize size;
-        std::size_t count;
-        std::vector<CGPoint> origins;
-        CGFloat height;
-    };
     const auto third = static_cast<CGFloat>(static_cast<float>(343 / 3.0 - 10));
-    const std::vector<Case> cases = {
-        {"nothing", 343, {100, 80}, 0, {}, 10},
-        {"one column is centred, its last item too", 343, {316, 86}, 2, {{13.5, 5}, {13.5, 101}}, 192},
-        {"wider than the view", 343, {400, 50}, 1, {{5, 5}}, 60},
-        {"a share in single precision", 343, {third, third}, 3, {{5, 5}, {119.33, 5}, {233.67, 5}}, 114.33},
-        {"a last line keeps to the left", 343, {100, 80}, 5, {{5, 5}, {121.5, 5}, {238, 5}, {5, 95}, {121.5, 95}}, 180},
-        {"an only line that is not full", 343, {100, 80}, 2, {{5, 5}, {115, 5}}, 90},
-        {"sizes that are none", 343, {-5, NAN}, 1, {{5, 5}}, 10},
+    const std::tuple<const char*, CGSize, std::vector<CGPoint>, CGFloat> cases[] = {
+        {"nothing", {100, 80}, {}, 10},
+        {"one column is centred, its last item too", {316, 86}, {{13.5, 5}, {13.5, 101}}, 192},
+        {"wider than the view", {400, 50}, {{5, 5}}, 60},
+        {"a share in single precision", {third, third}, {{5, 5}, {119.33, 5}, {233.67, 5}}, 114.33},
+        {"the last of two lines", {100, 80}, {{5, 5}, {121.5, 5}, {238, 5}, {5, 95}, {121.5, 95}}, 180},
+        {"an only line that is not full", {100, 80}, {{5, 5}, {115, 5}}, 90},
+        {"sizes that are none", {-5, NAN}, {{5, 5}}, 10},
     };
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.what);
-        const FlowSection flow({one.width, {5, 5, 5, 5}, 10, 10}, std::vector<CGSize>(one.count, one.size));
-        ASSERT_EQ(flow.count(), one.origins.size());
-        for (std::size_t i = 0; i < one.origins.size(); ++i) {
-            EXPECT_NEAR(flow.frame(i).minX(), one.origins[i].x, 0.01) << i;
-            EXPECT_NEAR(flow.frame(i).minY(), one.origins[i].y, 0.01) << i;
+    for (const auto& [what, size, origins, height] : cases) {
+        SCOPED_TRACE(what);
+        const FlowSection flow({343, {5, 5, 5, 5}, 10, 10}, std::vector<CGSize>(origins.size(), size));
+        ASSERT_EQ(flow.count(), origins.size());
+        for (std::size_t i = 0; i < origins.size(); ++i) {
+            EXPECT_NEAR(flow.frame(i).minX(), origins[i].x, 0.01) << i;
+            EXPECT_NEAR(flow.frame(i).minY(), origins[i].y, 0.01) << i;
         }
-        EXPECT_NEAR(flow.height(), one.height, 0.01);
+        EXPECT_NEAR(flow.height(), height, 0.01);
     }
 }
 
-TEST_F(CollectionViewTest, OnlyTilesNearTheWindowExistThoughTheStripIsAsHighAsAllItems) {
-    strip->show(platform, 500);
+TEST_F(CollectionViewTest, OnlyCellsNearTheViewportExistThoughTheStripIsAsHighAsAllItems) {
+    show(500);
     EXPECT_EQ(strip->view->frame().height(), 48010);
     EXPECT_LE(strip->asked, 9);
     EXPECT_EQ(strip->shown().front(), 0);
@@ -211,8 +203,8 @@ TEST_F(CollectionViewTest, OnlyTilesNearTheWindowExistThoughTheStripIsAsHighAsAl
     EXPECT_EQ(strip->shown().front(), 0);
 }
 
-TEST_F(CollectionViewTest, ReloadKeepsTheTileOfAnItemAndWhatIsInIt) {
-    strip->show(platform, 4);
+TEST_F(CollectionViewTest, ReloadKeepsTheCellOfAnItemAndItsFocus) {
+    show(4);
     const auto before = strip->view->cellForItemAtIndexPath({0, 2});
     platform.window().setFocusedView(before.get(), true);
     strip->items = {7, 8, 9};
@@ -224,93 +216,74 @@ TEST_F(CollectionViewTest, ReloadKeepsTheTileOfAnItemAndWhatIsInIt) {
 }
 
 TEST_F(CollectionViewTest, UpdatesEndAtWhatTheDataSourceHolds) {
-    using Change = std::function<void(Strip&)>;
-    struct Case {
-        const char* what;
-        Change change;
-        std::vector<int> items;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<const char*, std::function<void(Strip&)>, std::vector<int>> cases[] = {
         {"nothing", [](Strip&) {}, {0, 1, 2, 3}},
         {"insert at the end", [](Strip& s) { s.insert(4, 9); }, {0, 1, 2, 3, 9}},
         {"insert at the front", [](Strip& s) { s.insert(0, 9); }, {9, 0, 1, 2, 3}},
         {"delete one", [](Strip& s) { s.remove(1); }, {0, 2, 3}},
-        {"delete all",
-         [](Strip& s) {
-             for (int i = 3; i >= 0; --i) s.remove(i);
-         },
-         {}},
+        {"delete all", [](Strip& s) { s.remove(3), s.remove(2), s.remove(1), s.remove(0); }, {}},
         {"both", [](Strip& s) { s.remove(3), s.remove(0), s.insert(1, 9); }, {1, 9, 2}},
         {"reloaded within", [](Strip& s) { s.items = {5}, s.view->reloadData(); }, {5}},
         {"the row is measured within",
          [](Strip& s) {
-             s.remove(0);
-             s.table->reloadRowsAtIndexPaths({{0, 1}}, UITableViewRowAnimation::none);
+             s.remove(0), s.table->reloadRow({0, 1}, UITableViewRowAnimation::none);
          },
          {1, 2, 3}},
     };
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.what);
-        strip = std::make_shared<Strip>();
-        strip->show(platform, 4);
+    for (const auto& [what, change, items] : cases) {
+        SCOPED_TRACE(what);
+        show(4);
         int completed = 0;
-        strip->view->performBatchUpdates([&] { one.change(*strip); }, [&](bool) { ++completed; });
+        strip->view->performBatchUpdates([&] { change(*strip); }, [&](bool) { ++completed; });
         EXPECT_EQ(completed, 0) << "not within the update";
         platform.advance(0.1);
-        // In the middle of the way the user goes on.
+        // The user changes the strip again while the cells still move.
         strip->view->performBatchUpdates({}, [&](bool) { ++completed; });
         platform.advance(2);
         EXPECT_EQ(completed, 2);
-        EXPECT_EQ(strip->shown(), one.items);
-        EXPECT_EQ(strip->view->visibleCells().size(), one.items.size());
+        EXPECT_EQ(strip->shown(), items);
+        EXPECT_EQ(strip->view->visibleCells().size(), items.size());
     }
 }
 
 #ifndef NDEBUG
-TEST_F(CollectionViewTest, NumbersThatDoNotAgreeAreAMistakeOfTheProgram) {
-    strip->show(platform, 4);
+TEST_F(CollectionViewTest, AnInsertWithoutANewItemInTheDataSourceAsserts) {
+    show(4);
     EXPECT_DEATH(strip->view->insertItemsAtIndexPaths({{0, 1}}), "batch update");
 }
 #endif
 
-TEST_F(CollectionViewTest, ADraggedTileMovesOnceAndTheDataSourceHasTheLastWord) {
-    struct Case {
-        const char* what;
-        Strip::Move move;
-        int from, to;
-        std::vector<int> order;
-    };
-    const std::vector<Case> cases = {
+TEST_F(CollectionViewTest, ADraggedCellMovesOnceAndTheDataSourceDecidesTheOrder) {
+    const std::tuple<const char*, Strip::Move, int, int, std::vector<int>> cases[] = {
         {"down, swapping", Strip::Move::swaps, 0, 3, {3, 1, 2, 0, 4}},
         {"up, swapping", Strip::Move::swaps, 2, 0, {2, 1, 0, 3, 4}},
         {"down, inserting", Strip::Move::inserts, 0, 3, {1, 2, 3, 0, 4}},
         {"up, inserting", Strip::Move::inserts, 3, 1, {0, 3, 1, 2, 4}},
         {"to where it was", Strip::Move::swaps, 1, 1, {0, 1, 2, 3, 4}},
     };
-    for (const Case& one : cases) {
+    for (const auto& [what, move, first, last, order] : cases) {
         for (const UITouchType type : {UITouchType::direct, UITouchType::pointer}) {
-            SCOPED_TRACE(one.what);
-            strip = std::make_shared<Strip>();
-            strip->move = one.move;
-            strip->show(platform, 5);
+            SCOPED_TRACE(what);
+            show(5);
+            strip->move = move;
             attachDrag(0);
             platform.touchType = type;
-            const CGPoint from = strip->middle(one.from), to = strip->middle(one.to);
+            const CGPoint from = strip->middle(first), to = strip->middle(last);
             platform.touch(UITouchPhase::began, from);
             for (int step = 0; step <= 10; ++step) {
                 platform.touch(UITouchPhase::moved, {from.x, from.y + (to.y - from.y) * step / 10});
                 platform.advance(0.02);
             }
-            const auto lifted = strip->view->cellForItemAtIndexPath({0, one.from});
+            const auto lifted = strip->view->cellForItemAtIndexPath({0, first});
             ASSERT_TRUE(lifted);
             EXPECT_EQ(strip->view->subviews().back(), lifted);
             EXPECT_NEAR(lifted->center().y + 200, to.y, 0.01);
             EXPECT_TRUE(strip->moves.empty());
             platform.touch(UITouchPhase::ended, to);
             platform.advance(1);
-            EXPECT_EQ(strip->moves.size(), one.from == one.to ? 0u : 1u);
-            EXPECT_EQ(strip->items, one.order);
-            EXPECT_EQ(strip->shown(), one.order);
+            EXPECT_EQ(strip->moves.size(), first == last ? 0u : 1u);
+            EXPECT_EQ(strip->items, order);
+            EXPECT_EQ(strip->shown(), order);
             for (const auto& cell : strip->view->visibleCells()) {
                 EXPECT_TRUE(cell->transform().isIdentity());
                 EXPECT_TRUE(cell->state().shadow.color.isClear());
@@ -320,22 +293,20 @@ TEST_F(CollectionViewTest, ADraggedTileMovesOnceAndTheDataSourceHasTheLastWord) 
 }
 
 TEST_F(CollectionViewTest, MovementsThatEndOtherwiseMoveNothing) {
-    using Ending = std::function<void(Strip&, HeadlessPlatform&)>;
-    const std::pair<const char*, Ending> cases[] = {
-        {"cancelled", [](Strip& s, HeadlessPlatform&) { s.view->cancelInteractiveMovement(); }},
-        {"reloaded", [](Strip& s, HeadlessPlatform&) { s.view->reloadData(); }},
-        {"an item is removed", [](Strip& s, HeadlessPlatform&) { s.remove(4); }},
-        {"the screen goes", [](Strip& s, HeadlessPlatform&) { s.table->removeFromSuperview(); }},
+    const std::pair<const char*, std::function<void(Strip&)>> cases[] = {
+        {"cancelled", [](Strip& s) { s.view->cancelInteractiveMovement(); }},
+        {"reloaded", [](Strip& s) { s.view->reloadData(); }},
+        {"an item is removed", [](Strip& s) { s.remove(4); }},
+        {"the screen goes", [](Strip& s) { s.table->removeFromSuperview(); }},
     };
     for (const auto& [what, ending] : cases) {
         SCOPED_TRACE(what);
-        strip = std::make_shared<Strip>();
-        strip->show(platform, 5);
+        show(5);
         strip->view->endInteractiveMovement();
         strip->view->updateInteractiveMovementTargetPosition({10, 10});
         ASSERT_TRUE(strip->view->beginInteractiveMovementForItemAtIndexPath({0, 0}));
         strip->view->updateInteractiveMovementTargetPosition({100, 250});
-        ending(*strip, platform);
+        ending(*strip);
         EXPECT_FALSE(strip->view->isInteractiveMovementUnderWay());
         strip->view->endInteractiveMovement();
         platform.advance(1);
@@ -347,7 +318,7 @@ TEST_F(CollectionViewTest, MovementsThatEndOtherwiseMoveNothing) {
 }
 
 TEST_F(CollectionViewTest, TheTableScrollsUnderAFingerThatRestsAtItsEdge) {
-    strip->show(platform, 100);
+    show(100);
     attachDrag(0);
     const CGPoint from = strip->middle(1);
     platform.touch(UITouchPhase::began, from);
@@ -370,8 +341,8 @@ TEST_F(CollectionViewTest, TheTableScrollsUnderAFingerThatRestsAtItsEdge) {
     EXPECT_EQ(strip->moves[0].second, static_cast<std::int64_t>((rest + 300 - 205) / 96));
 }
 
-TEST_F(CollectionViewTest, PressesTapsAndDragsGoToWhomTheyAreFor) {
-    strip->show(platform, 20);
+TEST_F(CollectionViewTest, ButtonsSelectionDragsAndScrollingShareTheTouches) {
+    show(20);
     attachDrag(0.5);
     const auto tapButton = [&] {
         platform.tap(*std::static_pointer_cast<NumberCell>(strip->view->cellForItemAtIndexPath({0, 1}))->button);
@@ -401,7 +372,7 @@ TEST_F(CollectionViewTest, PressesTapsAndDragsGoToWhomTheyAreFor) {
 TEST_F(CollectionViewTest, ItemsAreReachedMovedAndRemovedByTheKeyboard) {
     std::string said;
     UIApplication::sharedApplication().announce = [&](const std::string& text) { said = text; };
-    strip->show(platform, 30);
+    show(30);
     const auto focused = [&] {
         UIView* view = platform.window().focusedView();
         const auto cell = view ? std::dynamic_pointer_cast<NumberCell>(view->shared_from_this()) : nullptr;

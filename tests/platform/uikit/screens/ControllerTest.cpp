@@ -1,48 +1,40 @@
 #include "tests/platform/uikit/screens/ControllerTestSupport.h"
 
 #include "platform/foundation/resources/PlatformText.h"
+#include "platform/uikit/screens/UITableViewController.h"
 
 namespace ostrel {
 namespace {
 
-TEST_F(ControllerTest, TheViewIsMadeOnFirstNeedAndLoadedOnce) {
-    const auto root = screen("A");
+TEST_F(ControllerTest, TheViewIsLoadedOnceOnFirstNeedAndForgetsItsController) {
+    auto root = screen("A");
     EXPECT_FALSE(root->isViewLoaded());
     const auto view = root->view();
     EXPECT_EQ(root->view(), view);
     EXPECT_EQ(log, CallLog({"A load"}));
     EXPECT_EQ(view->owner(), root.get());
+    root.reset();
+    EXPECT_EQ(view->owner(), nullptr);
 }
 
 TEST_F(ControllerTest, AppearanceCallsAreBalancedWhateverIsAskedFor) {
-    struct Step {
-        enum { begin, end } what;
-        bool appearing = false;
+    // A step is "+" or "-", the begin of a transition to that state, or ".", its end.
+    const std::pair<std::string, CallLog> cases[] = {
+        {"+.-.", {"A will+", "A did+", "A will-", "A did-"}},
+        {"++..+", {"A will+", "A did+"}},
+        {"-..", {}},
+        {"+-.", {"A will+", "A will-", "A did-"}},
+        {"+.-+.", {"A will+", "A did+", "A will-", "A will+", "A did+"}},
     };
-    const Step appear{Step::begin, true}, disappear{Step::begin, false}, end{Step::end};
-    struct Case {
-        std::vector<Step> steps;
-        CallLog calls;
-    };
-    const Case cases[] = {
-        {{appear, end, disappear, end}, {"A will+", "A did+", "A will-", "A did-"}},
-        {{appear, appear, end, end, appear}, {"A will+", "A did+"}},
-        {{disappear, end, end}, {}},
-        {{appear, disappear, end}, {"A will+", "A will-", "A did-"}},
-        {{appear, end, disappear, appear, end}, {"A will+", "A did+", "A will-", "A will+", "A did+"}},
-    };
-    for (const Case& each : cases) {
+    for (const auto& [steps, calls] : cases) {
         const auto root = screen("A");
         root->view();
         log.clear();
-        for (const Step& step : each.steps) {
-            if (step.what == Step::begin) {
-                root->beginAppearanceTransition(step.appearing, false);
-            } else {
-                root->endAppearanceTransition();
-            }
+        for (const char step : steps) {
+            if (step == '.') root->endAppearanceTransition();
+            if (step != '.') root->beginAppearanceTransition(step == '+', false);
         }
-        EXPECT_EQ(log, each.calls);
+        EXPECT_EQ(log, calls) << steps;
     }
 }
 
@@ -79,33 +71,48 @@ TEST_F(ControllerTest, AReplacedRootTakesWhatItPresentsWithIt) {
     EXPECT_EQ(window().subviews().size(), 1u);
 }
 
-TEST_F(ControllerTest, AViewThatOutlivesItsControllerForgetsIt) {
-    auto root = screen("A");
-    const auto view = root->view();
-    root.reset();
-    EXPECT_EQ(view->owner(), nullptr);
+class Rows final : public UITableViewController {
+public:
+    Rows() : UITableViewController(UITableViewStyle::plain) {}
+    std::int64_t tableViewNumberOfRowsInSection(UITableView&, std::int64_t) override { return 3; }
+    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView&, NSIndexPath) override {
+        return make<UITableViewCell>(UITableViewCellStyle::defaultStyle, "row");
+    }
+    CGFloat tableViewHeightForRowAtIndexPath(UITableView&, NSIndexPath) override { return 44; }
+};
+
+TEST_F(ControllerTest, ATableScreenComesBackWithoutItsSelectionAndLeavesAnEmptyTable) {
+    auto rows = make<Rows>();
+    auto navigation = make<UINavigationController>(rows);
+    show(navigation);
+    EXPECT_EQ(rows->view(), rows->tableView());
+    EXPECT_EQ(rows->tableView()->frame(), (CGRect{0, 0, 375, 667 - 44}));
+    rows->tableView()->selectRow({0, 1}, false);
+    navigation->pushViewController(screen("B"), true);
+    settle();
+    EXPECT_TRUE(rows->tableView()->indexPathForSelectedRow().has_value());
+    navigation->popViewControllerAnimated(true);
+    settle();
+    EXPECT_FALSE(rows->tableView()->indexPathForSelectedRow().has_value());
+
+    const auto table = rows->tableView();
+    ASSERT_EQ(table->numberOfRowsInSection(0), 3);
+    window().setRootViewController(nullptr);
+    navigation.reset();
+    rows.reset();
+    table->reloadData();
+    EXPECT_EQ(table->numberOfSections(), 0);
 }
 
 TEST(PlatformText, FollowsThePreferredLanguages) {
-    class Languages final : public NSLocale {
-    public:
-        std::vector<std::string> languages;
-        std::string shortDateAndTime(NSDate) const override { return {}; }
-        std::vector<std::string> preferredLanguages() const override { return languages; }
-    };
     HeadlessPlatform platform;
-    const auto locale = std::make_shared<Languages>();
-    NSLocale::install(locale);
-    struct Case {
-        std::vector<std::string> languages;
-        const char* cancel;
-    };
-    for (const Case& each :
+    using Case = std::pair<std::vector<std::string>, const char*>;
+    for (const auto& [languages, cancel] :
          {Case{{"zh-Hans-CN", "en"}, "取消"}, Case{{"zh-CN"}, "取消"}, Case{{"zh"}, "取消"},
           Case{{"zh-Hant-TW", "en"}, "Cancel"}, Case{{"zh-HK"}, "Cancel"}, Case{{"de", "zh"}, "取消"},
           Case{{"en-GB", "zh"}, "Cancel"}, Case{{}, "Cancel"}, Case{{"zhx"}, "Cancel"}}) {
-        locale->languages = each.languages;
-        EXPECT_EQ(platformText("Cancel"), each.cancel);
+        platform.locale().languages = languages;
+        EXPECT_EQ(platformText("Cancel"), cancel);
         EXPECT_EQ(platformText("No such text"), "No such text");
     }
 }

@@ -1,10 +1,7 @@
 #pragma once
 
 #include "backends/headless/HeadlessPlatform.h"
-#include "platform/foundation/runloop/NSLog.h"
 #include "platform/uikit/screens/UINavigationController.h"
-#include "platform/uikit/view/UIDevice.h"
-#include "platform/uikit/view/UIWindow.h"
 
 #include <gtest/gtest.h>
 
@@ -48,17 +45,14 @@ private:
 /// One window of the headless backend; every flush is checked by its oracle.
 class ControllerTest : public ::testing::Test {
 protected:
-    void SetUp() override { UIDevice::currentDevice().setUserInterfaceIdiom(UIUserInterfaceIdiom::phone); }
     void TearDown() override {
         if (window_) window_->setRootViewController(nullptr);
         settle();
-        window_.reset();
-        UIDevice::currentDevice().setUserInterfaceIdiom(UIUserInterfaceIdiom::phone);
-        setLogSink(nullptr);
     }
-
-    /// A window that shows `root`; the log begins after that.
+    static void use(UIUserInterfaceIdiom idiom) { UIDevice::currentDevice().setUserInterfaceIdiom(idiom); }
+    /// A new window that shows `root`, in the place of the former window; the log begins after that.
     void show(std::shared_ptr<UIViewController> root, CGSize size = {375, 667}) {
+        if (window_) window_->setRootViewController(nullptr);
         window_ = platform_.makeWindow(size);
         window_->setRootViewController(std::move(root));
         settle();
@@ -75,24 +69,26 @@ protected:
     void advance(double seconds) { platform_.advance(seconds); }
     void settle() { platform_.advance(1); }
 
+    // Changes with a movement, and waits for its end.
+    using Completion = std::function<void()>;
+    void present(UIViewController& from, std::shared_ptr<UIViewController> shown, Completion completion = {}) {
+        from.presentViewController(std::move(shown), true, std::move(completion));
+        settle();
+    }
+    void dismiss(UIViewController& shown, Completion completion = {}) {
+        shown.dismissViewControllerAnimated(true, std::move(completion));
+        settle();
+    }
+    void resize(CGSize size) {
+        window_->setSize(size);
+        settle();
+    }
+
     bool key(UIKeyCode code, unsigned modifiers = modifierNone, std::string characters = {}) {
-        return window_->sendKey({.key = {code, std::move(characters), modifiers}});
+        return platform_.key(code, modifiers, std::move(characters));
     }
-    void touch(UITouchPhase phase, CGPoint point) {
-        if (phase == UITouchPhase::began) touchStart_ = point, startTime_ = Clock::shared().monotonicSeconds();
-        UITouch touch;
-        touch.identifier = 1;
-        touch.phase = phase;
-        touch.location = point;
-        touch.startLocation = touchStart_;
-        touch.timestamp = Clock::shared().monotonicSeconds();
-        touch.startTimestamp = startTime_;
-        window_->sendTouch(touch);
-    }
-    void tap(CGPoint point) {
-        touch(UITouchPhase::began, point);
-        touch(UITouchPhase::ended, point);
-    }
+    void touch(UITouchPhase phase, CGPoint point) { platform_.touch(phase, point); }
+    void tap(CGPoint point) { platform_.tap(point); }
     /// From the left edge to each x in turn, a sixtieth of a second apart; the finger is lifted when `lifts`.
     void dragBack(const std::vector<CGFloat>& xs, bool lifts = true) {
         touch(UITouchPhase::began, {4, 300});
@@ -102,7 +98,7 @@ protected:
         }
         if (lifts) touch(UITouchPhase::ended, {xs.back(), 300});
     }
-    /// The first view below `root` (and it) that `matches`; null without one.
+    /// The first view below `root` (or it) that `matches`; null without one.
     static UIView* find(UIView& root, const std::function<bool(UIView&)>& matches) {
         if (matches(root)) return &root;
         for (const auto& child : root.subviews()) {
@@ -115,19 +111,22 @@ protected:
             return view.accessibility().role == role && view.accessibility().label == label;
         });
     }
+    static UIView* button(UIViewController& shown, const std::string& title) {
+        return labelled(*shown.view(), AccessibilityRole::button, title);
+    }
     void press(UIView* button) {
         ASSERT_NE(button, nullptr);
-        const CGRect frame = button->convertRectToView(button->bounds(), nullptr);
-        tap({frame.midX(), frame.midY()});
+        platform_.tap(*button);
     }
+    /// Where the view of `shown` stands in the window.
+    static CGRect frameOf(UIViewController& shown) { return frameOf(*shown.view()); }
+    static CGRect frameOf(const UIView& view) { return view.convertRectToView(view.bounds(), nullptr); }
 
     HeadlessPlatform platform_;
     CallLog log;
 
 private:
     std::shared_ptr<UIWindow> window_;
-    CGPoint touchStart_;
-    double startTime_ = 0;
 };
 
 }  // namespace ostrel

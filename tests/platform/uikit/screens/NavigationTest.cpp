@@ -13,7 +13,7 @@ const CallLog popCalls{"B will-", "A load", "A will+", "B did-", "A did+"};
 TEST_F(NavigationTest, PushAndPopCallInOrderWithAndWithoutMovement) {
     for (const auto idiom : {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::mac}) {
         for (const bool animated : {false, true}) {
-            UIDevice::currentDevice().setUserInterfaceIdiom(idiom);
+            use(idiom);
             const auto navigation = stackOf({"A"});
             show(navigation);
             navigation->pushViewController(screen("B"), animated);
@@ -26,12 +26,9 @@ TEST_F(NavigationTest, PushAndPopCallInOrderWithAndWithoutMovement) {
             navigation->popViewControllerAnimated(animated);
             settle();
             EXPECT_EQ(log, CallLog({"B will-", "A will+", "B did-", "A did+"}));
-            window().setRootViewController(nullptr);
         }
     }
-}
-
-TEST_F(NavigationTest, WithReducedMotionAChangeEndsInTheNextTurn) {
+    // With reduced motion a change ends in the next turn.
     const auto navigation = stackOf({"A"});
     show(navigation);
     UIView::setReduceMotionEnabled(true);
@@ -57,45 +54,43 @@ TEST_F(NavigationTest, AScreenPushedWhileTheStackItselfAppearsTakesItsPlace) {
 }
 
 TEST_F(NavigationTest, ADragFromTheEdgeGoesBackOrReturnsByWayAndVelocity) {
-    struct Case {
-        std::vector<CGFloat> xs;
-        double rest;  ///< seconds before the finger is lifted
-        bool goesBack;
-    };
-    const Case cases[] = {
+    // Where the finger is, the seconds before it is lifted, and whether the screen goes back.
+    const std::tuple<std::vector<CGFloat>, double, bool> cases[] = {
         {{20, 100, 200, 300}, 0.3, true},                                                   // far enough
         {{20, 60, 100}, 0.3, false},                                                        // not far enough, at rest
         {{20, 60, 100}, 0, true},                                                           // flung
         {{20, 200, 300, 300, 300, 300, 300, 300, 290, 280, 270, 260, 250, 240}, 0, false},  // flung back
     };
-    for (const Case& each : cases) {
+    for (const auto& [xs, rest, goesBack] : cases) {
         const auto navigation = stackOf({"A", "B"});
         show(navigation);
-        dragBack(each.xs, false);
-        if (each.rest > 0) {
-            advance(each.rest);
-            touch(UITouchPhase::moved, {each.xs.back(), 300});
+        UIView& bar = *navigation->navigationBar();
+        const auto former = labelled(bar, AccessibilityRole::text, "B")->shared_from_this();
+        dragBack(xs, false);
+        if (rest > 0) {
+            advance(rest);
+            touch(UITouchPhase::moved, {xs.back(), 300});
         }
-        touch(UITouchPhase::ended, {each.xs.back(), 300});
+        touch(UITouchPhase::ended, {xs.back(), 300});
         settle();
-        EXPECT_EQ(log, each.goesBack
-                           ? popCalls
-                           : CallLog({"B will-", "A load", "A will+", "A will-", "B will+", "A did-", "B did+"}));
-        EXPECT_EQ(navigation->viewControllers().size(), each.goesBack ? 1u : 2u);
+        EXPECT_EQ(log, goesBack ? popCalls
+                                : CallLog({"B will-", "A load", "A will+", "A will-", "B will+", "A did-", "B did+"}));
+        EXPECT_EQ(navigation->viewControllers().size(), goesBack ? 1u : 2u);
+        EXPECT_EQ(former->isDescendantOfView(bar), !goesBack) << "a bar that returns keeps its views";
         const auto& top = navigation->topViewController()->view();
         EXPECT_TRUE(top->transform().isIdentity());
         EXPECT_EQ(top->window(), &window());
-        EXPECT_NE(labelled(*navigation->navigationBar(), AccessibilityRole::text, each.goesBack ? "A" : "B"), nullptr);
-        window().setRootViewController(nullptr);
+        for (const std::string title : {"A", "B"}) {
+            const bool isShown = title == (goesBack ? "A" : "B");
+            EXPECT_EQ(labelled(bar, AccessibilityRole::text, title) != nullptr, isShown) << title;
+        }
     }
 }
 
 TEST_F(NavigationTest, ADragElsewhereOrAtTheRootDoesNothing) {
     const auto navigation = stackOf({"A", "B"});
     show(navigation);
-    touch(UITouchPhase::began, {60, 300});
-    touch(UITouchPhase::moved, {200, 300});
-    touch(UITouchPhase::ended, {340, 300});
+    platform_.drag({60, 300}, {340, 300});
     settle();
     EXPECT_TRUE(log.empty());
     navigation->popViewControllerAnimated(false);
@@ -151,60 +146,42 @@ TEST_F(NavigationTest, PoppingToTheRootSkipsTheScreensBetween) {
 }
 
 TEST_F(NavigationTest, KeysGoBackOneScreen) {
-    struct Case {
-        UIKeyCode code;
-        unsigned modifiers;
-        std::string characters;
-        bool goesBack;
-    };
-    const Case cases[] = {
+    const std::tuple<UIKeyCode, unsigned, std::string, bool> cases[] = {
         {UIKeyCode::escape, modifierNone, "", true},    {UIKeyCode::back, modifierNone, "", true},
         {UIKeyCode::left, modifierAlternate, "", true}, {UIKeyCode::other, modifierCommand, "[", true},
         {UIKeyCode::other, modifierNone, "[", false},   {UIKeyCode::left, modifierNone, "", false}};
-    for (const Case& each : cases) {
+    for (const auto& [code, modifiers, characters, goesBack] : cases) {
         const auto navigation = stackOf({"A", "B"});
         show(navigation);
-        EXPECT_EQ(key(each.code, each.modifiers, each.characters), each.goesBack);
+        EXPECT_EQ(key(code, modifiers, characters), goesBack);
         settle();
-        EXPECT_EQ(navigation->viewControllers().size(), each.goesBack ? 1u : 2u);
-        if (each.goesBack) {
-            EXPECT_FALSE(key(each.code, each.modifiers, each.characters)) << "at the root";
-        }
-        window().setRootViewController(nullptr);
+        EXPECT_EQ(navigation->viewControllers().size(), goesBack ? 1u : 2u);
+        navigation->popToRootViewControllerAnimated(false);
+        EXPECT_FALSE(key(code, modifiers, characters)) << "at the root";
+        // The screen on top is asked before Escape goes back.
+        const auto guarded = screen("C");
+        guarded->onCancel = [] { return true; };
+        navigation->pushViewController(guarded, false);
+        EXPECT_TRUE(key(UIKeyCode::escape));
+        settle();
+        EXPECT_EQ(navigation->topViewController(), guarded);
     }
 }
 
-TEST_F(NavigationTest, TheScreenIsAskedBeforeEscapeGoesBack) {
-    const auto navigation = stackOf({"A"});
-    const auto guarded = screen("B");
-    guarded->onCancel = [] { return true; };
-    navigation->pushViewController(guarded, false);
-    show(navigation);
-    EXPECT_TRUE(key(UIKeyCode::escape));
-    settle();
-    EXPECT_EQ(navigation->topViewController(), guarded);
-}
-
 TEST_F(NavigationTest, ScreensLieBelowTheBarAtEverySize) {
-    struct Case {
-        UIUserInterfaceIdiom idiom;
-        CGFloat safeTop, barBottom;
-    };
-    for (const Case& each : {Case{UIUserInterfaceIdiom::phone, 0, 44}, Case{UIUserInterfaceIdiom::phone, 20, 64},
-                             Case{UIUserInterfaceIdiom::mac, 28, 80}}) {
-        UIDevice::currentDevice().setUserInterfaceIdiom(each.idiom);
+    for (const auto& [idiom, safeTop, barBottom] : {std::tuple{UIUserInterfaceIdiom::phone, 0, 44},
+                                                    {UIUserInterfaceIdiom::phone, 20, 64},
+                                                    {UIUserInterfaceIdiom::mac, 28, 80}}) {
+        use(idiom);
         const auto navigation = stackOf({"A"});
         show(navigation);
-        window().setSafeAreaInsets({each.safeTop, 0, 0, 0});
+        window().setSafeAreaInsets({static_cast<CGFloat>(safeTop), 0, 0, 0});
         settle();
         navigation->pushViewController(screen("B"), true);
         advance(0.1);
-        window().setSize({667, 375});
-        settle();
-        const auto& top = *navigation->topViewController()->view();
-        EXPECT_EQ(navigation->navigationBar()->frame(), (CGRect{0, 0, 667, each.barBottom}));
-        EXPECT_EQ(top.convertRectToView(top.bounds(), nullptr), (CGRect{0, each.barBottom, 667, 375 - each.barBottom}));
-        window().setRootViewController(nullptr);
+        resize({667, 375});
+        EXPECT_EQ(navigation->navigationBar()->frame(), CGRect(0, 0, 667, barBottom));
+        EXPECT_EQ(frameOf(*navigation->topViewController()), CGRect(0, barBottom, 667, 375 - barBottom));
     }
 }
 
@@ -217,22 +194,19 @@ TEST_F(NavigationTest, AScreenThatReachesUnderTheBarDoesSoAtEverySize) {
     navigation->pushViewController(under, true);
     advance(0.1);
     const auto expectWhole = [&](const char* what) {
-        const UIView& view = *under->view();
-        EXPECT_EQ(view.convertRectToView(view.bounds(), nullptr).size, window().frame().size) << what;
-        EXPECT_EQ(view.frame().origin, (CGPoint{0, -64})) << what;
+        EXPECT_EQ(frameOf(*under).size, window().frame().size) << what;
+        EXPECT_EQ(under->view()->frame().origin, (CGPoint{0, -64})) << what;
     };
     expectWhole("on its way");
     settle();
     expectWhole("there");
     EXPECT_EQ(under->view()->hitTest({100, 32}), under->view().get());
     EXPECT_TRUE(window().hitTest({100, 32})->isDescendantOfView(*navigation->navigationBar())) << "the bar is above it";
-    window().setSize({667, 375});
-    settle();
+    resize({667, 375});
     expectWhole("after a turn");
     navigation->popViewControllerAnimated(true);
     settle();
-    const UIView& below = *navigation->topViewController()->view();
-    EXPECT_EQ(below.convertRectToView(below.bounds(), nullptr), CGRect(0, 64, 667, 375 - 64));
+    EXPECT_EQ(frameOf(*navigation->topViewController()), CGRect(0, 64, 667, 375 - 64));
 }
 
 TEST_F(NavigationTest, ATurnIsToldToEveryScreenOfTheStackAndToWhatIsPresented) {
@@ -251,8 +225,7 @@ TEST_F(NavigationTest, ATurnIsToldToEveryScreenOfTheStackAndToWhatIsPresented) {
     navigation->presentViewController(presented, false);
     settle();
     presented->told.clear();
-    window().setSize({667, 375});
-    settle();
+    resize({667, 375});
     for (const auto& each : {bottom, top, presented}) {
         EXPECT_EQ(each->told, (std::vector<CGSize>{{667, 375}}));
     }
@@ -312,30 +285,6 @@ TEST_F(NavigationTest, ALongTitleLeavesTheButtonsFree) {
     EXPECT_LE(title.maxX(), done.minX());
     EXPECT_LE(done.maxX(), 320);
     EXPECT_GT(title.width(), 60);
-}
-
-TEST_F(NavigationTest, APoppedScreenIsLetGo) {
-    auto navigation = stackOf({"A"});
-    show(navigation);
-    std::weak_ptr<UIViewController> gone;
-    {
-        auto second = screen("B");
-        second->navigationItem().setRightBarButtonItem(
-            std::make_shared<UIBarButtonItem>(UIBarButtonItem::SystemItem::edit, nullptr));
-        gone = second;
-        navigation->pushViewController(second, true);
-    }
-    settle();
-    dragBack({40, 200, 350});
-    settle();
-    EXPECT_TRUE(gone.expired());
-    const std::weak_ptr<UIViewController> root = navigation->topViewController();
-    std::weak_ptr<UIViewController> stack = navigation;
-    window().setRootViewController(nullptr);
-    navigation.reset();
-    settle();
-    EXPECT_TRUE(stack.expired());
-    EXPECT_TRUE(root.expired());
 }
 
 }  // namespace

@@ -7,10 +7,7 @@
 namespace ostrel {
 namespace {
 
-bool isWithin(const CGRect& inner, const CGRect& outer) {
-    return inner.minX() >= outer.minX() && inner.minY() >= outer.minY() && inner.maxX() <= outer.maxX() &&
-           inner.maxY() <= outer.maxY();
-}
+bool isWithin(const CGRect& inner, const CGRect& outer) { return inner.intersection(outer) == inner; }
 
 TEST(PresentationLayout, EveryFrameStaysWithinTheSafePartOfTheWindow) {
     const std::vector<CGSize> windows{{320, 480}, {375, 667}, {667, 375}, {834, 1112}, {1440, 900}, {120, 90}};
@@ -32,9 +29,7 @@ TEST(PresentationLayout, EveryFrameStaysWithinTheSafePartOfTheWindow) {
                 for (const auto& anchor : anchors) {
                     const CGRect frame = presentationFrame(PresentationKind::popover, wish, {window, safeArea, anchor});
                     EXPECT_TRUE(isWithin(frame, isRoomy ? safe.insetBy(8, 8) : safe))
-                        << window.width << "x" << window.height << " wish " << wish.width << "x" << wish.height
-                        << " at " << frame.minX() << "," << frame.minY() << " " << frame.width() << "x"
-                        << frame.height();
+                        << window.width << " wide, wish " << wish.width << " at " << frame.minX();
                 }
                 for (const auto kind : {PresentationKind::card, PresentationKind::alert}) {
                     const CGRect frame = presentationFrame(kind, wish, {window, safeArea, {}});
@@ -51,11 +46,7 @@ TEST(PresentationLayout, EveryFrameStaysWithinTheSafePartOfTheWindow) {
 
 TEST(PresentationLayout, APopoverTakesTheFirstSideWithRoomAndLeavesItsAnchorFree) {
     const CGSize window{800, 600}, size{300, 200};
-    struct Case {
-        CGRect anchor;
-        CGPoint origin;
-    };
-    const Case cases[] = {
+    const std::pair<CGRect, CGPoint> cases[] = {
         {{380, 100, 40, 20}, {250, 126}},    // below
         {{380, 550, 40, 20}, {250, 344}},    // above
         {{0, 100, 40, 20}, {8, 126}},        // below, kept in at the left
@@ -63,12 +54,10 @@ TEST(PresentationLayout, APopoverTakesTheFirstSideWithRoomAndLeavesItsAnchorFree
         {{40, 150, 100, 300}, {146, 200}},   // neither above nor below: to the right
         {{600, 150, 100, 300}, {294, 200}},  // to the left
     };
-    for (const Case& each : cases) {
-        const CGRect frame = presentationFrame(PresentationKind::popover, size, {window, {}, each.anchor});
-        EXPECT_EQ(frame.size, size);
-        EXPECT_EQ(frame.minX(), each.origin.x);
-        EXPECT_EQ(frame.minY(), each.origin.y);
-        EXPECT_FALSE(frame.intersects(each.anchor));
+    for (const auto& [anchor, origin] : cases) {
+        const CGRect frame = presentationFrame(PresentationKind::popover, size, {window, {}, anchor});
+        EXPECT_EQ(frame, (CGRect{origin.x, origin.y, 300, 200}));
+        EXPECT_FALSE(frame.intersects(anchor));
     }
 }
 

@@ -1,7 +1,7 @@
 #include "tests/platform/uikit/screens/ControllerTestSupport.h"
 
 #include "platform/uikit/controls/UIButton.h"
-#include "platform/uikit/text/UITextField.h"
+#include "tests/support/LogCapture.h"
 
 namespace ostrel {
 namespace {
@@ -24,7 +24,7 @@ TEST_F(PresentationTest, OnlyFullScreenMakesThePresenterDisappear) {
     for (const auto idiom : {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad, UIUserInterfaceIdiom::mac}) {
         for (const auto style : {Style::fullScreen, Style::overFullScreen, Style::formSheet, Style::popover}) {
             for (const bool animated : {false, true}) {
-                UIDevice::currentDevice().setUserInterfaceIdiom(idiom);
+                use(idiom);
                 const auto root = stackOf({"A"});
                 show(root);
                 const auto shown = styled("B", style);
@@ -46,7 +46,6 @@ TEST_F(PresentationTest, OnlyFullScreenMakesThePresenterDisappear) {
                 EXPECT_FALSE(root->view()->isHidden());
                 EXPECT_EQ(window().subviews().size(), 1u);
                 EXPECT_EQ(shown->presentingViewController(), nullptr);
-                window().setRootViewController(nullptr);
             }
         }
     }
@@ -55,14 +54,13 @@ TEST_F(PresentationTest, OnlyFullScreenMakesThePresenterDisappear) {
 TEST_F(PresentationTest, WhatCannotBePresentedIsRefusedWithALine) {
     const auto root = screen("A"), loose = screen("L"), shown = screen("B"), other = screen("C");
     show(root);
-    std::vector<std::string> lines;
-    setLogSink([&](std::string_view line) { lines.emplace_back(line); });
+    const LogCapture capture;
     loose->presentViewController(screen("D"), false);
     root->presentViewController(shown, false);
     root->presentViewController(other, false);
     shown->presentViewController(shown, false);
     shown->presentViewController(root, false);
-    EXPECT_EQ(lines.size(), 4u);
+    EXPECT_EQ(capture.lines().size(), 4u);
     EXPECT_EQ(root->presentedViewController(), shown);
     EXPECT_EQ(shown->presentedViewController(), nullptr);
     EXPECT_FALSE(other->isAppeared());
@@ -73,19 +71,15 @@ TEST_F(PresentationTest, DismissingThePresenterClosesAllThatLiesAbove) {
                third = styled("D", Style::overFullScreen);
     show(root);
     root->presentViewController(first, false);
-    first->presentViewController(second, true);
-    settle();
-    second->presentViewController(third, true);
-    settle();
+    present(*first, second);
+    present(*second, third);
     log.clear();
-    root->dismissViewControllerAnimated(true, noting("dismissed"));
-    settle();
+    dismiss(*root, noting("dismissed"));
     // B was hidden behind C already.
     EXPECT_EQ(log, CallLog({"D will-", "C will-", "D did-", "C did-", "dismissed"}));
     EXPECT_EQ(window().subviews().size(), 1u);
     // And it can be shown again.
-    root->presentViewController(first, true);
-    settle();
+    present(*root, first);
     EXPECT_TRUE(first->isAppeared());
     EXPECT_FALSE(first->view()->isHidden());
 }
@@ -95,18 +89,15 @@ TEST_F(PresentationTest, AScreenInAPresentedStackDismissesTheStack) {
     show(root);
     const auto login = stackOf({"B", "C"});
     login->modalPresentationStyle = Style::overFullScreen;
-    root->presentViewController(login, true);
-    settle();
+    present(*root, login);
     log.clear();
     login->topViewController()->dismissViewControllerAnimated(true, noting("dismissed"));
     // A second call waits for the same end.
-    login->topViewController()->dismissViewControllerAnimated(true, noting("dismissed too"));
-    settle();
+    dismiss(*login->topViewController(), noting("dismissed too"));
     EXPECT_EQ(log, CallLog({"C will-", "C did-", "dismissed", "dismissed too"}));
     EXPECT_EQ(root->presentedViewController(), nullptr);
     log.clear();
-    login->dismissViewControllerAnimated(true, noting("nothing left"));
-    settle();
+    dismiss(*login, noting("nothing left"));
     EXPECT_EQ(log, CallLog({"nothing left"}));
 }
 
@@ -117,8 +108,7 @@ TEST_F(PresentationTest, CallsDuringAMovementCompleteItFirst) {
     advance(0.1);
     root->dismissViewControllerAnimated(true, noting("dismissed B"));
     advance(0.1);
-    root->presentViewController(second, true, noting("presented C"));
-    settle();
+    present(*root, second, noting("presented C"));
     EXPECT_EQ(log, CallLog({"B load", "B will+", "B did+", "presented B", "B will-", "B did-", "dismissed B", "C load",
                             "C will+", "C did+", "presented C"}));
 }
@@ -131,15 +121,13 @@ TEST_F(PresentationTest, AScreenMayDismissItselfWhileItAppears) {
             hasty->onCall = [&](const std::string& call) {
                 if (call == when) hasty->dismissViewControllerAnimated(animated, noting("dismissed"));
             };
-            root->presentViewController(hasty, true, noting("presented"));
-            settle();
+            present(*root, hasty, noting("presented"));
             EXPECT_EQ(std::ranges::count(log, "presented"), 1);
             EXPECT_EQ(std::ranges::count(log, "dismissed"), 1);
             EXPECT_TRUE(root->isAppeared());
             EXPECT_FALSE(root->view()->isHidden());
             EXPECT_EQ(hasty->lastCall(), "did-");
             hasty->onCall = nullptr;
-            window().setRootViewController(nullptr);
         }
     }
 }
@@ -156,8 +144,7 @@ TEST_F(PresentationTest, TouchesKeysAndTabStayInTheTopmostPresentation) {
     sheet->preferredContentSize = {0, 300};
     const auto inside = make<UIButton>(UIButton::Type::system, CGRect{10, 10, 100, 44});
     sheet->view()->addSubview(inside);
-    root->presentViewController(sheet, true);
-    settle();
+    present(*root, sheet);
     tap({100, 200});
     for (const auto code : {UIKeyCode::enter, UIKeyCode::escape, UIKeyCode::back}) key(code);
     key(UIKeyCode::left, modifierAlternate);
@@ -169,24 +156,8 @@ TEST_F(PresentationTest, TouchesKeysAndTabStayInTheTopmostPresentation) {
         key(UIKeyCode::tab);
         EXPECT_EQ(window().focusedView(), inside.get());
     }
-    sheet->dismissViewControllerAnimated(true);
-    settle();
+    dismiss(*sheet);
     EXPECT_EQ(window().focusedView(), below.get());
-}
-
-TEST_F(PresentationTest, TheFieldUnderEditIsTakenUpAgainAfterwards) {
-    const auto root = screen("A");
-    show(root);
-    const auto field = make<UITextField>(CGRect{10, 10, 200, 40});
-    root->view()->addSubview(field);
-    ASSERT_TRUE(field->becomeFirstResponder());
-    const auto shown = styled("B", Style::overFullScreen);
-    root->presentViewController(shown, true);
-    EXPECT_FALSE(field->isFirstResponder());
-    settle();
-    shown->dismissViewControllerAnimated(true);
-    settle();
-    EXPECT_TRUE(field->isFirstResponder());
 }
 
 TEST_F(PresentationTest, APopoverClosesByEscapeOrATapBesideUnlessForbidden) {
@@ -196,34 +167,28 @@ TEST_F(PresentationTest, APopoverClosesByEscapeOrATapBesideUnlessForbidden) {
     for (const auto idiom : {UIUserInterfaceIdiom::phone, UIUserInterfaceIdiom::pad}) {
         for (const bool byKey : {true, false}) {
             for (const bool allowed : {true, false}) {
-                UIDevice::currentDevice().setUserInterfaceIdiom(idiom);
+                use(idiom);
                 const auto root = screen("A");
                 show(root, {834, 1112});
                 const std::shared_ptr<UIViewController> shown =
                     allowed ? std::shared_ptr<UIViewController>(screen("B")) : make<Stubborn>();
                 shown->modalPresentationStyle = Style::popover;
                 shown->preferredContentSize = {300, 200};
-                root->presentViewController(shown, true);
-                settle();
-                const CGRect frame = shown->view()->convertRectToView(shown->view()->bounds(), nullptr);
-                tap({frame.midX(), frame.midY()});
+                present(*root, shown);
+                platform_.tap(*shown->view());
                 settle();
                 ASSERT_EQ(root->presentedViewController(), shown);
-                if (byKey) {
-                    key(UIKeyCode::escape);
-                } else {
-                    tap({5, 5});
-                }
+                if (byKey) key(UIKeyCode::escape);
+                if (!byKey) tap({5, 5});
                 settle();
                 EXPECT_EQ(root->presentedViewController() == nullptr, allowed);
-                window().setRootViewController(nullptr);
             }
         }
     }
 }
 
 TEST_F(PresentationTest, APopoverStandsByItsAnchorAndFollowsTheWindow) {
-    UIDevice::currentDevice().setUserInterfaceIdiom(UIUserInterfaceIdiom::pad);
+    use(UIUserInterfaceIdiom::pad);
     const auto root = stackOf({"A"});
     const auto item = std::make_shared<UIBarButtonItem>(UIBarButtonItem::SystemItem::action, nullptr);
     root->topViewController()->navigationItem().setRightBarButtonItem(item);
@@ -231,42 +196,21 @@ TEST_F(PresentationTest, APopoverStandsByItsAnchorAndFollowsTheWindow) {
     const auto shown = styled("B", Style::popover);
     shown->preferredContentSize = {300, 200};
     shown->popoverPresentationController.barButtonItem = item;
-    root->presentViewController(shown, true);
-    settle();
-    const auto frame = [&] { return shown->view()->convertRectToView(shown->view()->bounds(), nullptr); };
-    EXPECT_EQ(frame().size, (CGSize{300, 200}));
-    EXPECT_EQ(frame().minY(), 44 + 6);
-    EXPECT_EQ(frame().maxX(), 834 - 8);
-    window().setSize({600, 400});
-    settle();
-    EXPECT_EQ(frame(), (CGRect{292, 50, 300, 200}));
-    UIDevice::currentDevice().setUserInterfaceIdiom(UIUserInterfaceIdiom::phone);
+    present(*root, shown);
+    EXPECT_EQ(frameOf(*shown), (CGRect{834 - 8 - 300, 44 + 6, 300, 200}));
+    resize({600, 400});
+    EXPECT_EQ(frameOf(*shown), (CGRect{292, 50, 300, 200}));
+    use(UIUserInterfaceIdiom::phone);
     shown->dismissViewControllerAnimated(false);
     root->presentViewController(shown, false);
-    window().setSize({375, 667});
-    settle();
-    EXPECT_EQ(frame(), (CGRect{0, 467, 375, 200}));
+    resize({375, 667});
+    EXPECT_EQ(frameOf(*shown), (CGRect{0, 467, 375, 200}));
 }
 
-TEST_F(PresentationTest, NobodyIsKeptAfterTheEnd) {
-    std::weak_ptr<UIViewController> first, second, abandoned;
-    auto root = stackOf({"A"});
+TEST_F(PresentationTest, AScreenThatGoesTakesWhatItPresentsWithIt) {
+    std::weak_ptr<UIViewController> abandoned;
+    const auto root = stackOf({"A"});
     show(root);
-    {
-        const auto b = styled("B", Style::fullScreen), c = styled("C", Style::popover);
-        first = b;
-        second = c;
-        root->presentViewController(b, true, [b] {});
-        settle();
-        b->presentViewController(c, true);
-        settle();
-    }
-    root->dismissViewControllerAnimated(true);
-    settle();
-    EXPECT_TRUE(first.expired());
-    EXPECT_TRUE(second.expired());
-
-    // A screen that goes away takes along what it presents, and uncovers what that covered.
     {
         const auto pushed = screen("D"), shown = styled("E", Style::fullScreen);
         abandoned = shown;

@@ -14,23 +14,18 @@ protected:
         work->publish();
         return work;
     }
-    void showStack() {
+    void SetUp() override {
         navigation = stackOf({"A"});
         WorkProgressBar::addTo(*navigation);
         show(navigation);
     }
     /// Where the screen begins.
     CGFloat top() { return navigation->topViewController()->view()->convertPointToView({}, nullptr).y; }
-    void TearDown() override {
-        navigation.reset();
-        ControllerTest::TearDown();
-    }
     std::shared_ptr<UINavigationController> navigation;
     std::vector<std::string> cancelled;
 };
 
 TEST_F(WorkProgressBarTest, ComesWithWorkThatLastsAndGoesWithIt) {
-    showStack();
     const CGFloat without = top();
     auto brief = start("brief");
     advance(0.2);
@@ -47,7 +42,7 @@ TEST_F(WorkProgressBarTest, ComesWithWorkThatLastsAndGoesWithIt) {
         advance(1);
     }
     EXPECT_TRUE(platform_.sees("2 min left"));
-    press(labelled(*navigation->view(), AccessibilityRole::button, "Cancel, Converting"));
+    press(button(*navigation, "Cancel, Converting"));
     settle();
     EXPECT_EQ(cancelled, CallLog{"Converting"});
     EXPECT_TRUE(platform_.sees("Cancelling…"));
@@ -58,7 +53,6 @@ TEST_F(WorkProgressBarTest, ComesWithWorkThatLastsAndGoesWithIt) {
 }
 
 TEST_F(WorkProgressBarTest, ListsWorkOfWhichEachPieceCanBeCancelled) {
-    showStack();
     const auto first = start("First"), second = start("Second"), third = start("Third", false);
     settle();
     EXPECT_TRUE(platform_.sees("First"));
@@ -68,9 +62,9 @@ TEST_F(WorkProgressBarTest, ListsWorkOfWhichEachPieceCanBeCancelled) {
     settle();
     EXPECT_TRUE(platform_.sees("Third"));
     UIViewController& list = *navigation->presentedViewController();
-    press(labelled(*list.view(), AccessibilityRole::button, "Cancel, Second"));
+    press(button(list, "Cancel, Second"));
     EXPECT_EQ(cancelled, CallLog{"Second"});
-    const UIView* const none = labelled(*list.view(), AccessibilityRole::button, "Cancel, Third");
+    const UIView* const none = button(list, "Cancel, Third");
     EXPECT_TRUE(!none || none->isHidden()) << "it cannot be cancelled";
     second->unpublish();
     settle();
@@ -79,17 +73,14 @@ TEST_F(WorkProgressBarTest, ListsWorkOfWhichEachPieceCanBeCancelled) {
     third->unpublish();
     settle();
     EXPECT_FALSE(navigation->presentedViewController()) << "an empty list closes";
-}
 
-TEST_F(WorkProgressBarTest, OneWithoutAScreenLeavesNothingBehind) {
-    showStack();
-    const auto work = start("Converting");
+    const auto last = start("Last");
     settle();
     const std::weak_ptr<UIViewController> gone = navigation;
     navigation.reset();
     window().setRootViewController(nullptr);
     settle();
-    EXPECT_TRUE(gone.expired());
+    EXPECT_TRUE(gone.expired()) << "work under way keeps no screen";
 }
 
 TEST(RemainingTime, IsRoundedToWhatItIsWorth) {

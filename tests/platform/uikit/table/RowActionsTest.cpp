@@ -50,25 +50,13 @@ TEST_F(RowActionsTest, ASwipeUncoversTheActionsFromTheRightEdge) {
 
 TEST_F(RowActionsTest, WhatClosesASwipedRow) {
     const std::pair<const char*, std::function<void()>> closers[] = {
-        {"a tap elsewhere",
-         [&] {
-             platform.tap({100, 400});
-         }},
-        {"a tap on the row",
-         [&] {
-             platform.tap({100, 150});
-         }},
-        {"a drag",
-         [&] {
-             platform.drag({100, 500}, {100, 470});
-         }},
-        {"the wheel",
-         [&] {
-             platform.scroll({100, 400}, -60);
-         }},
+        {"a tap elsewhere", [&] { platform.tap(CGPoint(100, 400)); }},
+        {"a tap on the row", [&] { platform.tap(CGPoint(100, 150)); }},
+        {"a drag", [&] { platform.drag(CGPoint(100, 500), CGPoint(100, 470)); }},
+        {"the wheel", [&] { platform.scroll(CGPoint(100, 400), -60); }},
         {"a swipe back", [&] { swipe(150, 140); }},
         {"a reload", [&] { table->reloadData(); }},
-        {"Escape", [&] { platform.key(UIKeyCode::escape); }},
+        {"Escape", [&] { EXPECT_TRUE(platform.key(UIKeyCode::escape)); }},
     };
     for (const auto& [name, close] : closers) {
         scrollTo(0);
@@ -97,8 +85,7 @@ TEST_F(RowActionsTest, AShortSwipeOrOneToTheRightOpensNothing) {
 
 TEST_F(RowActionsTest, TheActionMeansTheRowWhereverItIsByThen) {
     table->setSwipedRow(NSIndexPath{1, 0}, false);
-    source.items.push_front({500, 88});
-    table->insertSections(0, 1, UITableViewRowAnimation::fade);
+    insertItem(0, {500, 88});
     platform.advance(1);
     EXPECT_EQ(table->swipedRow(), (NSIndexPath{2, 0}));
     platform.tapText("Edit");

@@ -5,11 +5,6 @@
 namespace ostrel {
 namespace {
 
-class MacTableTest : public TableTest {
-protected:
-    MacTableTest() : TableTest(UIUserInterfaceIdiom::mac) { platform.touchType = UITouchType::pointer; }
-};
-
 /// How grey a row is shown, 0 to 1.
 double pressLook(const UITableViewCell& cell) {
     for (const auto& view : cell.subviews()) {
@@ -65,7 +60,7 @@ TEST_F(TableTest, TheAccessoryButtonIsItsOwnTarget) {
     EXPECT_TRUE(source.selected.empty());
 }
 
-TEST_F(MacTableTest, ArrowKeysMoveFromRowToRowAndReturnOpensOne) {
+TEST_F(TableTest, ArrowKeysMoveFromRowToRowAndReturnOpensOne) {
     show(40);
     source.canEdit = true;
     for (int i = 0; i < 12; ++i) ASSERT_TRUE(platform.key(UIKeyCode::down));
@@ -73,9 +68,9 @@ TEST_F(MacTableTest, ArrowKeysMoveFromRowToRowAndReturnOpensOne) {
     EXPECT_GE(row(11)->frame().minY(), table->bounds().minY());
     EXPECT_LE(row(11)->frame().maxY(), table->bounds().maxY());
     platform.key(UIKeyCode::up);
-    platform.key(UIKeyCode::enter);
+    EXPECT_TRUE(platform.key(UIKeyCode::enter));
     EXPECT_EQ(source.selected, (std::vector<NSIndexPath>{{10, 0}}));
-    platform.key(UIKeyCode::deleteForward);
+    EXPECT_TRUE(platform.key(UIKeyCode::deleteForward));
     EXPECT_EQ(source.committed, (std::vector<NSIndexPath>{{10, 0}}));
     platform.key(UIKeyCode::end);
     platform.advance(1);
@@ -86,9 +81,8 @@ TEST_F(MacTableTest, ArrowKeysMoveFromRowToRowAndReturnOpensOne) {
     platform.key(UIKeyCode::space);
     platform.advance(1);
     EXPECT_EQ(table->contentOffset().y, 667 - 40);
-}
 
-TEST_F(MacTableTest, EndReachesTheEndThoughTheRowsThereAreHigherThanTheirEstimate) {
+    // The rows at the end are higher than their estimate.
     show(200, 130);
     platform.key(UIKeyCode::end);
     platform.advance(1);

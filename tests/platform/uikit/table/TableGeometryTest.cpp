@@ -8,56 +8,38 @@
 namespace ostrel {
 namespace {
 
-struct StyleCase {
-    UITableViewStyle style;
-    UIUserInterfaceIdiom idiom;
-    CGFloat x, width, radius;
-};
-
-TEST(TableStyles, MarginsAndCardsFollowStyleAndIdiom) {
-    const StyleCase cases[] = {
+TEST_F(TableTest, MarginsAndCardsFollowStyleAndIdiom) {
+    const std::tuple<UITableViewStyle, UIUserInterfaceIdiom, CGFloat, CGFloat, CGFloat> cases[] = {
         {UITableViewStyle::insetGrouped, UIUserInterfaceIdiom::phone, 16, 343, 10},
         {UITableViewStyle::insetGrouped, UIUserInterfaceIdiom::pad, 20, 335, 10},
         {UITableViewStyle::insetGrouped, UIUserInterfaceIdiom::mac, 20, 335, 10},
         {UITableViewStyle::grouped, UIUserInterfaceIdiom::phone, 0, 375, 0},
         {UITableViewStyle::plain, UIUserInterfaceIdiom::pad, 0, 375, 0},
     };
-    for (const StyleCase& one : cases) {
-        SCOPED_TRACE(testing::Message() << static_cast<int>(one.style) << " on " << static_cast<int>(one.idiom));
-        HeadlessPlatform platform({375, 667}, one.idiom);
-        ListSource source;
-        source.items.resize(2);
-        source.rowsOf = [](std::int64_t) { return 3; };
-        source.heightOf = [](NSIndexPath path) { return 30.0 + 10 * static_cast<CGFloat>(path.row); };
-        const auto table = make<UITableView>(CGRect{0, 0, 375, 667}, one.style);
-        table->setDataSource(&source);
-        table->setDelegate(&source);
-        platform.window().addSubview(table);
-        platform.settle();
-        EXPECT_EQ(table->rowWidth(), one.width);
+    source.rowsOf = [](std::int64_t) { return 3; };
+    source.heightOf = [](NSIndexPath path) { return 30.0 + 10 * static_cast<CGFloat>(path.row); };
+    for (const auto& [style, idiom, x, width, radius] : cases) {
+        SCOPED_TRACE(testing::Message() << static_cast<int>(style) << " on " << static_cast<int>(idiom));
+        UIDevice::currentDevice().setUserInterfaceIdiom(idiom);
+        show(2, 88, style);
+        EXPECT_EQ(table->rowWidth(), width);
         EXPECT_EQ(table->contentSize(), (CGSize{375, 2 * (8 + 30 + 40 + 50 + 1)}));
-        EXPECT_EQ(table->rectForRowAtIndexPath({1, 1}), (CGRect{one.x, 129 + 8 + 30, one.width, 40}));
+        EXPECT_EQ(table->rectForRowAtIndexPath({1, 1}), (CGRect{x, 129 + 8 + 30, width, 40}));
         for (std::int64_t r = 0; r < 3; ++r) {
             const auto cell = table->cellForRowAtIndexPath({1, r});
             EXPECT_EQ(cell->frame(), table->rectForRowAtIndexPath({1, r}));
-            const bool rounds = one.radius > 0 && r != 1;
-            EXPECT_EQ(cell->cornerRadius(), rounds ? one.radius : 0);
-            EXPECT_EQ(cell->state().roundsTop, one.radius > 0 && r == 0);
-            EXPECT_EQ(cell->state().roundsBottom, one.radius > 0 && r == 2);
+            EXPECT_EQ(cell->cornerRadius(), r == 1 ? 0 : radius);
+            EXPECT_EQ(cell->state().roundsTop, radius > 0 && r == 0);
+            EXPECT_EQ(cell->state().roundsBottom, radius > 0 && r == 2);
         }
         EXPECT_EQ(table->indexPathForRowAtPoint({100, 129 + 8 + 29.9}), (NSIndexPath{1, 0}));
         EXPECT_EQ(table->indexPathForRowAtPoint({100, 129 + 4}), std::nullopt);
-        EXPECT_EQ(table->indexPathForRowAtPoint({5, 20}).has_value(), one.x == 0);
-        table->removeFromSuperview();
+        EXPECT_EQ(table->indexPathForRowAtPoint({5, 20}).has_value(), x == 0);
     }
 }
 
 TEST_F(TableTest, WhatComesNextIsNamedOnceOnTheWay) {
     show(300, 91);
-    const auto scrollTo = [&](CGFloat offset) {
-        table->setContentOffset({0, offset}, false);
-        platform.settle();
-    };
     const auto namedSections = [&] {
         std::vector<std::int64_t> sections;
         for (const NSIndexPath& path : std::exchange(source.prefetched, {})) sections.push_back(path.section);
@@ -98,10 +80,8 @@ TEST_F(TableTest, TextHeadersHaveTheirStylesHeightAndPlainOnesStick) {
     scrollTo(table->rectForRowAtIndexPath({0, 19}).maxY() - 10);
     EXPECT_EQ(platform.viewWithText("Uno")->superview()->frame().maxY(), table->rectForRowAtIndexPath({0, 19}).maxY());
 
-    const auto grouped = make<UITableView>(CGRect{0, 0, 375, 667}, UITableViewStyle::grouped);
-    grouped->setDataSource(&source);
-    grouped->setDelegate(&source);
-    EXPECT_EQ(grouped->rectForRowAtIndexPath({0, 0}).minY(), 38);
+    show(3, 50, UITableViewStyle::grouped);
+    EXPECT_EQ(table->rectForRowAtIndexPath({0, 0}).minY(), 38);
 }
 
 TEST_F(TableTest, HeaderAndFooterViewsAreAboveAndBelowTheSections) {
@@ -129,11 +109,7 @@ TEST_F(TableTest, AMillionRowsAreAskedOnceAndMoveExactlyOnePointAnywhere) {
         platform.window().sendScroll({.location = {100, 300}, .dx = 0, .dy = -1, .precise = true});
         platform.settle();
         ASSERT_EQ(table->contentOffset().y, offset + 1);
-        for (const auto& [id, y] : rowsOnScreen(true)) {
-            const auto old = before.find(id);
-            if (old == before.end()) continue;
-            ASSERT_EQ(y, old->second - 1) << "row " << id;
-        }
+        expectMoved(before, rowsOnScreen(true), -1);
     }
     EXPECT_LE(table->liveCellCount(), 14 + UITableView::reusePoolLimit);
     EXPECT_LE(source.cellsMade, static_cast<int>(14 + UITableView::reusePoolLimit));
@@ -156,12 +132,9 @@ TEST_F(TableTest, RowsInReachKeepTheirPlaceWhateverHeightsTurnOut) {
     for (unsigned seed = 1; seed <= 10; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         std::mt19937 random(seed);
-        show(0);
-        for (std::int64_t i = 0; i < 600; ++i) {
-            source.items.push_back({i, std::uniform_real_distribution<CGFloat>(20, 300)(random)});
-        }
-        table->reloadData();
-        platform.settle();
+        const auto height = [&](std::int64_t) { return std::uniform_real_distribution<CGFloat>(20, 300)(random); };
+        show(600);
+        setHeights(height);
         scrollTo(20'000);
         for (int step = 0; step < 120; ++step) {
             const auto before = rowsOnScreen();
@@ -174,7 +147,7 @@ TEST_F(TableTest, RowsInReachKeepTheirPlaceWhateverHeightsTurnOut) {
                 const auto pick = std::uniform_int_distribution<std::size_t>(1, shown.size() - 1)(random);
                 const auto cell = row(shown[pick].section);
                 auto& item = source.items[static_cast<std::size_t>(shown[pick].section)];
-                item.height = std::uniform_real_distribution<CGFloat>(20, 300)(random);
+                item.height = height(item.id);
                 const auto first = *before.begin();
                 cell->setWanted(item.height);
                 platform.settle();
@@ -183,14 +156,9 @@ TEST_F(TableTest, RowsInReachKeepTheirPlaceWhateverHeightsTurnOut) {
                 continue;
             }
             if (offset + distance < 2000 || offset + distance > table->maximumOffsetY() - 2000) continue;
-            table->setContentOffset({0, offset + distance});
-            platform.settle();
+            scrollTo(offset + distance);
             const auto after = rowsOnScreen();
-            for (const auto& [id, y] : after) {
-                if (const auto old = before.find(id); old != before.end()) {
-                    ASSERT_EQ(y, old->second - distance) << "row " << id << " in step " << step;
-                }
-            }
+            expectMoved(before, after, -distance);
             CGFloat expected = after.begin()->second;
             for (const auto& [id, y] : after) {
                 ASSERT_EQ(y, expected) << "row " << id;
@@ -203,8 +171,7 @@ TEST_F(TableTest, RowsInReachKeepTheirPlaceWhateverHeightsTurnOut) {
 
 TEST_F(TableTest, AFlingMeasuresRowsOnTheWayWithoutALeap) {
     show(500);
-    for (auto& item : source.items) item.height = 40 + static_cast<CGFloat>(item.id * 37 % 160);
-    table->reloadData();
+    setHeights([](std::int64_t id) { return 40 + static_cast<CGFloat>(id * 37 % 160); });
     scrollTo(10'000);
     platform.drag({180, 200}, {180, 500}, 0.1);
     ASSERT_TRUE(table->isDecelerating());
@@ -212,16 +179,13 @@ TEST_F(TableTest, AFlingMeasuresRowsOnTheWayWithoutALeap) {
         const auto before = rowsOnScreen();
         platform.advance(HeadlessPlatform::frameInterval);
         // All rows that stay move by the same distance, downwards and less than the fling's speed.
-        std::optional<CGFloat> moved;
-        for (const auto& [id, y] : rowsOnScreen()) {
-            const auto old = before.find(id);
-            if (old == before.end()) continue;
-            if (!moved) moved = y - old->second;
-            ASSERT_EQ(y - old->second, *moved);
-        }
-        ASSERT_TRUE(moved);
-        ASSERT_GE(*moved, 0);
-        ASSERT_LT(*moved, 60);
+        const auto after = rowsOnScreen();
+        const auto first = before.begin()->first;
+        ASSERT_TRUE(after.contains(first));
+        const CGFloat moved = after.at(first) - before.at(first);
+        expectMoved(before, after, moved);
+        ASSERT_GE(moved, 0);
+        ASSERT_LT(moved, 60);
     }
 }
 
@@ -243,27 +207,22 @@ TEST_F(TableTest, ReloadKeepsTheOffsetWhereItFitsAndUsesTheRowsAgain) {
     const auto cell = row(52);
     const int made = source.cellsMade;
     for (std::int64_t i = 200; i < 220; ++i) source.items.push_back({i, 88});
-    table->reloadData();
-    platform.settle();
+    reload();
     EXPECT_EQ(table->contentOffset().y, 5000);
     EXPECT_EQ(row(52), cell);
     EXPECT_EQ(source.cellsMade, made);
     source.items.resize(10);
-    table->reloadData();
-    platform.settle();
+    reload();
     EXPECT_EQ(table->contentOffset().y, 10 * 97 - 667);
     source.items.clear();
-    table->reloadData();
-    platform.settle();
+    reload();
     EXPECT_EQ(table->contentOffset().y, 0);
     EXPECT_TRUE(rowsOnScreen(true).empty());
 }
 
 TEST_F(TableTest, ScrollToRowShowsItWhollyThoughTheHeightsWereEstimates) {
     show(400);
-    for (auto& item : source.items) item.height = 30 + static_cast<CGFloat>(item.id * 61 % 200);
-    table->reloadData();
-    platform.settle();
+    setHeights([](std::int64_t id) { return 30 + static_cast<CGFloat>(id * 61 % 200); });
     for (const std::int64_t section : {300, 10, 399, 0, 150}) {
         table->scrollToRowAtIndexPath({section, 0}, false);
         const CGRect frame = row(section)->frame();

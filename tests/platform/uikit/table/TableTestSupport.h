@@ -26,7 +26,7 @@ public:
 };
 
 /// Sections of one row each, or as many as `rowsOf` says.
-class ListSource : public UITableViewDataSource, public UITableViewDelegate {
+class ListSource final : public UITableViewDataSource, public UITableViewDelegate {
 public:
     struct Item {
         std::int64_t id = 0;
@@ -41,6 +41,8 @@ public:
     std::function<std::int64_t(std::int64_t)> rowsOf = [](std::int64_t) { return 1; };
     std::function<CGFloat(NSIndexPath)> heightOf = [](NSIndexPath) { return UITableViewAutomaticDimension; };
     std::vector<UITableViewRowAction> actions;
+    /// The row of section 1 when not null: always the same one, never one that was dequeued.
+    std::shared_ptr<NumberedRow> held;
 
     CGFloat lastWidthAsked = 0;  ///< of a row before it is filled
     int cellsMade = 0, rowNumbersAsked = 0, cellsAsked = 0;
@@ -53,6 +55,7 @@ public:
     }
     std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table, NSIndexPath path) override {
         ++cellsAsked;
+        if (held && path.section == 1) return held;
         auto cell = std::static_pointer_cast<NumberedRow>(table.dequeueReusableCell("row"));
         if (!cell) cell = make<NumberedRow>("row", cellsMade);
         lastWidthAsked = cell->frame().width();
@@ -84,20 +87,8 @@ public:
     }
 };
 
-/// A screen that is the table.
-class TableScreen final : public UIViewController {
-public:
-    explicit TableScreen(std::shared_ptr<UITableView> table) : table_(std::move(table)) {}
-    void loadView() override { setView(table_); }
-
-private:
-    std::shared_ptr<UITableView> table_;
-};
-
 class TableTest : public ::testing::Test {
 protected:
-    explicit TableTest(UIUserInterfaceIdiom idiom = UIUserInterfaceIdiom::phone) : platform({375, 667}, idiom) {}
-
     ~TableTest() override { platform.window().setRootViewController(nullptr); }
 
     /// Shows a table over the whole window with `count` items of `height`.
@@ -108,7 +99,10 @@ protected:
         table->estimatedRowHeight = 88;
         table->setDataSource(&source);
         table->setDelegate(&source);
-        platform.window().setRootViewController(make<TableScreen>(table));
+        table->setAutoresizingMask(flexibleWidth | flexibleHeight);
+        const auto screen = make<UIViewController>();
+        platform.window().setRootViewController(screen);
+        screen->view()->addSubview(table);
         platform.settle();
     }
     /// The rows on screen or near it: section and upper edge below the table's upper edge.
@@ -124,6 +118,30 @@ protected:
                 result[source.items[static_cast<std::size_t>(path->section)].id] = frame.minY();
         }
         return result;
+    }
+    /// Gives the items these heights and reloads the table.
+    template <class Height>
+    void setHeights(Height heightOf) {
+        for (auto& item : source.items) item.height = heightOf(item.id);
+        reload();
+    }
+    void reload() {
+        table->reloadData();
+        platform.settle();
+    }
+    void insertItem(std::int64_t section, ListSource::Item item) {
+        source.items.insert(source.items.begin() + section, item);
+        table->insertSections(section, 1, UITableViewRowAnimation::fade);
+        platform.settle();
+    }
+    /// Fails unless all rows that were there `before` and still are have moved down by `distance`.
+    static void expectMoved(const std::map<std::int64_t, CGFloat>& before, const std::map<std::int64_t, CGFloat>& after,
+                            CGFloat distance) {
+        for (const auto& [id, y] : after) {
+            const auto old = before.find(id);
+            if (old == before.end()) continue;
+            ASSERT_EQ(y, old->second + distance) << "row " << id;
+        }
     }
     std::shared_ptr<NumberedRow> row(std::int64_t section) const {
         return std::static_pointer_cast<NumberedRow>(table->cellForRowAtIndexPath({section, 0}));

@@ -1,7 +1,7 @@
-#include "platform/uikit/text/UITextField.h"
 #include "tests/platform/uikit/table/TableTestSupport.h"
 
-#include "platform/foundation/runloop/NSLog.h"
+#include "platform/uikit/text/UITextField.h"
+#include "tests/support/LogCapture.h"
 
 #include <random>
 
@@ -67,17 +67,13 @@ TEST_F(TableTest, AnInsertAboveKeepsThePlaceAndAtTheTopItShows) {
     scrollTo(1000);
     const auto before = rowsOnScreen();
     const auto cell = row(12);
-    source.items.push_front({999, 140});
-    table->insertSections(0, 1, Animation::fade);
-    platform.settle();
+    insertItem(0, {999, 140});
     EXPECT_EQ(rowsOnScreen(), before);
     EXPECT_EQ(row(13), cell);
 
     scrollTo(0);
     platform.advance(1);
-    source.items.push_front({1000, 140});
-    table->insertSections(0, 1, Animation::fade);
-    platform.settle();
+    insertItem(0, {1000, 140});
     EXPECT_EQ(table->contentOffset().y, 0);
     EXPECT_EQ(rowsOnScreen().at(1000), 8);
     EXPECT_EQ(rowsOnScreen().at(999), 8 + 140 + 9);
@@ -112,19 +108,17 @@ TEST_F(TableTest, ADeletedRowFadesWhereItWasAndTakesNoTouches) {
 
 TEST_F(TableTest, AnUpdateThatDoesNotFitTheDataSourceIsLoggedAndReloaded) {
     show(10);
-    std::vector<std::string> lines;
-    const LogSink former = setLogSink([&](std::string_view line) { lines.emplace_back(line); });
+    const LogCapture log;
     source.items.pop_back();
     table->deleteSections(3, 2, Animation::fade);
     table->deleteSections(50, 1, Animation::none);
-    setLogSink(former);
     platform.settle();
-    EXPECT_EQ(lines.size(), 2U);
+    EXPECT_EQ(log.lines().size(), 2U);
     EXPECT_EQ(table->numberOfSections(), 9);
     EXPECT_EQ(rowsOnScreen().size(), 7U);
 }
 
-TEST_F(TableTest, AnUpdateWithoutChangesAsksForTheHeightsAgain) {
+TEST_F(TableTest, AnUpdateWithoutChangesAsksForTheHeightsAgainAndAReloadedRowForItself) {
     show(10);
     row(0)->wanted = 150;
     CGFloat fixed = 30;
@@ -137,10 +131,7 @@ TEST_F(TableTest, AnUpdateWithoutChangesAsksForTheHeightsAgain) {
     table->reloadRow({1, 0}, Animation::none);
     EXPECT_EQ(row(1)->frame().height(), 30);
     EXPECT_EQ(row(2)->frame().minY(), 167 + 30 + 9);
-}
 
-TEST_F(TableTest, ReloadOneRowAsksForThatRowOnly) {
-    show(10);
     source.items[2].id = 77;
     source.cellsAsked = 0;
     const auto cell = row(2);
@@ -152,40 +143,24 @@ TEST_F(TableTest, ReloadOneRowAsksForThatRowOnly) {
     EXPECT_TRUE(platform.sees("77"));
 }
 
-/// The data source gives the same row each time, never one that it dequeued.
-class HeldRowSource final : public ListSource {
-public:
-    std::shared_ptr<NumberedRow> held;
-    std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table, NSIndexPath path) override {
-        if (path.section != 1) return ListSource::tableViewCellForRowAtIndexPath(table, path);
-        if (!held) held = make<NumberedRow>("held", cellsMade);
-        return held;
-    }
-};
-
 TEST_F(TableTest, ARowThatTheDataSourceHoldsKeepsItsFocusWhenItsHeightIsAskedAgain) {
-    HeldRowSource held;
-    for (int i = 0; i < 30; ++i) held.items.push_back({i, 88});
+    show(30);
+    source.held = make<NumberedRow>("held", source.cellsMade);
     CGFloat height = 150;
-    held.heightOf = [&](NSIndexPath path) { return path.section == 1 ? height : UITableViewAutomaticDimension; };
-    show(0);
-    table->setDataSource(&held);
-    table->setDelegate(&held);
-    platform.settle();
+    source.heightOf = [&](NSIndexPath path) { return path.section == 1 ? height : UITableViewAutomaticDimension; };
+    reload();
     const auto field = make<UITextField>(CGRect{0, 0, 100, 30});
-    held.held->addSubview(field);
+    source.held->addSubview(field);
     field->becomeFirstResponder();
     for (const CGFloat next : {300.0, 40.0, 900.0}) {
         height = next;
         table->reloadRowsAtIndexPaths({{1, 0}}, Animation::none);
         EXPECT_TRUE(field->isFirstResponder());
-        EXPECT_EQ(held.held->superview(), table.get());
-        EXPECT_EQ(held.held->frame().height(), next);
+        EXPECT_EQ(source.held->superview(), table.get());
+        EXPECT_EQ(source.held->frame().height(), next);
         EXPECT_EQ(table->rectForRowAtIndexPath({2, 0}).minY(), table->rectForRowAtIndexPath({1, 0}).maxY() + 9);
         EXPECT_EQ(table->contentOffset().y, 0);
     }
-    table->setDataSource(nullptr);
-    table->setDelegate(nullptr);
 }
 
 }  // namespace
