@@ -298,7 +298,7 @@ void UIArticleVideoTableViewCell::showPlayingTime() {
 
 void UIArticleVideoTableViewCell::pause() {
     if (!player_) return;
-    // The timer goes on, so that the label shows the position at which the video is paused.
+    // The timer continues, so that the label shows the position at which the video is paused.
     player_->pause();
     stateImageView_->setAlpha(1);
 }

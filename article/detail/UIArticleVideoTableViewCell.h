@@ -18,7 +18,7 @@ class VideoDownload;
 
 /// One video of an article: its thumbnail (a portrait one before a blurred copy of itself), a caption, a play
 /// symbol and a duration label. The video plays in place when the row is selected. A reused row keeps its
-/// player until it plays another video, and goes on playing outside the viewport. `VideoRowLayout` places its
+/// player until it plays another video, and continues to play outside the viewport. `VideoRowLayout` places its
 /// parts.
 class UIArticleVideoTableViewCell final : public UITableViewCell {
 public:

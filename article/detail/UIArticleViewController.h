@@ -34,7 +34,7 @@ public:
     void setArticleDictionary(Dictionary record) { articleDictionary_ = std::move(record); }
     /// Loads the article at once; `title` and `text` are not used.
     void openArticleID(const std::string& articleId, const std::string& title, const std::string& text);
-    /// A load that fails changes nothing: the wheel goes on turning, no alert is shown and nothing is logged.
+    /// A load that fails changes nothing: the spinner keeps turning, no alert is shown and nothing is logged.
     void loadArticleID(const std::string& articleId);
     /// Does nothing, for an article is loaded once.
     void handleRefresh() {}

@@ -12,8 +12,8 @@
 namespace ostrel {
 
 /// Downloads the video that its row is about to play into `currentVideoFile()`. Only the last download
-/// counts: what an earlier one brings is dropped, and so is everything once the row, which owns this, has
-/// gone. Main thread.
+/// counts: the result of an earlier one is dropped. The row owns this object; when the row has gone, every
+/// result is dropped. Main thread.
 class VideoDownload final : public std::enable_shared_from_this<VideoDownload> {
 public:
     struct Handlers {

@@ -8,7 +8,7 @@
 namespace ostrel {
 
 /// The path of the one file from which downloaded videos play. Every download replaces the file; a player
-/// that has opened the former file goes on playing that.
+/// that has opened the former file keeps playing the former file.
 std::string currentVideoFile();
 
 /// Writes `video`, which may be large, to a file beside `currentVideoFile()` on a thread of its own. The main

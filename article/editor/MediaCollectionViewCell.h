@@ -117,7 +117,7 @@ public:
 
 protected:
     const std::shared_ptr<Item>& itemObject() const { return item_; }
-    /// Takes the item that the tile is about to show. Returns whether it is another one than before.
+    /// Takes the item that the tile is about to show. Returns whether the item has changed.
     bool replaceItem(std::shared_ptr<Item> item) {
         const bool isAnother = item != item_;
         if (isAnother) endEditing();

@@ -40,8 +40,8 @@ struct Paragraph {
     CGFloat width;
     int lines;
 
-    /// The byte offset of a line's beginning. A prefix of a paragraph breaks like the whole paragraph, except
-    /// for its last word.
+    /// The byte offset of a line's beginning. A prefix of a paragraph breaks into the same lines as the whole
+    /// paragraph; only its last word may differ.
     std::size_t lineStart(int line) const {
         if (line <= 0) return 0;
         if (line >= lines) return text.size();

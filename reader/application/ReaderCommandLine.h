@@ -14,8 +14,8 @@ namespace ostrel {
 /// `options` receives the values while the command line is parsed, and must live until then.
 void addWindowOptions(CLI::App& app, ReaderOptions& options);
 
-/// Parses the command line with the options of `app`. None: the program goes on. Otherwise the process ends with this
-/// exit status: 0 after --help, 2 after a mistake, which standard error tells in one line.
+/// Parses the command line with the options of `app`. Absent: the program continues. Otherwise the process ends with
+/// this exit status: 0 after --help, 2 after a mistake, which standard error tells in one line.
 std::optional<int> parseCommandLine(CLI::App& app, int argc, char** argv);
 
 }  // namespace ostrel

@@ -87,7 +87,7 @@ struct FreshnessLimits {
     /// Bounds of what is assumed when the server says nothing: a tenth of the medium's age.
     static constexpr std::int64_t shortestGuess = std::int64_t{5} * 60;
     static constexpr std::int64_t longestGuess = std::int64_t{24} * 3600;
-    /// Whatever the server says.
+    /// The upper bound, also when the server states a longer time.
     static constexpr std::int64_t longest = std::int64_t{365} * 24 * 3600;
 };
 

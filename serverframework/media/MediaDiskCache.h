@@ -41,7 +41,7 @@ public:
     /// A file in the cache's folder for a medium that is arriving; absent when it cannot be made.
     std::optional<PartialFile> newFile() const;
     /// Keeps a medium. `file`, when given, already holds its bytes. A medium that is larger than half of the bound is
-    /// not kept, nor is a medium for which the disk has no room.
+    /// not kept. A medium for which the disk has no room is not kept either.
     void keep(const std::string& url, const MediumFacts& facts, const Data& data, std::optional<PartialFile> file);
     /// Notes until when a kept medium is fresh.
     void refresh(const std::string& url, const MediumFacts& facts);

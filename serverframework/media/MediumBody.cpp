@@ -14,7 +14,7 @@ bool MediumBody::write(std::string_view bytes) {
     try {
         if (file_) {
             if (file_->append(bytes)) return true;
-            // Most likely the disk is full: the body goes on in memory.
+            // The disk is probably full: the rest of the body stays in memory.
             auto written = file_->readBack();
             file_.reset();
             if (!written) return fail("The medium cannot be kept: its file cannot be read.");

@@ -41,7 +41,7 @@ protected:
     void hold(CGPoint point);
     /// Drags the view at `from` to `to`.
     void drag(CGPoint from, CGPoint to);
-    /// Scrolls down by a swipe, or by the wheel, whose momentum goes on afterwards.
+    /// Scrolls down by a swipe, or by the wheel, whose momentum continues afterwards.
     void fling();
     /// Flings and waits until the window is at rest.
     void scrollDown();

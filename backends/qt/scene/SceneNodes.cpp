@@ -245,7 +245,7 @@ void SceneNodes::applyVideo(MountedView& view) {
         node->setSourceRect(QRectF({}, QSizeF(picture.size())));
     }
     node->setRect(toQRectF(want.videoRect));
-    // The software renderer does not notice another texture.
+    // The software renderer does not notice a changed texture, so the node is marked dirty.
     node->markDirty(QSGNode::DirtyMaterial);
 }
 

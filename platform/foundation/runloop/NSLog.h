@@ -11,8 +11,8 @@ namespace ostrel {
 void logLine(std::string_view line);
 
 /// Receives every line in place of standard error. The sink is called on any thread, one call at a time.
-/// Lines that it logs itself go to standard error. It must not call `setLogSink`, which returns the former
-/// sink and, given an empty function, restores standard error.
+/// Lines that it logs itself go to standard error. The sink must not call `setLogSink`. `setLogSink` returns the
+/// former sink; an empty function restores standard error.
 using LogSink = std::function<void(std::string_view)>;
 LogSink setLogSink(LogSink sink);
 

@@ -34,7 +34,7 @@ struct NSProgress::List {
     bool isTicking = false;
     bool isObserved = false;
     bool hasChanged = false;
-    std::uint64_t generation = 0;  ///< ticks of an earlier generation, maybe of another run loop, stop
+    std::uint64_t generation = 0;  ///< a tick of an earlier generation stops: its run loop may have been replaced
 
     struct Entry {
         const void* observer;

@@ -29,9 +29,9 @@ struct UICollectionView::Implementation {
         NSIndexPath from;
         std::int64_t to = 0;   ///< its position now
         CGPoint grip;          ///< from the finger to the middle of the cell
-        bool hasGrip = false;  ///< the finger has been told
+        bool hasGrip = false;  ///< `grip` is set: the position of the finger is known
         CGPoint finger;        ///< in the window
-        bool scrolls = false;  ///< frames are asked for, to scroll near an edge
+        bool scrolls = false;  ///< the window is asked for frames, because the finger is near an edge
         double lastFrame = -1;
     };
     /// Whether items take their places at once or move there from their former places.

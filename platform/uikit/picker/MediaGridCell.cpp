@@ -91,7 +91,7 @@ void MediaGridCell::show(const MediaLibraryItem& item, std::size_t position, std
     thumbnails_ = thumbnails;
     setPressed(false);
     const MediaThumbnail* const kept = thumbnails->find(item.path);
-    // Its old picture is better than none, until the new one has come.
+    // The cell keeps the old picture until the new one arrives.
     if (kept || !isSame) setThumbnail(kept);
     if (kept) return;
     const auto weak = std::weak_ptr(std::static_pointer_cast<MediaGridCell>(shared_from_this()));

@@ -59,7 +59,7 @@ void MediaGridView::adaptCellSize() {
 
 void MediaGridView::setFrame(const CGRect& newFrame) {
     const CGFloat former = frame().width();
-    // What is at the top stays there.
+    // The item at the upper edge stays at the upper edge.
     const bool isScrolled = contentOffset().y > 0 && former > 0;
     const auto top = isScrolled ? indexPathForItemAtPoint({1, contentOffset().y + gap}) : std::nullopt;
     UICollectionView::setFrame(newFrame);
@@ -70,7 +70,7 @@ void MediaGridView::setFrame(const CGRect& newFrame) {
 
 void MediaGridView::layoutSubviews() {
     const CGFloat scale = window() && window()->backend() ? window()->backend()->scale() : 1;
-    // Of another size nothing is kept: what is shown is asked for anew.
+    // Thumbnails of another size are useless, so the grid asks for the visible ones again.
     if (thumbnails_->setSide(static_cast<int>(std::ceil(collectionViewLayout()->itemSize.width * scale)))) reloadData();
     UICollectionView::layoutSubviews();
     if (footer_) footer_->setFrame({0, contentSize().height, bounds().width(), footer_->frame().height()});

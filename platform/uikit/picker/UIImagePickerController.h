@@ -54,7 +54,7 @@ public:
 
     UIImagePickerControllerSourceType sourceType() const { return sourceType_; }
     void setSourceType(UIImagePickerControllerSourceType type) { sourceType_ = type; }
-    /// Just pictures unless told otherwise. Set before the picker is shown; types of other names are left out.
+    /// Pictures only, by default. Set before the picker is shown; types of other names are left out.
     const std::vector<std::string>& mediaTypes() const { return mediaTypes_; }
     void setMediaTypes(std::vector<std::string> types);
     /// Kept for the host's use: media are handed out as they are.

@@ -79,9 +79,9 @@ public:
     /// no window, or `controller` is presented elsewhere.
     void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                                std::function<void()> completion = {});
-    /// Dismisses what this screen presents, or, when it presents nothing, this screen or the presented one it is in,
-    /// each with all that lies above it. `completion` runs exactly once: after the last of them did disappear; in a
-    /// later turn when there is nothing to dismiss.
+    /// Dismisses the presented screen; without one, this screen or the presented screen that contains it, with all
+    /// screens above. `completion` runs exactly once: after the last screen has disappeared, or in a later turn of the
+    /// run loop when no screen can be dismissed.
     void dismissViewControllerAnimated(bool animated, std::function<void()> completion = {});
     const std::shared_ptr<UIViewController>& presentedViewController() const { return presented_; }
     /// The screen that presented this one or its outermost parent; null when none did.

@@ -126,7 +126,7 @@ void UITextField::editorTextChanged(const std::string& text) {
     sendActions(UIControlEvent::editingChanged);
 }
 
-/// Asks the delegate. The range it is told of is the shortest one outside of which both texts are equal.
+/// Asks the delegate about the shortest range that differs between the two texts.
 bool UITextField::mayChangeTo(const std::string& text) {
     const auto delegate = delegate_.lock();
     if (!delegate) return true;

@@ -49,7 +49,7 @@ public:
     void setEditable(bool editable);
     bool isSelectable() const { return selectable_; }
     void setSelectable(bool selectable);
-    /// The selection of a text at rest; null until text of this view first could be selected.
+    /// The selection of a text at rest; null until the text was selectable for the first time.
     const std::shared_ptr<TextSelection>& selection() const { return selection_; }
     bool isScrollEnabled() const { return scrollEnabled_; }
     void setScrollEnabled(bool enabled) { scrollEnabled_ = enabled; }

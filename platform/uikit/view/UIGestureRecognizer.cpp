@@ -81,7 +81,8 @@ UILongPressGestureRecognizer::~UILongPressGestureRecognizer() {
 void UILongPressGestureRecognizer::touchesBegan(const UITouch& touch) {
     location_ = touch.location;
     if (!isPrimary(touch)) return setState(UIGestureRecognizerState::failed);
-    // At once, so that this recogniser wins the touch before another recogniser or the view handles it.
+    // The press begins at once, so that this recogniser wins the touch before another recogniser or the view handles
+    // it.
     if (!(minimumPressDuration > 0)) return setState(UIGestureRecognizerState::began);
     timer_ = RunLoop::main().performAfter(minimumPressDuration, [this, alive = alive_] {
         if (!*alive) return;

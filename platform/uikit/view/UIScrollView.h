@@ -18,7 +18,7 @@ public:
 };
 
 /// A viewport onto larger content: `contentOffset` is the point of the content at the view's upper left corner. Scrolls
-/// vertically only. A finger drags the content (so does the pointer, except on the Mac idiom), with momentum and a
+/// vertically only. A finger drags the content, and except on the Mac idiom the pointer does too, with momentum and a
 /// rubber band at the ends; wheel, trackpad, keys and the scroll bar scroll too. Offsets have double precision; user
 /// scrolling ends at multiples of 1/64 point. A touch during a fling only stops the content. The motion follows the
 /// window's frames; a scroll view at rest requests no frames.

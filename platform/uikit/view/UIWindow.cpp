@@ -54,7 +54,7 @@ void UIWindow::setBackend(MountingBackend* backend) {
     updateFramesWanted();
 }
 
-/// Parents before children, because a backend takes the first created view as its root.
+/// Sends parents before children, because a backend takes the first created view as its root.
 void UIWindow::sendAgain(UIView& view) {
     view.inDirtyList_ = false;
     viewChanged(view);
