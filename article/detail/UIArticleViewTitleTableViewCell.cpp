@@ -8,7 +8,7 @@ namespace ostrel {
 
 namespace {
 
-constexpr CGFloat titleHeight = 30;
+constexpr CGFloat titleLabelHeight = 30;
 
 }  // namespace
 
@@ -19,7 +19,7 @@ UIArticleViewTitleTableViewCell::UIArticleViewTitleTableViewCell(UITableViewCell
 void UIArticleViewTitleTableViewCell::initialise() {
     UITableViewCell::initialise();
     setSelectionStyle(UITableViewCellSelectionStyle::none);
-    titleLabel_ = make<UILabel>(CGRect(0, 0, frame().width(), titleHeight));
+    titleLabel_ = make<UILabel>(CGRect(0, 0, frame().width(), titleLabelHeight));
     titleLabel_->setFont(UIFont::fontWithName("PingFangSC-Regular", 24));
     titleLabel_->setTextAlignment(NSTextAlignment::center);
     titleLabel_->setAutoresizingMask(flexibleWidth);

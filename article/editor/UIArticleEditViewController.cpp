@@ -18,7 +18,7 @@ namespace ostrel {
 
 namespace {
 
-enum Section : std::int64_t { textSection, imageSection, videoSection, sectionCount };
+enum EditorSection : std::int64_t { textSection, imageSection, videoSection, sectionCount };
 enum TextRow : std::int64_t { titleTextRow, bodyTextRow, textRowCount };
 
 constexpr char titleIdentifier[] = "CELL_IDENTIFIER_TITLE";
@@ -27,8 +27,8 @@ constexpr char imagesIdentifier[] = "CELL_IDENTIFIER_IMAGES";
 constexpr char videosIdentifier[] = "CELL_IDENTIFIER_VIDEOS";
 
 constexpr CGFloat titleRowHeight = 40;
-constexpr CGFloat headerHeight = 30;
-constexpr CGFloat smallestTextHeight = 66, largestTextHeight = 200;
+constexpr CGFloat editorHeaderHeight = 30;
+constexpr CGFloat smallestEditorHeight = 66, largestTextHeight = 200;
 constexpr CGFloat roomAroundText = 10;
 constexpr double secondsBeforeClosing = 0.2;
 constexpr UIColor lightGray{0.667f, 0.667f, 0.667f, 1};
@@ -235,7 +235,7 @@ bool UIArticleEditViewController::textFieldShouldReturn(UITextField& field) {
 
 void UIArticleEditViewController::textViewDidChangeSelection(UITextView& textView) {
     const CGRect present = textView.frame();
-    const CGFloat height = std::min(std::max(textView.contentSize().height, smallestTextHeight), largestTextHeight);
+    const CGFloat height = std::min(std::max(textView.contentSize().height, smallestEditorHeight), largestTextHeight);
     // This runs at every move of the caret, and a layout of the table is needed only when the height changes.
     if (height == present.height()) return;
     tableView()->beginUpdates();
@@ -293,7 +293,7 @@ CGFloat UIArticleEditViewController::tableViewHeightForRowAtIndexPath(UITableVie
 }
 
 CGFloat UIArticleEditViewController::tableViewHeightForHeaderInSection(UITableView&, std::int64_t section) {
-    return section == textSection ? headerHeight : 0;
+    return section == textSection ? editorHeaderHeight : 0;
 }
 
 std::shared_ptr<UITableViewCell> UIArticleEditViewController::tableViewCellForRowAtIndexPath(UITableView& table,
@@ -361,7 +361,7 @@ std::shared_ptr<UITableViewCell> UIArticleEditViewController::textRow(UITableVie
     row->setBackgroundColor(UIColor::clear());
     textIndexPath_ = path;
     if (!textTextField_) {
-        textTextField_ = make<UITextView>(CGRect(0, 5, row->frame().width(), smallestTextHeight));
+        textTextField_ = make<UITextView>(CGRect(0, 5, row->frame().width(), smallestEditorHeight));
         textTextField_->setTextViewDelegate(weakSelf());
         textTextField_->setAutoresizingMask(flexibleWidth);
         textTextField_->setBackgroundColor(UIColor::clear());

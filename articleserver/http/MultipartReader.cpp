@@ -10,7 +10,7 @@ namespace articleserver {
 
 namespace {
 
-ServerFailure broken() { return {ServerFault::badInput, "The multipart body is broken."}; }
+ServerFailure brokenMultipart() { return {ServerFault::badInput, "The multipart body is broken."}; }
 
 bool isDisposition(std::string_view line) {
     constexpr std::string_view name = "content-disposition:";
@@ -47,7 +47,7 @@ ServerResult<void> MultipartReader::take(std::string_view bytes) {
 }
 
 ServerResult<void> MultipartReader::finish() const {
-    if (state_ != State::done) return broken();
+    if (state_ != State::done) return brokenMultipart();
     return {};
 }
 
@@ -72,7 +72,7 @@ ServerResult<bool> MultipartReader::readDelimiterEnd() {
         buffer_.clear();
         return true;
     }
-    if (!buffer_.starts_with("\r\n")) return broken();
+    if (!buffer_.starts_with("\r\n")) return brokenMultipart();
     if (++parts_ > ServerLimits::multipartParts) {
         return ServerFailure{ServerFault::badInput, "The multipart body has too many parts."};
     }
@@ -84,7 +84,7 @@ ServerResult<bool> MultipartReader::readDelimiterEnd() {
 ServerResult<bool> MultipartReader::readHead() {
     const std::size_t end = std::string_view(buffer_).substr(0, ServerLimits::multipartHeader + 4).find("\r\n\r\n");
     if (end == std::string::npos) {
-        if (buffer_.size() >= ServerLimits::multipartHeader + 4) return broken();
+        if (buffer_.size() >= ServerLimits::multipartHeader + 4) return brokenMultipart();
         return false;
     }
     std::string name;
@@ -102,7 +102,7 @@ ServerResult<bool> MultipartReader::readHead() {
         }
         isFile = headerParameter(line, "filename").has_value();
     }
-    if (!isNamed || !isValidText(name)) return broken();
+    if (!isNamed || !isValidText(name)) return brokenMultipart();
     buffer_.erase(0, end + 4);
     state_ = State::content;
     isInPart_ = true;

@@ -42,7 +42,7 @@ struct Unreference {
     void operator()(gpointer object) const { g_object_unref(object); }
 };
 
-struct DestroyContext {
+struct DestroyPainter {
     void operator()(cairo_t* context) const { cairo_destroy(context); }
 };
 
@@ -78,7 +78,7 @@ std::string AvatarPainter::draw(std::int64_t user, const std::string& initial) {
     // common factor.
     const Colours& colours = palette[static_cast<std::uint64_t>(user) * 5 % palette.size()];
     ServerPicture picture(side, side);
-    std::unique_ptr<cairo_t, DestroyContext> context(cairo_create(picture.surface()));
+    std::unique_ptr<cairo_t, DestroyPainter> context(cairo_create(picture.surface()));
 
     cairo_pattern_t* ground = cairo_pattern_create_linear(0, 0, side * 0.35, side);
     cairo_pattern_add_color_stop_rgb(ground, 0, colours.top[0], colours.top[1], colours.top[2]);

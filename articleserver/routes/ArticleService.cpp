@@ -12,7 +12,7 @@ namespace articleserver {
 
 namespace {
 
-constexpr std::string_view sessionCookie = "ostrel_session";
+constexpr std::string_view sessionCookieName = "ostrel_session";
 
 template <typename Duration>
 ServerTime milliseconds(Duration duration) {
@@ -192,7 +192,7 @@ WebReply ArticleService::refusal(int status, const std::string& text) const {
 
 ServerResult<std::optional<StoredUser>> ArticleService::signedIn(RequestContext& context) {
     using Found = std::optional<StoredUser>;
-    std::string_view token = context.request.cookie(sessionCookie);
+    std::string_view token = context.request.cookie(sessionCookieName);
     if (!isToken(token)) return Found();
     ServerTime now = now_();
     std::string hash = tokenHash(token);
@@ -203,7 +203,7 @@ ServerResult<std::optional<StoredUser>> ArticleService::signedIn(RequestContext&
     if ((*session)->expires < now + life - milliseconds(ServerLimits::sessionRenewal)) {
         auto extended = store_.extendSession(hash, now + life);
         if (!extended) return extended.failure();
-        context.cookies.push_back(cookie(sessionCookie, token, life / 1000));
+        context.cookies.push_back(cookie(sessionCookieName, token, life / 1000));
     }
     return Found((*session)->user);
 }

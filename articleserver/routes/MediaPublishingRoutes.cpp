@@ -14,12 +14,12 @@ constexpr std::string_view imagePart = "image.jpg";
 constexpr std::string_view stillPart = "thumbnail.jpg";
 constexpr std::string_view videoPart = "video.mp4";
 
-ServerFailure badInput(std::string text) { return {ServerFault::badInput, std::move(text)}; }
+ServerFailure badUpload(std::string text) { return {ServerFault::badInput, std::move(text)}; }
 
 ServerResult<std::int64_t> positionOf(const std::string& text) {
     auto position = decimalId(text);
     if (!position || *position > ServerLimits::position) {
-        return badInput("The position is not a number from 0 on.");
+        return badUpload("The position is not a number from 0 on.");
     }
     return *position;
 }
@@ -35,7 +35,7 @@ ServerResult<double> durationOf(const std::string& text) {
     const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), seconds);
     const bool isNumber = fault == std::errc() && end == text.data() + text.size();
     if (!isNumber || !(seconds >= 0) || seconds > ServerLimits::durationSeconds) {
-        return badInput("The duration is not a number of seconds.");
+        return badUpload("The duration is not a number of seconds.");
     }
     return seconds;
 }
@@ -66,10 +66,10 @@ ServerResult<ArticleService::Upload> ArticleService::uploadOf(RequestContext& co
     auto article = query.find("article_id");
     auto value = query.find("value");
     if (article == query.end() || value == query.end()) {
-        return badInput("The article or the position of the upload is missing.");
+        return badUpload("The article or the position of the upload is missing.");
     }
     auto id = decimalId(article->second);
-    if (!id) return badInput("The id of the article is not a number.");
+    if (!id) return badUpload("The id of the article is not a number.");
     auto position = positionOf(value->second);
     if (!position) return position.failure();
     return Upload{std::move(*request), {*id, *position}};
@@ -81,7 +81,7 @@ WebIntake ArticleService::admit(RequestContext& context, std::uint64_t length, c
     if (!upload) return refused(upload.failure());
     auto isAuthor = store_.checkAuthor(upload->place.article, upload->request.user);
     if (!isAuthor) return refused(isAuthor.failure());
-    if (length == 0) return refused(badInput("The upload is empty."));
+    if (length == 0) return refused(badUpload("The upload is empty."));
     if (length > admission.bytes()) return refused({ServerFault::tooLarge, "The upload is too large."});
     if (length > media_.freeBytes()) return refused({ServerFault::storageFull, "The server's storage is full."});
     std::shared_ptr<void> slot(nullptr, [uploads = uploads_](void*) { --*uploads; });
@@ -137,7 +137,7 @@ WebReply ArticleService::uploadVideo(RequestContext& context) {
                                std::pair("latitude", &video.latitude)}) {
         *place = body.field(name).value_or("");
         if (place->size() > ServerLimits::placeCharacters) {
-            return failureReply(badInput("The place of the video is too long."));
+            return failureReply(badUpload("The place of the video is too long."));
         }
     }
     const auto field = body.field("duration");
@@ -168,7 +168,7 @@ WebReply ArticleService::changeMedium(RequestContext& context, MediumKind kind) 
     const WebFields& query = context.request.query;
     auto given = query.find("id");
     auto id = given == query.end() ? std::nullopt : decimalId(given->second);
-    if (!id) return failureReply(badInput("The id is missing or not a number."));
+    if (!id) return failureReply(badUpload("The id is missing or not a number."));
     MediumChange change;
     if (auto text = query.find("text"); text != query.end()) {
         auto caption = checkCaption(text->second);
@@ -181,7 +181,7 @@ WebReply ArticleService::changeMedium(RequestContext& context, MediumKind kind) 
         change.position = *position;
     }
     if (!change.text && !change.position) {
-        return failureReply(badInput("There is neither a caption nor a position."));
+        return failureReply(badUpload("There is neither a caption nor a position."));
     }
     auto changed = store_.changeMedium(kind, *id, *request, change);
     if (!changed) return failureReply(changed.failure());
@@ -195,7 +195,7 @@ WebReply ArticleService::removeMedium(RequestContext& context, MediumKind kind) 
     if (!request) return failureReply(request.failure());
     auto given = context.request.query.find("id");
     auto id = given == context.request.query.end() ? std::nullopt : decimalId(given->second);
-    if (!id) return failureReply(badInput("The id is missing or not a number."));
+    if (!id) return failureReply(badUpload("The id is missing or not a number."));
     auto files = store_.removeMedium(kind, *id, *request);
     if (!files) return failureReply(files.failure());
     media_.remove(*files);

@@ -7,7 +7,7 @@
 namespace ostrel {
 
 namespace {
-constexpr int largestSide = 65500;
+constexpr int largestBitmapSide = 65500;
 }
 
 void CGImage::FreePixels::operator()(std::uint8_t* pixels) const {
@@ -17,7 +17,7 @@ void CGImage::FreePixels::operator()(std::uint8_t* pixels) const {
 CGImage::CGImage(int width, int height, Pixels pixels) : width_(width), height_(height), pixels_(std::move(pixels)) {}
 
 std::shared_ptr<CGImage> CGImage::make(int width, int height) {
-    if (width < 1 || height < 1 || width > largestSide || height > largestSide) return nullptr;
+    if (width < 1 || height < 1 || width > largestBitmapSide || height > largestBitmapSide) return nullptr;
     if (std::int64_t{width} * height > largestPixelCount) return nullptr;
     const std::size_t bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * bytesPerPixel;
     Pixels pixels(static_cast<std::uint8_t*>(::operator new[](bytes, std::align_val_t{alignment}, std::nothrow)));

@@ -7,27 +7,27 @@ namespace ostrel {
 
 namespace {
 
-struct Installed {
+struct InstalledDecoder {
     std::mutex mutex;  // guards decoder
     ImageDecoder decoder;
 };
 
-Installed& current() {
+InstalledDecoder& currentDecoder() {
     // Never destroyed, because threads may still decode while the process ends.
-    static Installed& current = *new Installed;
-    return current;
+    static InstalledDecoder& currentDecoder = *new InstalledDecoder;
+    return currentDecoder;
 }
 
 }  // namespace
 
 void installImageDecoder(ImageDecoder decoder) {
-    const std::lock_guard lock(current().mutex);
-    std::swap(current().decoder, decoder);
+    const std::lock_guard lock(currentDecoder().mutex);
+    std::swap(currentDecoder().decoder, decoder);
 }
 
 ImageDecoder installedImageDecoder() {
-    const std::lock_guard lock(current().mutex);
-    return current().decoder;
+    const std::lock_guard lock(currentDecoder().mutex);
+    return currentDecoder().decoder;
 }
 
 }  // namespace ostrel

@@ -8,7 +8,7 @@ namespace ostrel {
 
 namespace {
 
-std::shared_ptr<TextMeasurer>& installed() {
+std::shared_ptr<TextMeasurer>& installedMeasurer() {
     static std::shared_ptr<TextMeasurer> measurer;
     return measurer;
 }
@@ -16,13 +16,13 @@ std::shared_ptr<TextMeasurer>& installed() {
 }  // namespace
 
 TextMeasurer& TextMeasurer::shared() {
-    if (!installed()) {
+    if (!installedMeasurer()) {
         std::fputs("No text measurer is installed; a backend does that before the first window is made.\n", stderr);
         std::abort();
     }
-    return *installed();
+    return *installedMeasurer();
 }
 
-void TextMeasurer::install(std::shared_ptr<TextMeasurer> measurer) { installed() = std::move(measurer); }
+void TextMeasurer::install(std::shared_ptr<TextMeasurer> measurer) { installedMeasurer() = std::move(measurer); }
 
 }  // namespace ostrel

@@ -6,27 +6,27 @@ namespace ostrel {
 
 namespace {
 
-struct Installed {
+struct InstalledBackend {
     std::mutex mutex;  // guards backend
     std::shared_ptr<MediaBackend> backend;
 };
 
-Installed& current() {
-    static Installed current;
-    return current;
+InstalledBackend& currentBackend() {
+    static InstalledBackend currentBackend;
+    return currentBackend;
 }
 
 }  // namespace
 
 std::shared_ptr<MediaBackend> MediaBackend::installed() {
-    const std::lock_guard lock(current().mutex);
-    return current().backend;
+    const std::lock_guard lock(currentBackend().mutex);
+    return currentBackend().backend;
 }
 
 void MediaBackend::install(std::shared_ptr<MediaBackend> backend) {
     {
-        const std::lock_guard lock(current().mutex);
-        std::swap(current().backend, backend);
+        const std::lock_guard lock(currentBackend().mutex);
+        std::swap(currentBackend().backend, backend);
     }
     // The former backend is released here, outside of the lock.
 }

@@ -9,7 +9,7 @@ namespace ostrel {
 
 namespace {
 
-std::string trimmed(const std::string& text) {
+std::string trimmedEntry(const std::string& text) {
     const auto begin = text.find_first_not_of(" \t\r\n");
     if (begin == std::string::npos) return {};
     return text.substr(begin, text.find_last_not_of(" \t\r\n") - begin + 1);
@@ -76,7 +76,7 @@ void LoginViewController::setMode(LoginView::Mode mode) {
 }
 
 std::optional<std::string> LoginViewController::complaint() {
-    if (trimmed(loginView_->nameField()->text()).empty()) {
+    if (trimmedEntry(loginView_->nameField()->text()).empty()) {
         loginView_->nameField()->becomeFirstResponder();
         return "Enter your name.";
     }
@@ -103,7 +103,7 @@ void LoginViewController::submit() {
     const auto answer = [self = weak_from_this()](const auto& user, const auto& failure) {
         if (const auto screen = self.lock()) static_cast<LoginViewController&>(*screen).answered(user, failure);
     };
-    const std::string name = trimmed(loginView_->nameField()->text());
+    const std::string name = trimmedEntry(loginView_->nameField()->text());
     const std::string& password = loginView_->passwordField()->text();
     if (loginView_->mode() == LoginView::Mode::signIn) {
         service->signIn(name, password, answer);

@@ -12,7 +12,7 @@ namespace ostrel {
 
 namespace {
 
-std::string_view trimmed(std::string_view text) {
+std::string_view trimmedField(std::string_view text) {
     while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
     while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
     return text;
@@ -34,14 +34,14 @@ std::map<std::string, std::string> directivesOf(std::string_view list) {
         bool quoted = false;
         std::size_t end = 0;
         for (; end < list.size() && (quoted || list[end] != ','); ++end) quoted ^= list[end] == '"';
-        const std::string_view item = trimmed(list.substr(0, end));
+        const std::string_view item = trimmedField(list.substr(0, end));
         list.remove_prefix(std::min(end + 1, list.size()));
         const std::size_t equals = std::min(item.find('='), item.size());
-        std::string_view value = trimmed(item.substr(std::min(equals + 1, item.size())));
+        std::string_view value = trimmedField(item.substr(std::min(equals + 1, item.size())));
         if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
             value = value.substr(1, value.size() - 2);
         }
-        directives.emplace(lowerCase(trimmed(item.substr(0, equals))), value);
+        directives.emplace(lowerCase(trimmedField(item.substr(0, equals))), value);
     }
     return directives;
 }

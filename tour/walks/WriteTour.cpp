@@ -28,7 +28,7 @@ constexpr char writerPassword[] = "three long words";
 constexpr char title[] = "Lanterns by the water";
 constexpr char text[] = "We carried them down to the quay. 灯笼在水面上亮着。";
 constexpr char addition[] = " And home again.";
-constexpr char comment[] = "I can see them from here, <b>you & me</b>.";
+constexpr char newComment[] = "I can see them from here, <b>you & me</b>.";
 constexpr char escapedComment[] = "I can see them from here, &lt;b&gt;you &amp; me&lt;/b&gt;.";
 const char* const pictureFiles[] = {"Harbour at dusk.jpg", "Noon 100%.jpg", "Märkte & Straßen.png",
                                     "Holiday 2026/“Quoted”.jpeg"};
@@ -350,12 +350,12 @@ void WriteTour::readerComments() {
     press(row->commentButton().get(), "its comment button");
     check(window_.waitFor([&] { return window_.text("Reply") != nullptr; }), "the composer opens");
     window_.settle();
-    input_.type(comment);
-    check(window_.waitFor([&] { return window_.textContaining(comment) != nullptr; }), "it holds what was typed");
+    input_.type(newComment);
+    check(window_.waitFor([&] { return window_.textContaining(newComment) != nullptr; }), "it holds what was typed");
     press(window_.text("Reply"), "Reply");
     check(window_.waitFor([&] {
         return database_.number("SELECT count(*) FROM comments WHERE article_id = ? AND text = ?",
-                                {articleId_, comment}) == 1;
+                                {articleId_, newComment}) == 1;
     }),
           "the comment is in the database");
     check(window_.waitFor([&] { return window_.text("Reply") == nullptr; }), "the composer leaves");

@@ -15,7 +15,7 @@ namespace ostrel {
 
 namespace {
 
-constexpr int bufferSize = 64 * 1024;
+constexpr int readBufferSize = 64 * 1024;
 /// A file with more streams is refused: cameras write up to about ten.
 constexpr const char* largestStreamCount = "64";
 /// How much of a file is probed for parameters that its index does not state.
@@ -224,9 +224,9 @@ std::unique_ptr<InputReader> InputReader::open(std::shared_ptr<const InputFile> 
     };
     auto reader = std::make_unique<InputReader>(std::move(file), interrupted);
     if (detail == Detail::beginning) reader->patches_ = beginningOfIndex(*reader->file_);
-    auto* buffer = static_cast<unsigned char*>(av_malloc(bufferSize));
+    auto* buffer = static_cast<unsigned char*>(av_malloc(readBufferSize));
     if (!buffer) return fail(NSError{"Memory is short."});
-    reader->io_.reset(avio_alloc_context(buffer, bufferSize, 0, reader.get(), readPacket, nullptr, seekTo));
+    reader->io_.reset(avio_alloc_context(buffer, readBufferSize, 0, reader.get(), readPacket, nullptr, seekTo));
     if (!reader->io_) {
         av_free(buffer);
         return fail(NSError{"Memory is short."});

@@ -21,7 +21,9 @@ constexpr int bandHeight = 1024;
 constexpr int maximumPictureWidth = 8192;
 constexpr double maximumOverflow = 64;
 
-bool isRounded(const ViewState& state) { return state.cornerRadius > 0 && (state.roundsTop || state.roundsBottom); }
+bool hasRoundCorners(const ViewState& state) {
+    return state.cornerRadius > 0 && (state.roundsTop || state.roundsBottom);
+}
 
 bool paintsContent(const ViewContent& content) {
     if (const auto* text = std::get_if<TextContent>(&content)) return !text->text.empty();
@@ -89,7 +91,7 @@ void SceneComposer::refreshLook(MountedView& view) {
     } else if (state.backgroundColor.isClear()) {
         view.look = LookKind::none;
     } else {
-        view.look = isRounded(state) ? LookKind::picture : LookKind::rect;
+        view.look = hasRoundCorners(state) ? LookKind::picture : LookKind::rect;
     }
     if (state.frame.isEmpty()) view.look = LookKind::none;
     if (view.look != LookKind::picture) view.surface.reset();
@@ -167,7 +169,7 @@ LookKind SceneComposer::preparePicture(MountedView& view, const Place& place, co
     if (lookChanged && surface.bands.size() > 1) ++surface.shown;
     if (anyShown) return LookKind::picture;
     // Until the surface is painted, a rectangle of its background colour is shown.
-    if (isVisible && !state.backgroundColor.isClear() && !isRounded(state) && !corners) {
+    if (isVisible && !state.backgroundColor.isClear() && !hasRoundCorners(state) && !corners) {
         view.want.color = state.backgroundColor;
         return LookKind::rect;
     }
@@ -195,7 +197,7 @@ void SceneComposer::takeList(MountedView& view, const Place& place) {
     surface.usesGround = false;
     list->corners = surface.corners;
     if (list->margin == 0 && !list->corners && !list->beneath) {
-        if (state.backgroundColor.alpha >= 1 && !isRounded(state)) {
+        if (state.backgroundColor.alpha >= 1 && !hasRoundCorners(state)) {
             list->isOpaque = true;
             list->ground = state.backgroundColor;
         } else if (place.ground && !surface.groundRefused && view.role == MountRole::surface && isAlone(view)) {

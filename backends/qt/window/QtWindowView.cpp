@@ -29,7 +29,7 @@ namespace {
 
 const auto workEvent = static_cast<QEvent::Type>(QEvent::registerEventType());
 
-double now() { return Clock::shared().monotonicSeconds(); }
+double frameTime() { return Clock::shared().monotonicSeconds(); }
 
 // Seconds. Platforms without a signal from the display deliver a frame this long after it was requested
 // (QPlatformWindow::requestUpdate).
@@ -116,7 +116,7 @@ bool QtWindowView::event(QEvent* event) {
 }
 
 void QtWindowView::updatePolish() {
-    const double time = now();
+    const double time = frameTime();
     polishing_ = true;
     if (window_) {
         if (framesWanted_ && time - lastFrame_ >= refreshInterval() - 0.004) {
@@ -215,7 +215,7 @@ void QtWindowView::placeEditor() {
     if (!isNew) return;
     editor_->takeFocus();
     const QPointF press = lastPress_;
-    if (now() - lastPressTime_ < 0.5 && frame.contains({press.x(), press.y()})) {
+    if (frameTime() - lastPressTime_ < 0.5 && frame.contains({press.x(), press.y()})) {
         editor_->pressAt(mapToScene(press));
     }
 }

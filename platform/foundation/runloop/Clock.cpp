@@ -19,7 +19,7 @@ public:
     }
 };
 
-std::shared_ptr<Clock>& installed() {
+std::shared_ptr<Clock>& installedClock() {
     // Never destroyed, because threads may still sleep while the process ends.
     static auto& clock = *new std::shared_ptr<Clock>(std::make_shared<SystemClock>());
     return clock;
@@ -31,10 +31,10 @@ void Clock::sleep(double seconds) {
     if (seconds > 0) std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
 }
 
-Clock& Clock::shared() { return *installed(); }
+Clock& Clock::shared() { return *installedClock(); }
 
 void Clock::install(std::shared_ptr<Clock> clock) {
-    installed() = clock ? std::move(clock) : std::make_shared<SystemClock>();
+    installedClock() = clock ? std::move(clock) : std::make_shared<SystemClock>();
 }
 
 }  // namespace ostrel

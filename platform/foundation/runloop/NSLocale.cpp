@@ -66,17 +66,17 @@ private:
     locale_t times_;
 };
 
-std::shared_ptr<NSLocale>& installed() {
+std::shared_ptr<NSLocale>& installedLocale() {
     static std::shared_ptr<NSLocale> locale = std::make_shared<EnvironmentLocale>();
     return locale;
 }
 
 }  // namespace
 
-NSLocale& NSLocale::current() { return *installed(); }
+NSLocale& NSLocale::current() { return *installedLocale(); }
 
 void NSLocale::install(std::shared_ptr<NSLocale> locale) {
-    installed() = locale ? std::move(locale) : std::make_shared<EnvironmentLocale>();
+    installedLocale() = locale ? std::move(locale) : std::make_shared<EnvironmentLocale>();
 }
 
 }  // namespace ostrel

@@ -14,7 +14,7 @@ namespace {
 
 constexpr double shortestInterval = 0.0001;
 
-std::shared_ptr<RunLoop>& installed() {
+std::shared_ptr<RunLoop>& installedRunLoop() {
     // Never destroyed, because threads may still post tasks while the process ends.
     static auto& loop = *new std::shared_ptr<RunLoop>();
     return loop;
@@ -23,19 +23,19 @@ std::shared_ptr<RunLoop>& installed() {
 }  // namespace
 
 RunLoop& RunLoop::main() {
-    if (!installed()) {
+    if (!installedRunLoop()) {
         std::fputs("RunLoop::main() was used before RunLoop::installMain().\n", stderr);
         std::abort();
     }
-    return *installed();
+    return *installedRunLoop();
 }
 
-bool RunLoop::hasMain() { return installed() != nullptr; }
+bool RunLoop::hasMain() { return installedRunLoop() != nullptr; }
 
 void RunLoop::installMain(std::shared_ptr<RunLoop> loop) {
     // The former loop is destroyed after it has been replaced, because the tasks that it drops may ask for
     // the main loop.
-    std::swap(installed(), loop);
+    std::swap(installedRunLoop(), loop);
 }
 
 NSTimer::NSTimer(double seconds, bool repeats, std::function<void(NSTimer&)> fire)

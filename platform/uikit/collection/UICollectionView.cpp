@@ -6,7 +6,7 @@ namespace ostrel {
 
 namespace {
 
-constexpr CGFloat tapTolerance = 10;
+constexpr CGFloat cellTapTolerance = 10;
 
 }  // namespace
 
@@ -157,7 +157,7 @@ void UICollectionView::touchesEnded(const UITouch& touch) {
     const CGFloat way = std::hypot(touch.location.x - touch.startLocation.x, touch.location.y - touch.startLocation.y);
     const auto path = cell ? implementation_->pathOf(cell.get()) : std::nullopt;
     const auto delegate = implementation_->delegate.lock();
-    if (path && delegate && way <= tapTolerance) delegate->collectionViewDidSelectItemAtIndexPath(*this, *path);
+    if (path && delegate && way <= cellTapTolerance) delegate->collectionViewDidSelectItemAtIndexPath(*this, *path);
 }
 
 bool UICollectionView::pressesBegan(const UIPress& press) {

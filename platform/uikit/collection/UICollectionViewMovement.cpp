@@ -13,9 +13,9 @@ namespace {
 constexpr double roomDuration = 0.25;
 constexpr double liftDuration = 0.15;
 constexpr CGFloat liftedScale = 1.05;
-constexpr CGFloat edgeZone = 56;        // points from an edge in which the content scrolls
-constexpr CGFloat fastestScroll = 720;  // points a second, at the edge itself
-constexpr double longestStep = 0.05;    // seconds of scrolling in one frame
+constexpr CGFloat edgeZone = 56;            // points from an edge in which the content scrolls
+constexpr CGFloat fastestScroll = 720;      // points a second, at the edge itself
+constexpr double longestScrollStep = 0.05;  // seconds of scrolling in one frame
 
 }  // namespace
 
@@ -211,7 +211,7 @@ bool UICollectionView::Implementation::scrollStep(double time) {
     if (!movement || !movement->scrolls || !view.window()) return false;
     const auto [scroll, speed] = scrollWanted();
     if (!scroll) return movement->scrolls = false;
-    const double seconds = movement->lastFrame < 0 ? 0 : std::clamp(time - movement->lastFrame, 0.0, longestStep);
+    const double seconds = movement->lastFrame < 0 ? 0 : std::clamp(time - movement->lastFrame, 0.0, longestScrollStep);
     movement->lastFrame = time;
     const CGFloat y =
         std::clamp(scroll->contentOffset().y + speed * seconds, scroll->minimumOffsetY(), scroll->maximumOffsetY());

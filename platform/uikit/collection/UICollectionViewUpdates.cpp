@@ -10,7 +10,7 @@ namespace ostrel {
 
 namespace {
 
-constexpr double updateDuration = 0.3;
+constexpr double itemUpdateDuration = 0.3;
 
 /// The rows of one section that are in `sorted`.
 std::vector<std::int64_t> rowsOf(const std::vector<NSIndexPath>& sorted, std::int64_t section) {
@@ -129,7 +129,7 @@ void UICollectionView::Implementation::apply(Batch update) {
     const std::vector<Section> before = std::exchange(sections, {});
     std::map<NSIndexPath, CGRect> oldFrames;  // of items that stay, by new path
     std::map<NSIndexPath, Cell> shown = std::exchange(cells, {});
-    Transition transition{.duration = updateDuration, .oldFrame = {}, .gone = {}, .settling = {}, .completion = {}};
+    Transition transition{.duration = itemUpdateDuration, .oldFrame = {}, .gone = {}, .settling = {}, .completion = {}};
     for (std::size_t i = 0; i < before.size(); ++i) {
         const auto number = static_cast<std::int64_t>(i);
         const Section& old = before[i];

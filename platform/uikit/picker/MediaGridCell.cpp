@@ -12,7 +12,7 @@ namespace ostrel {
 namespace {
 
 constexpr CGFloat badgeHeight = 18, badgeMargin = 5, badgePadding = 6;
-constexpr CGFloat symbolSize = 28;
+constexpr CGFloat cellSymbolSize = 28;
 constexpr UIColor restColor = UIColor::rgb(0xE6E8ED);
 constexpr UIColor unusableColor = UIColor::rgb(0xF0F1F4);
 
@@ -174,7 +174,8 @@ void MediaGridCell::layoutSubviews() {
     const CGSize size = bounds().size;
     picture_->setFrame({{}, size});
     shade_->setFrame({{}, size});
-    symbol_->setFrame({(size.width - symbolSize) / 2, (size.height - symbolSize) / 2, symbolSize, symbolSize});
+    symbol_->setFrame(
+        {(size.width - cellSymbolSize) / 2, (size.height - cellSymbolSize) / 2, cellSymbolSize, cellSymbolSize});
     wheel_->setFrame({(size.width - 20) / 2, (size.height - 20) / 2, 20, 20});
     const CGFloat width = std::ceil(length_->sizeThatFits({size.width, badgeHeight}).width) + 2 * badgePadding;
     badge_->setFrame({size.width - badgeMargin - width, size.height - badgeMargin - badgeHeight, width, badgeHeight});

@@ -24,7 +24,7 @@ constexpr CGFloat footerHeight = 64;
 constexpr CGFloat emptyWidth = 300;
 constexpr int probeSide = 64;
 
-bool isPhone() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone; }
+bool hasPhoneIdiom() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone; }
 
 std::shared_ptr<const UIImage> picturesSymbol() {
     Path path;
@@ -217,7 +217,7 @@ void UIImagePickerGridController::show(MediaLibrary::Contents contents) {
     std::string text =
         count == 1 ? platformText(oneKey) : formatLong(platformText(key), static_cast<std::int64_t>(count));
     if (contents.isIncomplete) text += "\n" + platformText("Some folders could not be read.");
-    if (!isPhone() && !contents.isIncomplete) {
+    if (!hasPhoneIdiom() && !contents.isIncomplete) {
         text += "\n" + platformText(pictures ? "You can also drop a file here or paste a picture."
                                              : "You can also drop a file here.");
     }
@@ -230,7 +230,7 @@ void UIImagePickerGridController::show(MediaLibrary::Contents contents) {
                                                             : "No Photos"));
         std::string sentence = platformText(clips && !pictures ? "The clips in your videos folder appear here."
                                                                : "The pictures in your pictures folder appear here.");
-        if (!isPhone()) {
+        if (!hasPhoneIdiom()) {
             sentence += " " + platformText(pictures ? "You can also drop a file here or paste a picture."
                                                     : "You can also drop a file here.");
         }

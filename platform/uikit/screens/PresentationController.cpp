@@ -11,12 +11,12 @@ namespace ostrel {
 
 namespace {
 
-constexpr double slideSeconds = 0.32;
-constexpr double fadeSeconds = 0.2;
+constexpr double presentationSlideSeconds = 0.32;
+constexpr double presentationFadeSeconds = 0.2;
 constexpr double smallScale = 0.94;
 constexpr float dimAlpha = 0.28f;
 
-bool isMac() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::mac; }
+bool isMacIdiom() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::mac; }
 
 UIViewController* outermost(UIViewController* screen) {
     while (screen->parentViewController()) screen = screen->parentViewController();
@@ -51,7 +51,7 @@ CardLook lookOf(PresentationKind kind) {
 bool slides(PresentationKind kind) {
     switch (kind) {
     case PresentationKind::cover:
-    case PresentationKind::card: return !isMac();
+    case PresentationKind::card: return !isMacIdiom();
     case PresentationKind::sheet:
     case PresentationKind::bareSheet: return true;
     case PresentationKind::popover:
@@ -210,7 +210,7 @@ void PresentationController::dismiss(bool animated, Uncovers uncovers, std::func
 
 void PresentationController::animate(bool shown) {
     applyLook(!shown);
-    const double seconds = slides(kind_) ? slideSeconds : fadeSeconds;
+    const double seconds = slides(kind_) ? presentationSlideSeconds : presentationFadeSeconds;
     UIView::animate(
         seconds, [this, shown] { applyLook(shown); },
         [weak = weak_from_this(), generation = generation_](bool) {

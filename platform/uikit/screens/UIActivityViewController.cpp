@@ -17,7 +17,7 @@ namespace {
 constexpr CGFloat sheetWidth = 320;
 constexpr CGFloat grabberSpace = 16;
 constexpr CGFloat headerHeight = 68;
-constexpr CGFloat rowHeight = 52;
+constexpr CGFloat actionRowHeight = 52;
 constexpr CGFloat margin = 16;
 constexpr CGFloat linkIconSize = 44;
 constexpr CGFloat separatorHeight = 0.5;
@@ -25,7 +25,7 @@ constexpr double confirmationSeconds = 0.8;
 
 bool isPhoneIdiom() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::phone; }
 
-std::shared_ptr<const UIImage> checkmark() {
+std::shared_ptr<const UIImage> checkmarkImage() {
     Path path;
     path.moveTo(5, 12.5).lineTo(10, 17.5).lineTo(19, 7);
     return std::make_shared<const UIImage>(std::move(path), CGSize{22, 22});
@@ -119,7 +119,7 @@ void UIActivityViewController::loadView() {
     if (isPhoneIdiom()) addRow("Cancel", "", [](auto& self) { self.dismissViewControllerAnimated(true); });
     for (const auto& line : parts.lines) view()->bringSubviewToFront(line);
     preferredContentSize = {isPhoneIdiom() ? 0 : sheetWidth,
-                            parts.top() + headerHeight + rowHeight * static_cast<CGFloat>(parts.rows.size())};
+                            parts.top() + headerHeight + actionRowHeight * static_cast<CGFloat>(parts.rows.size())};
 }
 
 void UIActivityViewController::viewDidLayoutSubviews() {
@@ -137,8 +137,8 @@ void UIActivityViewController::viewDidLayoutSubviews() {
     parts.path->setFrame({x, top + 35, room, 20});
     parts.path->setText(truncatedInMiddle(parts.link.path, parts.path->font(), room));
     for (std::size_t i = 0; i < parts.rows.size(); ++i) {
-        const CGFloat y = top + headerHeight + rowHeight * static_cast<CGFloat>(i);
-        parts.rows[i]->setFrame({0, y, width, rowHeight});
+        const CGFloat y = top + headerHeight + actionRowHeight * static_cast<CGFloat>(i);
+        parts.rows[i]->setFrame({0, y, width, actionRowHeight});
         parts.lines[i]->setFrame({i == 0 ? 0 : margin, y, width, separatorHeight});
     }
 }
@@ -149,7 +149,7 @@ void UIActivityViewController::copyLink() {
     setText(url_);
     parts_->isLeaving = true;
     const std::string copied = platformText("Copied");
-    parts_->copy->setImage(checkmark());
+    parts_->copy->setImage(checkmarkImage());
     parts_->copy->setTitle(copied);
     parts_->copy->setAccessibility(AccessibilityRole::button, copied);
     if (const auto& announce = UIApplication::sharedApplication().announce) announce(copied);

@@ -16,7 +16,7 @@ namespace {
 constexpr CGFloat fieldInset = 8;  // between a field's border and its text
 constexpr CGFloat alertWidth = 270;
 constexpr CGFloat listWidth = 280;
-constexpr CGFloat textMargin = 16;
+constexpr CGFloat alertTextMargin = 16;
 constexpr CGFloat headerPadding = 19;
 constexpr CGFloat lineGap = 4;
 constexpr CGFloat fieldHeight = 34;
@@ -53,7 +53,7 @@ struct UIAlertController::Parts {
     CGFloat row = alertRow;
 
     CGFloat headerHeight(CGFloat width, std::size_t fieldCount) const {
-        const CGFloat room = width - 2 * textMargin;
+        const CGFloat room = width - 2 * alertTextMargin;
         CGFloat height = 0;
         if (title) height += std::ceil(title->sizeThatFits({room, CGFLOAT_MAX_TEXT}).height);
         if (message)
@@ -239,10 +239,10 @@ void UIAlertController::layout() {
 
     CGFloat y = headerPadding;
     const auto place = [&](UIView& part, CGFloat height, CGFloat gap) {
-        part.setFrame({textMargin, y, width - 2 * textMargin, height});
+        part.setFrame({alertTextMargin, y, width - 2 * alertTextMargin, height});
         y += height + gap;
     };
-    const CGSize lines{width - 2 * textMargin, CGFLOAT_MAX_TEXT};
+    const CGSize lines{width - 2 * alertTextMargin, CGFLOAT_MAX_TEXT};
     if (parts.title) place(*parts.title, std::ceil(parts.title->sizeThatFits(lines).height), lineGap);
     if (parts.message) place(*parts.message, std::ceil(parts.message->sizeThatFits(lines).height), 0);
     for (const auto& field : fields_) {

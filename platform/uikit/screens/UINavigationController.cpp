@@ -18,10 +18,10 @@ constexpr double fadeSeconds = 0.18;
 constexpr double leastSeconds = 0.1;
 constexpr CGFloat parallax = 0.3;
 constexpr CGFloat edgeGestureWidth = 24;
-constexpr CGFloat flingVelocity = 300;
+constexpr CGFloat backSwipeVelocity = 300;
 constexpr CGFloat backDragThreshold = 0.5;
 
-bool isMac() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::mac; }
+bool hasMacIdiom() { return UIDevice::currentDevice().userInterfaceIdiom() == UIUserInterfaceIdiom::mac; }
 
 /// The distance of the laid-out view from the upper edge of its window, without the movement of an animation.
 CGFloat distanceFromTop(const UIView& view) {
@@ -44,7 +44,7 @@ struct UINavigationController::Transition {
     std::shared_ptr<UIViewController> from, to;
     bool push = true;
     std::vector<std::shared_ptr<UIViewController>> leaving;  ///< leave the stack with it
-    bool fades = isMac();
+    bool fades = hasMacIdiom();
     bool isInteractive = false;  ///< a finger is still deciding
     bool isCancelled = false;
     double progress = 0;
@@ -88,7 +88,7 @@ void UINavigationController::viewDidLoad() {
     });
     pan->axis = UIPanGestureRecognizer::Axis::horizontal;
     pan->edgeWidth = edgeGestureWidth;
-    pan->allowsPointer = !isMac();
+    pan->allowsPointer = !hasMacIdiom();
     pan->shouldBegin = [self](UIGestureRecognizer& recognizer) {
         const auto owner = self();
         const bool goesRight = static_cast<UIPanGestureRecognizer&>(recognizer).velocity().x >= 0;
@@ -349,8 +349,8 @@ void UINavigationController::handlePan(UIPanGestureRecognizer& pan) {
         return applyProgress(progress);
     }
     const CGFloat velocity = pan.velocity().x;
-    const bool completes = pan.state() == UIGestureRecognizerState::ended && velocity > -flingVelocity &&
-                           (velocity > flingVelocity || progress > backDragThreshold);
+    const bool completes = pan.state() == UIGestureRecognizerState::ended && velocity > -backSwipeVelocity &&
+                           (velocity > backSwipeVelocity || progress > backDragThreshold);
     transition_->isInteractive = false;
     const auto generation = generation_;
     if (!completes) cancelTransition();

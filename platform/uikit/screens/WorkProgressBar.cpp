@@ -14,8 +14,8 @@ namespace ostrel {
 
 namespace {
 
-constexpr CGFloat margin = 12, gap = 8, lineHeight = 2, badgeHeight = 16, cancelWidth = 36;
-constexpr CGFloat rowHeight = 64, rowMargin = 16, listWidth = 320, listMargin = 6;
+constexpr CGFloat barMargin = 12, gap = 8, lineHeight = 2, badgeHeight = 16, cancelWidth = 36;
+constexpr CGFloat workRowHeight = 64, rowMargin = 16, listWidth = 320, listMargin = 6;
 constexpr double accessorySeconds = 0.22;
 constexpr UIColor barRestColor = UIColor::rgb(0xF7F8FA);
 
@@ -178,7 +178,7 @@ void WorkProgressBar::layoutSubviews() {
     const CGSize size = bounds().size;
     const CGFloat inside = size.height - lineHeight;
     track_->setFrame({0, inside, size.width, lineHeight});
-    CGFloat low = margin, high = size.width - (cancel_->isHidden() ? margin : cancelWidth);
+    CGFloat low = barMargin, high = size.width - (cancel_->isHidden() ? barMargin : cancelWidth);
     cancel_->setFrame({size.width - cancelWidth, 0, cancelWidth, inside});
     if (wheel_->isAnimating()) {
         wheel_->setFrame({low, (inside - 16) / 2, 16, 16});
@@ -312,8 +312,8 @@ void WorkProgressListController::show(const std::vector<std::shared_ptr<NSProgre
         }
         return;
     }
-    preferredContentSize = {listWidth,
-                            2 * listMargin + rowHeight * static_cast<CGFloat>(std::min(work_.size(), mostRowsShown))};
+    preferredContentSize = {listWidth, 2 * listMargin +
+                                           workRowHeight * static_cast<CGFloat>(std::min(work_.size(), mostRowsShown))};
     preferredContentSizeDidChange();
     tableView()->reloadData();
 }
@@ -322,7 +322,9 @@ std::int64_t WorkProgressListController::tableViewNumberOfRowsInSection(UITableV
     return static_cast<std::int64_t>(work_.size());
 }
 
-CGFloat WorkProgressListController::tableViewHeightForRowAtIndexPath(UITableView&, NSIndexPath) { return rowHeight; }
+CGFloat WorkProgressListController::tableViewHeightForRowAtIndexPath(UITableView&, NSIndexPath) {
+    return workRowHeight;
+}
 
 std::shared_ptr<UITableViewCell> WorkProgressListController::tableViewCellForRowAtIndexPath(UITableView& table,
                                                                                             NSIndexPath path) {

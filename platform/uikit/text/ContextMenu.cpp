@@ -8,12 +8,12 @@ namespace ostrel {
 namespace {
 
 constexpr CGFloat rowHeight = 40;
-constexpr CGFloat sideInset = 16;
+constexpr CGFloat menuSideInset = 16;
 constexpr CGFloat narrowest = 160, widest = 320;
 constexpr CGFloat panelPadding = 5;
 constexpr CGFloat windowMargin = 8;
 constexpr CGFloat panelRadius = 10;
-constexpr double fade = 0.15;
+constexpr double menuFade = 0.15;
 constexpr UIColor highlightColor = UIColor::rgb(0xE8EAF0);
 
 }  // namespace
@@ -32,7 +32,7 @@ public:
         setCornerRadius(panelRadius - panelPadding + 1);
         setAccessibility(AccessibilityRole::button, item.title);
     }
-    void layoutSubviews() override { label_->setFrame(bounds().insetBy(sideInset - panelPadding, 0)); }
+    void layoutSubviews() override { label_->setFrame(bounds().insetBy(menuSideInset - panelPadding, 0)); }
     void hoverDidChange(bool inside) override {
         if (inside) menu_.setHighlighted(index_);
     }
@@ -80,7 +80,7 @@ std::shared_ptr<ContextMenu> ContextMenu::show(UIWindow& window, CGPoint point, 
     menu->isOpen_ = true;
     window.makeFirstResponder(menu.get());
     menu->panel_->setAlpha(0);
-    UIView::animate(fade, [&] { menu->panel_->setAlpha(1); });
+    UIView::animate(menuFade, [&] { menu->panel_->setAlpha(1); });
     if (highlight == Highlight::first) menu->setHighlighted(0);
     return menu;
 }
@@ -89,7 +89,7 @@ void ContextMenu::build(CGPoint point, const CGRect& bounds) {
     CGFloat width = narrowest;
     for (const Item& item : items_) {
         const CGFloat title = TextMeasurer::shared().singleLineWidth(item.title, UIFont::system(15));
-        width = std::max(width, std::ceil(title) + 2 * sideInset);
+        width = std::max(width, std::ceil(title) + 2 * menuSideInset);
     }
     width = std::min({width, widest, std::max(0.0, bounds.width() - 2 * windowMargin)});
     const CGSize size{width, rowHeight * static_cast<CGFloat>(items_.size()) + 2 * panelPadding};
@@ -138,7 +138,7 @@ void ContextMenu::close() {
     setUserInteractionEnabled(false);
     if (UIWindow* const in = window()) in->popModalView(this);
     UIView::animate(
-        fade, [&] { panel_->setAlpha(0); }, [kept](bool) { kept->removeFromSuperview(); });
+        menuFade, [&] { panel_->setAlpha(0); }, [kept](bool) { kept->removeFromSuperview(); });
 }
 
 void ContextMenu::touchesBegan(const UITouch&) { close(); }

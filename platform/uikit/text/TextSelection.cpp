@@ -19,7 +19,7 @@ constexpr CGFloat dragThreshold = 3;  // points; a pointer that moves less does 
 
 enum class Kind { blank, letter, alone };
 
-bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+bool continuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 Kind kindAt(std::string_view text, std::size_t place) {
     const auto lead = static_cast<unsigned char>(text[place]);
@@ -52,10 +52,10 @@ void TextSelection::initialise() {
 std::pair<std::size_t, std::size_t> TextSelection::wordAt(std::string_view text, std::size_t offset) {
     if (text.empty()) return {0, 0};
     std::size_t begin = std::min(offset, text.size() - 1);
-    while (begin > 0 && isContinuation(text[begin])) --begin;
+    while (begin > 0 && continuesCharacter(text[begin])) --begin;
     const auto next = [&](std::size_t place) {
         do ++place;
-        while (place < text.size() && isContinuation(text[place]));
+        while (place < text.size() && continuesCharacter(text[place]));
         return place;
     };
     std::size_t end = next(begin);
@@ -64,7 +64,7 @@ std::pair<std::size_t, std::size_t> TextSelection::wordAt(std::string_view text,
     while (end < text.size() && kindAt(text, end) == kind) end = next(end);
     while (begin > 0) {
         std::size_t before = begin - 1;
-        while (before > 0 && isContinuation(text[before])) --before;
+        while (before > 0 && continuesCharacter(text[before])) --before;
         if (kindAt(text, before) != kind) break;
         begin = before;
     }
