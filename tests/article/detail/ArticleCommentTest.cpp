@@ -39,6 +39,7 @@ TEST_F(ArticleDetailTest, ACommentRowKeepsWhatTheNextRecordDoesNotSay) {
         record(R"({"auth_name":"Ada","auth_id":3,"date":"2027-01-15T07:58:30Z","text":"Fine."})"));
     const CGFloat name = TextMeasurer::shared().singleLineWidth("Ada", row->authNameLabel()->font());
     EXPECT_EQ(row->timeLabel()->text(), "1 min ago");
+    EXPECT_EQ(row->timeLabel()->superview(), row.get()) << "the time is shown";
     EXPECT_EQ(row->timeLabel()->frame(), CGRect(84 + name + 5, 13, 120, 14));
     EXPECT_EQ(row->accessibility().label, "Ada, 1 min ago, Fine.");
     const auto anonymous = row->authFaceImageView()->image();
